@@ -1,0 +1,40 @@
+# SPDX-License-Identifier: Apache-2.0
+# What every target of this project is compiled with. Nothing here changes a global of the including project.
+
+# Applies the language level, warnings and sanitizers of this project to one target.
+function(sarn_configure_target target)
+  target_compile_features(${target} PUBLIC cxx_std_17)
+  set_target_properties(${target} PROPERTIES
+    CXX_EXTENSIONS OFF
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON)
+  if(MSVC)
+    target_compile_options(${target} PRIVATE /W4 $<$<BOOL:${SARN_WARNINGS_AS_ERRORS}>:/WX>)
+    return()
+  endif()
+  target_compile_options(${target} PRIVATE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+    $<$<BOOL:${SARN_WARNINGS_AS_ERRORS}>:-Werror>)
+  if(SARN_SANITIZERS)
+    target_compile_options(${target} PRIVATE -fsanitize=${SARN_SANITIZERS} -fno-omit-frame-pointer
+      -fno-sanitize-recover=all)
+    target_link_options(${target} PRIVATE -fsanitize=${SARN_SANITIZERS})
+  endif()
+endfunction()
+
+# Makes `target` the shared library that ships under `output_name`, exporting only what is marked so.
+function(sarn_configure_library target output_name)
+  sarn_configure_target(${target})
+  set_target_properties(${target} PROPERTIES
+    OUTPUT_NAME ${output_name}
+    VERSION ${PROJECT_VERSION}
+    SOVERSION ${PROJECT_VERSION_MAJOR}
+    INSTALL_RPATH "$ORIGIN")
+  if(WIN32)
+    set_target_properties(${target} PROPERTIES PREFIX "")
+  endif()
+  if(UNIX AND NOT APPLE AND NOT SARN_SANITIZERS)
+    # A missing symbol is an error of the link, not of the host that loads the library.
+    target_link_options(${target} PRIVATE -Wl,-z,defs)
+  endif()
+endfunction()

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Streams over memory.
+#pragma once
+
+#include "ul/buffer.h"
+#include "ul/stream.h"
+
+namespace ul {
+
+/// Appends what is written to a buffer that the caller owns and keeps alive.
+class UL_EXPORT CBufferStream : public CBase, public virtual IOutStream {
+public:
+    /// \param buffer       receives the bytes after those it holds already
+    /// \param growthFactor how many times the used size the block becomes when it must grow; 1 or less means no more
+    ///                     than the buffer's own growth
+    CBufferStream(TBuffer<unsigned char>* buffer, double growthFactor);
+    ~CBufferStream() override;
+
+    void write(const void* data, int size, IWriteBarrier* barrier = nullptr) override;
+
+private:
+    TBuffer<unsigned char>* m_buffer;
+    double m_growthFactor;
+};
+
+/// Reads memory that the caller owns and keeps alive and unchanged.
+class UL_EXPORT CBufferInStream : public CBase, public virtual IInStream {
+public:
+    /// Reads `size` bytes at `data`; a negative `size` counts as 0.
+    CBufferInStream(const void* data, int size);
+    /// Reads the used bytes of `buffer`.
+    explicit CBufferInStream(const TBuffer<unsigned char>& buffer);
+    ~CBufferInStream() override;
+
+    void read(void* data, int size) override;
+    int readLax(void* data, int size) override;
+    bool isEndOfStream() override { return m_size == 0; }
+    /// Bytes that are left to read.
+    int getRemaining() const noexcept { return m_size; }
+
+private:
+    const unsigned char* m_data;
+    int m_size;
+};
+
+} // namespace ul

@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Numbers and booleans in a byte stream: 32-bit integers little-endian, a boolean as one byte 0 or 1.
+#pragma once
+
+#include "ul/stream.h"
+
+namespace ul {
+
+/// Writes values to a stream that the caller owns and keeps alive. Errors are the stream's own.
+class UL_EXPORT CDataOutStream {
+public:
+    explicit CDataOutStream(IOutStream& stream) noexcept : m_stream(stream) {}
+
+    CDataOutStream& writeInt32(int value);
+    CDataOutStream& writeUInt32(unsigned value);
+    CDataOutStream& writeBool(bool value);
+    /// Writes `size` bytes as they are.
+    CDataOutStream& write(const void* data, int size);
+
+private:
+    IOutStream& m_stream;
+};
+
+/// Reads values from a stream that the caller owns and keeps alive. Errors are the stream's own.
+class UL_EXPORT CDataInStream {
+public:
+    explicit CDataInStream(IInStream& stream) noexcept : m_stream(stream) {}
+
+    int readInt32();
+    unsigned readUInt32();
+    /// \throws CError "Invalid boolean in data stream." with property "value" if the byte is neither 0 nor 1.
+    bool readBool();
+    CDataInStream& readBool(bool& value);
+    /// Reads exactly `size` bytes as they are.
+    CDataInStream& read(void* data, int size);
+
+private:
+    IInStream& m_stream;
+};
+
+} // namespace ul

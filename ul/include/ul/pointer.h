@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Owning pointers to reference-counted objects.
+#pragma once
+
+#include "ul/base.h"
+
+#include <cstddef>
+#include <type_traits>
+#include <utility>
+
+namespace ul {
+
+/// Owns one reference to a `T`, or is null. Not safe to change from two threads at once; the object's count is.
+template <class T>
+class P {
+public:
+    constexpr P() noexcept = default;
+    constexpr P(std::nullptr_t) noexcept {}
+
+    /// Adds a reference to `object`, which may be null; the caller keeps its own.
+    P(T* object) : m_object(object) { addRef(); }
+    P(const P& other) : P(other.m_object) {}
+    P(P&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
+
+    /// Converts to the pointer of a base, an interface or a constant.
+    template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
+    P(const P<U>& other) : P(static_cast<T*>(other.get())) {}
+
+    ~P() {
+        if (m_object)
+            m_object->release();
+    }
+
+    P& operator=(P other) noexcept {
+        swap(other);
+        return *this;
+    }
+
+    /// Takes over the creator's reference to `object` without adding one.
+    static P adopt(T* object) noexcept {
+        P result;
+        result.m_object = object;
+        return result;
+    }
+
+    /// The object, still owned by this pointer; null if there is none.
+    T* get() const noexcept { return m_object; }
+    T* operator->() const noexcept { return m_object; }
+    T& operator*() const noexcept { return *m_object; }
+    explicit operator bool() const noexcept { return m_object != nullptr; }
+
+    void swap(P& other) noexcept { std::swap(m_object, other.m_object); }
+
+private:
+    void addRef() {
+        if (m_object)
+            m_object->addRef();
+    }
+
+    T* m_object = nullptr;
+};
+
+/// Owns one reference to a constant object.
+template <class T>
+using PC = P<const T>;
+
+template <class T, class U>
+bool operator==(const P<T>& left, const P<U>& right) noexcept {
+    return left.get() == right.get();
+}
+template <class T, class U>
+bool operator!=(const P<T>& left, const P<U>& right) noexcept {
+    return left.get() != right.get();
+}
+template <class T>
+bool operator==(const P<T>& left, std::nullptr_t) noexcept {
+    return !left.get();
+}
+template <class T>
+bool operator!=(const P<T>& left, std::nullptr_t) noexcept {
+    return left.get() != nullptr;
+}
+template <class T>
+bool operator==(std::nullptr_t, const P<T>& right) noexcept {
+    return !right.get();
+}
+template <class T>
+bool operator!=(std::nullptr_t, const P<T>& right) noexcept {
+    return right.get() != nullptr;
+}
+
+/// Creates a `T` on the library's allocator and returns its only reference.
+/// \throws std::bad_alloc if there is no memory, and whatever the constructor throws; nothing leaks then.
+template <class T, class... Args>
+P<T> make(Args&&... args) {
+    return P<T>::adopt(new (CBase::RawNew()) T(std::forward<Args>(args)...));
+}
+
+} // namespace ul

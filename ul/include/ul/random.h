@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Random bytes.
+#pragma once
+
+#include "ul/base.h"
+#include "ul/mutex.h"
+#include "ul/pointer.h"
+
+namespace ul {
+
+/// Random bytes from the operating system's cryptographic generator. The name is history: an initialisation vector
+/// must not be predictable, so no generator that can be wound forward stands behind it.
+class UL_EXPORT CMTRand : public CBase {
+public:
+    /// The instance that the process shares.
+    static const P<CMTRand>& getGlobal();
+    /// The mutex that a caller holds while it uses the shared instance.
+    static const P<CMutex>& getGlobalInstanceMutex();
+
+    ~CMTRand() override;
+
+    /// Fills `size` bytes; a negative `size` fills none.
+    /// \throws CError "Random bytes are not available." with property "reason" if the operating system refuses.
+    void randData(unsigned char* data, int size);
+};
+
+} // namespace ul

@@ -1,0 +1,49 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ul/base.h"
+
+#include <cassert>
+#include <climits>
+#include <new>
+
+namespace ul {
+
+IBase::~IBase() = default;
+
+void* CBase::operator new(std::size_t size, const RawNew&) {
+    return ::operator new(size);
+}
+
+void CBase::operator delete(void* memory, const RawNew&) noexcept {
+    ::operator delete(memory);
+}
+
+void CBase::operator delete(void* memory) noexcept {
+    ::operator delete(memory);
+}
+
+CBase::CBase(const CBase& other) noexcept : IBase(other) {}
+
+CBase::~CBase() = default;
+
+void CBase::addRef() const {
+    // The caller holds a reference already, which orders this thread after whatever made the object.
+    [[maybe_unused]] const int before = m_references.fetch_add(1, std::memory_order_relaxed);
+    assert(before > 0 && before < INT_MAX);
+}
+
+void CBase::release() const {
+    // Release, so that this thread's writes to the object come before its end; acquire, so that the thread that ends
+    // it sees everybody's.
+    const int before = m_references.fetch_sub(1, std::memory_order_acq_rel);
+    assert(before > 0);
+    if (before == 1)
+        const_cast<CBase*>(this)->deleteThis();
+}
+
+void CBase::checkCastAllowed(const std::type_info&) const {}
+
+void CBase::deleteThis() {
+    delete this;
+}
+
+} // namespace ul

@@ -1,0 +1,179 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ul/buffer.h"
+
+#include "raise.h"
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <functional>
+#include <new>
+#include <utility>
+
+namespace ul {
+
+namespace {
+
+void checkSize(long long size) {
+    if (size < 0 || size > INT_MAX)
+        raiseInvalidArg("TBuffer", "invalid size");
+}
+
+} // namespace
+
+void wipe(void* data, std::size_t size) noexcept {
+    // Each volatile store is an observable effect, so none may be dropped although the block is about to be freed.
+    volatile unsigned char* byte = static_cast<unsigned char*>(data);
+    for (; size > 0; --size)
+        *byte++ = 0;
+}
+
+template <class T>
+TBuffer<T>::TBuffer(int size, int used) {
+    const int allocated = std::max(size, 0);
+    if (used < -1 || used > allocated)
+        raiseInvalidArg("TBuffer", "invalid used size");
+    ensureAllocated(allocated);
+    m_used = used == -1 ? allocated : used;
+}
+
+template <class T>
+TBuffer<T>::TBuffer(const TBuffer& other) : CBase(other) {
+    init(other.m_data, other.m_used);
+}
+
+template <class T>
+TBuffer<T>& TBuffer<T>::operator=(const TBuffer& other) {
+    init(other.m_data, other.m_used);
+    return *this;
+}
+
+template <class T>
+TBuffer<T>::~TBuffer() {
+    freeBlock();
+}
+
+template <class T>
+void TBuffer<T>::init(const T* data, int size) {
+    checkSize(size);
+    if (size > m_allocated) {
+        // The new content may lie in the old block, so that one goes last.
+        T* const block = allocate(size);
+        std::memcpy(block, data, static_cast<std::size_t>(size));
+        replaceBlock(block, size);
+    } else if (size > 0) {
+        std::memmove(m_data, data, static_cast<std::size_t>(size));
+    }
+    setUsed(size);
+}
+
+template <class T>
+void TBuffer<T>::insert(int position, const void* data, int size) {
+    if (position < 0 || position > m_used)
+        raiseInvalidArg("TBuffer::insert", "invalid position");
+    checkSize(size);
+    checkSize(static_cast<long long>(m_used) + size);
+    if (size == 0)
+        return;
+    const auto count = static_cast<std::size_t>(size);
+    const auto tail = static_cast<std::size_t>(m_used - position);
+    const T* const source = static_cast<const T*>(data);
+    const bool isOwn = !std::less<>()(source, m_data) && std::less<>()(source, m_data + m_allocated);
+    if (m_used + size > m_allocated || (isOwn && tail > 0)) {
+        // The old block stays whole until its bytes and the inserted ones, which may lie in it, have been copied.
+        const int allocated = getGrownSize(m_used + size);
+        T* const block = allocate(allocated);
+        std::copy_n(m_data, position, block);
+        std::copy_n(source, count, block + position);
+        std::copy_n(m_data + position, tail, block + position + size);
+        replaceBlock(block, allocated);
+    } else {
+        std::memmove(m_data + position + size, m_data + position, tail);
+        std::memmove(m_data + position, source, count);
+    }
+    m_used += size;
+}
+
+template <class T>
+void TBuffer<T>::setUsed(int size) {
+    checkSize(size);
+    ensureAllocated(size);
+    const int before = std::exchange(m_used, size);
+    if (size < before)
+        discardData(m_data + size, before - size);
+}
+
+template <class T>
+void TBuffer<T>::addUsed(int size) {
+    const long long sum = static_cast<long long>(m_used) + size;
+    checkSize(sum);
+    setUsed(static_cast<int>(sum));
+}
+
+template <class T>
+void TBuffer<T>::deleteData(T* data, int) {
+    ::operator delete(data);
+}
+
+template <class T>
+void TBuffer<T>::discardData(T*, int) {}
+
+template <class T>
+void TBuffer<T>::freeBlock() {
+    if (m_data)
+        deleteData(m_data, m_allocated);
+    m_data = nullptr;
+    m_allocated = 0;
+    m_used = 0;
+}
+
+template <class T>
+T* TBuffer<T>::allocate(int size) {
+    return static_cast<T*>(::operator new(static_cast<std::size_t>(size)));
+}
+
+template <class T>
+void TBuffer<T>::grow(int size) {
+    const int allocated = getGrownSize(size);
+    T* const block = allocate(allocated);
+    std::copy_n(m_data, m_used, block);
+    replaceBlock(block, allocated);
+}
+
+template <class T>
+int TBuffer<T>::getGrownSize(int size) const noexcept {
+    const long long doubled = 2LL * m_allocated;
+    return static_cast<int>(std::clamp<long long>(doubled, size, INT_MAX));
+}
+
+template <class T>
+void TBuffer<T>::replaceBlock(T* data, int size) {
+    if (m_data)
+        deleteData(m_data, m_allocated);
+    m_data = data;
+    m_allocated = size;
+}
+
+template <class T>
+TCryptBuffer<T>::~TCryptBuffer() {
+    // By the time the base is destroyed its own deleteData() would run, which does not wipe.
+    this->freeBlock();
+}
+
+template <class T>
+void TCryptBuffer<T>::deleteData(T* data, int size) {
+    wipe(data, static_cast<std::size_t>(size));
+    TBuffer<T>::deleteData(data, size);
+}
+
+template <class T>
+void TCryptBuffer<T>::discardData(T* data, int size) {
+    wipe(data, static_cast<std::size_t>(size));
+}
+
+template class UL_EXPORT TBuffer<char>;
+template class UL_EXPORT TBuffer<unsigned char>;
+template class UL_EXPORT TCryptBuffer<char>;
+template class UL_EXPORT TCryptBuffer<unsigned char>;
+
+} // namespace ul

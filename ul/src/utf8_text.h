@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+// UTF-8 to and from wide characters of either width.
+#pragma once
+
+#include "ul/string.h"
+
+#include <string>
+
+namespace ul {
+
+/// As String::fromUTF8().
+String decodeUTF8(const char* data, std::size_t size);
+
+/// As String::toUTF8().
+std::string encodeUTF8(const std::wstring& text);
+
+/// UTF-8 with '?' in place of each character that is no Unicode scalar value.
+std::string encodeUTF8Lossy(const std::wstring& text);
+
+} // namespace ul

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "ul/thread.h"
+
+#include <windows.h>
+
+namespace ul {
+
+std::uint64_t CThread::getCurrentID() noexcept {
+    return ::GetCurrentThreadId();
+}
+
+} // namespace ul
