@@ -171,9 +171,9 @@ void TCryptBuffer<T>::discardData(T* data, int size) {
     wipe(data, static_cast<std::size_t>(size));
 }
 
-template class UL_EXPORT TBuffer<char>;
-template class UL_EXPORT TBuffer<unsigned char>;
-template class UL_EXPORT TCryptBuffer<char>;
-template class UL_EXPORT TCryptBuffer<unsigned char>;
+template class TBuffer<char>;
+template class TBuffer<unsigned char>;
+template class TCryptBuffer<char>;
+template class TCryptBuffer<unsigned char>;
 
 } // namespace ul

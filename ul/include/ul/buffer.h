@@ -5,6 +5,8 @@
 
 #include "ul/base.h"
 
+#include <cstddef>
+
 namespace ul {
 
 /// A heap block of bytes with an allocated size and a used size, both in bytes.
@@ -93,12 +95,10 @@ protected:
     void discardData(T* data, int size) override;
 };
 
-#if !defined(UL_BUILDING_LIBRARY)
 extern template class UL_EXPORT TBuffer<char>;
 extern template class UL_EXPORT TBuffer<unsigned char>;
 extern template class UL_EXPORT TCryptBuffer<char>;
 extern template class UL_EXPORT TCryptBuffer<unsigned char>;
-#endif
 
 /// Overwrites `size` bytes with zeros by stores that the compiler may not drop.
 UL_EXPORT void wipe(void* data, std::size_t size) noexcept;

@@ -1,0 +1,214 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Block ciphers in CBC mode (NIST SP 800-38A), chosen by a short identifier.
+#pragma once
+
+#include "sarn/object_model.h"
+
+#include "ul/map.h"
+#include "ul/mutex.h"
+
+struct evp_cipher_st;
+typedef struct evp_cipher_st EVP_CIPHER;
+
+namespace sarn {
+
+/// A symmetric cipher. It keeps no state between calls: any number of threads may use one object at once.
+///
+/// The four data operations share their arguments. All sizes are in bytes.
+/// - `key`: the key; its used size must be getKeySize(). It is neither copied nor wiped.
+/// - `data`, `size`: the input.
+/// - `out`: receives the result, ahead of which nothing is touched. The result replaces the content if `append` is
+///   false, else it follows what `out` holds. The block grows at most once.
+/// - `iv`: initialisation vector of getIVSize() bytes, or null, which each operation reads in its own way. It may lie
+///   in `out`.
+///
+/// `data` may lie in `out` if it ends before the place of the result or starts exactly there, and if `out` need not
+/// grow. An argument that is refused leaves `out` untouched; after any other error its content is undefined.
+class SARN_EXPORT ICipher : public virtual ul::IBase {
+public:
+    ICipher() = default;
+    ICipher(const ICipher&) = default;
+    ICipher(ICipher&&) = default;
+    ICipher& operator=(const ICipher&) = default;
+    ICipher& operator=(ICipher&&) = default;
+    ~ICipher() override;
+
+    /// The identifier, for example "aes256cbc".
+    virtual ul::String getID() = 0;
+    /// Length of the key in bytes.
+    virtual int getKeySize() const = 0;
+    /// Length of the initialisation vector in bytes.
+    virtual int getIVSize() const = 0;
+    /// Length of a cipher block in bytes.
+    virtual int getBlockSize() const = 0;
+
+    /// Encrypts and pads to whole blocks with 1 to getBlockSize() bytes (PKCS #7). If `iv` is null a random one is
+    /// drawn and written ahead of the ciphertext.
+    virtual void encrypt(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                         ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) = 0;
+
+    /// Reverses encrypt(). If `iv` is null it is taken from the front of the input.
+    virtual void decrypt(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                         ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) = 0;
+
+    /// Encrypts and completes a partial last block with zero bytes; the true length is recorded nowhere. `iv` is
+    /// required.
+    virtual void encryptWithoutPadding(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                                       ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) = 0;
+
+    /// Decrypts whole blocks and removes nothing, not even the zero bytes of encryptWithoutPadding(). `iv` is required.
+    virtual void decryptWithoutPadding(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                                       ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) = 0;
+};
+
+/// A cipher over one of libcrypto's CBC ciphers.
+///
+/// Beside the errors of each operation all raise ul::CInvalidArgError "invalid key size" first of all, "invalid input
+/// data size" for a negative size, "input data is too large" if the result would exceed 2^31 - 1 bytes, and "input
+/// overlaps output" if the input lies in `out` where it would be overwritten before it is read; ul::CError "OpenSSL
+/// encrypt init error." if libcrypto refuses the cipher, on the decrypting paths as well.
+class SARN_EXPORT COpenSSLCipher : public ul::CBase, public virtual ICipher {
+public:
+    /// \param cipher libcrypto's description of the cipher, which must outlive this object
+    /// \param id     the identifier
+    COpenSSLCipher(const EVP_CIPHER* cipher, const ul::String& id);
+    COpenSSLCipher(const COpenSSLCipher&) = default;
+    COpenSSLCipher(COpenSSLCipher&&) = default;
+    COpenSSLCipher& operator=(const COpenSSLCipher&) = default;
+    COpenSSLCipher& operator=(COpenSSLCipher&&) = default;
+    ~COpenSSLCipher() override;
+
+    ul::String getID() override;
+    int getKeySize() const override;
+    int getIVSize() const override;
+    int getBlockSize() const override;
+
+    /// \throws ul::CError "OpenSSL encrypt error."
+    void encrypt(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                 ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
+
+    /// \throws ul::CInvalidArgError "invalid input data size" if `iv` is null and the input is shorter than one;
+    ///         ul::CError "OpenSSL decrypt error.", the usual result of a wrong key or damaged data
+    void decrypt(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                 ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
+
+    /// \throws ul::CInvalidArgError "IV cannot be NULL"; ul::CError "OpenSSL encrypt error."; ul::CError "OpenSSL
+    ///         encrypt error: output size does not match expected value" with "outSize" and "expectedOutSize"
+    void encryptWithoutPadding(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                               ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
+
+    /// \throws ul::CInvalidArgError "IV cannot be NULL", "data size must be a multiple of the block size"; ul::CError
+    ///         "OpenSSL decrypt error."; ul::CError "OpenSSL decrypt error: decrypted size does not match expected
+    ///         value" with "outSize" and "expectedOutSize"
+    void decryptWithoutPadding(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                               ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
+
+private:
+    void checkKey(const ul::TCryptBuffer<unsigned char>& key, const char* where) const;
+
+    const EVP_CIPHER* m_cipher;
+    int m_keySize;
+    int m_ivSize;
+    int m_blockSize;
+    ul::String m_id;
+    // What encryptWithoutPadding() completes a partial last block with.
+    ul::TBuffer<unsigned char> m_zeroBlock;
+};
+
+/// "aes256cbc": AES (FIPS 197) with a key of 32 bytes, IV and blocks of 16.
+class SARN_EXPORT CCipher_AES256CBC : public COpenSSLCipher {
+public:
+    CCipher_AES256CBC();
+};
+
+/// "aes128cbc": AES (FIPS 197) with a key of 16 bytes, IV and blocks of 16.
+class SARN_EXPORT CCipher_AES128CBC : public COpenSSLCipher {
+public:
+    CCipher_AES128CBC();
+};
+
+/// "bfcbc": Blowfish with a key of 16 bytes, IV and blocks of 8. For data of old backups.
+class SARN_EXPORT CCipher_BlowFishCBC : public COpenSSLCipher {
+public:
+    CCipher_BlowFishCBC();
+};
+
+/// "cast128cbc": CAST-128 (RFC 2144) with a key of 16 bytes, IV and blocks of 8. For data of old backups.
+class SARN_EXPORT CCipher_Cast128CBC : public COpenSSLCipher {
+public:
+    CCipher_Cast128CBC();
+};
+
+/// "ideacbc": IDEA with a key of 16 bytes, IV and blocks of 8. The registry does not offer it by itself: a host that
+/// needs it registers an object.
+class SARN_EXPORT CCipher_IDEACBC : public COpenSSLCipher {
+public:
+    /// \throws ul::CError "IDEA is not available in this OpenSSL." if libcrypto was built without it
+    CCipher_IDEACBC();
+};
+
+/// "null": copies data unchanged. It takes a key and an initialisation vector of any size and ignores them; its sizes
+/// are 0, 0 and a block of 1 byte.
+class SARN_EXPORT CCipher_Null : public ul::CBase, public virtual ICipher {
+public:
+    CCipher_Null() = default;
+    CCipher_Null(const CCipher_Null&) = default;
+    CCipher_Null(CCipher_Null&&) = default;
+    CCipher_Null& operator=(const CCipher_Null&) = default;
+    CCipher_Null& operator=(CCipher_Null&&) = default;
+    ~CCipher_Null() override;
+
+    ul::String getID() override;
+    int getKeySize() const override;
+    int getIVSize() const override;
+    int getBlockSize() const override;
+
+    void encrypt(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                 ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
+    void decrypt(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                 ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
+    void encryptWithoutPadding(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                               ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
+    void decryptWithoutPadding(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                               ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
+};
+
+/// The process-wide registry of ciphers by identifier. It starts with "aes256cbc", "aes128cbc", "bfcbc", "cast128cbc"
+/// and "null". Identifiers are compared exactly, case included. All operations are safe from any thread.
+class SARN_EXPORT CCipherManager : public ul::CBase {
+public:
+    /// The registry, created on first use.
+    static const ul::P<CCipherManager>& get();
+
+    CCipherManager();
+    CCipherManager(const CCipherManager&) = delete;
+    CCipherManager& operator=(const CCipherManager&) = delete;
+    ~CCipherManager() override;
+
+    /// Registers `cipher` under its identifier, in place of the one that stood there. The registry adds a reference of
+    /// its own.
+    /// \throws ul::CInvalidArgError "cipher cannot be NULL"; whatever getID() of `cipher` throws. The registry is
+    ///         unchanged then.
+    void addCipher(ICipher* cipher);
+
+    /// The cipher registered under `id`, or null.
+    ul::P<ICipher> findCipher(const ul::String& id);
+
+    /// The cipher registered under `id`.
+    /// \throws ul::CError "Unknown cipher id '<id>'." if there is none
+    ul::P<ICipher> getCipher(const ul::String& id);
+
+protected:
+    /// Drops all ciphers. Takes no lock: no other thread may use the registry meanwhile.
+    void dispose();
+
+    /// Drops all ciphers of the process-wide registry, which stays empty from then on. Takes no lock.
+    static void disposeGlobalInstance();
+
+private:
+    ul::CMutex m_mutex;
+    ul::TMap<ul::String, ul::P<ICipher>> m_ciphers;
+};
+
+} // namespace sarn

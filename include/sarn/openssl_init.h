@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Process-wide set-up of libcrypto.
+#pragma once
+
+#include "sarn/object_model.h"
+
+#include "ul/array.h"
+#include "ul/mutex.h"
+
+namespace sarn {
+
+/// Anchor of the process-wide set-up of libcrypto.
+///
+/// libcrypto 1.1 and later needs neither locking callbacks nor a tear-down from its user, so the set-up hands nothing
+/// to libcrypto; its objects exist for hosts that bring a libcrypto's own older scheme together with ours.
+class SARN_EXPORT COpenSSLInit : public ul::CBase {
+public:
+    class CCleaner;
+    class CThreadStuff;
+
+    /// The instance, created on first use; afterwards CThreadStuff's and CCleaner's exist as well. Safe from any
+    /// thread.
+    static const ul::P<COpenSSLInit>& get();
+
+    /// Creates CThreadStuff's instance and then CCleaner's unless they exist, but not this class's own. Everything that
+    /// touches libcrypto calls it first. Safe from any thread.
+    static void ensureInitialized();
+
+    COpenSSLInit() = default;
+    COpenSSLInit(const COpenSSLInit&) = default;
+    COpenSSLInit(COpenSSLInit&&) = default;
+    COpenSSLInit& operator=(const COpenSSLInit&) { return *this; }
+    COpenSSLInit& operator=(COpenSSLInit&&) { return *this; }
+    ~COpenSSLInit() override;
+
+protected:
+    /// Does nothing: the anchor holds nothing that could be released.
+    static void disposeGlobalInstance();
+};
+
+/// Stands for the process-wide tear-down of libcrypto, which does it all by itself.
+class SARN_EXPORT COpenSSLInit::CCleaner : public ul::CBase {
+public:
+    /// The instance, created on first use. Safe from any thread.
+    static const ul::P<CCleaner>& get();
+
+    CCleaner() = default;
+    CCleaner(const CCleaner&) = default;
+    CCleaner& operator=(const CCleaner&) = default;
+    ~CCleaner() override;
+
+    /// Marks the instance disposed; nothing else.
+    void dispose();
+
+protected:
+    /// Disposes the instance, creating it first if need be. For the host's shutdown: takes no lock.
+    static void disposeGlobalInstance();
+
+    bool isDisposed() const noexcept { return m_disposed; }
+
+private:
+    bool m_disposed = false;
+};
+
+/// Owns the mutex and the two callbacks of libcrypto's legacy locking scheme. Nothing registers them with libcrypto.
+class SARN_EXPORT COpenSSLInit::CThreadStuff : public ul::CBase {
+public:
+    /// The instance, created on first use. Safe from any thread.
+    static const ul::P<CThreadStuff>& get();
+
+    CThreadStuff();
+    /// The copy shares the mutex.
+    CThreadStuff(const CThreadStuff&) = default;
+    CThreadStuff& operator=(const CThreadStuff&) = default;
+    ~CThreadStuff() override;
+
+    /// Marks the instance disposed; it stays usable.
+    void dispose();
+
+protected:
+    /// Disposes the instance, creating it first if need be. For the host's shutdown: takes no lock.
+    static void disposeGlobalInstance();
+
+    /// Locks mutex `n` if bit 0 of `mode` is set, else unlocks it; no other bit matters. There is one mutex, number 0.
+    /// Any other `n`, and a lock or unlock that fails, is logged; nothing is thrown. Safe from any thread.
+    void doLock(int mode, int n);
+
+    /// libcrypto's legacy locking callback: doLock() on the instance. `file` and `line` are ignored.
+    static void lockFunc(int mode, int n, const char* file, int line);
+
+    /// libcrypto's legacy thread-id callback: the calling thread's id, cut to the width of the result.
+    static unsigned long threadIDFunc();
+
+    bool isDisposed() const noexcept { return m_disposed; }
+
+private:
+    bool m_disposed = false;
+    ul::TArray<ul::P<ul::CMutex>> m_mutexes;
+};
+
+} // namespace sarn

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "sarn/openssl_init.h"
+
+#include "frame/global_instance.h"
+
+#include "ul/log.h"
+#include "ul/thread.h"
+
+namespace sarn {
+
+template class SARN_EXPORT TGlobalInstance<COpenSSLInit>;
+template class SARN_EXPORT TGlobalInstance<COpenSSLInit::CCleaner>;
+template class SARN_EXPORT TGlobalInstance<COpenSSLInit::CThreadStuff>;
+
+const ul::P<COpenSSLInit>& COpenSSLInit::get() {
+    const ul::P<COpenSSLInit>& instance = TGlobalInstance<COpenSSLInit>::get();
+    ensureInitialized();
+    return instance;
+}
+
+void COpenSSLInit::ensureInitialized() {
+    CThreadStuff::get();
+    CCleaner::get();
+}
+
+COpenSSLInit::~COpenSSLInit() = default;
+
+void COpenSSLInit::disposeGlobalInstance() {}
+
+const ul::P<COpenSSLInit::CCleaner>& COpenSSLInit::CCleaner::get() {
+    return TGlobalInstance<CCleaner>::get();
+}
+
+COpenSSLInit::CCleaner::~CCleaner() {
+    try {
+        dispose();
+    } catch (std::exception& error) {
+        ul::onExceptionInDestructorIgnored("sarn::COpenSSLInit::CCleaner", error, true);
+    }
+}
+
+void COpenSSLInit::CCleaner::dispose() {
+    m_disposed = true;
+}
+
+void COpenSSLInit::CCleaner::disposeGlobalInstance() {
+    get()->dispose();
+}
+
+const ul::P<COpenSSLInit::CThreadStuff>& COpenSSLInit::CThreadStuff::get() {
+    return TGlobalInstance<CThreadStuff>::get();
+}
+
+COpenSSLInit::CThreadStuff::CThreadStuff() {
+    m_mutexes.resize(1);
+    for (ul::P<ul::CMutex>& mutex : m_mutexes)
+        mutex = ul::make<ul::CMutex>();
+}
+
+COpenSSLInit::CThreadStuff::~CThreadStuff() {
+    try {
+        dispose();
+    } catch (std::exception& error) {
+        ul::onExceptionInDestructorIgnored("sarn::COpenSSLInit::CThreadStuff", error, true);
+    }
+}
+
+void COpenSSLInit::CThreadStuff::dispose() {
+    m_disposed = true;
+}
+
+void COpenSSLInit::CThreadStuff::disposeGlobalInstance() {
+    get()->dispose();
+}
+
+void COpenSSLInit::CThreadStuff::doLock(int mode, int n) {
+    const ul::String numbers = "(mode: " + ul::toString(mode) + ", n: " + ul::toString(n) + ")";
+    if (n < 0 || n >= m_mutexes.getSize()) {
+        ul::logError("invalid openssl mutex index specified in openssl lock/unlock func " + numbers);
+        return;
+    }
+    try {
+        ul::IMutex& mutex = *m_mutexes[n];
+        if (mode & 1)
+            mutex.lock();
+        else
+            mutex.unlock();
+    } catch (std::exception& error) {
+        ul::logError(error, "Error while trying to lock/unlock openssl mutex " + numbers, ul::getEmptyString());
+    }
+}
+
+void COpenSSLInit::CThreadStuff::lockFunc(int mode, int n, const char*, int) {
+    get()->doLock(mode, n);
+}
+
+unsigned long COpenSSLInit::CThreadStuff::threadIDFunc() {
+    return static_cast<unsigned long>(ul::CThread::getCurrentID());
+}
+
+} // namespace sarn

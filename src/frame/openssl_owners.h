@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+// Owners of libcrypto's objects. Nobody else names a function that frees one.
+#pragma once
+
+#include <openssl/evp.h>
+
+#include <memory>
+
+namespace sarn {
+
+struct CipherContextDeleter {
+    void operator()(EVP_CIPHER_CTX* context) const noexcept {
+        EVP_CIPHER_CTX_reset(context);
+        EVP_CIPHER_CTX_free(context);
+    }
+};
+/// Owns a cipher context; it is reset before it is freed.
+using CipherContextPtr = std::unique_ptr<EVP_CIPHER_CTX, CipherContextDeleter>;
+
+} // namespace sarn
