@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+// Calls from the library's objects into libcrypto, counted and made to fail on request.
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace sarn_test {
+
+/// While it lives, counts the wrapped calls, and lets one of them fail.
+class LibcryptoFaults {
+public:
+    LibcryptoFaults();
+    LibcryptoFaults(const LibcryptoFaults&) = delete;
+    LibcryptoFaults& operator=(const LibcryptoFaults&) = delete;
+    ~LibcryptoFaults();
+
+    /// Lets the `index`th call of `name` from now on fail, counted from 0.
+    void failCall(const std::string& name, int index = 0);
+    /// Lets each call of `name` report `count` bytes less than it wrote.
+    void shortenOutput(const std::string& name, int count);
+
+    int getCallCount(const std::string& name) const;
+    /// The names of all calls, in order.
+    const std::vector<std::string>& getCalls() const { return m_calls; }
+
+    /// For the replacements: notes a call and tells whether it must fail.
+    static bool mustFail(const char* name);
+    /// For the replacements: the number of bytes to hide.
+    static int getShortening(const char* name);
+
+private:
+    std::vector<std::string> m_calls;
+    std::map<std::string, int> m_failing;
+    std::map<std::string, int> m_shortening;
+};
+
+} // namespace sarn_test

@@ -1,0 +1,50 @@
+// SPDX-License-Identifier: Apache-2.0
+// The ciphers that every test of ciphers runs over.
+#pragma once
+
+#include "support/expect.h"
+
+#include "sarn/cipher.h"
+
+#include <openssl/opensslconf.h>
+
+#include <string>
+#include <vector>
+
+namespace sarn_test {
+
+struct CipherSizes {
+    const char* id;
+    int key;
+    int iv;
+    int block;
+};
+
+/// The registered ciphers over libcrypto and their documented sizes in bytes.
+inline const std::vector<CipherSizes>& getRegisteredCiphers() {
+    static const std::vector<CipherSizes> ciphers = {
+        {"aes256cbc", 32, 16, 16}, {"aes128cbc", 16, 16, 16}, {"bfcbc", 16, 8, 8}, {"cast128cbc", 16, 8, 8}};
+    return ciphers;
+}
+
+#ifdef OPENSSL_NO_IDEA
+constexpr bool hasIDEA = false;
+#else
+constexpr bool hasIDEA = true;
+#endif
+
+/// The cipher called `id`, "ideacbc" included.
+inline ul::P<sarn::ICipher> getAnyCipher(const std::string& id) {
+    if (id == "ideacbc")
+        return ul::make<sarn::CCipher_IDEACBC>();
+    return sarn::CCipherManager::get()->getCipher(id.c_str());
+}
+
+/// A key of `size` bytes.
+class TestKey : public ul::TCryptBuffer<unsigned char> {
+public:
+    explicit TestKey(const Bytes& bytes) { fill(*this, bytes); }
+    explicit TestKey(int size) : TestKey(makePattern(size)) {}
+};
+
+} // namespace sarn_test

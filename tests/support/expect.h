@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+// Expectations about errors and buffers.
+#pragma once
+
+#include "support/vectors.h"
+
+#include "ul/buffer.h"
+#include "ul/error.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+namespace sarn_test {
+
+inline Bytes toBytes(const ul::TBuffer<unsigned char>& buffer) {
+    return Bytes(buffer.getData(), buffer.getData() + buffer.getUsed());
+}
+
+inline Bytes toBytes(const std::string& text) {
+    return Bytes(text.begin(), text.end());
+}
+
+/// Fills `buffer`, which cannot be returned from here without losing its kind.
+inline void fill(ul::TBuffer<unsigned char>& buffer, const Bytes& bytes) {
+    buffer.init(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+/// Runs `action`, which must throw exactly an `Error`, and returns a copy of it.
+template <class Error, class Action>
+ul::P<ul::CError> catchError(Action action) {
+    try {
+        action();
+    } catch (ul::CError& error) {
+        EXPECT_EQ(typeid(error), typeid(Error)) << error.what();
+        return error.clone();
+    }
+    ADD_FAILURE() << "no error was raised";
+    return nullptr;
+}
+
+/// Expects a plain failure in the library's style: the message, no second text, code -1, no cause, and the properties
+/// as name, value, name, value and so on.
+template <class Action>
+void expectError(const char* message, const std::vector<const char*>& props, Action action) {
+    const ul::P<ul::CError> error = catchError<ul::CError>(action);
+    ASSERT_TRUE(error);
+    EXPECT_STREQ(error->what(), message);
+    EXPECT_TRUE(error->getMessage() == message);
+    EXPECT_TRUE(error->getText().isEmpty());
+    EXPECT_EQ(error->getCode(), -1);
+    EXPECT_EQ(error->getCause(), nullptr);
+    std::vector<std::string> actual;
+    for (int i = 0; i < error->getProps().getCount(); ++i) {
+        actual.push_back(error->getProps().getName(i).toUTF8());
+        actual.push_back(error->getProps().getValue(i).toUTF8());
+    }
+    EXPECT_EQ(actual, std::vector<std::string>(props.begin(), props.end()));
+}
+
+template <class Action>
+void expectError(const char* message, Action action) {
+    expectError(message, {}, action);
+}
+
+/// Expects an argument error: where, message, no properties.
+template <class Action>
+void expectInvalidArg(const char* where, const char* message, Action action) {
+    const ul::P<ul::CError> error = catchError<ul::CInvalidArgError>(action);
+    ASSERT_TRUE(error);
+    const auto* const invalidArg = dynamic_cast<const ul::CInvalidArgError*>(error.get());
+    ASSERT_NE(invalidArg, nullptr);
+    EXPECT_EQ(invalidArg->getWhere().toUTF8(), where);
+    EXPECT_STREQ(error->what(), message);
+    EXPECT_EQ(error->getProps().getCount(), 0);
+    EXPECT_EQ(error->getCode(), -1);
+    EXPECT_EQ(error->getCause(), nullptr);
+}
+
+/// Expects an error of class `Error` with the given message.
+template <class Error, class Action>
+void expectErrorOf(const char* message, Action action) {
+    const ul::P<ul::CError> error = catchError<Error>(action);
+    ASSERT_TRUE(error);
+    EXPECT_STREQ(error->what(), message);
+}
+
+} // namespace sarn_test

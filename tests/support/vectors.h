@@ -1,0 +1,52 @@
+// SPDX-License-Identifier: Apache-2.0
+// Test vectors from tests/data/*.vec.
+//
+// A file holds sections of vectors: "[section]" starts a section, "name = value" gives a field, an empty line ends a
+// vector, "#" starts a comment. A field that the reader does not know fails the test, so that no vector is misread.
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace sarn_test {
+
+using Bytes = std::vector<unsigned char>;
+
+/// One vector of a file.
+class Vector {
+public:
+    Vector(std::string section, int line) : m_section(std::move(section)), m_line(line) {}
+
+    const std::string& getSection() const { return m_section; }
+    bool has(const std::string& field) const { return m_fields.count(field) > 0; }
+    /// The text of a field that must be there.
+    const std::string& getText(const std::string& field) const;
+    /// The field's hexadecimal digits as bytes.
+    Bytes getBytes(const std::string& field) const;
+    int getInt(const std::string& field) const { return std::stoi(getText(field)); }
+    /// Where the vector stands, for failure messages.
+    std::string describe() const { return "[" + m_section + "] line " + std::to_string(m_line); }
+
+    void setField(const std::string& field, const std::string& value) { m_fields[field] = value; }
+
+private:
+    std::string m_section;
+    int m_line;
+    std::map<std::string, std::string> m_fields;
+};
+
+/// Reads a file of tests/data, every field of which must be one of `fields`. Throws if anything is wrong with it.
+std::vector<Vector> readVectors(const std::string& fileName, const std::set<std::string>& fields);
+
+Bytes fromHex(const std::string& text);
+std::string toHex(const Bytes& bytes);
+
+/// The plaintext that make_cipher_vectors.py uses.
+Bytes makePattern(int size);
+
+/// The SHA-256 of `bytes` as hexadecimal text, by libcrypto directly.
+std::string getSHA256(const Bytes& bytes);
+
+} // namespace sarn_test
