@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// The whole library.
+/// The whole library, and the base library whose types it takes and returns.
 #pragma once
 
 #include "sarn/cipher.h"
 #include "sarn/object_model.h"
 #include "sarn/openssl_init.h"
+
+#include "ul/ul.h"

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the demo shows on the screen.
+#pragma once
+
+#include <ul/error.h>
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+
+namespace demo {
+
+/// Bytes and the time that went into them.
+class Throughput {
+public:
+    /// Runs `work` on the clock.
+    template <class Work>
+    void measure(Work work) {
+        const auto start = std::chrono::steady_clock::now();
+        work();
+        m_seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    }
+    void addBytes(std::int64_t count) { m_bytes += count; }
+    std::int64_t getBytes() const { return m_bytes; }
+    /// For example "512 MB/s".
+    std::string describe() const;
+
+private:
+    std::int64_t m_bytes = 0;
+    double m_seconds = 0;
+};
+
+/// A line that shows how far the work has come; it redraws itself on a terminal and stays quiet in a log.
+class ProgressLine {
+public:
+    explicit ProgressLine(std::int64_t total);
+    void add(std::int64_t bytes, const std::string& what);
+    void finish();
+
+private:
+    void draw(const std::string& what);
+
+    std::int64_t m_total;
+    std::int64_t m_done = 0;
+    int m_shownPercent = -1;
+    bool m_isTerminal;
+};
+
+/// For example "1,234,567".
+std::string withSeparators(std::int64_t number);
+
+/// Shows an error of the library with everything that it carries.
+void showError(const ul::CError& error);
+
+} // namespace demo
