@@ -1,0 +1,40 @@
+# SPDX-License-Identifier: Apache-2.0
+# Runs the demo as a person would: a whole round trip, then a wrong password and damaged copies.
+# Wants: DEMO, WORK_DIR, SOURCES
+function(run expected_status expected_text)
+  execute_process(COMMAND "${DEMO}" ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  string(FIND "${output}" "${expected_text}" position)
+  if(NOT status EQUAL expected_status OR position EQUAL -1)
+    message(FATAL_ERROR "demo ${ARGN}: status ${status}, expected ${expected_status} and '${expected_text}':\n${output}")
+  endif()
+endfunction()
+
+function(truncate source target size)
+  execute_process(COMMAND head -c ${size} "${source}" OUTPUT_FILE "${target}" COMMAND_ERROR_IS_FATAL ANY)
+endfunction()
+
+file(REMOVE_RECURSE "${WORK_DIR}")
+file(MAKE_DIRECTORY "${WORK_DIR}")
+string(REPEAT "people's only copy of their data\n" 100 text)
+file(WRITE "${WORK_DIR}/file.txt" "${text}")
+file(WRITE "${WORK_DIR}/empty.txt" "")
+set(copy "${WORK_DIR}/0.encrypted")
+
+run(0 "restored files are identical" "${SOURCES}")
+foreach(cipher aes256cbc aes128cbc bfcbc cast128cbc null)
+  run(0 "restored files are identical" "${WORK_DIR}/empty.txt" --cipher ${cipher})
+  run(0 "restored files are identical" "${WORK_DIR}/file.txt" --cipher ${cipher} --keep "${WORK_DIR}")
+endforeach()
+run(0 "restored files are identical" "${WORK_DIR}/file.txt" --keep "${WORK_DIR}" --password secret)
+run(0 "Restored to" restore "${copy}" --password secret)
+file(READ "${copy}.restored" restored)
+if(NOT restored STREQUAL text)
+  message(FATAL_ERROR "the restored file differs")
+endif()
+
+run(1 "Error: OpenSSL decrypt error." restore "${copy}" --password wrong)
+truncate("${copy}" "${WORK_DIR}/short" 1000)
+run(1 "available = 995" restore "${WORK_DIR}/short" --password secret)
+run(1 "Error: Unknown cipher id 'rot13'." restore "${copy}" --cipher rot13)
+run(1 "Error: " "${WORK_DIR}/missing")
+run(2 "usage: " --no-such-option)
