@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: Apache-2.0
+// The comparisons of each family.
+#pragma once
+
+namespace bench {
+
+void registerCiphers();
+
+} // namespace bench
