@@ -32,9 +32,10 @@ OSSL_LIB_CTX* createLibraryContext() {
 /// use, stands in if that fails.
 const EVP_CIPHER* select(const char* name, const EVP_CIPHER* fallback) {
     COpenSSLInit::ensureInitialized();
-    const ErrorQueueMark mark;
+    ErrorQueueMark mark;
     static OSSL_LIB_CTX* const context = createLibraryContext();
     const EVP_CIPHER* const fetched = context ? EVP_CIPHER_fetch(context, name, nullptr) : nullptr;
+    mark.drop();
     return fetched ? fetched : fallback;
 }
 

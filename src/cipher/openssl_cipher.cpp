@@ -131,7 +131,7 @@ void COpenSSLCipher::encrypt(const Key& key, const void* data, int size, Buffer&
                              const unsigned char* iv) {
     constexpr char where[] = "COpenSSLCipher::encrypt";
     checkKey(key, where);
-    const ErrorQueueMark mark;
+    ErrorQueueMark mark;
     const CipherContextPtr context = createContext();
     const Input input(data, size);
     int start = getStart(out, append);
@@ -150,14 +150,14 @@ void COpenSSLCipher::encrypt(const Key& key, const void* data, int size, Buffer&
         start += m_ivSize;
     }
     if (!context || !EVP_EncryptInit(context.get(), m_cipher, key.getData(), ivCopy.data()))
-        raiseError(encryptInitFailed);
+        mark.raise(encryptInitFailed);
 
     int written = 0;
     if (input.size > 0 && !EVP_EncryptUpdate(context.get(), out.getData() + start, &written, input.data, input.size))
-        raiseError(encryptFailed);
+        mark.raise(encryptFailed);
     out.setUsed(start + written);
     if (!EVP_EncryptFinal(context.get(), out.getData() + out.getUsed(), &written))
-        raiseError(encryptFailed);
+        mark.raise(encryptFailed);
     out.addUsed(written);
 }
 
@@ -165,7 +165,7 @@ void COpenSSLCipher::decrypt(const Key& key, const void* data, int size, Buffer&
                              const unsigned char* iv) {
     constexpr char where[] = "COpenSSLCipher::decrypt";
     checkKey(key, where);
-    const ErrorQueueMark mark;
+    ErrorQueueMark mark;
     const CipherContextPtr context = createContext();
     Input input(data, size);
     if (!iv) {
@@ -179,15 +179,15 @@ void COpenSSLCipher::decrypt(const Key& key, const void* data, int size, Buffer&
     checkRoom(where, key, input, out, start, start, outputSize);
 
     if (!context || !EVP_DecryptInit(context.get(), m_cipher, key.getData(), iv))
-        raiseError(encryptInitFailed);
+        mark.raise(encryptInitFailed);
     out.ensureAllocated(start + static_cast<int>(outputSize));
 
     int written = 0;
     if (!EVP_DecryptUpdate(context.get(), out.getData() + start, &written, input.data, input.size))
-        raiseError(decryptFailed);
+        mark.raise(decryptFailed);
     out.setUsed(start + written);
     if (!EVP_DecryptFinal(context.get(), out.getData() + out.getUsed(), &written))
-        raiseError(decryptFailed);
+        mark.raise(decryptFailed);
     out.addUsed(written);
 }
 
@@ -208,26 +208,26 @@ void COpenSSLCipher::encryptWithoutPadding(const Key& key, const void* data, int
     checkRoom(where, key, input, out, start, start, paddedSize);
     const int expected = static_cast<int>(paddedSize);
 
-    const ErrorQueueMark mark;
+    ErrorQueueMark mark;
     const CipherContextPtr context = createContext();
     const IVCopy ivCopy = copyIV(iv, m_ivSize);
     out.setUsed(start + expected);
     if (!context || !EVP_EncryptInit(context.get(), m_cipher, key.getData(), ivCopy.data()) ||
         !EVP_CIPHER_CTX_set_padding(context.get(), 0))
-        raiseError(encryptInitFailed);
+        mark.raise(encryptInitFailed);
 
     unsigned char* const result = out.getData() + start;
     int total = 0;
     int written = 0;
     if (!EVP_EncryptUpdate(context.get(), result, &total, input.data, input.size))
-        raiseError(encryptFailed);
+        mark.raise(encryptFailed);
     if (expected > input.size) {
         if (!EVP_EncryptUpdate(context.get(), result + total, &written, m_zeroBlock.getData(), expected - input.size))
-            raiseError(encryptFailed);
+            mark.raise(encryptFailed);
         total += written;
     }
     if (!EVP_EncryptFinal(context.get(), result + total, &written))
-        raiseError(encryptFailed);
+        mark.raise(encryptFailed);
     checkTotal("OpenSSL encrypt error: output size does not match expected value", total + written, expected);
 }
 
@@ -247,20 +247,20 @@ void COpenSSLCipher::decryptWithoutPadding(const Key& key, const void* data, int
     const Input input(data, size);
     checkRoom(where, key, input, out, start, start, input.size);
 
-    const ErrorQueueMark mark;
+    ErrorQueueMark mark;
     const CipherContextPtr context = createContext();
     if (!context || !EVP_DecryptInit(context.get(), m_cipher, key.getData(), iv) ||
         !EVP_CIPHER_CTX_set_padding(context.get(), 0))
-        raiseError(encryptInitFailed);
+        mark.raise(encryptInitFailed);
 
     out.setUsed(start + input.size);
     unsigned char* const result = out.getData() + start;
     int total = 0;
     int written = 0;
     if (!EVP_DecryptUpdate(context.get(), result, &total, input.data, input.size))
-        raiseError(decryptFailed);
+        mark.raise(decryptFailed);
     if (!EVP_DecryptFinal(context.get(), result + total, &written))
-        raiseError(decryptFailed);
+        mark.raise(decryptFailed);
     checkTotal("OpenSSL decrypt error: decrypted size does not match expected value", total + written, input.size);
 }
 
