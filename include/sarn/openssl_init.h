@@ -30,8 +30,8 @@ public:
     COpenSSLInit() = default;
     COpenSSLInit(const COpenSSLInit&) = default;
     COpenSSLInit(COpenSSLInit&&) = default;
-    COpenSSLInit& operator=(const COpenSSLInit&) { return *this; }
-    COpenSSLInit& operator=(COpenSSLInit&&) { return *this; }
+    COpenSSLInit& operator=(const COpenSSLInit&) noexcept { return *this; }
+    COpenSSLInit& operator=(COpenSSLInit&&) noexcept { return *this; }
     ~COpenSSLInit() override;
 
 protected:

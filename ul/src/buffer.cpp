@@ -44,7 +44,8 @@ TBuffer<T>::TBuffer(const TBuffer& other) : CBase(other) {
 
 template <class T>
 TBuffer<T>& TBuffer<T>::operator=(const TBuffer& other) {
-    init(other.m_data, other.m_used);
+    if (this != &other)
+        init(other.m_data, other.m_used);
     return *this;
 }
 

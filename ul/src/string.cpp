@@ -78,7 +78,7 @@ std::string String::toUTF8() const {
 std::string String::toLatin1() const {
     std::string result(m_text.size(), '\0');
     std::transform(m_text.begin(), m_text.end(), result.begin(), [](wchar_t character) {
-        const auto code = static_cast<std::uint32_t>(character);
+        const std::uint32_t code = toCodeUnit(character);
         return code <= 0xFF ? static_cast<char>(code) : '?';
     });
     return result;

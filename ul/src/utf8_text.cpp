@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <iterator>
+#include <type_traits>
 
 namespace ul {
 
@@ -25,9 +26,9 @@ bool isTrailSurrogate(std::uint32_t unit) {
 
 /// The Unicode scalar value that starts at `position`, which moves behind it; noScalar if none does.
 std::uint32_t nextScalar(const std::wstring& text, std::size_t& position) {
-    const auto unit = static_cast<std::uint32_t>(text[position++]);
+    const std::uint32_t unit = toCodeUnit(text[position++]);
     if (isUTF16 && isLeadSurrogate(unit) && position < text.size()) {
-        const auto trail = static_cast<std::uint32_t>(text[position]);
+        const std::uint32_t trail = toCodeUnit(text[position]);
         if (isTrailSurrogate(trail)) {
             ++position;
             return 0x10000 + ((unit - 0xD800) << 10) + (trail - 0xDC00);
@@ -47,6 +48,10 @@ void appendScalar(std::wstring& text, std::uint32_t scalar) {
 }
 
 } // namespace
+
+std::uint32_t toCodeUnit(wchar_t character) {
+    return static_cast<std::make_unsigned_t<wchar_t>>(character);
+}
 
 String decodeUTF8(const char* data, std::size_t size) {
     const char* const end = data + size;

@@ -4,9 +4,13 @@
 
 #include "ul/string.h"
 
+#include <cstdint>
 #include <string>
 
 namespace ul {
+
+/// The character's number, whatever the sign of wchar_t.
+std::uint32_t toCodeUnit(wchar_t character);
 
 /// As String::fromUTF8().
 String decodeUTF8(const char* data, std::size_t size);

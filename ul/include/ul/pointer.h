@@ -94,7 +94,7 @@ bool operator!=(std::nullptr_t, const P<T>& right) noexcept {
 /// \throws std::bad_alloc if there is no memory, and whatever the constructor throws; nothing leaks then.
 template <class T, class... Args>
 P<T> make(Args&&... args) {
-    return P<T>::adopt(new (CBase::RawNew()) T(std::forward<Args>(args)...));
+    return P<T>::adopt(new (CBase::RawNew{}) T(std::forward<Args>(args)...));
 }
 
 } // namespace ul
