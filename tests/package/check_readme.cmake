@@ -1,0 +1,23 @@
+# SPDX-License-Identifier: Apache-2.0
+# Fails unless each code block of a page that names its source file stands in that file word for word.
+# Wants: PAGE, ROOT
+file(READ "${PAGE}" page)
+set(count 0)
+while(page MATCHES "<!-- ([a-z_/.]+) -->\n```[a-z]*\n")
+  string(FIND "${page}" "${CMAKE_MATCH_0}" start)
+  string(LENGTH "${CMAKE_MATCH_0}" length)
+  math(EXPR start "${start} + ${length}")
+  set(file "${CMAKE_MATCH_1}")
+  string(SUBSTRING "${page}" ${start} -1 page)
+  string(FIND "${page}" "```" end)
+  string(SUBSTRING "${page}" 0 ${end} snippet)
+  file(READ "${ROOT}/${file}" source)
+  string(FIND "${source}" "${snippet}" position)
+  if(position EQUAL -1)
+    message(FATAL_ERROR "${PAGE}: the code block differs from ${file}")
+  endif()
+  math(EXPR count "${count} + 1")
+endwhile()
+if(count EQUAL 0)
+  message(FATAL_ERROR "${PAGE}: no code block names its source file")
+endif()
