@@ -12,4 +12,10 @@ namespace ul {
 /// Throws a CInvalidArgError without properties.
 [[noreturn]] void raiseInvalidArg(const String& where, const String& message);
 
+/// Throws a CFileError with the operating system's reason for `code`.
+[[noreturn]] void raiseFileError(const String& operation, const String& path, int code);
+
+/// The operating system's text for an error number, without a full stop.
+String describeSystemError(int code);
+
 } // namespace ul

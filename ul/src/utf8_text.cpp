@@ -65,6 +65,11 @@ String decodeUTF8(const char* data, std::size_t size) {
     return String(std::move(text));
 }
 
+String decodeUTF8OrLatin1(const std::string& text) {
+    const bool isUTF8 = utf8::is_valid(text.begin(), text.end());
+    return isUTF8 ? decodeUTF8(text.data(), text.size()) : String(text.data(), text.size());
+}
+
 std::string encodeUTF8(const std::wstring& text) {
     std::string result;
     result.reserve(text.size());

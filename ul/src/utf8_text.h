@@ -15,6 +15,9 @@ std::uint32_t toCodeUnit(wchar_t character);
 /// As String::fromUTF8().
 String decodeUTF8(const char* data, std::size_t size);
 
+/// Text that is meant to be UTF-8; each byte one character if it is not.
+String decodeUTF8OrLatin1(const std::string& text);
+
 /// As String::toUTF8().
 std::string encodeUTF8(const std::wstring& text);
 

@@ -98,12 +98,12 @@ public:
 /// An operation on a file failed.
 ///
 /// The message names the operation, the file and the reason the operating system gave; the properties are "path" and
-/// "reason"; the code is the operating system's error number.
+/// "reason"; the code is the operating system's error number, -1 if it was not asked.
 class UL_EXPORT CFileError : public CError {
 public:
     /// \param operation what was tried, for example "open file"
     /// \param path      the file as the caller named it
-    /// \param reason    the operating system's text for `code`
+    /// \param reason    why, without a full stop; the operating system's text for `code` if it was asked
     CFileError(const String& operation, const String& path, const String& reason, std::int64_t code);
     CFileError(const CFileError&) = default;
     CFileError& operator=(const CFileError&) = default;

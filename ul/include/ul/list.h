@@ -19,6 +19,8 @@ public:
     void append(T value) { m_items.push_back(std::move(value)); }
     /// Removes the last element; the list must not be empty.
     void removeLast() { m_items.pop_back(); }
+    /// The last element; the list must not be empty.
+    const T& getLast() const noexcept { return m_items.back(); }
     void clear() noexcept { m_items.clear(); }
 
     int getSize() const noexcept { return static_cast<int>(m_items.size()); }

@@ -4,7 +4,6 @@
 #include "raise.h"
 
 #include <cerrno>
-#include <system_error>
 
 #include <sys/random.h>
 
@@ -16,8 +15,7 @@ void fillFromSystemGenerator(unsigned char* data, std::size_t size) {
         if (count < 0) {
             if (errno == EINTR)
                 continue;
-            raiseError("Random bytes are not available.",
-                       CProps().add("reason", String(std::generic_category().message(errno).c_str())));
+            raiseError("Random bytes are not available.", CProps().add("reason", describeSystemError(errno)));
         }
         data += count;
         size -= static_cast<std::size_t>(count);
