@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/expect.h"
+#include "support/log_capture.h"
 
 #include "sarn/openssl_init.h"
 
@@ -46,21 +47,6 @@ bool isCleanerDisposed() {
 bool isThreadStuffDisposed() {
     return (COpenSSLInit::CThreadStuff::get().get()->*(&ThreadAccess::isDisposed))();
 }
-
-/// Collects the log's lines while it lives.
-class LogCapture {
-public:
-    LogCapture()
-        : m_previous(ul::setLogHandler([this](const ul::String& line) { m_lines.push_back(line.toUTF8()); })) {}
-    LogCapture(const LogCapture&) = delete;
-    LogCapture& operator=(const LogCapture&) = delete;
-    ~LogCapture() { ul::setLogHandler(m_previous); }
-    const std::vector<std::string>& getLines() const { return m_lines; }
-
-private:
-    std::vector<std::string> m_lines;
-    ul::LogHandler m_previous;
-};
 
 /// Whether another thread finds the mutex of `threads` free; it leaves it as it was.
 bool isFree(ThreadAccess& threads) {

@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/expect.h"
+#include "support/memory_spy.h"
+
+#include "ul/buffer.h"
+#include "ul/pointer.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cstring>
+#include <new>
+
+namespace sarn_test {
+
+namespace {
+
+using Buffer = ul::TBuffer<unsigned char>;
+
+Buffer makeBuffer(const std::string& text) {
+    Buffer buffer;
+    fill(buffer, toBytes(text));
+    return buffer;
+}
+
+std::string toText(const Buffer& buffer) {
+    return std::string(buffer.getData(), buffer.getData() + buffer.getUsed());
+}
+
+/// Counts the blocks that it gives back.
+class CountingBuffer : public Buffer {
+public:
+    using Buffer::Buffer;
+    ~CountingBuffer() override { freeBlock(); }
+    int freedBlocks = 0;
+
+protected:
+    void deleteData(unsigned char* data, int size) override {
+        ++freedBlocks;
+        EXPECT_GE(size, 0);
+        Buffer::deleteData(data, size);
+    }
+};
+
+} // namespace
+
+TEST(TBuffer, New_IsEmptyWithoutABlock) {
+    const Buffer buffer;
+    EXPECT_EQ(buffer.getData(), nullptr);
+    EXPECT_EQ(buffer.getUsed(), 0);
+    EXPECT_EQ(buffer.getAllocated(), 0);
+}
+
+TEST(TBuffer, SizeConstructor_WithMinusOne_CountsAllBytesAsUsed) {
+    const Buffer buffer(32, -1);
+    EXPECT_EQ(buffer.getUsed(), 32);
+    EXPECT_GE(buffer.getAllocated(), 32);
+}
+
+TEST(TBuffer, SizeConstructor_WithUsedSize_CountsThatMany) {
+    const Buffer buffer(32, 5);
+    EXPECT_EQ(buffer.getUsed(), 5);
+    EXPECT_GE(buffer.getAllocated(), 32);
+    EXPECT_EQ(Buffer(0, -1).getUsed(), 0);
+}
+
+TEST(TBuffer, SizeConstructor_WithNegativeSize_IsEmpty) {
+    EXPECT_EQ(Buffer(-7, -1).getUsed(), 0);
+    EXPECT_EQ(Buffer(INT_MIN, 0).getAllocated(), 0);
+}
+
+TEST(TBuffer, SizeConstructor_WithUsedSizeOutside_IsRefused) {
+    for (const int used : {-2, 33, INT_MAX, INT_MIN})
+        expectInvalidArg("TBuffer", "invalid used size", [used] { const Buffer buffer(32, used); });
+}
+
+TEST(TBuffer, Copy_TakesTheUsedBytesOnly) {
+    Buffer original = makeBuffer("abcdef");
+    original.setUsed(3);
+    const Buffer copy(original);
+    Buffer assigned = makeBuffer("0123456789");
+    assigned = original;
+    original.getData()[0] = 'X';
+    EXPECT_EQ(toText(copy), "abc");
+    EXPECT_EQ(toText(assigned), "abc");
+    EXPECT_EQ(copy.getAllocated(), 3);
+}
+
+TEST(TBuffer, Assignment_ToItself_ChangesNothing) {
+    Buffer buffer = makeBuffer("abc");
+    const Buffer& same = buffer;
+    buffer = same;
+    EXPECT_EQ(toText(buffer), "abc");
+}
+
+TEST(TBuffer, Init_WithItsOwnBytes_KeepsThem) {
+    Buffer buffer = makeBuffer("abcdef");
+    buffer.init(buffer.getData() + 2, 3);
+    EXPECT_EQ(toText(buffer), "cde");
+    buffer.init(nullptr, 0);
+    EXPECT_EQ(buffer.getUsed(), 0);
+}
+
+TEST(TBuffer, Insert_AtEveryPlace_MovesTheRestBehind) {
+    Buffer buffer;
+    buffer.insert(0, "bd", 2);
+    buffer.insert(2, "e", 1);
+    buffer.insert(0, "a", 1);
+    buffer.insert(2, "c", 1);
+    EXPECT_EQ(toText(buffer), "abcde");
+    buffer.insert(5, nullptr, 0);
+    EXPECT_EQ(toText(buffer), "abcde");
+}
+
+TEST(TBuffer, Insert_OfItsOwnBytes_WorksWithAndWithoutRoom) {
+    Buffer full = makeBuffer("abcd");
+    full.insert(1, full.getData(), 4);
+    EXPECT_EQ(toText(full), "aabcdbcd");
+    Buffer roomy = makeBuffer("abcd");
+    roomy.ensureAllocated(100);
+    roomy.insert(1, roomy.getData(), 4);
+    EXPECT_EQ(toText(roomy), "aabcdbcd");
+    roomy.insert(8, roomy.getData() + 6, 2);
+    EXPECT_EQ(toText(roomy), "aabcdbcdcd");
+}
+
+TEST(TBuffer, BadPositionsAndSizes_AreRefusedAndChangeNothing) {
+    Buffer buffer = makeBuffer("abc");
+    expectInvalidArg("TBuffer::insert", "invalid position", [&] { buffer.insert(4, "x", 1); });
+    expectInvalidArg("TBuffer::insert", "invalid position", [&] { buffer.insert(-1, "x", 1); });
+    expectInvalidArg("TBuffer", "invalid size", [&] { buffer.insert(0, "x", -1); });
+    expectInvalidArg("TBuffer", "invalid size", [&] { buffer.insert(0, "x", INT_MAX); });
+    expectInvalidArg("TBuffer", "invalid size", [&] { buffer.init(buffer.getData(), -1); });
+    expectInvalidArg("TBuffer", "invalid size", [&] { buffer.setUsed(-1); });
+    expectInvalidArg("TBuffer", "invalid size", [&] { buffer.addUsed(-4); });
+    expectInvalidArg("TBuffer", "invalid size", [&] { buffer.addUsed(INT_MAX); });
+    EXPECT_EQ(toText(buffer), "abc");
+}
+
+TEST(TBuffer, EnsureAllocated_KeepsTheUsedBytesAndNeverShrinks) {
+    Buffer buffer = makeBuffer("abc");
+    buffer.ensureAllocated(1000);
+    EXPECT_EQ(toText(buffer), "abc");
+    EXPECT_GE(buffer.getAllocated(), 1000);
+    const unsigned char* const block = buffer.getData();
+    buffer.ensureAllocated(10);
+    buffer.ensureAllocated(-1);
+    EXPECT_EQ(buffer.getData(), block);
+}
+
+TEST(TBuffer, SetUsed_LeavesTheBytesThatTheCallerWrote) {
+    Buffer buffer;
+    buffer.ensureAllocated(3);
+    std::memcpy(buffer.getData(), "abc", 3);
+    buffer.setUsed(2);
+    EXPECT_EQ(toText(buffer), "ab");
+    buffer.addUsed(1);
+    EXPECT_EQ(toText(buffer), "abc");
+    buffer.addUsed(-1);
+    EXPECT_EQ(toText(buffer), "ab");
+    buffer.setUsed(500);
+    EXPECT_GE(buffer.getAllocated(), 500);
+}
+
+TEST(TBuffer, ManyAppendedPieces_GrowTheBlockGeometrically) {
+    CountingBuffer buffer;
+    for (int i = 0; i < 100000; ++i)
+        buffer.insert(buffer.getUsed(), "0123456789", 10);
+    EXPECT_EQ(buffer.getUsed(), 1000000);
+    EXPECT_LE(buffer.freedBlocks, 20);
+}
+
+TEST(TBuffer, EnsureAllocatedBytewise_GrowsTheBlockGeometrically) {
+    CountingBuffer buffer;
+    for (int i = 0; i < 100000; ++i)
+        buffer.setUsed(i);
+    EXPECT_LE(buffer.freedBlocks, 20);
+}
+
+TEST(TBuffer, DeleteData_MayBeOverridden) {
+    CountingBuffer buffer;
+    buffer.setUsed(4);
+    buffer.ensureAllocated(1000);
+    EXPECT_EQ(buffer.freedBlocks, 1);
+}
+
+TEST(TBuffer, WithoutMemory_KeepsItsContent) {
+    Buffer buffer = makeBuffer("abc");
+    const auto expectRefused = [&buffer](auto grow) {
+        const AllocationFailure failure(0);
+        EXPECT_THROW(grow(), std::bad_alloc);
+        EXPECT_EQ(buffer.getUsed(), 3);
+        EXPECT_EQ(std::memcmp(buffer.getData(), "abc", 3), 0);
+    };
+    expectRefused([&] { buffer.ensureAllocated(100); });
+    expectRefused([&] { buffer.setUsed(100); });
+    expectRefused([&] { buffer.insert(1, "0123456789", 10); });
+    expectRefused([&] { buffer.init(reinterpret_cast<const unsigned char*>("0123456789"), 10); });
+    expectRefused([&] { const Buffer copy(buffer); });
+}
+
+TEST(TBuffer, IsAnObjectThatAPointerOwns) {
+    const ul::P<Buffer> buffer = ul::make<ul::TCryptBuffer<unsigned char>>(16, -1);
+    EXPECT_EQ(buffer->getUsed(), 16);
+    const ul::P<ul::TBuffer<char>> text = ul::make<ul::TBuffer<char>>();
+    text->insert(0, "abc", 3);
+    EXPECT_EQ(std::string(text->getData(), 3), "abc");
+}
+
+} // namespace sarn_test

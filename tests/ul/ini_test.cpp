@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/expect.h"
+#include "support/markdown_table.h"
+#include "support/temp_folder.h"
+
+#include "ul/ini.h"
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+
+namespace sarn_test {
+
+namespace {
+
+ul::P<ul::CINIContent> parse(const std::string& text) {
+    ul::TBuffer<unsigned char> data;
+    fill(data, toBytes(text));
+    return ul::CINIContent::parseData(data);
+}
+
+/// Every value as "/section/name=value", in order.
+std::vector<std::string> list(const ul::CINIContent& content) {
+    std::vector<std::string> values;
+    ul::TArray<ul::String> sections;
+    content.getSectionNames(sections);
+    for (const ul::String& section : sections) {
+        ul::TArray<ul::String> names;
+        content.getSectionValueNames(section, names);
+        for (const ul::String& name : names) {
+            ul::String value;
+            EXPECT_TRUE(content.tryGetSectionValue(value, section, name));
+            values.push_back("/" + section.toUTF8() + "/" + name.toUTF8() + "=" + value.toUTF8());
+        }
+    }
+    return values;
+}
+
+void replaceAll(std::string& text, const std::string& what, const std::string& by) {
+    for (std::size_t at = 0; (at = text.find(what, at)) != std::string::npos; at += by.size())
+        text.replace(at, what.size(), by);
+}
+
+/// What the documentation writes with a backslash.
+std::string unescape(std::string text) {
+    replaceAll(text, "\\n", "\n");
+    replaceAll(text, "\\r", "\r");
+    replaceAll(text, "\\t", "\t");
+    replaceAll(text, "\\uFEFF", "\xEF\xBB\xBF");
+    replaceAll(text, "\\xFF", "\xFF");
+    return text;
+}
+
+/// The rules of docs/configuration-format.md.
+class INIRule : public testing::TestWithParam<MarkdownRow> {};
+
+std::string getRowName(const testing::TestParamInfo<MarkdownRow>& info) {
+    std::string name = info.param.cells[2] + "_" + std::to_string(info.index);
+    for (char& character : name)
+        character = std::isalnum(static_cast<unsigned char>(character)) ? character : '_';
+    return name;
+}
+
+const std::string refusedInLine = "Refused in line ";
+const std::string refusedAtByte = "Refused at byte ";
+
+} // namespace
+
+TEST_P(INIRule, Holds) {
+    const MarkdownRow& row = GetParam();
+    const std::string text = row.code[0].empty() ? "" : unescape(row.code[0][0]);
+    const std::string& result = row.cells[1];
+    if (result.find(refusedInLine) == 0) {
+        const std::string rest = result.substr(refusedInLine.size());
+        expectError(("Invalid INI text in line " + rest + ".").c_str(),
+                    {"line", rest.substr(0, rest.find(':')).c_str()}, [&] { parse(text); });
+    } else if (result.find(refusedAtByte) == 0) {
+        const std::string position = result.substr(refusedAtByte.size());
+        expectError("Invalid UTF-8 text.", {"position", position.c_str()}, [&] { parse(text); });
+    } else {
+        std::vector<std::string> expected;
+        for (const std::string& value : row.code[1])
+            expected.push_back(unescape(value));
+        EXPECT_EQ(list(*parse(text)), expected);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Docs, INIRule, testing::ValuesIn(readMarkdownTable("configuration-format.md", "Text")),
+                         getRowName);
+
+TEST(CINIContent, TryGetSectionValue_OfAMissingValue_LeavesTheOutputAlone) {
+    const ul::P<ul::CINIContent> content = parse("[a]\nx=1\n");
+    ul::String value("old");
+    EXPECT_FALSE(content->tryGetSectionValue(value, "a", "y"));
+    EXPECT_FALSE(content->tryGetSectionValue(value, "b", "x"));
+    EXPECT_FALSE(content->tryGetSectionValue(value, "/", "x"));
+    EXPECT_TRUE(value == "old");
+    EXPECT_TRUE(content->tryGetSectionValue(value, "a", "x"));
+    EXPECT_TRUE(value == "1");
+}
+
+TEST(CINIContent, ValueAheadOfAnySection_IsFoundInTheSectionsNamedSlashAndNothing) {
+    const ul::P<ul::CINIContent> content = parse("x=1\ny=2\n[/]\ny=3\n");
+    ul::String value;
+    EXPECT_TRUE(content->tryGetSectionValue(value, "/", "x") && value == "1");
+    EXPECT_TRUE(content->tryGetSectionValue(value, "", "x") && value == "1");
+    EXPECT_TRUE(content->tryGetSectionValue(value, "/", "y") && value == "3") << "the section itself comes first";
+    EXPECT_TRUE(content->tryGetSectionValue(value, "", "y") && value == "2");
+}
+
+TEST(CINIContent, SetSectionValue_ReplacesOrGoesToTheEnd) {
+    const ul::P<ul::CINIContent> content = parse("[a]\nx=1\ny=2\n");
+    content->setSectionValue("a", "x", "new");
+    content->setSectionValue("b", "z", "3");
+    content->setSectionValue("a", "w", "4");
+    EXPECT_EQ(list(*content), (std::vector<std::string>{"/a/x=new", "/a/y=2", "/a/w=4", "/b/z=3"}));
+}
+
+TEST(CINIContent, NameLists_ReplaceWhatTheArrayHolds) {
+    const ul::P<ul::CINIContent> content = parse("[a]\nx=1\n[b]\n");
+    ul::TArray<ul::String> names;
+    names.append("old");
+    content->getSectionNames(names);
+    EXPECT_EQ(names.getSize(), 2);
+    content->getSectionValueNames("a", names);
+    ASSERT_EQ(names.getSize(), 1);
+    EXPECT_TRUE(names[0] == "x");
+    content->getSectionValueNames("none", names);
+    EXPECT_EQ(names.getSize(), 0);
+}
+
+TEST(CINIContent, ParseFile_ReadsWhatParseDataReads) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("a.ini", "\xEF\xBB\xBF[a]\r\nx=1\r\n");
+    EXPECT_EQ(list(*ul::CINIContent::parseFile(path)), std::vector<std::string>{"/a/x=1"});
+}
+
+TEST(CINIContent, ParseFile_NamesTheFileInItsErrors) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("a.ini", "[a\n");
+    const std::string text = path.getString().toUTF8();
+    expectError("Invalid INI text in line 1: the section header has no ']'.", {"line", "1", "path", text.c_str()},
+                [&] { ul::CINIContent::parseFile(path); });
+    EXPECT_THROW(ul::CINIContent::parseFile(folder.getPath("none")), ul::CFileError);
+}
+
+TEST(CINIContent, ManyNames_AreReadInLittleTime) {
+    std::string text = "[a]\n";
+    for (int i = 0; i < 100000; ++i)
+        text += "name" + std::to_string(i) + "=" + std::to_string(i) + "\n[s" + std::to_string(i) + "]\n";
+    const ul::P<ul::CINIContent> content = parse(text);
+    ul::String value;
+    EXPECT_TRUE(content->tryGetSectionValue(value, "s99998", "name99999") && value == "99999");
+}
+
+TEST(CINIContent, VeryLongLine_IsRead) {
+    const std::string value(1 << 20, 'v');
+    EXPECT_EQ(list(*parse("[a]\nx=" + value)), std::vector<std::string>{"/a/x=" + value});
+}
+
+} // namespace sarn_test

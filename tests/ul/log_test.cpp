@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/expect.h"
+#include "support/log_capture.h"
+
+#include "ul/log.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+#include <thread>
+
+namespace sarn_test {
+
+TEST(LogError, Message_ReachesTheHandlerAsOneLine) {
+    const LogCapture log;
+    ul::logError("disk is full");
+    EXPECT_EQ(log.getLines(), std::vector<std::string>{"ERROR: disk is full"});
+}
+
+TEST(LogError, Exception_IsDescribedWithPropertiesAndCauses) {
+    const LogCapture log;
+    const ul::CError cause("inner.", "", -1, ul::CProps(), nullptr);
+    const ul::CError error("outer.", "", -1, ul::CProps().add("a", "1").add("b", "2"), &cause);
+    ul::logError(error, "cannot save", "state");
+    ul::logError(std::runtime_error("plain"), "cannot load", "");
+    EXPECT_EQ(log.getLines(),
+              (std::vector<std::string>{"ERROR: cannot save: outer. [a=1, b=2] Caused by: inner. (state)",
+                                        "ERROR: cannot load: plain"}));
+}
+
+TEST(LogError, ExceptionInDestructor_NamesTheClassAndTellsBugsApart) {
+    const LogCapture log;
+    std::runtime_error error("oops");
+    ul::onExceptionInDestructorIgnored("ul::CThing", error, false);
+    ul::onExceptionInDestructorIgnored("ul::CThing", error, true);
+    EXPECT_EQ(log.getLines(),
+              (std::vector<std::string>{"ERROR: exception in the destructor of ul::CThing ignored: oops",
+                                        "BUG: exception in the destructor of ul::CThing ignored: oops"}));
+}
+
+TEST(LogError, HandlerThatThrows_IsSurvived) {
+    const ul::LogHandler before = ul::setLogHandler([](const ul::String&) { throw std::runtime_error("handler"); });
+    EXPECT_NO_THROW(ul::logError("x"));
+    EXPECT_NO_THROW(ul::logError(std::runtime_error("x"), "y", "z"));
+    ul::setLogHandler(before);
+}
+
+TEST(LogError, WithoutAHandler_GoesToStandardError) {
+    const ul::LogHandler before = ul::setLogHandler(nullptr);
+    testing::internal::CaptureStderr();
+    ul::logError(L"donn\u00E9es");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "ERROR: donn\xC3\xA9"
+                                                      "es\n");
+    ul::setLogHandler(before);
+}
+
+TEST(LogError, FromManyThreadsWhileTheHandlerChanges_LosesNoLine) {
+    std::atomic<int> lines{0};
+    const ul::LogHandler count = [&lines](const ul::String&) { ++lines; };
+    const ul::LogHandler before = ul::setLogHandler(count);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([] {
+            for (int line = 0; line < 500; ++line)
+                ul::logError("x");
+        });
+    for (int i = 0; i < 500; ++i)
+        EXPECT_TRUE(ul::setLogHandler(count));
+    for (std::thread& thread : threads)
+        thread.join();
+    ul::setLogHandler(before);
+    EXPECT_EQ(lines, 2000);
+}
+
+} // namespace sarn_test

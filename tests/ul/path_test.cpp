@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/expect.h"
+#include "support/markdown_table.h"
+#include "support/temp_folder.h"
+#include "support/work_folder.h"
+
+#include "ul/path.h"
+
+#include <gtest/gtest.h>
+
+#include <cctype>
+
+namespace sarn_test {
+
+namespace {
+
+ul::String fromUTF8(const std::string& text) {
+    return ul::String::fromUTF8(text.data(), text.size());
+}
+
+std::string getPath(const std::string& text) {
+    return ul::CWindowsPath(fromUTF8(text)).getString().toUTF8();
+}
+
+/// The rules of docs/paths.md: what a text becomes.
+class PathRule : public testing::TestWithParam<MarkdownRow> {
+protected:
+    /// `text` with the folder of the documentation's examples replaced by one that exists.
+    std::string inWorkFolder(std::string text) const {
+        const std::string documented = "Z:\\srv\\x";
+        const std::string parent = documented.substr(0, 6);
+        if (text.compare(0, documented.size(), documented) == 0)
+            return m_folder.getText() + text.substr(documented.size());
+        if (text.compare(0, parent.size(), parent) == 0)
+            return m_folder.getText() + "\\.." + text.substr(parent.size());
+        return text;
+    }
+
+    const WorkFolder m_folder;
+};
+
+std::string getRowName(const testing::TestParamInfo<MarkdownRow>& info) {
+    std::string name = info.param.cells[2] + "_" + std::to_string(info.index);
+    for (char& character : name)
+        character = std::isalnum(static_cast<unsigned char>(character)) ? character : '_';
+    return name;
+}
+
+} // namespace
+
+TEST_P(PathRule, Holds) {
+    const MarkdownRow& row = GetParam();
+    const std::string text = row.code[0].empty() ? "" : row.code[0][0];
+    if (row.cells[1] == "refused") {
+        expectErrorOf<ul::CBadPathError>(("Invalid path: " + text).c_str(), [&] { getPath(text); });
+        return;
+    }
+    const std::string expected = inWorkFolder(row.code[1].at(0));
+    // The expected text is normalised only where it goes through the folder's parent.
+    EXPECT_EQ(getPath(text), expected.find("\\..") == std::string::npos ? expected : getPath(expected));
+    EXPECT_EQ(getPath(getPath(text)), getPath(text)) << "a path's text is its own path";
+}
+
+INSTANTIATE_TEST_SUITE_P(Docs, PathRule, testing::ValuesIn(readMarkdownTable("paths.md", "Text")), getRowName);
+
+TEST(CWindowsPath, EmbeddedNull_IsRefused) {
+    expectErrorOf<ul::CBadPathError>("Invalid path: C:\\a",
+                                     [] { ul::CWindowsPath(ul::String(std::wstring(L"C:\\a\0.txt", 9))); });
+}
+
+TEST(CWindowsPath, LongTexts_AreKept) {
+    const std::string name(300, 'n');
+    EXPECT_EQ(getPath("C:\\" + name + "/" + name), "C:\\" + name + "\\" + name);
+    std::string deep = "C:";
+    for (int i = 0; i < 10000; ++i)
+        deep += "\\a\\..\\b";
+    EXPECT_EQ(getPath(deep).size(), 2U + 20000U);
+}
+
+TEST(CWindowsPath, UnpairedSurrogate_IsPartOfTheName) {
+    const ul::String text(L"C:\\a\xD800z");
+    EXPECT_EQ(ul::CWindowsPath(text).getString(), text);
+}
+
+TEST(CWindowsPath, Comparison_IsThatOfTheTexts) {
+    const ul::CWindowsPath path("C:\\a");
+    const ul::CWindowsPath copy(path);
+    EXPECT_TRUE(path == copy && path == ul::CWindowsPath("c:/./a") && !(path != copy));
+    EXPECT_TRUE(path != ul::CWindowsPath("C:\\A") && ul::CWindowsPath("C:\\A") < path && !(path < copy));
+}
+
+TEST(CWindowsPathTraits, Functions_AnswerForEachKindOfRoot) {
+    using Traits = ul::CWindowsPathTraits;
+    EXPECT_EQ(Traits::getSep(), L'\\');
+    EXPECT_STREQ(Traits::getAllSeps(), L"\\/");
+    EXPECT_EQ(Traits::getRootLength("C:\\a"), 3);
+    EXPECT_EQ(Traits::getRootLength("C:a"), 2);
+    EXPECT_EQ(Traits::getRootLength("\\a"), 1);
+    EXPECT_EQ(Traits::getRootLength("a"), 0);
+    EXPECT_EQ(Traits::getRootLength("\\\\server\\share\\a"), 15);
+    EXPECT_EQ(Traits::getRootLength("\\\\server"), 8);
+    EXPECT_EQ(Traits::getRootLength("\\\\?\\C:\\a"), 7);
+    EXPECT_EQ(Traits::getRootLength("\\\\?\\UNC\\server\\share\\a"), 21);
+    EXPECT_TRUE(Traits::isAbsolute("C:\\") && Traits::isAbsolute("\\\\s\\h") && Traits::isAbsolute("\\\\?\\C:\\"));
+    EXPECT_FALSE(Traits::isAbsolute("C:a") || Traits::isAbsolute("\\a") || Traits::isAbsolute("a"));
+    EXPECT_TRUE(Traits::normalizeSeparators("a//b\\/c") == "a\\b\\c");
+    EXPECT_TRUE(Traits::normalizeSeparators("//s/h//a") == "\\\\s\\h\\a");
+    EXPECT_TRUE(Traits::normalizeRoot("c:\\") == "C:\\" && Traits::normalizeRoot("\\\\s").isEmpty());
+    EXPECT_TRUE(Traits::normalizeComponent("a. .") == "a" && Traits::normalizeComponent(" . ").isEmpty());
+    EXPECT_TRUE(Traits::pathNeedsToBeNormalizedToBeValid("C:\\a"));
+    EXPECT_FALSE(Traits::pathNeedsToBeNormalizedToBeValid("\\\\?\\C:\\a"));
+    EXPECT_TRUE(Traits::makeAbsolute("a", "C:\\w") == "C:\\w\\a");
+    EXPECT_TRUE(Traits::makeAbsolute("c:a", "\\\\?\\C:\\w.") == "\\\\?\\C:\\w.\\a");
+    EXPECT_TRUE(Traits::finalizeNormalizedPath("C:\\a\\") == "C:\\a" &&
+                Traits::finalizeNormalizedPath("C:\\") == "C:\\");
+}
+
+TEST(GetCurrentWorkDirectoryAsString, NamesTheFolderThatTheProcessIsIn) {
+    const WorkFolder folder;
+    EXPECT_EQ(ul::getCurrentWorkDirectoryAsString().toUTF8(), folder.getText());
+}
+
+} // namespace sarn_test

@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: Apache-2.0
+// Files that fail, and names that only exist outside Windows.
+#include "support/expect.h"
+#include "support/temp_folder.h"
+#include "support/work_folder.h"
+
+#include "ul/file.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <csignal>
+#include <fstream>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace sarn_test {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// While it lives, files cannot grow beyond `size` bytes.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t size) : m_previousHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+        ::getrlimit(RLIMIT_FSIZE, &m_previous);
+        const rlimit limit{size, m_previous.rlim_max};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+    ~FileSizeLimit() {
+        ::setrlimit(RLIMIT_FSIZE, &m_previous);
+        std::signal(SIGXFSZ, m_previousHandler);
+    }
+
+private:
+    rlimit m_previous{};
+    void (*m_previousHandler)(int);
+};
+
+template <class Action>
+void expectFileErrorCode(int code, Action action) {
+    const ul::P<ul::CError> error = catchError<ul::CFileError>(action);
+    ASSERT_TRUE(error);
+    EXPECT_EQ(error->getCode(), code) << error->what();
+}
+
+mode_t getMode(const fs::path& file) {
+    struct stat status {};
+    EXPECT_EQ(::stat(file.c_str(), &status), 0);
+    return status.st_mode & 07777;
+}
+
+} // namespace
+
+TEST(WriteUTF8TextFile, DiskFullHalfWay_LeavesTheOldFileAndNothingBeside) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("f", "old");
+    {
+        const FileSizeLimit limit(4096);
+        expectFileErrorCode(EFBIG, [&] { ul::writeUTF8TextFile(path, ul::String(std::wstring(100000, L'x'))); });
+    }
+    EXPECT_EQ(folder.read("f"), "old");
+    EXPECT_EQ(folder.list(), std::vector<std::string>{"f"});
+}
+
+TEST(WriteUTF8TextFile, InAFolderThatTakesNoFiles_IsAFileError) {
+    expectFileErrorCode(ENOENT, [] { ul::writeUTF8TextFile(ul::CWindowsPath("/proc/self/none"), "x"); });
+}
+
+TEST(WriteUTF8TextFile, ExistingFile_KeepsItsPermissionBits) {
+    const TempFolder folder;
+    const mode_t mask = ::umask(0077);
+    const ul::CWindowsPath path = folder.write("f", "old");
+    for (const mode_t mode : {0600U, 0644U, 0666U, 0400U}) {
+        ::chmod(folder.getNative("f").c_str(), mode);
+        ul::writeUTF8TextFile(path, "new");
+        EXPECT_EQ(getMode(folder.getNative("f")), mode);
+    }
+    ul::writeUTF8TextFile(folder.getPath("g"), "new");
+    EXPECT_EQ(getMode(folder.getNative("g")), 0600U) << "a new file follows the creation mask";
+    ::umask(mask);
+}
+
+TEST(WriteUTF8TextFile, SymbolicLink_IsReplacedAndItsTargetLeftAlone) {
+    const TempFolder folder;
+    folder.write("target", "old");
+    fs::create_symlink("target", folder.getNative("link"));
+    ul::writeUTF8TextFile(folder.getPath("link"), "new");
+    EXPECT_EQ(folder.read("target"), "old");
+    EXPECT_EQ(folder.read("link"), "new");
+    EXPECT_FALSE(fs::is_symlink(folder.getNative("link")));
+}
+
+TEST(WriteUTF8TextFile, Path_IsShownAsThePathsTextInTheError) {
+    const ul::P<ul::CError> error =
+        catchError<ul::CFileError>([] { ul::readUTF8TextFile(ul::CWindowsPath("/no/such/file")); });
+    ASSERT_TRUE(error);
+    EXPECT_STREQ(error->what(), "Cannot open file 'Z:\\no\\such\\file': No such file or directory.");
+}
+
+TEST(CWindowsFileInStream, ReadThatFails_IsAFileError) {
+    // The process's own memory cannot be read at address 0.
+    ul::CWindowsFileInStream stream(ul::CWindowsPath("/proc/self/mem"));
+    char data[1];
+    expectFileErrorCode(EIO, [&] { stream.readLax(data, 1); });
+    expectFileErrorCode(EIO, [&] { stream.isEndOfStream(); });
+}
+
+TEST(CWindowsFileInStream, FileWithoutASize_IsReadToItsEnd) {
+    ul::CWindowsFileInStream status(ul::CWindowsPath("/proc/self/status"));
+    EXPECT_EQ(status.getLength(), 0);
+    std::string content;
+    char chunk[100];
+    while (!status.isEndOfStream())
+        content.append(chunk, static_cast<std::size_t>(status.readLax(chunk, 100)));
+    EXPECT_EQ(content.find("Name:"), 0U);
+    EXPECT_NE(content.find("Threads:"), std::string::npos);
+}
+
+TEST(CWindowsFileInStream, EndlessDevice_HasNoEnd) {
+    ul::CWindowsFileInStream zeros(ul::CWindowsPath("/dev/zero"));
+    char data[4] = {1, 1, 1, 1};
+    EXPECT_FALSE(zeros.isEndOfStream());
+    zeros.read(data, 4);
+    EXPECT_EQ(std::string(data, 4), std::string(4, '\0'));
+    EXPECT_FALSE(zeros.isEndOfStream());
+    EXPECT_TRUE(ul::CWindowsFileInStream(ul::CWindowsPath("/dev/null")).isEndOfStream());
+}
+
+TEST(CWindowsFileInStream, FileBeyond4GiB_HasItsLength) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("f", "abc");
+    fs::resize_file(folder.getNative("f"), 5368709120U);
+    const ul::CWindowsFileInStream stream(path);
+    EXPECT_EQ(stream.getLength(), 5368709120);
+    expectErrorOf<ul::CFileError>(
+        ("Cannot read file '" + path.getString().toUTF8() + "': it is too large to be held in memory.").c_str(),
+        [&] { ul::readUTF8TextFile(path); });
+}
+
+TEST(CWindowsFileInStream, ClosedAndFailedStreams_LeaveNoDescriptorOpen) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("f", "abc");
+    const auto countDescriptors = [] {
+        return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+    };
+    const auto before = countDescriptors();
+    { ul::CWindowsFileInStream stream(path); }
+    EXPECT_THROW(ul::CWindowsFileInStream(TempFolder::toPath(folder.getNative())), ul::CFileError);
+    ul::writeUTF8TextFile(path, "x");
+    fs::create_directory(folder.getNative("d"));
+    EXPECT_THROW(ul::writeUTF8TextFile(folder.getPath("d"), "x"), ul::CFileError);
+    EXPECT_EQ(countDescriptors(), before);
+}
+
+TEST(CWindowsFileInStream, NameThatIsNoUnicode_IsAFileError) {
+    expectErrorOf<ul::CFileError>("Cannot open file 'Z:\\a?': its name is no valid Unicode text.",
+                                  [] { ul::CWindowsFileInStream stream(ul::CWindowsPath(L"/a\xD800")); });
+}
+
+TEST(CWindowsFileInStream, VerbatimPath_ReachesNamesThatEndInDotsAndSpaces) {
+    const TempFolder folder;
+    std::ofstream(folder.getNative() / "notes.") << "dot";
+    std::ofstream(folder.getNative() / "notes") << "plain";
+    const ul::String text = TempFolder::toPath(folder.getNative()).getString();
+    EXPECT_TRUE(ul::readUTF8TextFile(ul::CWindowsPath(L"\\\\?\\" + text + L"\\notes.")) == "dot");
+    EXPECT_TRUE(ul::readUTF8TextFile(ul::CWindowsPath(text + L"\\notes.")) == "plain");
+}
+
+TEST(GetCurrentWorkDirectoryAsString, InAFolderWhoseNameEndsInADot_IsVerbatim) {
+    const TempFolder parent;
+    const fs::path folder = parent.getNative() / "work.";
+    fs::create_directory(folder);
+    const fs::path before = fs::current_path();
+    fs::current_path(folder);
+    ul::writeUTF8TextFile(ul::CWindowsPath("a"), "here");
+    EXPECT_TRUE(fs::exists(folder / "a"));
+    EXPECT_TRUE(ul::getCurrentWorkDirectoryAsString().StartsWith(L"\\\\?\\Z:\\"));
+    ul::writeUTF8TextFile(ul::CWindowsPath("z:b"), "here");
+    EXPECT_TRUE(fs::exists(folder / "b"));
+    fs::current_path(before);
+}
+
+TEST(GetCurrentWorkDirectoryAsString, OfANameThatHasNoPath_IsAFileError) {
+    const TempFolder parent;
+    const fs::path before = fs::current_path();
+    for (const char* const name : {"back\\slash", "no\xFFutf8"}) {
+        const fs::path folder = parent.getNative() / name;
+        fs::create_directory(folder);
+        fs::current_path(folder);
+        EXPECT_THROW(ul::getCurrentWorkDirectoryAsString(), ul::CFileError);
+        EXPECT_THROW(ul::CWindowsPath("a"), ul::CFileError);
+    }
+    fs::current_path(before);
+}
+
+TEST(GetCurrentWorkDirectoryAsString, OfARemovedFolder_IsAFileError) {
+    const fs::path before = fs::current_path();
+    {
+        const TempFolder folder;
+        fs::current_path(folder.getNative());
+    }
+    expectFileErrorCode(ENOENT, [] { ul::getCurrentWorkDirectoryAsString(); });
+    fs::current_path(before);
+}
+
+} // namespace sarn_test
