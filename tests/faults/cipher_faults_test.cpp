@@ -30,7 +30,7 @@ void expectFailure(const char* call, int index, const char* message, Operation o
     EXPECT_EQ(faults.getCallCount("EVP_CIPHER_CTX_free"), contexts);
     EXPECT_EQ(faults.getCallCount("EVP_CIPHER_CTX_reset"), 2 * contexts);
     if (contexts == 1) {
-        const Names& calls = faults.getCalls();
+        const Names calls = faults.getCalls();
         EXPECT_EQ(Names(calls.end() - 2, calls.end()), (Names{"EVP_CIPHER_CTX_reset", "EVP_CIPHER_CTX_free"}));
     }
 }

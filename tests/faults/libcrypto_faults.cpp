@@ -29,15 +29,15 @@ void LibcryptoFaults::shortenOutput(const std::string& name, int count) {
     m_shortening[name] = count;
 }
 
-int LibcryptoFaults::getCallCount(const std::string& name) const {
-    return static_cast<int>(std::count(m_calls.begin(), m_calls.end(), name));
+int LibcryptoFaults::getCallCount(std::string_view name) const {
+    return static_cast<int>(std::count(m_calls.begin(), m_calls.begin() + m_callCount, name));
 }
 
 bool LibcryptoFaults::mustFail(const char* name) {
     if (!g_active)
         return false;
     const int index = g_active->getCallCount(name);
-    g_active->m_calls.emplace_back(name);
+    g_active->m_calls.at(static_cast<std::size_t>(g_active->m_callCount++)) = name;
     const auto failing = g_active->m_failing.find(name);
     return failing != g_active->m_failing.end() && failing->second == index;
 }

@@ -2,8 +2,11 @@
 // Calls from the library's objects into libcrypto, counted and made to fail on request.
 #pragma once
 
+#include <array>
+#include <functional>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace sarn_test {
@@ -21,9 +24,9 @@ public:
     /// Lets each call of `name` report `count` bytes less than it wrote.
     void shortenOutput(const std::string& name, int count);
 
-    int getCallCount(const std::string& name) const;
+    int getCallCount(std::string_view name) const;
     /// The names of all calls, in order.
-    const std::vector<std::string>& getCalls() const { return m_calls; }
+    std::vector<std::string> getCalls() const { return {m_calls.begin(), m_calls.begin() + m_callCount}; }
 
     /// For the replacements: notes a call and tells whether it must fail.
     static bool mustFail(const char* name);
@@ -31,9 +34,11 @@ public:
     static int getShortening(const char* name);
 
 private:
-    std::vector<std::string> m_calls;
-    std::map<std::string, int> m_failing;
-    std::map<std::string, int> m_shortening;
+    // Noting a call takes no memory, of which there may be none.
+    std::array<const char*, 65536> m_calls;
+    int m_callCount = 0;
+    std::map<std::string, int, std::less<>> m_failing;
+    std::map<std::string, int, std::less<>> m_shortening;
 };
 
 } // namespace sarn_test

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: Apache-2.0
+// Memory that is not to be had: what is told, what is freed, and that the next try works.
+#include "faults/libcrypto_faults.h"
+#include "support/cipher_test_data.h"
+#include "support/memory_spy.h"
+
+#include "frame/global_instance.h"
+#include "sarn/openssl_init.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+#include <stdexcept>
+
+namespace sarn_test {
+
+namespace {
+
+using sarn::COpenSSLInit;
+
+/// Lets each allocation of `action` fail, one after the other, until it needs no more. Returns how many failed; 0 if
+/// one of them did not end in an error.
+template <class Action>
+int failEachAllocation(Action action) {
+    for (int index = 0;; ++index) {
+        const AllocationFailure failure(index);
+        bool hasRaised = false;
+        try {
+            action();
+        } catch (const std::bad_alloc&) {
+            hasRaised = true;
+        } catch (const ul::CError&) {
+            hasRaised = true;
+        }
+        if (hasRaised != failure.hasHappened())
+            return 0;
+        if (!hasRaised)
+            return index;
+    }
+}
+
+/// Whether `get` creates something: with no memory to be had it fails then.
+template <class Get>
+bool needsMemory(Get get) {
+    const AllocationFailure failure(0);
+    try {
+        get();
+    } catch (const ul::CError& error) {
+        return error.getMessage() == "Global object could not be created.";
+    }
+    return false;
+}
+
+} // namespace
+
+TEST(GlobalInstancesDeathTest, EnsureInitialized_CreatesOnlyTheTwoCompanions) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            COpenSSLInit::ensureInitialized();
+            const bool isRight = !needsMemory(COpenSSLInit::CThreadStuff::get) &&
+                                 !needsMemory(COpenSSLInit::CCleaner::get) && needsMemory(COpenSSLInit::get);
+            std::exit(isRight ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(GlobalInstancesDeathTest, Get_CreatesAllThree) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            COpenSSLInit::get();
+            const bool isRight = !needsMemory(COpenSSLInit::CThreadStuff::get) &&
+                                 !needsMemory(COpenSSLInit::CCleaner::get) && !needsMemory(COpenSSLInit::get);
+            std::exit(isRight ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(GlobalInstancesDeathTest, Get_WithoutMemoryForTheHolder_RaisesTheSlotsErrorAndTriesAgain) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            const bool hasFailed = needsMemory(COpenSSLInit::CCleaner::get);
+            std::exit(hasFailed && COpenSSLInit::CCleaner::get() ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(GlobalInstancesDeathTest, Registry_WhoseConstructionFailsAtAnyAllocation_RaisesAndTriesAgain) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            const int failures = failEachAllocation([] { sarn::CCipherManager::get(); });
+            std::exit(failures > 10 && sarn::CCipherManager::get()->findCipher("null") ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(GlobalInstancesDeathTest, InstanceWhoseReleaseThrows_EndsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    struct Throwing : ul::CBase {
+        void deleteThis() override { throw std::runtime_error("cannot end"); }
+    };
+    EXPECT_DEATH(
+        {
+            sarn::TGlobalInstance<Throwing>::get();
+            std::exit(0);
+        },
+        "");
+}
+
+TEST(CipherFaults, OperationsWithoutMemoryForTheResult_PassTheErrorOnAndFreeTheirContext) {
+    const TestKey key(32);
+    const Bytes iv(16);
+    sarn::CCipher_AES256CBC cipher;
+    ul::TBuffer<unsigned char> encrypted;
+    cipher.encrypt(key, "data", 4, encrypted, false, iv.data());
+    const auto expectPassed = [&](auto operation) {
+        LibcryptoFaults faults;
+        const int failed = failEachAllocation([&] {
+            ul::TBuffer<unsigned char> out;
+            operation(out);
+        });
+        EXPECT_GT(failed, 0);
+        EXPECT_EQ(faults.getCallCount("EVP_CIPHER_CTX_free"), faults.getCallCount("EVP_CIPHER_CTX_new"));
+    };
+    expectPassed([&](auto& out) { cipher.encrypt(key, "data", 4, out, false, iv.data()); });
+    expectPassed([&](auto& out) { cipher.encrypt(key, "data", 4, out, false, nullptr); });
+    expectPassed([&](auto& out) { cipher.encryptWithoutPadding(key, "data", 4, out, false, iv.data()); });
+    expectPassed(
+        [&](auto& out) { cipher.decrypt(key, encrypted.getData(), encrypted.getUsed(), out, false, iv.data()); });
+    expectPassed([&](auto& out) {
+        cipher.decryptWithoutPadding(key, encrypted.getData(), encrypted.getUsed(), out, false, iv.data());
+    });
+}
+
+} // namespace sarn_test
