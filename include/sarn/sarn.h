@@ -4,6 +4,7 @@
 #pragma once
 
 #include "sarn/cipher.h"
+#include "sarn/digest.h"
 #include "sarn/object_model.h"
 #include "sarn/openssl_init.h"
 

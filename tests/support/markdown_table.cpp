@@ -46,15 +46,16 @@ std::vector<MarkdownRow> readMarkdownTable(const std::string& page, const std::s
     std::vector<MarkdownRow> rows;
     bool isInside = false;
     std::string line;
-    for (int number = 1; std::getline(file, line); ++number) {
+    std::string previous;
+    for (int number = 1; std::getline(file, line); previous = line, ++number) {
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
         const bool isRow = line.compare(0, 1, "|") == 0;
-        if (isInside && isRow && line.compare(0, 2, "|-") != 0)
+        if (line.compare(0, 2, "|-") == 0)
+            isInside = parseRow(previous, number).cells.front() == heading;
+        else if (isInside && isRow)
             rows.push_back(parseRow(line, number));
-        else if (isRow && parseRow(line, number).cells.front() == heading)
-            isInside = true;
-        else if (!isRow && isInside)
+        else if (isInside)
             break;
     }
     if (rows.empty())

@@ -1,0 +1,123 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Digests and checksums, chosen by a short identifier, whose running state can be saved and resumed.
+#pragma once
+
+#include "sarn/checksum_digest.h"
+#include "sarn/digest_combiner.h"
+#include "sarn/digest_interfaces.h"
+#include "sarn/openssl_digest.h"
+
+#include "ul/map.h"
+#include "ul/mutex.h"
+
+namespace sarn {
+
+/// "md4": MD4 (RFC 1320), 16 bytes. For data of old backups.
+class SARN_EXPORT CDigestType_MD4 : public ul::CBase, public virtual IDigestType {
+public:
+    ul::String getID() override;
+    int getDigestSize() const override;
+    ul::P<IDigest> createDigest() override;
+};
+
+/// "md5": MD5 (RFC 1321), 16 bytes. For data of old backups.
+class SARN_EXPORT CDigestType_MD5 : public ul::CBase, public virtual IDigestType {
+public:
+    ul::String getID() override;
+    int getDigestSize() const override;
+    ul::P<IDigest> createDigest() override;
+};
+
+/// "sha1": SHA-1 (FIPS 180), 20 bytes.
+class SARN_EXPORT CDigestType_SHA1 : public ul::CBase, public virtual IDigestType {
+public:
+    ul::String getID() override;
+    int getDigestSize() const override;
+    ul::P<IDigest> createDigest() override;
+};
+
+/// "sha256": SHA-256 (FIPS 180), 32 bytes.
+class SARN_EXPORT CDigestType_SHA256 : public ul::CBase, public virtual IDigestType {
+public:
+    ul::String getID() override;
+    int getDigestSize() const override;
+    ul::P<IDigest> createDigest() override;
+};
+
+/// "adler32": Adler-32 (RFC 1950), 4 bytes, the least significant first.
+class SARN_EXPORT CDigestType_Adler32 : public ul::CBase, public virtual IDigestType {
+public:
+    ul::String getID() override;
+    int getDigestSize() const override;
+    ul::P<IDigest> createDigest() override;
+};
+
+/// "crc32": CRC-32 (RFC 1952), 4 bytes, the least significant first.
+class SARN_EXPORT CDigestType_CRC32 : public ul::CBase, public virtual IDigestType {
+public:
+    ul::String getID() override;
+    int getDigestSize() const override;
+    ul::P<IDigest> createDigest() override;
+};
+
+/// "md4-sha1": MD4 and SHA-1, 36 bytes.
+class SARN_EXPORT CDigestType_MD4_SHA1 : public TDigestTypeCombiner<CDigestType_MD4, CDigestType_SHA1> {
+public:
+    CDigestType_MD4_SHA1();
+    CDigestType_MD4_SHA1(const CDigestType_MD4_SHA1&);
+    CDigestType_MD4_SHA1(CDigestType_MD4_SHA1&&) noexcept;
+    CDigestType_MD4_SHA1& operator=(const CDigestType_MD4_SHA1&);
+    CDigestType_MD4_SHA1& operator=(CDigestType_MD4_SHA1&&) noexcept;
+    ~CDigestType_MD4_SHA1() override;
+};
+
+/// "md4-sha1-adler32": MD4, SHA-1 and Adler-32, 40 bytes.
+class SARN_EXPORT CDigestType_MD4_SHA1_Adler32 : public TDigestTypeCombiner<CDigestType_MD4_SHA1, CDigestType_Adler32> {
+public:
+    CDigestType_MD4_SHA1_Adler32();
+    CDigestType_MD4_SHA1_Adler32(const CDigestType_MD4_SHA1_Adler32&);
+    CDigestType_MD4_SHA1_Adler32(CDigestType_MD4_SHA1_Adler32&&) noexcept;
+    CDigestType_MD4_SHA1_Adler32& operator=(const CDigestType_MD4_SHA1_Adler32&);
+    CDigestType_MD4_SHA1_Adler32& operator=(CDigestType_MD4_SHA1_Adler32&&) noexcept;
+    ~CDigestType_MD4_SHA1_Adler32() override;
+};
+
+/// The process-wide registry of digest types by identifier. It starts with the eight types above. Identifiers are
+/// compared exactly, case included. All operations but dispose() are safe from any thread.
+class SARN_EXPORT CDigestManager : public ul::CBase {
+public:
+    /// The registry, created on first use.
+    static const ul::P<CDigestManager>& get();
+
+    CDigestManager();
+    CDigestManager(const CDigestManager&) = delete;
+    CDigestManager& operator=(const CDigestManager&) = delete;
+    ~CDigestManager() override;
+
+    /// Registers `type` under its identifier, in place of the one that stood there. The registry adds a reference of
+    /// its own.
+    /// \throws ul::CInvalidArgError "type cannot be NULL"; whatever getID() of `type` throws. The registry is unchanged
+    ///         then.
+    void addType(IDigestType* type);
+
+    /// The type registered under `id`, or null.
+    ul::P<IDigestType> findType(const ul::String& id);
+
+    /// The type registered under `id`.
+    /// \throws ul::CError "Unknown digest type id '<id>'." if there is none
+    ul::P<IDigestType> getType(const ul::String& id);
+
+    /// Drops all types. Takes no lock: no other thread may use the registry meanwhile.
+    void dispose();
+
+protected:
+    /// Drops all types of the process-wide registry, which stays empty from then on. Takes no lock.
+    static void disposeGlobalInstance();
+
+private:
+    ul::CMutex m_mutex;
+    ul::TMap<ul::String, ul::P<IDigestType>> m_types;
+};
+
+} // namespace sarn

@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// What implementations of IDigest share, a host's own included.
+#pragma once
+
+#include "sarn/object_model.h"
+
+#include "ul/data_stream.h"
+
+namespace sarn {
+
+/// Throws the ul::CBadStateError of an update() after finish().
+[[noreturn]] SARN_EXPORT void raiseDigestIsFinished();
+
+/// Throws the ul::CBadStateError of reading a result before finish().
+[[noreturn]] SARN_EXPORT void raiseDigestIsNotFinished();
+
+/// Throws a ul::CError in the library's style: no second text, code -1, no properties, no cause.
+[[noreturn]] SARN_EXPORT void raiseDigestError(const char* message);
+
+/// Throws the ul::CInvalidArgError of an update() whose size is negative; `where` is its qualified name.
+[[noreturn]] SARN_EXPORT void raiseBadDigestDataSize(const char* where);
+
+/// Writes the used bytes of a result to a state stream, their number ahead of them.
+SARN_EXPORT void storeDigestResult(ul::CDataOutStream& stream, const ul::TBuffer<unsigned char>& result);
+
+/// Reads what storeDigestResult() has written, into a block of at least `digestSize` bytes; those of them that the
+/// stream does not bring are 0, also if it fails on the way. No more memory is taken than it brings bytes for.
+/// \throws ul::CError "Bad digest result length in state stream." if the length is negative
+SARN_EXPORT void loadDigestResult(ul::CDataInStream& stream, ul::TBuffer<unsigned char>& result, int digestSize);
+
+} // namespace sarn

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Digests over libcrypto's low-level hash functions.
+#pragma once
+
+#include "sarn/digest_interfaces.h"
+#include "sarn/digest_support.h"
+#include "sarn/openssl_init.h"
+
+#include <cstddef>
+#include <cstring>
+#include <utility>
+
+namespace sarn {
+
+/// A saved state was written by a build against another version of OpenSSL. The message is "OpenSSL version mismatch",
+/// the properties are "object", "actualVersion" and "expectedVersion", versions in hexadecimal with the prefix "0x".
+class SARN_EXPORT COpenSSLVersionMismatchError : public ul::CError {
+public:
+    COpenSSLVersionMismatchError(const ul::String& object, int actualVersion, int expectedVersion);
+    COpenSSLVersionMismatchError(const COpenSSLVersionMismatchError&) = default;
+    COpenSSLVersionMismatchError& operator=(const COpenSSLVersionMismatchError&) = default;
+    ~COpenSSLVersionMismatchError() override;
+
+    ul::P<ul::CError> clone() override;
+    [[noreturn]] void throwClone() const override;
+};
+
+/// Writes the four numbers ahead of the context of a hash.
+SARN_EXPORT void storeOpenSSLDigestHeader(ul::CDataOutStream& stream, int digestSize, int contextSize);
+
+/// Reads and checks them, in this order.
+/// \throws ul::CError "Unsupported OpenSSL digest state data version."; COpenSSLVersionMismatchError; ul::CError "Bad
+///         OpenSSL digest size in state stream.", "Bad OpenSSL digest context size in state stream."
+SARN_EXPORT void checkOpenSSLDigestHeader(ul::CDataInStream& stream, int digestSize, int contextSize);
+
+/// Size in bytes of the block that a hash context fills. The last argument prefers the first form over the second,
+/// SHA-512's.
+template <class CTX>
+constexpr auto getContextBlockSize(const CTX& context, int) -> decltype(sizeof context.data) {
+    return sizeof context.data;
+}
+template <class CTX>
+constexpr auto getContextBlockSize(const CTX& context, long) -> decltype(sizeof context.u) {
+    return sizeof context.u;
+}
+
+/// Whether a hash context that states its result's length states this one; one that states none does.
+template <class CTX>
+constexpr auto hasContextDigestSize(const CTX& context, int digestSize, int) -> decltype(context.md_len, bool()) {
+    return context.md_len == static_cast<unsigned>(digestSize);
+}
+template <class CTX>
+constexpr bool hasContextDigestSize(const CTX&, int, long) {
+    return true;
+}
+
+/// Whether libcrypto may be handed a hash context that came from outside. It writes behind the bytes that it believes
+/// to be in the block already, and as long a result as the context states.
+template <class CTX>
+constexpr bool isUsableContext(const CTX& context, int digestSize) {
+    return context.num < getContextBlockSize(context, 0) && hasContextDigestSize(context, digestSize, 0);
+}
+
+/// A digest over a hash context of libcrypto, which is also its saved state. See docs/digest-state.md for the format.
+///
+/// \tparam CTX        the context: plain data, without pointers
+/// \tparam DigestSize length of the result in bytes
+/// \tparam Init, Update, Final libcrypto's functions for it, which return 0 on failure
+template <class CTX, int DigestSize, int (*Init)(CTX*), int (*Update)(CTX*, const void*, std::size_t),
+          int (*Final)(unsigned char*, CTX*)>
+class TDigest_OpenSSL final : public ul::CBase, public virtual IDigest {
+public:
+    /// \throws ul::CError "Error initializing OpenSSL digest."
+    explicit TDigest_OpenSSL(const IDigestType* type) : m_type(type) {
+        m_result.ensureAllocated(DigestSize);
+        COpenSSLInit::ensureInitialized();
+        reset();
+    }
+    TDigest_OpenSSL(const TDigest_OpenSSL&) = delete;
+    TDigest_OpenSSL& operator=(const TDigest_OpenSSL&) = delete;
+    /// Finalises a running context, so that libcrypto sees the end of each that was set up. A failure ends the process.
+    ~TDigest_OpenSSL() override {
+        if (m_initialized)
+            finish();
+    }
+
+    ul::PC<IDigestType> getType() override { return m_type; }
+    int getDigestSize() const override { return DigestSize; }
+
+    /// \throws ul::CError "Error updating OpenSSL digest."
+    void update(const void* data, int length) override {
+        if (m_finished)
+            raiseDigestIsFinished();
+        if (length < 0)
+            raiseBadDigestDataSize("TDigest_OpenSSL::update");
+        if (!Update(&m_context, data, static_cast<std::size_t>(length)))
+            raiseDigestError("Error updating OpenSSL digest.");
+    }
+
+    /// \throws ul::CError "Error finalizing OpenSSL digest."
+    void finish() override {
+        if (m_finished)
+            return;
+        m_result.setUsed(DigestSize);
+        if (!Final(m_result.getData(), &m_context))
+            raiseDigestError("Error finalizing OpenSSL digest.");
+        m_finished = true;
+    }
+
+    /// \throws ul::CError "Error initializing OpenSSL digest.", or as finish() if the digest is running
+    void reset() override {
+        if (m_initialized)
+            finish();
+        if (!Init(&m_context))
+            raiseDigestError("Error initializing OpenSSL digest.");
+        m_initialized = true;
+        m_finished = false;
+    }
+
+    const unsigned char* getDigestData() const override {
+        if (!m_finished)
+            raiseDigestIsNotFinished();
+        return m_result.getData();
+    }
+
+    void storeDigestData(unsigned char* out) const override {
+        // A loaded result may have another length; its block has room for this one.
+        std::memcpy(out, getDigestData(), DigestSize);
+    }
+
+    void storeState(ul::CDataOutStream& stream) const override {
+        storeOpenSSLDigestHeader(stream, DigestSize, sizeof m_context);
+        stream.write(&m_context, sizeof m_context);
+        storeDigestResult(stream, m_result);
+        stream.writeBool(m_initialized).writeBool(m_finished);
+    }
+
+    /// \throws ul::CError as checkOpenSSLDigestHeader(), loadDigestResult(); "Bad OpenSSL digest context in state
+    ///         stream." if libcrypto could not work with the context
+    void loadState(ul::CDataInStream& stream) override {
+        checkOpenSSLDigestHeader(stream, DigestSize, sizeof m_context);
+        CTX context;
+        stream.read(&context, sizeof context);
+        loadDigestResult(stream, m_result, DigestSize);
+        const bool initialized = stream.readBool();
+        const bool finished = stream.readBool();
+        if (!isUsableContext(context, DigestSize))
+            raiseDigestError("Bad OpenSSL digest context in state stream.");
+        // Only now, so that a stream that is refused leaves a context that the destructor can finalise.
+        m_context = context;
+        m_initialized = initialized;
+        m_finished = finished;
+    }
+
+private:
+    ul::PC<IDigestType> m_type;
+    CTX m_context;
+    ul::TBuffer<unsigned char> m_result;
+    bool m_initialized = false;
+    bool m_finished = false;
+};
+
+} // namespace sarn

@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "sarn/digest.h"
+
+#include "frame/global_instance.h"
+#include "frame/raise.h"
+
+namespace sarn {
+
+template class SARN_EXPORT TGlobalInstance<CDigestManager>;
+
+namespace {
+
+template <class Type>
+ul::P<IDigestType> create() {
+    return ul::make<Type>();
+}
+
+constexpr ul::P<IDigestType> (*builtInTypes[])() = {
+    create<CDigestType_MD4>,      create<CDigestType_MD5>,
+    create<CDigestType_SHA1>,     create<CDigestType_SHA256>,
+    create<CDigestType_Adler32>,  create<CDigestType_CRC32>,
+    create<CDigestType_MD4_SHA1>, create<CDigestType_MD4_SHA1_Adler32>,
+};
+
+} // namespace
+
+const ul::P<CDigestManager>& CDigestManager::get() {
+    return TGlobalInstance<CDigestManager>::get();
+}
+
+CDigestManager::CDigestManager() {
+    for (const auto createType : builtInTypes)
+        addType(createType().get());
+}
+
+CDigestManager::~CDigestManager() = default;
+
+void CDigestManager::addType(IDigestType* type) {
+    const ul::CMutexLock lock(m_mutex);
+    if (!type)
+        raiseInvalidArg("CDigestManager::addType", "type cannot be NULL");
+    m_types.set(type->getID(), type);
+}
+
+ul::P<IDigestType> CDigestManager::findType(const ul::String& id) {
+    const ul::CMutexLock lock(m_mutex);
+    const ul::P<IDigestType>* const found = m_types.find(id);
+    return found ? *found : nullptr;
+}
+
+ul::P<IDigestType> CDigestManager::getType(const ul::String& id) {
+    const ul::CMutexLock lock(m_mutex);
+    ul::P<IDigestType> type = findType(id);
+    if (!type)
+        raiseError("Unknown digest type id '" + id + "'.");
+    return type;
+}
+
+void CDigestManager::dispose() {
+    m_types.clear();
+}
+
+void CDigestManager::disposeGlobalInstance() {
+    get()->dispose();
+}
+
+} // namespace sarn

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+// Digests for tests.
+#pragma once
+
+#include "support/expect.h"
+#include "support/vectors.h"
+
+#include "sarn/digest.h"
+
+#include "ul/buffer_stream.h"
+
+#include <string>
+
+namespace sarn_test {
+
+constexpr const char* digestIDs[] = {"md4",     "md5",   "sha1",     "sha256",
+                                     "adler32", "crc32", "md4-sha1", "md4-sha1-adler32"};
+
+inline ul::P<sarn::IDigest> createDigest(const std::string& id) {
+    return sarn::CDigestManager::get()->getType(id.c_str())->createDigest();
+}
+
+/// Feeds `bytes`. Null data would take a checksum back to its start, so none is given for nothing.
+inline void feed(sarn::IDigest& digest, const Bytes& bytes) {
+    digest.update(bytes.empty() ? "" : static_cast<const void*>(bytes.data()), static_cast<int>(bytes.size()));
+}
+
+/// The result of a finished digest.
+inline Bytes getResult(const sarn::IDigest& digest) {
+    Bytes result(static_cast<std::size_t>(digest.getDigestSize()));
+    digest.storeDigestData(result.data());
+    return result;
+}
+
+inline Bytes finish(sarn::IDigest& digest) {
+    digest.finish();
+    return getResult(digest);
+}
+
+/// The digest of `bytes` in one piece.
+inline Bytes getDigest(const std::string& id, const Bytes& bytes) {
+    const ul::P<sarn::IDigest> digest = createDigest(id);
+    feed(*digest, bytes);
+    return finish(*digest);
+}
+
+inline Bytes storeState(const sarn::IDigest& digest) {
+    ul::TBuffer<unsigned char> buffer;
+    ul::CBufferStream stream(&buffer, 2.0);
+    ul::CDataOutStream out(stream);
+    digest.storeState(out);
+    return toBytes(buffer);
+}
+
+/// Loads a state; returns how many bytes of it were left.
+inline int loadState(sarn::IDigest& digest, const Bytes& state) {
+    ul::CBufferInStream stream(state.data(), static_cast<int>(state.size()));
+    ul::CDataInStream in(stream);
+    digest.loadState(in);
+    return stream.getRemaining();
+}
+
+/// `state` with the 32-bit word at `offset` replaced.
+inline Bytes withWord(Bytes state, std::size_t offset, unsigned value) {
+    for (std::size_t i = 0; i < 4; ++i)
+        state.at(offset + i) = static_cast<unsigned char>(value >> 8 * i);
+    return state;
+}
+
+} // namespace sarn_test
