@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Runs the demo as a person would: a whole round trip, then a wrong password and damaged copies.
+# Runs the demo as a person would: whole round trips, a digest with a break, then a wrong password and damaged copies.
 # Wants: DEMO, WORK_DIR, SOURCES
 function(run expected_status expected_text)
   execute_process(COMMAND "${DEMO}" ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -31,6 +31,12 @@ file(READ "${copy}.restored" restored)
 if(NOT restored STREQUAL text)
   message(FATAL_ERROR "the restored file differs")
 endif()
+
+run(0 "saved" digest "${WORK_DIR}/file.txt" "${WORK_DIR}/state" 1234)
+run(0 "cf46f1fe79aa463e06f8231dcfe5b69189d230861269d536c18cd41c1249bab17e14a29ce19db8ea"
+  digest "${WORK_DIR}/file.txt" "${WORK_DIR}/state")
+file(WRITE "${WORK_DIR}/state" "no state")
+run(1 "Error: " digest "${WORK_DIR}/file.txt" "${WORK_DIR}/state")
 
 run(1 "Error: OpenSSL decrypt error." restore "${copy}" --password wrong)
 truncate("${copy}" "${WORK_DIR}/short" 1000)

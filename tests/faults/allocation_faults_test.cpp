@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 // Memory that is not to be had: what is told, what is freed, and that the next try works.
 #include "faults/libcrypto_faults.h"
+#include "support/allocation_failures.h"
 #include "support/cipher_test_data.h"
-#include "support/memory_spy.h"
 
 #include "frame/global_instance.h"
 #include "sarn/openssl_init.h"
@@ -10,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <new>
 #include <stdexcept>
 
 namespace sarn_test {
@@ -18,27 +17,6 @@ namespace sarn_test {
 namespace {
 
 using sarn::COpenSSLInit;
-
-/// Lets each allocation of `action` fail, one after the other, until it needs no more. Returns how many failed; 0 if
-/// one of them did not end in an error.
-template <class Action>
-int failEachAllocation(Action action) {
-    for (int index = 0;; ++index) {
-        const AllocationFailure failure(index);
-        bool hasRaised = false;
-        try {
-            action();
-        } catch (const std::bad_alloc&) {
-            hasRaised = true;
-        } catch (const ul::CError&) {
-            hasRaised = true;
-        }
-        if (hasRaised != failure.hasHappened())
-            return 0;
-        if (!hasRaised)
-            return index;
-    }
-}
 
 /// Whether `get` creates something: with no memory to be had it fails then.
 template <class Get>

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+// The hashes' own functions are what the library calls, although newer versions declare them deprecated.
+#define OPENSSL_SUPPRESS_DEPRECATED
+
 #include "faults/libcrypto_faults.h"
 
 #include <openssl/evp.h>
+#include <openssl/md5.h>
 
 #include <algorithm>
 
@@ -127,6 +131,21 @@ int __wrap_EVP_DecryptFinal(EVP_CIPHER_CTX* context, unsigned char* out, int* wr
     const int result = __real_EVP_DecryptFinal(context, out, written);
     *written -= sarn_test::LibcryptoFaults::getShortening("EVP_DecryptFinal");
     return result;
+}
+
+int __real_MD5_Init(MD5_CTX* context);
+int __wrap_MD5_Init(MD5_CTX* context) {
+    return sarn_test::LibcryptoFaults::mustFail("MD5_Init") ? 0 : __real_MD5_Init(context);
+}
+
+int __real_MD5_Update(MD5_CTX* context, const void* data, std::size_t size);
+int __wrap_MD5_Update(MD5_CTX* context, const void* data, std::size_t size) {
+    return sarn_test::LibcryptoFaults::mustFail("MD5_Update") ? 0 : __real_MD5_Update(context, data, size);
+}
+
+int __real_MD5_Final(unsigned char* out, MD5_CTX* context);
+int __wrap_MD5_Final(unsigned char* out, MD5_CTX* context) {
+    return sarn_test::LibcryptoFaults::mustFail("MD5_Final") ? 0 : __real_MD5_Final(out, context);
 }
 
 } // extern "C"

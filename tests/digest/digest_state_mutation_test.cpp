@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+// No stream does harm: every byte of every golden state through all its values, and every state cut everywhere. What is
+// asserted is little; the sanitizers do the rest.
+#include "support/digest_test_data.h"
+
+#include <gtest/gtest.h>
+
+namespace sarn_test {
+
+namespace {
+
+class DigestStateMutation : public testing::TestWithParam<const char*> {};
+
+std::string getName(const testing::TestParamInfo<const char*>& info) {
+    std::string name = info.param;
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+}
+
+/// Runs `action`, in which the library may refuse what it is asked for.
+template <class Action>
+bool isDone(Action action) {
+    try {
+        action();
+        return true;
+    } catch (const ul::CError&) {
+        return false;
+    }
+}
+
+/// Loads a state and uses the digest in every way.
+void exercise(sarn::IDigestType& type, const Bytes& state) {
+    static const Bytes input = makePattern(130);
+    const ul::P<sarn::IDigest> digest = type.createDigest();
+    const auto size = static_cast<std::size_t>(type.getDigestSize());
+    Bytes out(size);
+    unsigned sum = 0;
+    isDone([&] { loadState(*digest, state); });
+    isDone([&] { digest->storeDigestData(out.data()); });
+    isDone([&] { feed(*digest, input); });
+    isDone([&] { digest->finish(); });
+    isDone([&] {
+        const unsigned char* const data = digest->getDigestData();
+        for (std::size_t i = 0; i < size; ++i)
+            sum += data[i];
+    });
+    isDone([&] { digest->storeDigestData(out.data()); });
+    isDone([&] { storeState(*digest); });
+    EXPECT_LE(sum, 255 * size);
+}
+
+} // namespace
+
+TEST_P(DigestStateMutation, EveryByteThroughEveryValue_DoesNoHarm) {
+    const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType(GetParam());
+    for (const Vector& vector : readVectors("digest_states.vec", {"size", "finished", "read", "again", "state"})) {
+        if (vector.getSection() != GetParam())
+            continue;
+        const Bytes golden = vector.getBytes("state");
+        for (std::size_t at = 0; at < golden.size(); ++at) {
+            Bytes state = golden;
+            for (int value = 0; value < 256; ++value) {
+                state[at] = static_cast<unsigned char>(value);
+                exercise(*type, state);
+            }
+        }
+    }
+}
+
+TEST_P(DigestStateMutation, StateCutAnywhere_IsRefusedAndResetMakesTheDigestGood) {
+    for (const Vector& vector : readVectors("digest_states.vec", {"size", "finished", "read", "again", "state"})) {
+        if (vector.getSection() != GetParam())
+            continue;
+        const Bytes golden = vector.getBytes("state");
+        const ul::P<sarn::IDigest> digest = createDigest(GetParam());
+        for (std::size_t size = 0; size < golden.size(); ++size) {
+            const Bytes cut(golden.begin(), golden.begin() + static_cast<std::ptrdiff_t>(size));
+            EXPECT_FALSE(isDone([&] { loadState(*digest, cut); })) << size;
+            if (size % 2 == 0) {
+                digest->reset();
+                digest->update("abc", 3);
+                EXPECT_EQ(finish(*digest), getDigest(GetParam(), {'a', 'b', 'c'}));
+            }
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DigestStateMutation, testing::ValuesIn(digestIDs), getName);
+
+} // namespace sarn_test
