@@ -5,5 +5,6 @@
 namespace bench {
 
 void registerCiphers();
+void registerDigests();
 
 } // namespace bench

@@ -5,5 +5,6 @@
 
 int main(int count, char** words) {
     bench::registerCiphers();
+    bench::registerDigests();
     return bench::run(count, words);
 }

@@ -73,8 +73,9 @@ void readChunk(ul::CDataInStream& in, bool& isLast, Buffer& encrypted) {
 
 } // namespace
 
-std::int64_t encryptFile(sarn::ICipher& cipher, const Key& key, const std::filesystem::path& source,
-                         const std::filesystem::path& copy, const Progress& progress) {
+std::int64_t encryptFile(sarn::ICipher& cipher, const Key& key, sarn::IDigest& digest,
+                         const std::filesystem::path& source, const std::filesystem::path& copy,
+                         const Progress& progress) {
     std::ifstream in = open<std::ifstream>(source);
     std::ofstream out = open<std::ofstream>(copy);
     std::int64_t written = 0;
@@ -84,6 +85,7 @@ std::int64_t encryptFile(sarn::ICipher& cipher, const Key& key, const std::files
     while (!isLast) {
         readUpTo(in, plain, chunkSize);
         isLast = plain.getUsed() < chunkSize;
+        digest.update(plain.getData(), plain.getUsed());
 
         Buffer encrypted;
         cipher.encrypt(key, plain.getData(), plain.getUsed(), encrypted, false, nullptr);
@@ -99,6 +101,7 @@ std::int64_t encryptFile(sarn::ICipher& cipher, const Key& key, const std::files
         progress(plain.getUsed());
     }
     finish(out, copy);
+    digest.finish();
     return written;
 }
 

@@ -18,9 +18,11 @@ using Key = ul::TCryptBuffer<unsigned char>;
 /// Told after each chunk how many bytes of the file it held.
 using Progress = std::function<void(std::int64_t size)>;
 
-/// Writes the encrypted copy of `source` to `copy` and returns the size of the copy in bytes.
-std::int64_t encryptFile(sarn::ICipher& cipher, const Key& key, const std::filesystem::path& source,
-                         const std::filesystem::path& copy, const Progress& progress);
+/// Writes the encrypted copy of `source` to `copy`, feeding what it reads to `digest` as well, which it finishes.
+/// Returns the size of the copy in bytes.
+std::int64_t encryptFile(sarn::ICipher& cipher, const Key& key, sarn::IDigest& digest,
+                         const std::filesystem::path& source, const std::filesystem::path& copy,
+                         const Progress& progress);
 
 /// Writes what the encrypted `copy` holds to `restored`.
 /// \throws ul::CError if the key is wrong or the copy is damaged

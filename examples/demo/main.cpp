@@ -2,6 +2,7 @@
 // A small backup program: encrypts files, restores them and compares.
 #include "encrypted_copy.h"
 #include "report.h"
+#include "resumed_digest.h"
 
 #include <algorithm>
 #include <exception>
@@ -17,9 +18,12 @@ namespace fs = std::filesystem;
 constexpr char usage[] = "usage: sarn_demo [FILE|FOLDER] [--password TEXT] [--cipher ID] [--keep FOLDER]\n"
                          "         encrypts each file, restores it and compares\n"
                          "       sarn_demo restore COPY [--password TEXT] [--cipher ID]\n"
-                         "         restores one encrypted copy beside it\n";
+                         "         restores one encrypted copy beside it\n"
+                         "       sarn_demo digest FILE STATE [SIZE]\n"
+                         "         digests the first SIZE bytes and saves the running state, or resumes from it\n";
 
 struct Options {
+    std::string program;
     bool restoreOnly = false;
     fs::path path = SARN_DEMO_SOURCES;
     std::string password = "correct horse battery staple";
@@ -113,6 +117,29 @@ int restoreOne(const Options& options) {
     return 0;
 }
 
+/// Shows that a digest may be resumed by another process, and what the system's own tools make of the file.
+bool showResumedDigest(const Options& options, const fs::path& file, const std::string& expected,
+                       const fs::path& folder) {
+    const std::string resumed = demo::digestInTwoRuns(options.program, file, folder);
+    const std::string system = demo::askSystemForSHA1(file, folder);
+    std::cout << "Digest of " << file.filename().string() << ", " << demo::digestID << ":\n"
+              << "  in one pass                   " << expected << "\n"
+              << "  half, process ended, resumed  " << resumed << "\n"
+              << "  SHA-1 by the system's tool    " << std::string(32, ' ')
+              << (system.empty() ? "(there is none)" : system) << "\n\n";
+    return resumed == expected && (system.empty() || system == demo::getSHA1(expected));
+}
+
+int digestFile(const std::vector<std::string>& words) {
+    if (words.size() == 3) {
+        demo::digestBeginning(words[0], std::stoll(words[2]), words[1]);
+        std::cout << "saved\n";
+    } else {
+        std::cout << demo::resumeDigest(words[0], words[1]) << "\n";
+    }
+    return 0;
+}
+
 int backUp(const Options& options) {
     const ul::P<sarn::ICipher> cipher = sarn::CCipherManager::get()->getCipher(options.cipher.c_str());
     demo::Key key;
@@ -130,6 +157,9 @@ int backUp(const Options& options) {
     demo::Throughput decryption;
     std::int64_t copied = 0;
     std::vector<fs::path> different;
+    fs::path largest;
+    std::string digestOfLargest;
+    std::uintmax_t largestSize = 0;
     for (std::size_t i = 0; i < files.size(); ++i) {
         const std::string name = files[i].filename().string();
         const fs::path copy = folder.getPath() / (std::to_string(i) + ".encrypted");
@@ -140,7 +170,14 @@ int backUp(const Options& options) {
                 progress.add(size, name);
             };
         };
-        encryption.measure([&] { copied += demo::encryptFile(*cipher, key, files[i], copy, track(encryption)); });
+        const ul::P<sarn::IDigest> digest = sarn::CDigestManager::get()->getType(demo::digestID)->createDigest();
+        encryption.measure(
+            [&] { copied += demo::encryptFile(*cipher, key, *digest, files[i], copy, track(encryption)); });
+        if (const std::uintmax_t size = fs::file_size(files[i]); size >= largestSize) {
+            largest = files[i];
+            largestSize = size;
+            digestOfLargest = demo::toHex(*digest);
+        }
         decryption.measure([&] { demo::decryptFile(*cipher, key, copy, restored, track(decryption)); });
         if (!demo::isSameContent(files[i], restored))
             different.push_back(files[i]);
@@ -150,8 +187,12 @@ int backUp(const Options& options) {
 
     std::cout << "\n  files               " << files.size() << "\n  bytes in            "
               << demo::withSeparators(encryption.getBytes()) << "\n  bytes out           "
-              << demo::withSeparators(copied) << "\n  encrypt and write   " << encryption.describe()
+              << demo::withSeparators(copied) << "\n  digest and encrypt  " << encryption.describe()
               << "\n  read and decrypt    " << decryption.describe() << "\n\n";
+    if (!largest.empty() && !showResumedDigest(options, largest, digestOfLargest, folder.getPath())) {
+        std::cout << "the digests DIFFER\n";
+        return 1;
+    }
     for (const fs::path& file : different)
         std::cout << "DIFFERENT: " << file.string() << "\n";
     if (!options.folder.empty())
@@ -165,6 +206,9 @@ int backUp(const Options& options) {
 int main(int count, char** words) {
     try {
         Options options;
+        options.program = words[0];
+        if ((count == 4 || count == 5) && std::string(words[1]) == "digest")
+            return digestFile(std::vector<std::string>(words + 2, words + count));
         if (!parse(std::vector<std::string>(words + 1, words + count), options)) {
             std::cerr << usage;
             return 2;
