@@ -5,7 +5,9 @@
 
 #include "sarn/cipher.h"
 #include "sarn/digest.h"
+#include "sarn/encoding.h"
 #include "sarn/object_model.h"
 #include "sarn/openssl_init.h"
+#include "sarn/password_key_cache.h"
 
 #include "ul/ul.h"

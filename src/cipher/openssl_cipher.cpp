@@ -3,6 +3,7 @@
 
 #include "frame/error_queue_mark.h"
 #include "frame/openssl_owners.h"
+#include "frame/overlap.h"
 #include "frame/raise.h"
 
 #include "sarn/openssl_init.h"
@@ -64,16 +65,12 @@ void checkRoom(const char* where, const Key& key, const Input& input, const Buff
         raiseInvalidArg(where, "input data is too large");
     if (&key == &out)
         raiseInvalidArg(where, "key overlaps output");
-    // As numbers: pointers into different blocks have no order.
-    const auto block = reinterpret_cast<std::uintptr_t>(out.getData());
-    const auto begin = reinterpret_cast<std::uintptr_t>(input.data);
-    const auto end = begin + static_cast<std::uintptr_t>(input.size);
-    const auto allocated = static_cast<std::uintptr_t>(out.getAllocated());
-    if (input.size == 0 || end <= block || begin >= block + allocated)
+    if (!overlaps(input.data, input.size, out))
         return;
+    const auto* const begin = static_cast<const unsigned char*>(static_cast<const void*>(input.data));
     const bool mustGrow = start + outputSize > out.getAllocated();
-    const bool isBefore = end <= block + static_cast<std::uintptr_t>(start);
-    const bool isInPlace = begin == block + static_cast<std::uintptr_t>(position);
+    const bool isBefore = begin + input.size <= out.getData() + start;
+    const bool isInPlace = begin == out.getData() + position;
     if (mustGrow || !(isBefore || isInPlace))
         raiseInvalidArg(where, "input overlaps output");
 }

@@ -2,6 +2,7 @@
 // Owners of libcrypto's objects. Nobody else names a function that frees one.
 #pragma once
 
+#include <openssl/bio.h>
 #include <openssl/evp.h>
 
 #include <memory>
@@ -16,5 +17,11 @@ struct CipherContextDeleter {
 };
 /// Owns a cipher context; it is reset before it is freed.
 using CipherContextPtr = std::unique_ptr<EVP_CIPHER_CTX, CipherContextDeleter>;
+
+struct BioDeleter {
+    void operator()(BIO* chain) const noexcept { BIO_free_all(chain); }
+};
+/// Owns a chain of BIOs.
+using BioPtr = std::unique_ptr<BIO, BioDeleter>;
 
 } // namespace sarn

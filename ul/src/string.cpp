@@ -33,9 +33,8 @@ wchar_t widen(char character) {
 
 std::wstring widen(const char* text, std::size_t length) {
     checkLength(length);
-    std::wstring result(length, L'\0');
-    std::transform(text, text + length, result.begin(), [](char character) { return widen(character); });
-    return result;
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(text);
+    return std::wstring(bytes, bytes + length);
 }
 
 template <class Number>
@@ -77,10 +76,19 @@ std::string String::toUTF8() const {
 
 std::string String::toLatin1() const {
     std::string result(m_text.size(), '\0');
-    std::transform(m_text.begin(), m_text.end(), result.begin(), [](wchar_t character) {
-        const std::uint32_t code = toCodeUnit(character);
-        return code <= 0xFF ? static_cast<char>(code) : '?';
-    });
+    // Cut to bytes without a question each, which is several characters a step; hardly any text needs the second loop.
+    std::uint32_t allBits = 0;
+    const wchar_t* const source = m_text.data();
+    char* const target = result.data();
+    const std::size_t size = result.size();
+    for (std::size_t i = 0; i < size; ++i) {
+        allBits |= toCodeUnit(source[i]);
+        target[i] = static_cast<char>(source[i]);
+    }
+    for (std::size_t i = 0; allBits > 0xFF && i < size; ++i) {
+        if (toCodeUnit(source[i]) > 0xFF)
+            target[i] = '?';
+    }
     return result;
 }
 

@@ -7,7 +7,6 @@
 
 #include <cstdint>
 #include <iterator>
-#include <type_traits>
 
 namespace ul {
 
@@ -48,10 +47,6 @@ void appendScalar(std::wstring& text, std::uint32_t scalar) {
 }
 
 } // namespace
-
-std::uint32_t toCodeUnit(wchar_t character) {
-    return static_cast<std::make_unsigned_t<wchar_t>>(character);
-}
 
 String decodeUTF8(const char* data, std::size_t size) {
     const char* const end = data + size;

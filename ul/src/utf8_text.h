@@ -6,11 +6,14 @@
 
 #include <cstdint>
 #include <string>
+#include <type_traits>
 
 namespace ul {
 
 /// The character's number, whatever the sign of wchar_t.
-std::uint32_t toCodeUnit(wchar_t character);
+constexpr std::uint32_t toCodeUnit(wchar_t character) {
+    return static_cast<std::make_unsigned_t<wchar_t>>(character);
+}
 
 /// As String::fromUTF8().
 String decodeUTF8(const char* data, std::size_t size);

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "sarn/encoding.h"
+
+#include "frame/error_queue_mark.h"
+
+#include "sarn/openssl_init.h"
+
+#include <openssl/evp.h>
+
+namespace sarn {
+
+void deriveKey_PKCS5_PBKDF2_HMAC_SHA1(const void* password, int passwordSize, const void* salt, int saltSize,
+                                      int iterations, int keySize, void* key) {
+    COpenSSLInit::ensureInitialized();
+    ErrorQueueMark mark;
+    // libcrypto judges the arguments, but it would take these two for huge sizes.
+    const bool isDone = saltSize >= 0 && keySize >= 0 &&
+                        PKCS5_PBKDF2_HMAC_SHA1(passwordSize != 0 ? static_cast<const char*>(password) : "",
+                                               passwordSize, static_cast<const unsigned char*>(salt), saltSize,
+                                               iterations, keySize, static_cast<unsigned char*>(key));
+    if (!isDone)
+        mark.raise("Error deriving cryptographic key from password.");
+}
+
+} // namespace sarn
