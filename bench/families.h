@@ -6,5 +6,6 @@ namespace bench {
 
 void registerCiphers();
 void registerDigests();
+void registerKeys();
 
 } // namespace bench

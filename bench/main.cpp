@@ -6,5 +6,6 @@
 int main(int count, char** words) {
     bench::registerCiphers();
     bench::registerDigests();
+    bench::registerKeys();
     return bench::run(count, words);
 }

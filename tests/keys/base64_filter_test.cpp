@@ -1,0 +1,162 @@
+// SPDX-License-Identifier: Apache-2.0
+// Decoding beside libcrypto's filter called directly: whatever the filter makes of a text, the library hands on.
+#include "support/expect.h"
+#include "support/vectors.h"
+
+#include "sarn/encoding.h"
+
+#include <openssl/bio.h>
+#include <openssl/evp.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <optional>
+#include <random>
+
+namespace sarn_test {
+
+namespace {
+
+/// What the documented steps give, or nothing if they refuse the text.
+std::optional<Bytes> decodeByTheSteps(const std::wstring& text) {
+    const auto isSpace = [](wchar_t c) { return c == 32 || c == 9 || c == 10 || c == 13; };
+    const int length = static_cast<int>(text.size());
+    const int count = length - static_cast<int>(std::count_if(text.begin(), text.end(), isSpace));
+    const int missing = (4 - count % 4) % 4;
+    if (missing == 3)
+        return std::nullopt;
+    std::wstring padded = text;
+    if (missing > 0) {
+        padded.erase(padded.find_last_not_of(L" \t\n\v\f\r") + 1);
+        padded.append(static_cast<std::size_t>(missing), L'=');
+    }
+    std::string latin1;
+    for (const wchar_t character : padded)
+        latin1 += static_cast<unsigned long>(character) > 0xFF ? '?' : static_cast<char>(character);
+    const int expected = count * 6 / 8;
+    BIO* const filter = BIO_new(BIO_f_base64());
+    BIO* const source = BIO_new_mem_buf(latin1.data(), static_cast<int>(latin1.size()));
+    BIO_set_flags(filter, count == length ? BIO_FLAGS_BASE64_NO_NL : 0);
+    BIO_push(filter, source);
+    Bytes out(static_cast<std::size_t>(expected) + 1);
+    const int n = BIO_read(filter, out.data(), expected);
+    BIO_free_all(filter);
+    // A read that fails is no result, even where less than three bytes were expected.
+    if (n < 0 || n < expected - 3 || n > expected)
+        return std::nullopt;
+    out.resize(static_cast<std::size_t>(n));
+    return out;
+}
+
+std::optional<Bytes> decode(const std::wstring& text) {
+    ul::TBuffer<unsigned char> out;
+    try {
+        sarn::base64Decode(text, out);
+    } catch (const ul::CInvalidArgError&) {
+        return std::nullopt;
+    }
+    return toBytes(out);
+}
+
+std::wstring encode(const Bytes& bytes, bool lineBreaks) {
+    return sarn::base64Encode(bytes.data(), static_cast<int>(bytes.size()), true, lineBreaks);
+}
+
+std::wstring repeat(const wchar_t* text, int count) {
+    std::wstring result;
+    for (; count > 0; --count)
+        result += text;
+    return result;
+}
+
+} // namespace
+
+TEST(Base64Filter, OddTexts_AreDecodedAsTheFilterDecodesThem) {
+    const std::wstring line = repeat(L"QUJD", 16); // 64 characters, 48 bytes
+    const std::wstring texts[] = {
+        L"",
+        L"\n",
+        L"\n\n\nQUJD\n",
+        L"\r\n\r\nQUJD\r\n",
+        L" QUJD",
+        L"QUJD ",
+        L"QU JD",
+        L"QUJD QUJD\n",
+        L"QU\tJD\n",
+        L"QUJD\nQUJD",
+        L"QUJD\n\nQUJD\n",
+        L"Q\nU\nJ\nD\n",
+        line,
+        line + L"\n",
+        line + L"\n" + line,
+        line + line,
+        line + line + L"\n",
+        repeat(line.c_str(), 16),
+        repeat(line.c_str(), 17) + L"\n",
+        repeat(line.c_str(), 64),
+        repeat(line.c_str(), 64) + L"\n",
+        line + L" " + line + L"\n",
+        L"-----BEGIN-----\n" + line + L"\n-----END-----\n",
+        L"QUJD=",
+        L"QUI=QUJD",
+        L"QQ==QQ==",
+        L"Q===",
+        L"====",
+        L"QUJD====",
+        L"QUJD\v\n",
+        L"QUJD\x000E",
+        L"????",
+        L"!!!",
+        L"\x0161\x0161\x0161\x0161",
+        std::wstring(L"QU\0JD", 5),
+    };
+    for (const std::wstring& text : texts)
+        EXPECT_EQ(decode(text), decodeByTheSteps(text)) << ul::String(text).toLatin1();
+}
+
+TEST(Base64Filter, LongTextsWithAndWithoutLines_AreDecodedWhole) {
+    for (const int size : {700, 1500, 100000}) {
+        const Bytes bytes = makePattern(size);
+        EXPECT_EQ(decode(encode(bytes, false)), bytes) << "a single line of any length is decoded";
+        EXPECT_EQ(decode(encode(bytes, true)), bytes);
+    }
+}
+
+TEST(Base64Filter, RandomAndMutatedTexts_AreDecodedAsTheFilterDecodesThem) {
+    std::mt19937 random(4);
+    const auto draw = [&random](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+    constexpr wchar_t seasoning[] = L" \t\n\r\v\x000E==AZaz09+/-_!?\x00E9\x0161\x0141\x20AC\xFF21\xFFFD";
+    constexpr int seasoningSize = static_cast<int>(std::size(seasoning)) - 1;
+    int decoded = 0;
+    for (int round = 0; round < 100000; ++round) {
+        std::wstring text;
+        if (draw(4) == 0) {
+            for (int i = draw(80); i > 0; --i)
+                text += seasoning[draw(seasoningSize)];
+        } else {
+            text = encode(makePattern(draw(200)), draw(2) == 0);
+            for (int i = draw(4); i > 0 && !text.empty(); --i) {
+                const auto at = static_cast<std::size_t>(draw(static_cast<int>(text.size())));
+                const wchar_t character = seasoning[draw(seasoningSize)];
+                switch (draw(3)) {
+                case 0:
+                    text[at] = character;
+                    break;
+                case 1:
+                    text.insert(at, 1, character);
+                    break;
+                default:
+                    text.erase(at, 1);
+                }
+            }
+        }
+        const std::optional<Bytes> expected = decodeByTheSteps(text);
+        decoded += expected.has_value();
+        ASSERT_EQ(decode(text), expected) << round << ": " << ul::String(text).toLatin1();
+    }
+    EXPECT_GT(decoded, 10000);
+    EXPECT_LT(decoded, 90000);
+}
+
+} // namespace sarn_test

@@ -1,0 +1,192 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/expect.h"
+#include "support/memory_spy.h"
+#include "support/vectors.h"
+
+#include "sarn/encoding.h"
+#include "sarn/password_key_cache.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstring>
+#include <functional>
+#include <thread>
+#include <type_traits>
+
+namespace sarn_test {
+
+namespace {
+
+using sarn::CPasswordKeyCache;
+using CKeyInfo = CPasswordKeyCache::CKeyInfo;
+using Key = ul::PC<ul::TCryptBuffer<unsigned char>>;
+
+constexpr char deriveError[] = "Error deriving cryptographic key from password.";
+
+static_assert(!std::is_copy_constructible_v<CPasswordKeyCache> && !std::is_move_constructible_v<CPasswordKeyCache>);
+static_assert(std::is_trivially_copyable_v<CKeyInfo> && !std::is_polymorphic_v<CKeyInfo>);
+static_assert(sizeof(CKeyInfo) == 24);
+
+ul::P<CPasswordKeyCache> makeCache(const char* password) {
+    ul::TCryptBuffer<char> buffer;
+    buffer.init(password, static_cast<int>(std::strlen(password)));
+    return ul::make<CPasswordKeyCache>(buffer);
+}
+
+std::string toHexText(const Key& key) {
+    return toHex(toBytes(*key));
+}
+
+/// What the cache should derive.
+std::string derive(const char* password, const Bytes& salt, int iterations, int size) {
+    Bytes key(static_cast<std::size_t>(size));
+    sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1(password, static_cast<int>(std::strlen(password)), salt.data(), 8,
+                                           iterations, size, key.data());
+    return toHex(key);
+}
+
+double measureSeconds(const std::function<void()>& action) {
+    const auto start = std::chrono::steady_clock::now();
+    action();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+} // namespace
+
+TEST(CPasswordKeyCache, GetKey_DerivesWithTheSaltsBytesLeastSignificantFirst) {
+    const ul::P<CPasswordKeyCache> cache = makeCache("password");
+    const Key key = cache->getKey(32, 258, 1000);
+    EXPECT_EQ(toHexText(key), "ecf3fb9c0588202d48782ee93de14e7780a4902131c1dcf8b44d3ba207ce7df2");
+    EXPECT_EQ(toHexText(cache->getKey(16, 0x8877665544332211, 3)),
+              derive("password", {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88}, 3, 16));
+    EXPECT_EQ(toHexText(cache->getKey(20, 0, 1)), derive("password", Bytes(8), 1, 20));
+}
+
+TEST(CPasswordKeyCache, GetKey_CalledAgain_ReturnsTheSameBuffer) {
+    const ul::P<CPasswordKeyCache> cache = makeCache("password");
+    const Key key = cache->getKey(32, 258, 1000);
+    EXPECT_EQ(cache->getKey(32, 258, 1000), key);
+    EXPECT_EQ(key->getUsed(), 32) << "so that it goes straight into a cipher";
+}
+
+TEST(CPasswordKeyCache, GetKey_OfAnotherSize_IsAnEntryOfItsOwn) {
+    const ul::P<CPasswordKeyCache> cache = makeCache("password");
+    const Key longKey = cache->getKey(32, 7, 1000);
+    const Key shortKey = cache->getKey(16, 7, 1000);
+    EXPECT_NE(shortKey, longKey);
+    EXPECT_EQ(toHexText(shortKey), toHexText(longKey).substr(0, 32));
+    EXPECT_EQ(cache->getKey(32, 7, 1000), longKey);
+    EXPECT_NE(cache->getKey(32, 7, 1001), longKey);
+    EXPECT_NE(cache->getKey(32, 8, 1000), longKey);
+}
+
+TEST(CPasswordKeyCache, EmptyPassword_IsTaken) {
+    // By hashlib.pbkdf2_hmac of Python.
+    EXPECT_EQ(toHexText(makeCache("")->getKey(32, 258, 1000)),
+              "2d639a0ff3c193565c491e99d65189c18f42bcaf218a10e46997b945532bedcd");
+}
+
+TEST(CPasswordKeyCache, Password_IsCopied) {
+    ul::TCryptBuffer<char> password;
+    password.init("password", 8);
+    const ul::P<CPasswordKeyCache> cache = ul::make<CPasswordKeyCache>(password);
+    password.init("other", 5);
+    EXPECT_EQ(toHexText(cache->getKey(20, 0, 1)), derive("password", Bytes(8), 1, 20));
+}
+
+TEST(CPasswordKeyCache, Key_OutlivesItsCache) {
+    const Key key = makeCache("password")->getKey(32, 258, 1000);
+    EXPECT_EQ(toHexText(key), "ecf3fb9c0588202d48782ee93de14e7780a4902131c1dcf8b44d3ba207ce7df2");
+}
+
+TEST(CPasswordKeyCache, FailedDerivation_RaisesFreesTheMutexAndIsTriedAgain) {
+    const ul::P<CPasswordKeyCache> cache = makeCache("password");
+    for (int i = 0; i < 3; ++i)
+        expectError(deriveError, [&] { cache->getKey(-1, 7, 1000); });
+    // Another thread gets the mutex.
+    Key key;
+    std::thread([&] { key = cache->getKey(32, 258, 1000); }).join();
+    EXPECT_TRUE(key);
+}
+
+TEST(CPasswordKeyCache, TwoThreadsThatAskForTheSameNewKey_ShareOneDerivation) {
+    const ul::P<CPasswordKeyCache> cache = makeCache("password");
+    std::vector<Key> keys(8);
+    std::vector<std::thread> threads;
+    for (Key& key : keys)
+        threads.emplace_back([&] { key = cache->getKey(32, 1, 20000); });
+    for (std::thread& thread : threads)
+        thread.join();
+    for (const Key& key : keys)
+        EXPECT_EQ(key, keys.front());
+}
+
+TEST(CPasswordKeyCache, DifferentCaches_DoNotWaitForEachOther) {
+    const ul::P<CPasswordKeyCache> busy = makeCache("password");
+    const ul::P<CPasswordKeyCache> idle = makeCache("password");
+    idle->getKey(32, 1, 1);
+    std::atomic<bool> isBusy{false};
+    std::atomic<bool> isDone{false};
+    std::thread derivation([&] {
+        isBusy = true;
+        busy->getKey(32, 1, 3000000);
+        isDone = true;
+    });
+    while (!isBusy)
+        std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    idle->getKey(32, 1, 1);
+    idle->getKey(32, 2, 1);
+    EXPECT_FALSE(isDone) << "the other cache has answered while this one derives";
+    derivation.join();
+}
+
+TEST(CPasswordKeyCache, SecondLookUp_CostsNoDerivation) {
+    const ul::P<CPasswordKeyCache> cache = makeCache("password");
+    const double first = measureSeconds([&] { cache->getKey(32, 1, 200000); });
+    const double second = measureSeconds([&] { cache->getKey(32, 1, 200000); });
+    EXPECT_LT(second, first / 10);
+}
+
+TEST(CPasswordKeyCache, PasswordAndKeys_AreWipedWhenTheyAreFreed) {
+    constexpr char password[] = "correct horse battery staple";
+    // Eight bytes of the key are enough to find it by.
+    const Key known = makeCache(password)->getKey(32, 258, 1000);
+    const std::string secretKey(reinterpret_cast<const char*>(known->getData()), 8);
+    ASSERT_EQ(secretKey.find('\0'), std::string::npos);
+    for (const char* const secret : {secretKey.c_str(), password}) {
+        const SecretSpy spy(secret);
+        {
+            const ul::P<CPasswordKeyCache> cache = makeCache(password);
+            const Key key = cache->getKey(32, 258, 1000);
+            for (unsigned long long salt = 0; salt < 50; ++salt)
+                cache->getKey(32, salt, 1);
+            EXPECT_THROW(cache->getKey(-1, 1, 1), ul::CError);
+        }
+        EXPECT_GT(spy.getFreedCount(), 50);
+        EXPECT_EQ(spy.getFoundCount(), 0);
+    }
+}
+
+TEST(CKeyInfo, Compare_DecidesByKeySizeThenSaltThenIterations) {
+    const unsigned long long allBits = ~0ULL;
+    EXPECT_EQ(CKeyInfo(1, 5, 7).compare(CKeyInfo(2, 0, 0)), -1);
+    EXPECT_EQ(CKeyInfo(1, allBits, 0).compare(CKeyInfo(1, 1, 0)), 1) << "the salt is unsigned";
+    EXPECT_EQ(CKeyInfo(-1, 0, 0).compare(CKeyInfo(0, 0, 0)), -1) << "the size is signed";
+    EXPECT_EQ(CKeyInfo(1, 1, -1).compare(CKeyInfo(1, 1, 0)), -1) << "so is the count";
+    EXPECT_EQ(CKeyInfo(3, 4, 5).compare(CKeyInfo(3, 4, 5)), 0);
+}
+
+TEST(CKeyInfo, Operators_FollowCompare) {
+    const CKeyInfo small(1, 2, 3);
+    const CKeyInfo large(1, 2, 4);
+    CKeyInfo copy = large;
+    EXPECT_TRUE(small < large && small <= large && small <= small && large > small && large >= small);
+    EXPECT_TRUE(small != large && copy == large && !(small == large) && !(small > large) && !(small >= large));
+    copy = small;
+    EXPECT_TRUE(copy == small);
+}
+
+} // namespace sarn_test
