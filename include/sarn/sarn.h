@@ -9,5 +9,7 @@
 #include "sarn/object_model.h"
 #include "sarn/openssl_init.h"
 #include "sarn/password_key_cache.h"
+#include "sarn/signature.h"
+#include "sarn/signed_config.h"
 
 #include "ul/ul.h"

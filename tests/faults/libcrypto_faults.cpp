@@ -15,6 +15,12 @@ namespace {
 
 LibcryptoFaults* g_active = nullptr;
 
+/// The number under a name, 0 if there is none.
+int find(const std::map<std::string, int, std::less<>>& numbers, const char* name) {
+    const auto found = numbers.find(name);
+    return found == numbers.end() ? 0 : found->second;
+}
+
 } // namespace
 
 LibcryptoFaults::LibcryptoFaults() {
@@ -47,10 +53,15 @@ bool LibcryptoFaults::mustFail(const char* name) {
 }
 
 int LibcryptoFaults::getShortening(const char* name) {
-    if (!g_active)
-        return 0;
-    const auto found = g_active->m_shortening.find(name);
-    return found == g_active->m_shortening.end() ? 0 : found->second;
+    return g_active ? find(g_active->m_shortening, name) : 0;
+}
+
+void LibcryptoFaults::setResult(const std::string& name, int result) {
+    m_results[name] = result;
+}
+
+int LibcryptoFaults::getResult(const char* name) {
+    return g_active ? find(g_active->m_results, name) : 0;
 }
 
 } // namespace sarn_test

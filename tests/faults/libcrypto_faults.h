@@ -24,6 +24,9 @@ public:
     /// Lets each call of `name` report `count` bytes less than it wrote.
     void shortenOutput(const std::string& name, int count);
 
+    /// What a failing call of `name` returns, where its replacement asks for that.
+    void setResult(const std::string& name, int result);
+
     int getCallCount(std::string_view name) const;
     /// The names of all calls, in order.
     std::vector<std::string> getCalls() const { return {m_calls.begin(), m_calls.begin() + m_callCount}; }
@@ -32,6 +35,8 @@ public:
     static bool mustFail(const char* name);
     /// For the replacements: the number of bytes to hide.
     static int getShortening(const char* name);
+    /// For the replacements: what to return on failure, 0 unless it was set.
+    static int getResult(const char* name);
 
 private:
     // Noting a call takes no memory, of which there may be none.
@@ -39,6 +44,7 @@ private:
     int m_callCount = 0;
     std::map<std::string, int, std::less<>> m_failing;
     std::map<std::string, int, std::less<>> m_shortening;
+    std::map<std::string, int, std::less<>> m_results;
 };
 
 } // namespace sarn_test

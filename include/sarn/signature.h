@@ -1,0 +1,175 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Signatures over data and files. Keys are PEM texts (RFC 7468), signatures raw bytes or Base64 text files.
+#pragma once
+
+#include "sarn/object_model.h"
+
+#include "ul/path.h"
+
+struct evp_md_st;
+typedef struct evp_md_st EVP_MD;
+struct evp_md_ctx_st;
+typedef struct evp_md_ctx_st EVP_MD_CTX;
+struct evp_pkey_st;
+typedef struct evp_pkey_st EVP_PKEY;
+
+namespace sarn {
+
+/// One signing operation: data in order, then one finish(). Owned by one thread at a time.
+class SARN_EXPORT ISigner : public virtual ul::IBase {
+public:
+    ISigner() = default;
+    ISigner(const ISigner&) = default;
+    ISigner(ISigner&&) = default;
+    ISigner& operator=(const ISigner&) = default;
+    ISigner& operator=(ISigner&&) = default;
+    ~ISigner() override;
+
+    /// Room in bytes that the signature needs at most.
+    virtual int getMaxSignatureSize() const = 0;
+    /// Adds `size` bytes of data.
+    /// \throws ul::CInvalidArgError "invalid data size" if `size` is negative; ul::CError "OpenSSL sign error."
+    virtual void update(const void* data, int size) = 0;
+    /// Writes the signature to `signature`, which must have room for getMaxSignatureSize() bytes, and its length to
+    /// `size`.
+    /// \throws ul::CError "OpenSSL sign error."; `size` is unchanged then
+    virtual void finish(void* signature, int& size) = 0;
+
+    /// Puts the signature into a buffer, in place of what that held. If this fails the buffer's used size is
+    /// getMaxSignatureSize().
+    void finish(ul::TBuffer<unsigned char>& signature);
+};
+
+/// One verifying operation: data in order, then one finish(). Owned by one thread at a time.
+class SARN_EXPORT IVerifier : public virtual ul::IBase {
+public:
+    IVerifier() = default;
+    IVerifier(const IVerifier&) = default;
+    IVerifier(IVerifier&&) = default;
+    IVerifier& operator=(const IVerifier&) = default;
+    IVerifier& operator=(IVerifier&&) = default;
+    ~IVerifier() override;
+
+    /// Adds `size` bytes of data.
+    /// \throws ul::CInvalidArgError "invalid data size" if `size` is negative; ul::CError "OpenSSL verify update
+    ///         error."
+    virtual void update(const void* data, int size) = 0;
+    /// Whether a signature of `size` bytes is one of the data. One that does not match is an answer, not an error.
+    /// \throws ul::CInvalidArgError "invalid signature size" if `size` is negative; ul::CError "OpenSSL verify error."
+    ///         if libcrypto could not tell
+    virtual bool finish(const void* signature, int size) = 0;
+
+    /// The same for the used bytes of a buffer.
+    bool finish(const ul::TBuffer<unsigned char>& signature);
+};
+
+/// A signature algorithm. It keeps no state: any number of threads may use one object at once.
+class SARN_EXPORT ISignatureAlgo : public virtual ul::IBase {
+public:
+    ISignatureAlgo() = default;
+    ISignatureAlgo(const ISignatureAlgo&) = default;
+    ISignatureAlgo(ISignatureAlgo&&) = default;
+    ISignatureAlgo& operator=(const ISignatureAlgo&) = default;
+    ISignatureAlgo& operator=(ISignatureAlgo&&) = default;
+    ~ISignatureAlgo() override;
+
+    /// Starts to sign with a private key, traditional or PKCS #8. The passphrase, Latin-1, serves an encrypted one.
+    /// \throws ul::CError "OpenSSL sign init error.", "OpenSSL key corrupted."
+    virtual ul::P<ISigner> beginSign(const ul::String& privateKey, const ul::String& passphrase) = 0;
+    /// Starts to verify with a public key (SubjectPublicKeyInfo; no certificate).
+    /// \throws ul::CError "OpenSSL verify init error.", "OpenSSL key corrupted."
+    virtual ul::P<IVerifier> beginVerify(const ul::String& publicKey) = 0;
+};
+
+/// Signatures by libcrypto: the digest is given here, the scheme by the kind of key, RSA (PKCS #1 v1.5, RFC 8017) or
+/// DSA (FIPS 186).
+class SARN_EXPORT COpenSSLSignatureAlgo : public ul::CBase, public virtual ISignatureAlgo {
+public:
+    class CSigner;
+    class CVerifier;
+
+    /// \param md libcrypto's description of the digest, which must outlive this object and its signers and verifiers
+    explicit COpenSSLSignatureAlgo(const EVP_MD* md);
+    COpenSSLSignatureAlgo(const COpenSSLSignatureAlgo&) = default;
+    COpenSSLSignatureAlgo& operator=(const COpenSSLSignatureAlgo&) = default;
+    ~COpenSSLSignatureAlgo() override;
+
+    ul::P<ISigner> beginSign(const ul::String& privateKey, const ul::String& passphrase) override;
+    ul::P<IVerifier> beginVerify(const ul::String& publicKey) override;
+
+private:
+    const EVP_MD* m_md;
+};
+
+/// A signer with its key and its running digest. Copies share both and are of no use.
+///
+/// The members are plain pointers: a construction that fails is to leave the context as it is, not freed, and no
+/// destructor runs then.
+class SARN_EXPORT COpenSSLSignatureAlgo::CSigner : public virtual ul::CBase, public virtual ISigner {
+public:
+    CSigner(const EVP_MD* md, const char* privateKeyPem, const char* passphrase);
+    CSigner(const CSigner&) = default;
+    CSigner& operator=(const CSigner&) = default;
+    ~CSigner() override;
+
+    int getMaxSignatureSize() const override;
+    void update(const void* data, int size) override;
+    void finish(void* signature, int& size) override;
+    using ISigner::finish;
+
+private:
+    EVP_PKEY* m_key;
+    EVP_MD_CTX* m_ctx;
+};
+
+/// A verifier with its key and its running digest. As for CSigner, copies share both and the members are plain.
+class SARN_EXPORT COpenSSLSignatureAlgo::CVerifier : public virtual ul::CBase, public virtual IVerifier {
+public:
+    CVerifier(const EVP_MD* md, const char* publicKeyPem);
+    CVerifier(const CVerifier&) = default;
+    CVerifier& operator=(const CVerifier&) = default;
+    ~CVerifier() override;
+
+    void update(const void* data, int size) override;
+    bool finish(const void* signature, int size) override;
+    using IVerifier::finish;
+
+private:
+    EVP_PKEY* m_key;
+    EVP_MD_CTX* m_ctx;
+};
+
+/// Signatures over SHA-1 with RSA keys. As with createDSS_SHA1() it is the key that decides.
+SARN_EXPORT ul::P<ISignatureAlgo> createRSA_SHA1();
+/// Signatures over SHA-1 with DSA keys.
+SARN_EXPORT ul::P<ISignatureAlgo> createDSS_SHA1();
+
+/// Signs a file with a private key that is not encrypted. The file is read in pieces of 8192 bytes. Safe from any
+/// thread, as are the functions below.
+/// \throws ul::CFileError; ul::CError as ISignatureAlgo::beginSign() and ISigner do
+SARN_EXPORT void createFileSignature_RSA_SHA1(const ul::TPathImpl<ul::CWindowsPathTraits>& path,
+                                              const ul::String& privateKey, ul::TBuffer<unsigned char>& signature);
+
+/// Whether `signature` is one of the file.
+/// \throws ul::CFileError; ul::CError as ISignatureAlgo::beginVerify() and IVerifier do
+SARN_EXPORT bool verifyFileSignature_RSA_SHA1(const ul::TPathImpl<ul::CWindowsPathTraits>& path,
+                                              const ul::String& publicKey, const ul::TBuffer<unsigned char>& signature);
+
+/// Whether the signature in the file `signaturePath`, which is read first, is one of the file.
+/// \throws ul::CFileError, also for a missing signature file; ul::CInvalidArgError as base64Decode() does; ul::CError
+SARN_EXPORT bool verifyFileSignature_RSA_SHA1(const ul::TPathImpl<ul::CWindowsPathTraits>& path,
+                                              const ul::String& publicKey,
+                                              const ul::TPathImpl<ul::CWindowsPathTraits>& signaturePath);
+
+/// Reads a signature file: Base64 text in UTF-8.
+/// \throws ul::CFileError; ul::CError "Invalid UTF-8 text."; ul::CInvalidArgError as base64Decode() does
+SARN_EXPORT void loadSignatureBase64(const ul::TPathImpl<ul::CWindowsPathTraits>& signaturePath,
+                                     ul::TBuffer<unsigned char>& signature);
+
+/// Writes a signature file, with padding and line breaks, in place of one that is there, as a whole.
+/// \throws ul::CFileError
+SARN_EXPORT void storeSignatureBase64(const ul::TPathImpl<ul::CWindowsPathTraits>& signaturePath,
+                                      const ul::TBuffer<unsigned char>& signature);
+
+} // namespace sarn

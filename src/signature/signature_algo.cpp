@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "sarn/signature.h"
+
+#include "sarn/openssl_init.h"
+
+#include <openssl/evp.h>
+
+#include <string>
+
+namespace sarn {
+
+namespace {
+
+/// The narrow form of a secret text, for the time of a call.
+class SecretText {
+public:
+    explicit SecretText(const ul::String& text) : m_text(text.toLatin1()) {}
+    SecretText(const SecretText&) = delete;
+    SecretText& operator=(const SecretText&) = delete;
+    ~SecretText() { ul::wipe(m_text.data(), m_text.size()); }
+    const char* c_str() const noexcept { return m_text.c_str(); }
+
+private:
+    std::string m_text;
+};
+
+} // namespace
+
+ISigner::~ISigner() = default;
+IVerifier::~IVerifier() = default;
+ISignatureAlgo::~ISignatureAlgo() = default;
+
+void ISigner::finish(ul::TBuffer<unsigned char>& signature) {
+    signature.setUsed(getMaxSignatureSize());
+    int size = 0;
+    finish(signature.getData(), size);
+    signature.setUsed(size);
+}
+
+bool IVerifier::finish(const ul::TBuffer<unsigned char>& signature) {
+    return finish(signature.getData(), signature.getUsed());
+}
+
+COpenSSLSignatureAlgo::COpenSSLSignatureAlgo(const EVP_MD* md) {
+    COpenSSLInit::CThreadStuff::get();
+    COpenSSLInit::CCleaner::get();
+    m_md = md;
+}
+
+COpenSSLSignatureAlgo::~COpenSSLSignatureAlgo() = default;
+
+ul::P<ISigner> COpenSSLSignatureAlgo::beginSign(const ul::String& privateKey, const ul::String& passphrase) {
+    return ul::make<CSigner>(m_md, SecretText(privateKey).c_str(), SecretText(passphrase).c_str());
+}
+
+ul::P<IVerifier> COpenSSLSignatureAlgo::beginVerify(const ul::String& publicKey) {
+    return ul::make<CVerifier>(m_md, publicKey.toLatin1().c_str());
+}
+
+// The kind of key decides, so the two are the same. They stay two functions: a host says which one it means.
+ul::P<ISignatureAlgo> createRSA_SHA1() {
+    return ul::make<COpenSSLSignatureAlgo>(EVP_sha1());
+}
+
+ul::P<ISignatureAlgo> createDSS_SHA1() {
+    return ul::make<COpenSSLSignatureAlgo>(EVP_sha1());
+}
+
+} // namespace sarn

@@ -1,0 +1,124 @@
+// SPDX-License-Identifier: Apache-2.0
+// The two sessions. A construction that fails leaves its context, reset if the key was at fault, to nobody: that is so
+// on purpose, see CSigner.
+#include "sarn/signature.h"
+
+#include "frame/error_queue_mark.h"
+#include "frame/openssl_owners.h"
+#include "frame/raise.h"
+
+#include <openssl/evp.h>
+#include <openssl/pem.h>
+
+#include <cstring>
+
+namespace sarn {
+
+namespace {
+
+constexpr char keyCorrupted[] = "OpenSSL key corrupted.";
+constexpr char signFailed[] = "OpenSSL sign error.";
+
+/// A context in which the digest runs.
+EVP_MD_CTX* createContext(ErrorQueueMark& mark, const EVP_MD* md, const char* initFailed) {
+    EVP_MD_CTX* const context = EVP_MD_CTX_new();
+    if (!context || !EVP_DigestInit(context, md))
+        mark.raise(initFailed);
+    return context;
+}
+
+BioPtr openText(const char* text) {
+    return BioPtr(BIO_new_mem_buf(text, static_cast<int>(std::strlen(text))));
+}
+
+/// The private key of a PEM text, or null.
+EVP_PKEY* readPrivateKey(const char* pem, const char* passphrase) {
+    // Without a callback libcrypto takes the last argument for the passphrase. It is never null, or a terminal would be
+    // asked.
+    return PEM_read_bio_PrivateKey(openText(pem).get(), nullptr, nullptr, const_cast<char*>(passphrase));
+}
+
+/// The public key of a PEM text, or null.
+EVP_PKEY* readPublicKey(const char* pem) {
+    return PEM_read_bio_PUBKEY(openText(pem).get(), nullptr, nullptr, nullptr);
+}
+
+void checkKey(ErrorQueueMark& mark, const EVP_PKEY* key, EVP_MD_CTX* context) {
+    if (!key) {
+        EVP_MD_CTX_reset(context);
+        mark.raise(keyCorrupted);
+    }
+}
+
+void freeSession(EVP_PKEY* key, EVP_MD_CTX* context) {
+    EVP_MD_CTX_reset(context);
+    EVP_MD_CTX_free(context);
+    EVP_PKEY_free(key);
+}
+
+void updateDigest(EVP_MD_CTX* context, const void* data, int size, const char* where, const char* failed) {
+    if (size < 0)
+        raiseInvalidArg(where, "invalid data size");
+    if (!EVP_DigestUpdate(context, size > 0 ? data : "", static_cast<std::size_t>(size)))
+        raiseError(failed);
+}
+
+} // namespace
+
+COpenSSLSignatureAlgo::CSigner::CSigner(const EVP_MD* md, const char* privateKeyPem, const char* passphrase) {
+    ErrorQueueMark mark;
+    m_ctx = createContext(mark, md, "OpenSSL sign init error.");
+    m_key = readPrivateKey(privateKeyPem, passphrase);
+    checkKey(mark, m_key, m_ctx);
+}
+
+COpenSSLSignatureAlgo::CSigner::~CSigner() {
+    freeSession(m_key, m_ctx);
+}
+
+int COpenSSLSignatureAlgo::CSigner::getMaxSignatureSize() const {
+    return EVP_PKEY_size(m_key);
+}
+
+void COpenSSLSignatureAlgo::CSigner::update(const void* data, int size) {
+    updateDigest(m_ctx, data, size, "COpenSSLSignatureAlgo::CSigner::update", signFailed);
+}
+
+void COpenSSLSignatureAlgo::CSigner::finish(void* signature, int& size) {
+    ErrorQueueMark mark;
+    unsigned length = 0;
+    if (EVP_SignFinal(m_ctx, static_cast<unsigned char*>(signature), &length, m_key) <= 0)
+        mark.raise(signFailed);
+    size = static_cast<int>(length);
+}
+
+COpenSSLSignatureAlgo::CVerifier::CVerifier(const EVP_MD* md, const char* publicKeyPem) {
+    ErrorQueueMark mark;
+    m_ctx = createContext(mark, md, "OpenSSL verify init error.");
+    m_key = readPublicKey(publicKeyPem);
+    checkKey(mark, m_key, m_ctx);
+}
+
+COpenSSLSignatureAlgo::CVerifier::~CVerifier() {
+    freeSession(m_key, m_ctx);
+}
+
+void COpenSSLSignatureAlgo::CVerifier::update(const void* data, int size) {
+    updateDigest(m_ctx, data, size, "COpenSSLSignatureAlgo::CVerifier::update", "OpenSSL verify update error.");
+}
+
+bool COpenSSLSignatureAlgo::CVerifier::finish(const void* signature, int size) {
+    if (size < 0)
+        raiseInvalidArg("COpenSSLSignatureAlgo::CVerifier::finish", "invalid signature size");
+    ErrorQueueMark mark;
+    const void* const bytes = size > 0 ? signature : "";
+    const int result =
+        EVP_VerifyFinal(m_ctx, static_cast<const unsigned char*>(bytes), static_cast<unsigned>(size), m_key);
+    if (result == -1)
+        mark.raise("OpenSSL verify error.");
+    // A signature that does not match is noted there as well.
+    mark.drop();
+    return result == 1;
+}
+
+} // namespace sarn

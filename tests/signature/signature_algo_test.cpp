@@ -1,0 +1,278 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "support/expect.h"
+#include "support/key_files.h"
+#include "support/memory_spy.h"
+#include "support/vectors.h"
+
+#include "sarn/signature.h"
+
+#include <openssl/err.h>
+#include <openssl/evp.h>
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <thread>
+#include <type_traits>
+
+namespace sarn_test {
+
+namespace {
+
+using Buffer = ul::TBuffer<unsigned char>;
+using Algo = sarn::COpenSSLSignatureAlgo;
+
+static_assert(std::is_abstract_v<sarn::ISigner> && std::is_abstract_v<sarn::IVerifier> &&
+              std::is_abstract_v<sarn::ISignatureAlgo>);
+static_assert(std::is_copy_constructible_v<Algo> && std::is_copy_assignable_v<Algo>);
+static_assert(std::is_copy_constructible_v<Algo::CSigner> && std::is_copy_assignable_v<Algo::CVerifier>);
+static_assert(std::is_convertible_v<Algo::CSigner*, ul::CBase*> && std::is_convertible_v<Algo*, ul::IBase*>);
+
+constexpr const char* keyNames[] = {"rsa1024", "rsa2048", "rsa3072", "rsa4096", "dsa1024", "dsa2048"};
+constexpr char keyCorrupted[] = "OpenSSL key corrupted.";
+
+bool isRSA(const std::string& name) {
+    return name.compare(0, 3, "rsa") == 0;
+}
+
+ul::P<sarn::ISignatureAlgo> createAlgo(const std::string& keyName) {
+    return isRSA(keyName) ? sarn::createRSA_SHA1() : sarn::createDSS_SHA1();
+}
+
+Bytes sign(const std::string& keyName, const Bytes& data) {
+    const ul::P<sarn::ISigner> signer = createAlgo(keyName)->beginSign(readKey(keyName), "");
+    signer->update(data.data(), static_cast<int>(data.size()));
+    Buffer signature;
+    signer->finish(signature);
+    return toBytes(signature);
+}
+
+bool verify(const std::string& keyName, const Bytes& data, const Bytes& signature) {
+    const ul::P<sarn::IVerifier> verifier = createAlgo(keyName)->beginVerify(readPublicKey(keyName));
+    verifier->update(data.data(), static_cast<int>(data.size()));
+    return verifier->finish(signature.data(), static_cast<int>(signature.size()));
+}
+
+/// Whether a signature is refused, by an answer or by an error.
+bool isRefused(const std::string& keyName, const Bytes& data, const Bytes& signature) {
+    try {
+        return !verify(keyName, data, signature);
+    } catch (const ul::CError& error) {
+        return error.getMessage() == "OpenSSL verify error.";
+    }
+}
+
+} // namespace
+
+TEST(SignatureAlgo, SignaturesOfTheOpensslCommandLine_Verify) {
+    const std::vector<Vector> vectors = readVectors("signatures.vec", {"size", "signature"});
+    EXPECT_EQ(vectors.size(), 42U);
+    for (const Vector& vector : vectors) {
+        const Bytes data = makePattern(vector.getInt("size"));
+        EXPECT_TRUE(verify(vector.getSection(), data, vector.getBytes("signature"))) << vector.describe();
+        if (isRSA(vector.getSection())) {
+            EXPECT_EQ(toHex(sign(vector.getSection(), data)), vector.getText("signature"))
+                << vector.describe() << ": RSA signatures are the same every time";
+        }
+    }
+}
+
+TEST(SignatureAlgo, OwnSignatures_VerifyAndOnlyOverTheirData) {
+    for (const char* const name : keyNames) {
+        Bytes data = makePattern(1000);
+        const Bytes signature = sign(name, data);
+        EXPECT_TRUE(verify(name, data, signature)) << name;
+        data[500] ^= 1;
+        EXPECT_FALSE(verify(name, data, signature)) << name;
+        data[500] ^= 1;
+        data.pop_back();
+        EXPECT_FALSE(verify(name, data, signature)) << name;
+    }
+}
+
+TEST(SignatureAlgo, SignatureOfAnotherKey_DoesNotVerify) {
+    const Bytes data = makePattern(10);
+    EXPECT_TRUE(isRefused("rsa2048", data, sign("rsa1024", data)));
+    EXPECT_TRUE(isRefused("dsa2048", data, sign("dsa1024", data)));
+    EXPECT_TRUE(isRefused("rsa2048", data, sign("dsa2048", data)));
+}
+
+TEST(SignatureAlgo, SignerWithoutUpdate_SignsTheEmptyMessage) {
+    const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readKey("rsa2048"), "");
+    Buffer signature;
+    signer->finish(signature);
+    EXPECT_EQ(toBytes(signature), sign("rsa2048", {}));
+    const ul::P<sarn::IVerifier> verifier = sarn::createRSA_SHA1()->beginVerify(readPublicKey("rsa2048"));
+    EXPECT_TRUE(verifier->finish(signature));
+}
+
+TEST(SignatureAlgo, GetMaxSignatureSize_OfRSA_IsTheSizeOfTheSignature) {
+    const std::pair<const char*, int> sizes[] = {
+        {"rsa1024", 128}, {"rsa2048", 256}, {"rsa3072", 384}, {"rsa4096", 512}};
+    for (const auto& [name, size] : sizes) {
+        EXPECT_EQ(sarn::createRSA_SHA1()->beginSign(readKey(name), "")->getMaxSignatureSize(), size);
+        EXPECT_EQ(sign(name, {}).size(), static_cast<std::size_t>(size));
+    }
+}
+
+TEST(SignatureAlgo, GetMaxSignatureSize_OfDSA_IsRoomEnoughAndTheBufferEndsWithTheRealSize) {
+    for (const char* const name : {"dsa1024", "dsa2048"}) {
+        const int room = sarn::createDSS_SHA1()->beginSign(readKey(name), "")->getMaxSignatureSize();
+        std::size_t shortest = INT_MAX;
+        for (int i = 0; i < 50; ++i) {
+            const Bytes signature = sign(name, makePattern(i));
+            EXPECT_LE(signature.size(), static_cast<std::size_t>(room));
+            EXPECT_EQ(signature[1] + 2U, signature.size()) << "the length of its DER form";
+            shortest = std::min(shortest, signature.size());
+        }
+        EXPECT_LT(shortest, static_cast<std::size_t>(room));
+    }
+}
+
+TEST(SignatureAlgo, DataInPieces_GivesTheSignatureOfTheWhole) {
+    const Bytes data = makePattern(20000);
+    const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readKey("rsa1024"), "");
+    for (std::size_t at = 0; at < data.size(); at += 125)
+        signer->update(data.data() + at, 125);
+    signer->update(nullptr, 0);
+    Bytes signature(128);
+    int size = -7;
+    signer->finish(signature.data(), size);
+    EXPECT_EQ(size, 128);
+    EXPECT_EQ(signature, sign("rsa1024", data));
+}
+
+TEST(SignatureAlgo, DamagedSignatures_AreRefused) {
+    const Bytes data = makePattern(100);
+    for (const char* const name : {"rsa1024", "dsa1024"}) {
+        const Bytes signature = sign(name, data);
+        for (std::size_t at = 0; at < signature.size(); ++at) {
+            Bytes damaged = signature;
+            damaged[at] ^= 0x10;
+            EXPECT_TRUE(isRefused(name, data, damaged)) << name << " " << at;
+        }
+        for (std::size_t size = 0; size < signature.size(); size += 7)
+            EXPECT_TRUE(isRefused(name, data, Bytes(signature.begin(), signature.begin() + static_cast<long>(size))));
+        Bytes longer = signature;
+        longer.push_back(0);
+        EXPECT_TRUE(isRefused(name, data, longer)) << name;
+        EXPECT_TRUE(isRefused(name, data, makePattern(static_cast<int>(signature.size()))));
+    }
+    EXPECT_EQ(ERR_peek_error(), 0U) << "libcrypto's error queue is as it was";
+}
+
+TEST(SignatureAlgo, EncryptedPrivateKey_NeedsItsPassphrase) {
+    for (const char* const name : {"rsa2048_encrypted_traditional", "rsa2048_encrypted_pkcs8"}) {
+        const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readKey(name), testPassphrase);
+        Buffer signature;
+        signer->finish(signature);
+        EXPECT_EQ(toBytes(signature), sign("rsa2048", {}));
+        for (const char* const wrong : {"", "wrong", "for tests onl", "for tests only "})
+            expectError(keyCorrupted, [&] { sarn::createRSA_SHA1()->beginSign(readKey(name), wrong); });
+    }
+}
+
+TEST(SignatureAlgo, PassphraseOfAKeyThatIsNotEncrypted_IsIgnored) {
+    EXPECT_TRUE(sarn::createRSA_SHA1()->beginSign(readKey("rsa2048"), "any"));
+    EXPECT_TRUE(sarn::createRSA_SHA1()->beginSign(readKey("rsa2048_pkcs8"), ""));
+}
+
+TEST(SignatureAlgo, KeyOfTheWrongKind_IsRefused) {
+    const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
+    expectError(keyCorrupted, [&] { algo->beginSign(readPublicKey("rsa2048"), ""); });
+    expectError(keyCorrupted, [&] { algo->beginVerify(readKey("rsa2048")); });
+}
+
+TEST(SignatureAlgo, TextThatIsNoKey_IsRefused) {
+    const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
+    const ul::String key = readKey("rsa2048");
+    const ul::String texts[] = {"", "no key", key.Mid(0, key.getLength() / 2), key.Mid(40),
+                                ul::String(L"\uFF0D") + key.Mid(1)};
+    for (const ul::String& text : texts) {
+        expectError(keyCorrupted, [&] { algo->beginSign(text, ""); });
+        expectError(keyCorrupted, [&] { algo->beginVerify(text); });
+    }
+    EXPECT_EQ(ERR_peek_error(), 0U) << "libcrypto's error queue is as it was";
+}
+
+TEST(SignatureAlgo, BothFactories_SignAndVerifyTheSame) {
+    const Bytes data = makePattern(10);
+    const ul::P<sarn::ISigner> signer = sarn::createDSS_SHA1()->beginSign(readKey("rsa2048"), "");
+    signer->update(data.data(), 10);
+    Buffer signature;
+    signer->finish(signature);
+    EXPECT_EQ(toBytes(signature), sign("rsa2048", data));
+    EXPECT_TRUE(verify("rsa2048", data, toBytes(signature)));
+    EXPECT_NE(sarn::createRSA_SHA1(), sarn::createRSA_SHA1()) << "each call makes an object";
+}
+
+TEST(SignatureAlgo, SessionsOutliveTheirAlgorithm) {
+    ul::P<sarn::ISignatureAlgo> algo = ul::make<Algo>(EVP_sha1());
+    const ul::P<sarn::ISigner> signer = algo->beginSign(readKey("rsa2048"), "");
+    algo = nullptr;
+    Buffer signature;
+    signer->finish(signature);
+    EXPECT_EQ(toBytes(signature), sign("rsa2048", {}));
+}
+
+TEST(SignatureAlgo, AnyOtherDigest_Works) {
+    const ul::P<sarn::ISignatureAlgo> algo = ul::make<Algo>(EVP_sha256());
+    const ul::P<sarn::ISigner> signer = algo->beginSign(readKey("rsa2048"), "");
+    signer->update("abc", 3);
+    Buffer signature;
+    signer->finish(signature);
+    const ul::P<sarn::IVerifier> verifier = algo->beginVerify(readPublicKey("rsa2048"));
+    verifier->update("abc", 3);
+    EXPECT_TRUE(verifier->finish(signature));
+    EXPECT_FALSE(verify("rsa2048", {'a', 'b', 'c'}, toBytes(signature))) << "another digest, another signature";
+}
+
+TEST(SignatureAlgo, NegativeSizes_AreRefused) {
+    const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readKey("rsa1024"), "");
+    const ul::P<sarn::IVerifier> verifier = sarn::createRSA_SHA1()->beginVerify(readPublicKey("rsa1024"));
+    for (const int size : {-1, INT_MIN}) {
+        expectInvalidArg("COpenSSLSignatureAlgo::CSigner::update", "invalid data size",
+                         [&] { signer->update("x", size); });
+        expectInvalidArg("COpenSSLSignatureAlgo::CVerifier::update", "invalid data size",
+                         [&] { verifier->update("x", size); });
+        expectInvalidArg("COpenSSLSignatureAlgo::CVerifier::finish", "invalid signature size",
+                         [&] { verifier->finish("x", size); });
+    }
+}
+
+TEST(SignatureAlgo, PrivateKeyAndPassphrase_LeaveNoNarrowCopyBehind) {
+    const ul::String key = readKey("rsa2048_encrypted_traditional");
+    const std::string line = key.toLatin1().substr(200, 40);
+    static const std::string secret = line;
+    const SecretSpy spy(secret.c_str());
+    sarn::createRSA_SHA1()->beginSign(key, testPassphrase);
+    EXPECT_GT(spy.getFreedCount(), 0);
+    EXPECT_EQ(spy.getFoundCount(), 0);
+}
+
+TEST(SignatureAlgo, OneAlgorithmOnManyThreads_GivesEachItsOwnSession) {
+    const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
+    const ul::String privateKey = readKey("rsa1024");
+    const ul::String publicKey = readPublicKey("rsa1024");
+    std::atomic<int> wrong{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back([&, i] {
+            for (int round = 0; round < 20; ++round) {
+                const Bytes data = makePattern(100 * i + round);
+                const ul::P<sarn::ISigner> signer = algo->beginSign(privateKey, "");
+                signer->update(data.data(), static_cast<int>(data.size()));
+                Buffer signature;
+                signer->finish(signature);
+                const ul::P<sarn::IVerifier> verifier = algo->beginVerify(publicKey);
+                verifier->update(data.data(), static_cast<int>(data.size()));
+                if (!verifier->finish(signature))
+                    ++wrong;
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(wrong, 0);
+}
+
+} // namespace sarn_test
