@@ -7,5 +7,6 @@ namespace bench {
 void registerCiphers();
 void registerDigests();
 void registerKeys();
+void registerSignatures();
 
 } // namespace bench

@@ -7,5 +7,6 @@ int main(int count, char** words) {
     bench::registerCiphers();
     bench::registerDigests();
     bench::registerKeys();
+    bench::registerSignatures();
     return bench::run(count, words);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "encrypted_copy.h"
 
+#include "host_files.h"
+
 #include <fstream>
 #include <system_error>
 
@@ -39,27 +41,6 @@ void finish(std::ofstream& stream, const std::filesystem::path& path) {
     if (!stream)
         throw std::system_error(errno, std::generic_category(), "Cannot write " + path.string());
 }
-
-/// A file as a stream of the library, so that its data streams can read it.
-class FileInStream : public ul::CBase, public virtual ul::IInStream {
-public:
-    explicit FileInStream(std::ifstream& file) : m_file(file) {}
-    void read(void* data, int size) override {
-        const int count = readLax(data, size);
-        if (count < size)
-            throw ul::CError("The encrypted copy ends too early.", "", -1,
-                             ul::CProps().add("size", ul::toString(size)).add("available", ul::toString(count)),
-                             nullptr);
-    }
-    int readLax(void* data, int size) override {
-        m_file.read(static_cast<char*>(data), size);
-        return static_cast<int>(m_file.gcount());
-    }
-    bool isEndOfStream() override { return m_file.peek() == std::ifstream::traits_type::eof(); }
-
-private:
-    std::ifstream& m_file;
-};
 
 void readChunk(ul::CDataInStream& in, bool& isLast, Buffer& encrypted) {
     in.readBool(isLast);
@@ -105,21 +86,22 @@ std::int64_t encryptFile(sarn::ICipher& cipher, const Key& key, sarn::IDigest& d
     return written;
 }
 
-void decryptFile(sarn::ICipher& cipher, const Key& key, const std::filesystem::path& copy,
+void decryptFile(sarn::ICipher& cipher, const Key& key, sarn::IDigest& digest, const std::filesystem::path& copy,
                  const std::filesystem::path& restored, const Progress& progress) {
-    std::ifstream in = open<std::ifstream>(copy);
-    std::ofstream out = open<std::ofstream>(restored);
-    FileInStream file(in);
+    ul::CWindowsFileInStream file(toPath(copy));
     ul::CDataInStream stream(file);
+    std::ofstream out = open<std::ofstream>(restored);
     Buffer encrypted;
     Buffer plain;
     bool isLast = false;
     while (!isLast) {
         readChunk(stream, isLast, encrypted);
         cipher.decrypt(key, encrypted.getData(), encrypted.getUsed(), plain, false, nullptr);
+        digest.update(plain.getData(), plain.getUsed());
         write(out, plain);
         progress(plain.getUsed());
     }
+    digest.finish();
     finish(out, restored);
 }
 

@@ -5,18 +5,15 @@
 // number, and the ciphertext with its own random IV ahead, at most 1 MiB of the file each.
 #pragma once
 
+#include "manifest.h"
+#include "report.h"
+
 #include <sarn/sarn.h>
 
 #include <cstdint>
 #include <filesystem>
-#include <functional>
 
 namespace demo {
-
-using Key = ul::TCryptBuffer<unsigned char>;
-
-/// Told after each chunk how many bytes of the file it held.
-using Progress = std::function<void(std::int64_t size)>;
 
 /// Writes the encrypted copy of `source` to `copy`, feeding what it reads to `digest` as well, which it finishes.
 /// Returns the size of the copy in bytes.
@@ -24,9 +21,9 @@ std::int64_t encryptFile(sarn::ICipher& cipher, const Key& key, sarn::IDigest& d
                          const std::filesystem::path& source, const std::filesystem::path& copy,
                          const Progress& progress);
 
-/// Writes what the encrypted `copy` holds to `restored`.
+/// Writes what the encrypted `copy` holds to `restored`, and feeds it to `digest` as well, which it finishes.
 /// \throws ul::CError if the key is wrong or the copy is damaged
-void decryptFile(sarn::ICipher& cipher, const Key& key, const std::filesystem::path& copy,
+void decryptFile(sarn::ICipher& cipher, const Key& key, sarn::IDigest& digest, const std::filesystem::path& copy,
                  const std::filesystem::path& restored, const Progress& progress);
 
 /// Whether two files hold the same bytes.

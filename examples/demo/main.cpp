@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// A small backup program: encrypts files, restores them and compares.
-#include "encrypted_copy.h"
-#include "report.h"
+// A small backup program. It does a host's whole job once, restores what it stored, and shows what becomes of a backup
+// in which one byte was changed.
+#include "backup.h"
 #include "resumed_digest.h"
+#include "tampering.h"
 
-#include <algorithm>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -16,9 +16,9 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr char usage[] = "usage: sarn_demo [FILE|FOLDER] [--password TEXT] [--cipher ID] [--keep FOLDER]\n"
-                         "         encrypts each file, restores it and compares\n"
-                         "       sarn_demo restore COPY [--password TEXT] [--cipher ID]\n"
-                         "         restores one encrypted copy beside it\n"
+                         "         backs up each file, restores it, compares, and tampers with the backup\n"
+                         "       sarn_demo restore COPY [--password TEXT]\n"
+                         "         restores one encrypted copy of a backup that was kept\n"
                          "       sarn_demo digest FILE STATE [SIZE]\n"
                          "         digests the first SIZE bytes and saves the running state, or resumes from it\n";
 
@@ -56,80 +56,6 @@ bool parse(std::vector<std::string> words, Options& options) {
     return true;
 }
 
-/// The password itself, repeated or cut to the size of a key.
-void makeKey(const std::string& password, demo::Key& key, int size) {
-    key.setUsed(size);
-    for (int i = 0; i < size; ++i)
-        key.getData()[i] =
-            password.empty() ? 0 : static_cast<unsigned char>(password[static_cast<std::size_t>(i) % password.size()]);
-}
-
-/// The files to back up: build results and hidden folders are left out of a folder.
-std::vector<fs::path> listFiles(const fs::path& path) {
-    if (!fs::is_directory(path))
-        return {path};
-    std::vector<fs::path> files;
-    for (auto entry = fs::recursive_directory_iterator(path); entry != fs::recursive_directory_iterator(); ++entry) {
-        const std::string name = entry->path().filename().string();
-        if (entry->is_directory() && (name.front() == '.' || name == "build"))
-            entry.disable_recursion_pending();
-        else if (entry->is_regular_file())
-            files.push_back(entry->path());
-    }
-    std::sort(files.begin(), files.end());
-    return files;
-}
-
-/// A folder for encrypted copies; one that the demo made up itself goes with it.
-class CopyFolder {
-public:
-    explicit CopyFolder(const fs::path& wanted) : m_isOwn(wanted.empty()) {
-        m_path = m_isOwn ? fs::temp_directory_path() / ("sarn_demo_" + getRandomName()) : wanted;
-        fs::create_directories(m_path);
-    }
-    CopyFolder(const CopyFolder&) = delete;
-    CopyFolder& operator=(const CopyFolder&) = delete;
-    ~CopyFolder() {
-        std::error_code ignored;
-        if (m_isOwn)
-            fs::remove_all(m_path, ignored);
-    }
-    const fs::path& getPath() const { return m_path; }
-
-private:
-    static std::string getRandomName() {
-        unsigned char bytes[4];
-        ul::CMTRand::getGlobal()->randData(bytes, sizeof bytes);
-        return std::to_string(bytes[0] | bytes[1] << 8 | bytes[2] << 16) + std::to_string(bytes[3]);
-    }
-
-    bool m_isOwn;
-    fs::path m_path;
-};
-
-int restoreOne(const Options& options) {
-    const ul::P<sarn::ICipher> cipher = sarn::CCipherManager::get()->getCipher(options.cipher.c_str());
-    demo::Key key;
-    makeKey(options.password, key, cipher->getKeySize());
-    const fs::path restored = options.path.string() + ".restored";
-    demo::decryptFile(*cipher, key, options.path, restored, [](std::int64_t) {});
-    std::cout << "Restored to " << restored.string() << ".\n";
-    return 0;
-}
-
-/// Shows that a digest may be resumed by another process, and what the system's own tools make of the file.
-bool showResumedDigest(const Options& options, const fs::path& file, const std::string& expected,
-                       const fs::path& folder) {
-    const std::string resumed = demo::digestInTwoRuns(options.program, file, folder);
-    const std::string system = demo::askSystemForSHA1(file, folder);
-    std::cout << "Digest of " << file.filename().string() << ", " << demo::digestID << ":\n"
-              << "  in one pass                   " << expected << "\n"
-              << "  half, process ended, resumed  " << resumed << "\n"
-              << "  SHA-1 by the system's tool    " << std::string(32, ' ')
-              << (system.empty() ? "(there is none)" : system) << "\n\n";
-    return resumed == expected && (system.empty() || system == demo::getSHA1(expected));
-}
-
 int digestFile(const std::vector<std::string>& words) {
     if (words.size() == 3) {
         demo::digestBeginning(words[0], std::stoll(words[2]), words[1]);
@@ -140,65 +66,113 @@ int digestFile(const std::vector<std::string>& words) {
     return 0;
 }
 
+int restoreOne(const Options& options) {
+    const demo::WorkFolder folder(fs::absolute(options.path).parent_path());
+    const demo::Manifest manifest = demo::readManifest(folder.getManifest(), demo::readDemoKey("demo_only.pub.pem"));
+    const demo::Keys keys = demo::getKeys(*demo::makeKeyCache(options.password), manifest);
+    const auto index = static_cast<std::size_t>(std::stoul(options.path.stem().string()));
+    const fs::path restored = demo::withSuffix(options.path, ".restored");
+    demo::restoreFile(*sarn::CCipherManager::get()->getCipher(manifest.cipher), *keys.encryption, options.path,
+                      restored, manifest.files.at(index).digest, [](std::int64_t) {});
+    std::cout << "Restored to " << restored.string() << ".\n";
+    return 0;
+}
+
+void showStep(const char* name, const std::string& text) {
+    std::string label = name;
+    label.resize(15, ' ');
+    std::cout << "  " << label << text << "\n";
+}
+
+/// Digests the largest file again, in two processes, and asks the system's own tool.
+bool resumeDigestOfLargest(const Options& options, const demo::Manifest& manifest, const std::vector<fs::path>& files,
+                           const fs::path& folder) {
+    std::size_t largest = 0;
+    for (std::size_t i = 1; i < files.size(); ++i)
+        largest = fs::file_size(files[i]) > fs::file_size(files[largest]) ? i : largest;
+    const std::string& expected = manifest.files[largest].digest;
+    const std::string resumed = demo::digestInTwoRuns(options.program, files[largest], folder);
+    const std::string system = demo::askSystemForSHA1(files[largest], folder);
+    const bool isSame = resumed == expected && (system.empty() || system == demo::getSHA1(expected));
+    showStep("resumed digest", files[largest].filename().string() +
+                                   ": half, process ended, other half: " + (isSame ? "the same" : "DIFFERENT"));
+    showStep("", expected);
+    showStep("", system.empty() ? "(no tool here to ask for a SHA-1)" : "SHA-1 by sha1sum or openssl: " + system);
+    return isSame;
+}
+
+/// Changes one byte in each kind of file in turn and shows who notices.
+bool tamper(const Options& options, const demo::WorkFolder& folder, const demo::Manifest& manifest,
+            const demo::Key& key) {
+    const ul::String publicKey = demo::readDemoKey("demo_only.pub.pem");
+    const std::string configuration = demo::changeOneByte(folder.getConfiguration(), [&] {
+        sarn::CSignedConfig(demo::toPath(folder.getConfiguration()), publicKey, false);
+    });
+    const std::string list =
+        demo::changeOneByte(folder.getManifest(), [&] { demo::readManifest(folder.getManifest(), publicKey); });
+    const std::string copy = demo::changeOneByte(folder.getCopy(0), [&] {
+        demo::restoreFile(*sarn::CCipherManager::get()->getCipher(options.cipher.c_str()), key, folder.getCopy(0),
+                          folder.getRestored(0), manifest.files[0].digest, [](std::int64_t) {});
+    });
+    const auto show = [](const char* what, const std::string& noticed) {
+        showStep(what, noticed.empty() ? "NOT NOTICED" : noticed);
+    };
+    std::cout << "\nOne byte changed in\n";
+    show("configuration", configuration);
+    show("manifest", list);
+    show("stored file", copy);
+    return !configuration.empty() && !list.empty() && !copy.empty();
+}
+
+std::string describeTime(double seconds) {
+    const bool isLong = seconds >= 0.001;
+    return ul::toString(static_cast<long long>(seconds * (isLong ? 1e3 : 1e9) + 0.5)).toLatin1() +
+           (isLong ? " ms" : " ns");
+}
+
 int backUp(const Options& options) {
-    const ul::P<sarn::ICipher> cipher = sarn::CCipherManager::get()->getCipher(options.cipher.c_str());
-    demo::Key key;
-    makeKey(options.password, key, cipher->getKeySize());
-    const std::vector<fs::path> files = listFiles(options.path);
-    std::int64_t total = 0;
-    for (const fs::path& file : files)
-        total += static_cast<std::int64_t>(fs::file_size(file));
-    std::cout << "Backing up " << options.path.string() << " with " << options.cipher << ": " << files.size()
-              << " files, " << demo::withSeparators(total) << " bytes.\n";
+    const demo::WorkFolder folder(options.folder);
+    const ul::String publicKey = demo::readDemoKey("demo_only.pub.pem");
+    demo::writeConfiguration(folder, options.path, options.cipher);
+    const ul::P<sarn::CSignedConfig> config =
+        ul::make<sarn::CSignedConfig>(demo::toPath(folder.getConfiguration()), publicKey, false);
+    const std::vector<fs::path> files = demo::listFiles(options.path);
+    std::cout << "Backing up " << options.path.string() << ": " << files.size() << " files.\n\n";
+    showStep("configuration", "signed and verified; " + config->getValue("/sources/cipher").toUTF8() + ", " +
+                                  config->getValue("/sources/iterations").toUTF8() + " iterations");
 
-    const CopyFolder folder(options.folder);
-    demo::ProgressLine progress(2 * total);
-    demo::Throughput encryption;
-    demo::Throughput decryption;
-    std::int64_t copied = 0;
-    std::vector<fs::path> different;
-    fs::path largest;
-    std::string digestOfLargest;
-    std::uintmax_t largestSize = 0;
-    for (std::size_t i = 0; i < files.size(); ++i) {
-        const std::string name = files[i].filename().string();
-        const fs::path copy = folder.getPath() / (std::to_string(i) + ".encrypted");
-        const fs::path restored = folder.getPath() / (std::to_string(i) + ".restored");
-        const auto track = [&](demo::Throughput& throughput) {
-            return [&](std::int64_t size) {
-                throughput.addBytes(size);
-                progress.add(size, name);
-            };
-        };
-        const ul::P<sarn::IDigest> digest = sarn::CDigestManager::get()->getType(demo::digestID)->createDigest();
-        encryption.measure(
-            [&] { copied += demo::encryptFile(*cipher, key, *digest, files[i], copy, track(encryption)); });
-        if (const std::uintmax_t size = fs::file_size(files[i]); size >= largestSize) {
-            largest = files[i];
-            largestSize = size;
-            digestOfLargest = demo::toHex(*digest);
-        }
-        decryption.measure([&] { demo::decryptFile(*cipher, key, copy, restored, track(decryption)); });
-        if (!demo::isSameContent(files[i], restored))
-            different.push_back(files[i]);
-        fs::remove(restored);
-    }
-    progress.finish();
+    demo::Manifest manifest;
+    manifest.cipher = config->getValue("/sources/cipher");
+    manifest.iterations = std::stoi(config->getValue("/sources/iterations").toLatin1());
+    ul::CMTRand::getGlobal()->randData(reinterpret_cast<unsigned char*>(&manifest.salt), sizeof manifest.salt);
+    const ul::P<sarn::CPasswordKeyCache> cache = demo::makeKeyCache(options.password);
+    demo::Keys keys;
+    const double derivation = demo::measureSeconds([&] { keys = demo::getKeys(*cache, manifest); });
+    const double lookUp = demo::measureSeconds([&] { keys = demo::getKeys(*cache, manifest); });
+    showStep("keys", "two derived from the password in " + describeTime(derivation) + ", found again in " +
+                         describeTime(lookUp));
 
-    std::cout << "\n  files               " << files.size() << "\n  bytes in            "
-              << demo::withSeparators(encryption.getBytes()) << "\n  bytes out           "
-              << demo::withSeparators(copied) << "\n  digest and encrypt  " << encryption.describe()
-              << "\n  read and decrypt    " << decryption.describe() << "\n\n";
-    if (!largest.empty() && !showResumedDigest(options, largest, digestOfLargest, folder.getPath())) {
-        std::cout << "the digests DIFFER\n";
-        return 1;
-    }
-    for (const fs::path& file : different)
-        std::cout << "DIFFERENT: " << file.string() << "\n";
+    const demo::Totals stored = demo::storeFiles(folder, files, *keys.encryption, manifest);
+    showStep("files", "digested and encrypted, " + stored.throughput.describe());
+    const bool isResumed = resumeDigestOfLargest(options, manifest, files, folder.getPath());
+    manifest.write(folder.getManifest(), *keys.manifest, demo::readDemoKey("demo_only.pem"));
+
+    const demo::Manifest loaded = demo::readManifest(folder.getManifest(), publicKey);
+    const bool hasRightHMAC = demo::hasRightHMAC(folder.getManifest(), *keys.manifest);
+    showStep("manifest", hasRightHMAC ? "signed and verified; its HMAC is right" : "its HMAC is WRONG");
+    std::vector<std::string> different;
+    const demo::Totals restored = demo::restoreFiles(folder, files, *keys.encryption, loaded, different);
+    showStep("restored", "and compared, " + restored.throughput.describe());
+    const bool isNoticed = tamper(options, folder, loaded, *keys.encryption);
+
+    std::cout << "\n  files " << files.size() << ", bytes in " << demo::withSeparators(stored.bytesIn) << ", bytes out "
+              << demo::withSeparators(stored.bytesOut) << "\n";
+    for (const std::string& name : different)
+        std::cout << "DIFFERENT: " << name << "\n";
     if (!options.folder.empty())
-        std::cout << "The encrypted copies are in " << folder.getPath().string() << ".\n";
+        std::cout << "The backup is in " << folder.getPath().string() << ".\n";
     std::cout << (different.empty() ? "restored files are identical\n" : "restored files DIFFER\n");
-    return different.empty() ? 0 : 1;
+    return different.empty() && isResumed && hasRightHMAC && isNoticed ? 0 : 1;
 }
 
 } // namespace
@@ -207,9 +181,10 @@ int main(int count, char** words) {
     try {
         Options options;
         options.program = words[0];
-        if ((count == 4 || count == 5) && std::string(words[1]) == "digest")
-            return digestFile(std::vector<std::string>(words + 2, words + count));
-        if (!parse(std::vector<std::string>(words + 1, words + count), options)) {
+        const std::vector<std::string> arguments(words + 1, words + count);
+        if ((count == 4 || count == 5) && arguments[0] == "digest")
+            return digestFile(std::vector<std::string>(arguments.begin() + 1, arguments.end()));
+        if (!parse(arguments, options)) {
             std::cerr << usage;
             return 2;
         }

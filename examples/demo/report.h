@@ -6,9 +6,21 @@
 
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 
 namespace demo {
+
+/// Told how many further bytes have been worked on.
+using Progress = std::function<void(std::int64_t size)>;
+
+/// The time that `work` takes, in seconds.
+template <class Work>
+double measureSeconds(Work work) {
+    const auto start = std::chrono::steady_clock::now();
+    work();
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
 
 /// Bytes and the time that went into them.
 class Throughput {
@@ -16,9 +28,7 @@ public:
     /// Runs `work` on the clock.
     template <class Work>
     void measure(Work work) {
-        const auto start = std::chrono::steady_clock::now();
-        work();
-        m_seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        m_seconds += measureSeconds(work);
     }
     void addBytes(std::int64_t count) { m_bytes += count; }
     std::int64_t getBytes() const { return m_bytes; }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "resumed_digest.h"
 
+#include "host_files.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cstdlib>
@@ -13,11 +15,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr int chunkSize = 65536;
-
-ul::CWindowsPath toPath(const fs::path& path) {
-    const std::string text = fs::absolute(path).u8string();
-    return ul::CWindowsPath(ul::String::fromUTF8(text.data(), text.size()));
-}
 
 /// Feeds up to `size` bytes of a stream to a digest.
 void feed(sarn::IDigest& digest, ul::CWindowsFileInStream& stream, std::int64_t size) {

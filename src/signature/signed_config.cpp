@@ -45,6 +45,7 @@ void CSignedConfigSignatureError::throwClone() const {
     throw CSignedConfigSignatureError(*this);
 }
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): hosts are compiled against a path that is passed by value
 CSignedConfig::CSignedConfig(ul::TPathImpl<ul::CWindowsPathTraits> path, const ul::String& publicKey,
                              bool base64Encoded) {
     const ul::CWindowsPath signaturePath(path.getString() + ".sig");

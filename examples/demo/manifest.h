@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a backup holds: an INI file that carries an HMAC under a key derived from the password, and lies beside its
+// signature.
+#pragma once
+
+#include <sarn/sarn.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace demo {
+
+using Key = ul::TCryptBuffer<unsigned char>;
+
+struct ManifestFile {
+    std::string name;
+    std::string digest;
+};
+
+struct Manifest {
+    ul::String cipher;
+    unsigned long long salt = 0;
+    int iterations = 0;
+    std::vector<ManifestFile> files;
+
+    /// Writes the manifest with its HMAC, and its signature beside it.
+    void write(const std::filesystem::path& path, const Key& macKey, const ul::String& privateKey) const;
+};
+
+/// Reads a manifest.
+/// \throws ul::CError if its signature does not match
+Manifest readManifest(const std::filesystem::path& path, const ul::String& publicKey);
+
+/// Whether the HMAC of a manifest is the one under `macKey`.
+bool hasRightHMAC(const std::filesystem::path& path, const Key& macKey);
+
+} // namespace demo
