@@ -5,6 +5,7 @@
 #include "resumed_digest.h"
 #include "tampering.h"
 
+#include <cmath>
 #include <exception>
 #include <filesystem>
 #include <iostream>
@@ -126,8 +127,7 @@ bool tamper(const Options& options, const demo::WorkFolder& folder, const demo::
 
 std::string describeTime(double seconds) {
     const bool isLong = seconds >= 0.001;
-    return ul::toString(static_cast<long long>(seconds * (isLong ? 1e3 : 1e9) + 0.5)).toLatin1() +
-           (isLong ? " ms" : " ns");
+    return std::to_string(std::lround(seconds * (isLong ? 1e3 : 1e9))) + (isLong ? " ms" : " ns");
 }
 
 int backUp(const Options& options) {
