@@ -30,6 +30,10 @@ function(sarn_configure_library target output_name)
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}
     INSTALL_RPATH "$ORIGIN")
+  if(NOT SARN_INSTALL_LIBCRYPTO)
+    # A libcrypto outside the system's folders is found where it was when the library was built.
+    set_target_properties(${target} PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
+  endif()
   if(WIN32)
     set_target_properties(${target} PROPERTIES PREFIX "")
   endif()

@@ -11,12 +11,6 @@ namespace {
 
 class DigestStateMutation : public testing::TestWithParam<const char*> {};
 
-std::string getName(const testing::TestParamInfo<const char*>& info) {
-    std::string name = info.param;
-    std::replace(name.begin(), name.end(), '-', '_');
-    return name;
-}
-
 /// Runs `action`, in which the library may refuse what it is asked for.
 template <class Action>
 bool isDone(Action action) {
@@ -85,6 +79,6 @@ TEST_P(DigestStateMutation, StateCutAnywhere_IsRefusedAndResetMakesTheDigestGood
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, DigestStateMutation, testing::ValuesIn(digestIDs), getName);
+INSTANTIATE_TEST_SUITE_P(All, DigestStateMutation, testing::ValuesIn(digestIDs), getDigestTestName);
 
 } // namespace sarn_test

@@ -13,12 +13,6 @@ namespace {
 
 class DigestState : public testing::TestWithParam<const char*> {};
 
-std::string getName(const testing::TestParamInfo<const char*>& info) {
-    std::string name = info.param;
-    std::replace(name.begin(), name.end(), '-', '_');
-    return name;
-}
-
 std::vector<Vector> readStates() {
     return readVectors("digest_states.vec", {"size", "finished", "read", "again", "state"});
 }
@@ -138,7 +132,7 @@ TEST_P(DigestState, LoadedOverARunningDigest_ReplacesIt) {
     EXPECT_EQ(finish(*digest), getDigest(GetParam(), makePattern(100)));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, DigestState, testing::ValuesIn(digestIDs), getName);
+INSTANTIATE_TEST_SUITE_P(All, DigestState, testing::ValuesIn(digestIDs), getDigestTestName);
 
 TEST(OpenSSLDigestState, OfSHA1_HasTheDocumentedSize) {
     EXPECT_EQ(getRunningState("sha1").size(), 4U + 4 + 4 + 4 + 96 + 4 + 0 + 1 + 1);

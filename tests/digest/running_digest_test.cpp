@@ -17,12 +17,6 @@ protected:
     const ul::P<sarn::IDigest> digest = createDigest(GetParam());
 };
 
-std::string getName(const testing::TestParamInfo<const char*>& info) {
-    std::string name = info.param;
-    std::replace(name.begin(), name.end(), '-', '_');
-    return name;
-}
-
 constexpr const char* updateAfterFinish = "IDigest::update cannot be called after finish has been called.";
 constexpr const char* readBeforeFinish = "IDigest::finish has not been called yet.";
 
@@ -117,7 +111,7 @@ TEST_P(RunningDigest, DestroyedWhileRunning_EndsWithoutAResult) {
     // The destructor finalises; leak checkers watch.
 }
 
-INSTANTIATE_TEST_SUITE_P(All, RunningDigest, testing::ValuesIn(digestIDs), getName);
+INSTANTIATE_TEST_SUITE_P(All, RunningDigest, testing::ValuesIn(digestIDs), getDigestTestName);
 
 TEST(Checksums, OfNothing_AreTheInitialValues) {
     EXPECT_EQ(toHex(getDigest("adler32", {})), "01000000");

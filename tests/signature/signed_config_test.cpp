@@ -72,20 +72,6 @@ protected:
     const TempFolder m_folder;
 };
 
-/// Reaches what hosts may derive from.
-struct ConfigAccess : CSignedConfig {
-    using CSignedConfig::splitKey;
-};
-
-std::pair<std::string, std::string> split(const char* key) {
-    ul::String section;
-    ul::String name;
-    ConfigAccess::splitKey(key, section, name);
-    return {section.toUTF8(), name.toUTF8()};
-}
-
-using Parts = std::pair<std::string, std::string>;
-
 } // namespace
 
 TEST_F(SignedConfig, Keys_ReadTheirValuesWithAndWithoutTheFirstSlash) {
@@ -102,19 +88,6 @@ TEST_F(SignedConfig, KeyWithoutSection_ReadsTheSectionNamedSlashAndValuesAheadOf
     EXPECT_TRUE(config->getValue("/c") == "in slash");
     EXPECT_TRUE(config->getValue("b") == "ahead");
     EXPECT_TRUE(config->getValue("//b") == "ahead");
-}
-
-TEST(SignedConfigKeys, SplitKey_TakesOneLeadingSlashAndSplitsAtTheNext) {
-    EXPECT_EQ(split("/a/b"), Parts("a", "b"));
-    EXPECT_EQ(split("a/b"), Parts("a", "b"));
-    EXPECT_EQ(split("/a/b/c"), Parts("a", "b/c"));
-    EXPECT_EQ(split("b"), Parts("/", "b"));
-    EXPECT_EQ(split("/b"), Parts("/", "b"));
-    EXPECT_EQ(split("//b"), Parts("", "b"));
-    EXPECT_EQ(split("a/"), Parts("a", ""));
-    EXPECT_EQ(split(""), Parts("/", ""));
-    EXPECT_EQ(split("/"), Parts("/", ""));
-    EXPECT_EQ(split("///b"), Parts("", "/b"));
 }
 
 TEST_F(SignedConfig, MissingValue_IsAnErrorThatNamesTheKeyOrFalse) {

@@ -9,12 +9,20 @@
 
 #include "ul/buffer_stream.h"
 
+#include <algorithm>
 #include <string>
 
 namespace sarn_test {
 
 constexpr const char* digestIDs[] = {"md4",     "md5",   "sha1",     "sha256",
                                      "adler32", "crc32", "md4-sha1", "md4-sha1-adler32"};
+
+/// Names a test after its identifier.
+inline std::string getDigestTestName(const testing::TestParamInfo<const char*>& info) {
+    std::string name = info.param;
+    std::replace(name.begin(), name.end(), '-', '_');
+    return name;
+}
 
 inline ul::P<sarn::IDigest> createDigest(const std::string& id) {
     return sarn::CDigestManager::get()->getType(id.c_str())->createDigest();

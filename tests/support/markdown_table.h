@@ -2,6 +2,9 @@
 // Tables of the documentation, whose rows are tests.
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <cctype>
 #include <string>
 #include <vector>
 
@@ -16,5 +19,13 @@ struct MarkdownRow {
 
 /// The rows of the first table of docs/`page` whose first column is headed `heading`. Throws if there is none.
 std::vector<MarkdownRow> readMarkdownTable(const std::string& page, const std::string& heading);
+
+/// Names a test after the third cell of its row.
+inline std::string getRowName(const testing::TestParamInfo<MarkdownRow>& info) {
+    std::string name = info.param.cells[2] + "_" + std::to_string(info.index);
+    for (char& character : name)
+        character = std::isalnum(static_cast<unsigned char>(character)) ? character : '_';
+    return name;
+}
 
 } // namespace sarn_test

@@ -17,8 +17,8 @@ const ul::CProps noProps;
 template <class Error>
 void expectKeepsItsType(Error error) {
     const ul::P<ul::CError> copy = error.clone();
-    EXPECT_EQ(typeid(*copy), typeid(Error));
     const ul::CError& base = *copy;
+    EXPECT_EQ(typeid(base), typeid(Error));
     try {
         base.throwClone();
     } catch (const Error& thrown) {

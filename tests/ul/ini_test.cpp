@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
-
 namespace sarn_test {
 
 namespace {
@@ -53,13 +51,6 @@ std::string unescape(std::string text) {
 
 /// The rules of docs/configuration-format.md.
 class INIRule : public testing::TestWithParam<MarkdownRow> {};
-
-std::string getRowName(const testing::TestParamInfo<MarkdownRow>& info) {
-    std::string name = info.param.cells[2] + "_" + std::to_string(info.index);
-    for (char& character : name)
-        character = std::isalnum(static_cast<unsigned char>(character)) ? character : '_';
-    return name;
-}
 
 const std::string refusedInLine = "Refused in line ";
 const std::string refusedAtByte = "Refused at byte ";

@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cctype>
-
 namespace sarn_test {
 
 namespace {
@@ -38,13 +36,6 @@ protected:
 
     const WorkFolder m_folder;
 };
-
-std::string getRowName(const testing::TestParamInfo<MarkdownRow>& info) {
-    std::string name = info.param.cells[2] + "_" + std::to_string(info.index);
-    for (char& character : name)
-        character = std::isalnum(static_cast<unsigned char>(character)) ? character : '_';
-    return name;
-}
 
 } // namespace
 
