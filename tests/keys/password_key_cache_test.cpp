@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/expect.h"
-#include "support/memory_spy.h"
 #include "support/vectors.h"
 
 #include "sarn/encoding.h"
@@ -148,26 +147,6 @@ TEST(CPasswordKeyCache, SecondLookUp_CostsNoDerivation) {
     const double first = measureSeconds([&] { cache->getKey(32, 1, 200000); });
     const double second = measureSeconds([&] { cache->getKey(32, 1, 200000); });
     EXPECT_LT(second, first / 10);
-}
-
-TEST(CPasswordKeyCache, PasswordAndKeys_AreWipedWhenTheyAreFreed) {
-    constexpr char password[] = "correct horse battery staple";
-    // Eight bytes of the key are enough to find it by.
-    const Key known = makeCache(password)->getKey(32, 258, 1000);
-    const std::string secretKey(reinterpret_cast<const char*>(known->getData()), 8);
-    ASSERT_EQ(secretKey.find('\0'), std::string::npos);
-    for (const char* const secret : {secretKey.c_str(), password}) {
-        const SecretSpy spy(secret);
-        {
-            const ul::P<CPasswordKeyCache> cache = makeCache(password);
-            const Key key = cache->getKey(32, 258, 1000);
-            for (unsigned long long salt = 0; salt < 50; ++salt)
-                cache->getKey(32, salt, 1);
-            EXPECT_THROW(cache->getKey(-1, 1, 1), ul::CError);
-        }
-        EXPECT_GT(spy.getFreedCount(), 50);
-        EXPECT_EQ(spy.getFoundCount(), 0);
-    }
 }
 
 TEST(CKeyInfo, Compare_DecidesByKeySizeThenSaltThenIterations) {

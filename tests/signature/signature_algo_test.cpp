@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/expect.h"
 #include "support/key_files.h"
-#include "support/memory_spy.h"
 #include "support/vectors.h"
 
 #include "sarn/signature.h"
@@ -238,16 +237,6 @@ TEST(SignatureAlgo, NegativeSizes_AreRefused) {
         expectInvalidArg("COpenSSLSignatureAlgo::CVerifier::finish", "invalid signature size",
                          [&] { verifier->finish("x", size); });
     }
-}
-
-TEST(SignatureAlgo, PrivateKeyAndPassphrase_LeaveNoNarrowCopyBehind) {
-    const ul::String key = readKey("rsa2048_encrypted_traditional");
-    const std::string line = key.toLatin1().substr(200, 40);
-    static const std::string secret = line;
-    const SecretSpy spy(secret.c_str());
-    sarn::createRSA_SHA1()->beginSign(key, testPassphrase);
-    EXPECT_GT(spy.getFreedCount(), 0);
-    EXPECT_EQ(spy.getFoundCount(), 0);
 }
 
 TEST(SignatureAlgo, OneAlgorithmOnManyThreads_GivesEachItsOwnSession) {

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/expect.h"
-#include "support/memory_spy.h"
 
 #include "ul/buffer.h"
 #include "ul/pointer.h"
@@ -9,7 +8,6 @@
 
 #include <climits>
 #include <cstring>
-#include <new>
 
 namespace sarn_test {
 
@@ -182,21 +180,6 @@ TEST(TBuffer, DeleteData_MayBeOverridden) {
     buffer.setUsed(4);
     buffer.ensureAllocated(1000);
     EXPECT_EQ(buffer.freedBlocks, 1);
-}
-
-TEST(TBuffer, WithoutMemory_KeepsItsContent) {
-    Buffer buffer = makeBuffer("abc");
-    const auto expectRefused = [&buffer](auto grow) {
-        const AllocationFailure failure(0);
-        EXPECT_THROW(grow(), std::bad_alloc);
-        EXPECT_EQ(buffer.getUsed(), 3);
-        EXPECT_EQ(std::memcmp(buffer.getData(), "abc", 3), 0);
-    };
-    expectRefused([&] { buffer.ensureAllocated(100); });
-    expectRefused([&] { buffer.setUsed(100); });
-    expectRefused([&] { buffer.insert(1, "0123456789", 10); });
-    expectRefused([&] { buffer.init(reinterpret_cast<const unsigned char*>("0123456789"), 10); });
-    expectRefused([&] { const Buffer copy(buffer); });
 }
 
 TEST(TBuffer, IsAnObjectThatAPointerOwns) {
