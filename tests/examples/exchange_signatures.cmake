@@ -18,18 +18,18 @@ foreach(size 0 1 8191 8192 8193 16384 1000000)
     set(private "${KEYS}/${key}_for_tests_only.pem")
     set(public "${KEYS}/${key}_for_tests_only.pub.pem")
 
-    run("${PROGRAM}" sign file "${private}")
+    run(${PROGRAM} sign file "${private}")
     run("${OPENSSL}" base64 -d -in file.sig -out signature)
     run("${OPENSSL}" dgst -sha1 -verify "${public}" -signature signature file)
 
     run("${OPENSSL}" dgst -sha1 -sign "${private}" -out signature file)
     run("${OPENSSL}" base64 -in signature -out file.sig)
-    run("${PROGRAM}" verify file "${public}")
+    run(${PROGRAM} verify file "${public}")
   endforeach()
 endforeach()
 
 file(APPEND "${WORK_DIR}/file" "y")
-execute_process(COMMAND "${PROGRAM}" verify file "${KEYS}/dsa2048_for_tests_only.pub.pem"
+execute_process(COMMAND ${PROGRAM} verify file "${KEYS}/dsa2048_for_tests_only.pub.pem"
   WORKING_DIRECTORY "${WORK_DIR}" RESULT_VARIABLE status OUTPUT_VARIABLE output)
 if(status EQUAL 0 OR NOT output MATCHES "WRONG")
   message(FATAL_ERROR "a changed file was taken: ${output}")

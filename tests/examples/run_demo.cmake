@@ -2,7 +2,7 @@
 # Runs the demo as a person would: whole round trips, a digest with a break, then a wrong password and damaged copies.
 # Wants: DEMO, WORK_DIR, SOURCES
 function(run expected_status expected_text)
-  execute_process(COMMAND "${DEMO}" ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
+  execute_process(COMMAND ${DEMO} ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
   string(FIND "${output}" "${expected_text}" position)
   if(NOT status EQUAL expected_status OR position EQUAL -1)
     message(FATAL_ERROR "demo ${ARGN}: status ${status}, expected ${expected_status} and '${expected_text}':\n${output}")

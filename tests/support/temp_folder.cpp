@@ -2,6 +2,7 @@
 #include "support/temp_folder.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -11,16 +12,31 @@ namespace sarn_test {
 
 namespace fs = std::filesystem;
 
+namespace {
+
+/// Where test files go: the system's folder for them unless the environment names another.
+fs::path getParent() {
+    const char* const named = std::getenv("SARN_TEST_TEMP");
+    return named ? fs::path(named) : fs::temp_directory_path();
+}
+
+} // namespace
+
 TempFolder::TempFolder() {
     std::random_device random;
-    m_folder = fs::temp_directory_path() / ("sarn-test-" + std::to_string(random()) + std::to_string(random()));
+    m_folder = getParent() / ("sarn-test-" + std::to_string(random()) + std::to_string(random()));
     if (!fs::create_directory(m_folder))
         throw std::runtime_error("cannot create " + m_folder.string());
 }
 
 TempFolder::~TempFolder() {
     std::error_code ignored;
+#ifdef _WIN32
+    // By the verbatim form, or a file that is called as a device could not be removed.
+    fs::remove_all(L"\\\\?\\" + fs::absolute(m_folder).native(), ignored);
+#else
     fs::remove_all(m_folder, ignored);
+#endif
 }
 
 std::vector<std::string> TempFolder::list() const {

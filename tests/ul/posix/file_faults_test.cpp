@@ -86,6 +86,17 @@ TEST(WriteUTF8TextFile, ExistingFile_KeepsItsPermissionBits) {
     ::umask(mask);
 }
 
+TEST(WriteUTF8TextFile, FileThatSomebodyReads_IsReplacedAndTheReaderGoesOnWithTheOldOne) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("f", std::string(100000, 'x'));
+    ul::CWindowsFileInStream reader(path);
+    ul::writeUTF8TextFile(path, "new");
+    EXPECT_EQ(folder.read("f"), "new");
+    std::string content(100000, '\0');
+    reader.read(content.data(), 100000);
+    EXPECT_EQ(content, std::string(100000, 'x'));
+}
+
 TEST(WriteUTF8TextFile, SymbolicLink_IsReplacedAndItsTargetLeftAlone) {
     const TempFolder folder;
     folder.write("target", "old");
