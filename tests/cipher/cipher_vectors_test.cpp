@@ -2,11 +2,22 @@
 // Every vector, whole, appended, unaligned and by a copy of the cipher, both ways.
 #include "support/cipher_test_data.h"
 
+#include <openssl/evp.h>
+
 #include <set>
+#include <stdexcept>
 
 namespace sarn_test {
 
 namespace {
+
+/// The SHA-256 of `bytes` as hexadecimal text, by libcrypto directly.
+std::string getSHA256(const Bytes& bytes) {
+    Bytes digest(32);
+    if (!EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha256(), nullptr))
+        throw std::runtime_error("EVP_Digest failed");
+    return toHex(digest);
+}
 
 struct CipherCase {
     std::string id;

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/vectors.h"
 
-#include <openssl/evp.h>
-
 #include <fstream>
 #include <stdexcept>
 
@@ -77,13 +75,6 @@ Bytes makePattern(int size) {
     for (int i = 0; i < size; ++i)
         bytes.push_back(static_cast<unsigned char>(i * 31 + i / 256));
     return bytes;
-}
-
-std::string getSHA256(const Bytes& bytes) {
-    Bytes digest(32);
-    if (!EVP_Digest(bytes.data(), bytes.size(), digest.data(), nullptr, EVP_sha256(), nullptr))
-        throw std::runtime_error("EVP_Digest failed");
-    return toHex(digest);
 }
 
 } // namespace sarn_test

@@ -46,7 +46,4 @@ std::string toHex(const Bytes& bytes);
 /// The plaintext that make_cipher_vectors.py uses.
 Bytes makePattern(int size);
 
-/// The SHA-256 of `bytes` as hexadecimal text, by libcrypto directly.
-std::string getSHA256(const Bytes& bytes);
-
 } // namespace sarn_test

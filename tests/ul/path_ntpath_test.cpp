@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: Apache-2.0
+// Normalisation beside Python's ntpath, on generated texts. Where the two differ is said in docs/paths.md and done to
+// ntpath's result here.
+#include "support/vectors.h"
+
+#include "ul/error.h"
+#include "ul/path.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace sarn_test {
+
+namespace {
+
+bool isVerbatim(const std::string& text) {
+    return text.compare(0, 4, "\\\\?\\") == 0;
+}
+
+std::vector<std::string> split(const std::string& text) {
+    std::vector<std::string> parts;
+    std::size_t start = 0;
+    for (std::size_t end; (end = text.find_first_of("\\/", start)) != std::string::npos; start = end + 1)
+        parts.push_back(text.substr(start, end - start));
+    parts.push_back(text.substr(start));
+    return parts;
+}
+
+/// How many parts of a text belong to its root, the empty ones ahead of a share included.
+std::size_t countRootParts(const std::string& text) {
+    if (isVerbatim(text))
+        return split(text)[3] == "UNC" ? 6 : 4;
+    return text[1] == ':' ? 1 : 4;
+}
+
+/// Whether the library refuses what ntpath takes: a climb above the root, a name of nothing but dots and spaces.
+bool isRefused(const std::string& text) {
+    const std::vector<std::string> parts = split(text);
+    int depth = 0;
+    for (std::size_t i = countRootParts(text); i < parts.size(); ++i) {
+        if (parts[i] == "..") {
+            if (--depth < 0)
+                return true;
+        } else if (!parts[i].empty() && parts[i] != ".") {
+            if (!isVerbatim(text) && parts[i].find_first_not_of(". ") == std::string::npos)
+                return true;
+            ++depth;
+        }
+    }
+    return false;
+}
+
+/// ntpath's result with an upper-case drive, a separator behind a bare share, and without dots and spaces at the end
+/// of names.
+std::string adapt(const std::string& normalized) {
+    const std::vector<std::string> parts = split(normalized);
+    const std::size_t rootParts = countRootParts(normalized);
+    std::string result;
+    for (std::size_t i = 0; i < parts.size(); ++i) {
+        std::string part = parts[i];
+        if (i >= rootParts && !isVerbatim(normalized))
+            part.erase(part.find_last_not_of(". ") + 1);
+        result += (i > 0 ? "\\" : "") + part;
+    }
+    if (result[0] == 'c' && result[1] == ':')
+        result[0] = 'C';
+    return parts.size() == rootParts ? result + "\\" : result;
+}
+
+std::string toText(const Bytes& bytes) {
+    return std::string(bytes.begin(), bytes.end());
+}
+
+} // namespace
+
+TEST(CWindowsPath, GeneratedTexts_AreNormalisedAsByNtpathButForTheDocumentedDifferences) {
+    int taken = 0;
+    int refused = 0;
+    for (const Vector& vector : readVectors("paths.vec", {"text", "normalized"})) {
+        const std::string text = toText(vector.getBytes("text"));
+        const ul::String given = ul::String::fromUTF8(text.data(), text.size());
+        if (isRefused(text)) {
+            EXPECT_THROW(ul::CWindowsPath{given}, ul::CBadPathError) << text;
+            ++refused;
+        } else {
+            EXPECT_EQ(ul::CWindowsPath(given).getString().toUTF8(), adapt(toText(vector.getBytes("normalized"))))
+                << text;
+            ++taken;
+        }
+    }
+    EXPECT_EQ(taken + refused, 800);
+    EXPECT_GT(taken, 400);
+    EXPECT_GT(refused, 100);
+}
+
+} // namespace sarn_test
