@@ -37,8 +37,19 @@ function(sarn_configure_library target output_name)
   if(WIN32)
     set_target_properties(${target} PROPERTIES PREFIX "")
   endif()
-  if(UNIX AND NOT APPLE AND NOT SARN_SANITIZERS)
-    # A missing symbol is an error of the link, not of the host that loads the library.
-    target_link_options(${target} PRIVATE -Wl,-z,defs)
+  if(UNIX AND NOT APPLE)
+    set(name ${output_name})
+    string(LENGTH "${name}" mangled_name)
+    string(APPEND mangled_name "${name}")
+    configure_file("${CMAKE_CURRENT_FUNCTION_LIST_DIR}/exports.map.in" "${CMAKE_CURRENT_BINARY_DIR}/exports.map" @ONLY)
+    target_link_options(${target} PRIVATE "-Wl,--version-script=${CMAKE_CURRENT_BINARY_DIR}/exports.map")
+    set_target_properties(${target} PROPERTIES LINK_DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/exports.map")
+    # Once loaded they stay until the process ends: a host that unloads them would take the objects of the process-wide
+    # slots, and what libcrypto knows of them, away from under other threads.
+    target_link_options(${target} PRIVATE -Wl,-z,nodelete)
+    if(NOT SARN_SANITIZERS)
+      # A missing symbol is an error of the link, not of the host that loads the library.
+      target_link_options(${target} PRIVATE -Wl,-z,defs)
+    endif()
   endif()
 endfunction()
