@@ -45,6 +45,8 @@ unsigned char* __real_HMAC(const EVP_MD* md, const void* key, int keySize, const
                            unsigned char* out, unsigned* length);
 unsigned char* __wrap_HMAC(const EVP_MD* md, const void* key, int keySize, const unsigned char* data, std::size_t size,
                            unsigned char* out, unsigned* length) {
+    if (!key)
+        LibcryptoFaults::mustFail("HMAC with a null key");
     return LibcryptoFaults::mustFail("HMAC") ? nullptr : __real_HMAC(md, key, keySize, data, size, out, length);
 }
 
@@ -52,6 +54,8 @@ int __real_PKCS5_PBKDF2_HMAC_SHA1(const char* password, int passwordSize, const 
                                   int iterations, int keySize, unsigned char* key);
 int __wrap_PKCS5_PBKDF2_HMAC_SHA1(const char* password, int passwordSize, const unsigned char* salt, int saltSize,
                                   int iterations, int keySize, unsigned char* key) {
+    if (!password)
+        LibcryptoFaults::mustFail("PKCS5_PBKDF2_HMAC_SHA1 with a null password");
     return LibcryptoFaults::mustFail("PKCS5_PBKDF2_HMAC_SHA1")
                ? 0
                : __real_PKCS5_PBKDF2_HMAC_SHA1(password, passwordSize, salt, saltSize, iterations, keySize, key);

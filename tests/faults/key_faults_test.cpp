@@ -92,6 +92,18 @@ TEST(KeyFaults, DeriveKey_ThatFails_RaisesTheDocumentedError) {
     });
 }
 
+TEST(KeyFaults, EmptyKeyAndPassword_ReachLibcryptoAsEmptyStringsNotAsNull) {
+    Buffer out;
+    unsigned char key[20];
+    LibcryptoFaults faults;
+    sarn::calcHMAC_SHA1(out, "x", 1, nullptr, 0);
+    sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1(nullptr, 0, "salt", 4, 1, 20, key);
+    EXPECT_EQ(faults.getCallCount("HMAC"), 1);
+    EXPECT_EQ(faults.getCallCount("HMAC with a null key"), 0);
+    EXPECT_EQ(faults.getCallCount("PKCS5_PBKDF2_HMAC_SHA1"), 1);
+    EXPECT_EQ(faults.getCallCount("PKCS5_PBKDF2_HMAC_SHA1 with a null password"), 0);
+}
+
 TEST(KeyFaults, GetKey_WhoseDerivationFails_IsTriedAgainAndThenCached) {
     const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
     LibcryptoFaults faults;
