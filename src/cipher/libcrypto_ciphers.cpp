@@ -7,6 +7,8 @@
 #include "sarn/openssl_init.h"
 
 #if OPENSSL_VERSION_NUMBER >= 0x30000000L
+#include "ul/log.h"
+
 #include <openssl/provider.h>
 #endif
 
@@ -28,6 +30,12 @@ OSSL_LIB_CTX* createLibraryContext() {
     return context;
 }
 
+/// Says once why a cipher will fail: the error of its use does not know.
+void logIfWithoutLegacyProvider(OSSL_LIB_CTX* context, const char* name) {
+    if (!OSSL_PROVIDER_available(context, "legacy"))
+        ul::logError(ul::String("OpenSSL cannot load its legacy provider, so ") + name + " will fail.");
+}
+
 /// Fetches a cipher by name; `fallback`, which knows the sizes but looks for its code in the host's providers on each
 /// use, stands in if that fails.
 const EVP_CIPHER* select(const char* name, const EVP_CIPHER* fallback) {
@@ -36,7 +44,11 @@ const EVP_CIPHER* select(const char* name, const EVP_CIPHER* fallback) {
     static OSSL_LIB_CTX* const context = createLibraryContext();
     const EVP_CIPHER* const fetched = context ? EVP_CIPHER_fetch(context, name, nullptr) : nullptr;
     mark.drop();
-    return fetched ? fetched : fallback;
+    if (fetched)
+        return fetched;
+    if (context && fallback)
+        logIfWithoutLegacyProvider(context, name);
+    return fallback;
 }
 
 #else

@@ -47,4 +47,15 @@ public:
     explicit TestKey(int size) : TestKey(makePattern(size)) {}
 };
 
+/// Encrypts and decrypts 100 bytes under a random IV.
+inline bool restoresItsInput(sarn::ICipher& cipher) {
+    const TestKey key(cipher.getKeySize());
+    const Bytes text = makePattern(100);
+    ul::TBuffer<unsigned char> encrypted;
+    ul::TBuffer<unsigned char> decrypted;
+    cipher.encrypt(key, text.data(), 100, encrypted, false, nullptr);
+    cipher.decrypt(key, encrypted.getData(), encrypted.getUsed(), decrypted, false, nullptr);
+    return toBytes(decrypted) == text;
+}
+
 } // namespace sarn_test

@@ -51,16 +51,15 @@ private:
 };
 
 /// Reads a whole file as UTF-8 text. A byte order mark at its start is left out; line ends stay as they are.
-/// \throws CFileError if the file cannot be read or is larger than 2^31 - 65537 bytes; CError "Invalid UTF-8 text."
-/// with
+/// \throws CFileError if the file cannot be read or is larger than 2^31 - 65537 bytes; CError "Invalid UTF-8 text." with
 ///         the properties "position" and "path" if it is no UTF-8.
 UL_EXPORT String readUTF8TextFile(const TPathImpl<CWindowsPathTraits>& path);
 
 /// Writes `text` as UTF-8 without a byte order mark in place of the file, as a whole: the text goes to a new file in
 /// the same folder, is flushed to the disk, and takes the old file's name in one step. Whoever reads sees the old
 /// content or the new. Outside Windows the old file's permission bits are kept; a symbolic link is replaced, not
-/// followed. \throws CFileError if that fails; the old file is as it was then, unless the error says that only the
-/// folder could
+/// followed.
+/// \throws CFileError if that fails; the old file is as it was then, unless the error says that only the folder could
 ///         not be flushed. CError "Text cannot be encoded as UTF-8." before anything is written.
 UL_EXPORT void writeUTF8TextFile(const TPathImpl<CWindowsPathTraits>& path, const String& text);
 

@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+// The host's own library context of libcrypto 3, beside the one that the library's ciphers are fetched from.
+#include "support/cipher_test_data.h"
+#include "support/digest_test_data.h"
+#include "support/key_files.h"
+#include "support/new_process.h"
+
+#include "sarn/encoding.h"
+#include "sarn/signature.h"
+
+#include <gmock/gmock.h>
+#include <openssl/evp.h>
+#include <openssl/provider.h>
+
+namespace sarn_test {
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+/// Providers that are active in the host's context. Where none was ever loaded the question itself activates
+/// libcrypto's fallback, "default", as every use of that context would.
+Names getHostProviders() {
+    Names names;
+    OSSL_PROVIDER_do_all(
+        nullptr,
+        [](OSSL_PROVIDER* provider, void* result) {
+            static_cast<Names*>(result)->emplace_back(OSSL_PROVIDER_get0_name(provider));
+            return 1;
+        },
+        &names);
+    return names;
+}
+
+void useCiphersAndDigests() {
+    for (const CipherSizes& sizes : getRegisteredCiphers())
+        EXPECT_TRUE(restoresItsInput(*getAnyCipher(sizes.id))) << sizes.id;
+    EXPECT_TRUE(!hasIDEA || restoresItsInput(*getAnyCipher("ideacbc")));
+    for (const char* const id : digestIDs)
+        EXPECT_FALSE(getDigest(id, makePattern(100)).empty()) << id;
+}
+
+TEST(HostContextDeathTest, CiphersAndDigests_WithoutAnyProviderLoaded_WorkAndLoadNone) {
+    expectInNewProcess([] {
+        useCiphersAndDigests();
+        EXPECT_THAT(getHostProviders(), testing::ElementsAre("default"));
+    });
+}
+
+TEST(HostContextDeathTest, CiphersAndDigests_WithOnlyTheNullProviderOfTheHost_Work) {
+    expectInNewProcess([] {
+        ASSERT_NE(OSSL_PROVIDER_load(nullptr, "null"), nullptr);
+        useCiphersAndDigests();
+        EXPECT_THAT(getHostProviders(), testing::ElementsAre("null"));
+    });
+}
+
+TEST(HostContextDeathTest, EveryFamily_LeavesTheLegacyProviderAndTheDefaultContextToTheHost) {
+    expectInNewProcess([] {
+        OSSL_LIB_CTX* const before = OSSL_LIB_CTX_set0_default(nullptr);
+        useCiphersAndDigests();
+        ul::TBuffer<unsigned char> signature;
+        const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readKey("rsa2048"), "");
+        signer->update("data", 4);
+        signer->finish(signature);
+        ul::TBuffer<unsigned char> hmac;
+        sarn::calcHMAC_SHA1(hmac, "data", 4, "key", 3);
+        EXPECT_EQ(OSSL_PROVIDER_available(nullptr, "legacy"), 0);
+        EXPECT_THAT(getHostProviders(), testing::ElementsAre("default"));
+        EXPECT_EQ(EVP_default_properties_is_fips_enabled(nullptr), 0);
+        EXPECT_EQ(OSSL_LIB_CTX_set0_default(nullptr), before);
+    });
+}
+
+TEST(HostContextDeathTest, ProvidersThatTheHostLoaded_StayLoaded) {
+    expectInNewProcess([] {
+        OSSL_PROVIDER* const provider = OSSL_PROVIDER_load(nullptr, "legacy");
+        ASSERT_NE(provider, nullptr);
+        useCiphersAndDigests();
+        EXPECT_THAT(getHostProviders(), testing::ElementsAre("legacy"));
+        EXPECT_EQ(OSSL_PROVIDER_unload(provider), 1);
+        useCiphersAndDigests();
+    });
+}
+
+} // namespace
+
+} // namespace sarn_test

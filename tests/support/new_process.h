@@ -1,0 +1,33 @@
+// SPDX-License-Identifier: Apache-2.0
+// Checks that need a process in which nothing was used yet.
+#pragma once
+
+#include <gtest/gtest-spi.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <iostream>
+
+namespace sarn_test {
+
+/// Runs `check` in a process of its own and expects it to pass there; its failures are part of the message. The test's
+/// name must end in "DeathTest".
+template <class Check>
+void expectInNewProcess(Check check) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            testing::TestPartResultArray results;
+            {
+                const testing::ScopedFakeTestPartResultReporter reporter(
+                    testing::ScopedFakeTestPartResultReporter::INTERCEPT_ALL_THREADS, &results);
+                check();
+            }
+            for (int i = 0; i < results.size(); ++i)
+                std::cerr << results.GetTestPartResult(i) << std::endl;
+            std::exit(results.size() == 0 ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+} // namespace sarn_test
