@@ -51,8 +51,8 @@ private:
 };
 
 /// Reads a whole file as UTF-8 text. A byte order mark at its start is left out; line ends stay as they are.
-/// \throws CFileError if the file cannot be read or is larger than 2^31 - 65537 bytes; CError "Invalid UTF-8 text." with
-///         the properties "position" and "path" if it is no UTF-8.
+/// \throws CFileError if the file cannot be read or is larger than 2^31 - 65537 bytes; CError "Invalid UTF-8 text."
+///         with the properties "position" and "path" if it is no UTF-8.
 UL_EXPORT String readUTF8TextFile(const TPathImpl<CWindowsPathTraits>& path);
 
 /// Writes `text` as UTF-8 without a byte order mark in place of the file, as a whole: the text goes to a new file in
