@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ul/random.h"
 
-#include "system_random.h"
+#include "random_reserve.h"
 
 namespace ul {
 
@@ -15,11 +15,16 @@ const P<CMutex>& CMTRand::getGlobalInstanceMutex() {
     return mutex;
 }
 
+CMTRand::CMTRand() : m_reserve(std::make_unique<RandomReserve>()) {}
+
 CMTRand::~CMTRand() = default;
 
 void CMTRand::randData(unsigned char* data, int size) {
-    if (size > 0)
-        fillFromSystemGenerator(data, static_cast<std::size_t>(size));
+    if (size <= 0)
+        return;
+    // The caller of the shared instance holds it already; a second lock costs next to nothing.
+    const CMutexLock lock(getGlobalInstanceMutex().get());
+    m_reserve->take(data, static_cast<std::size_t>(size));
 }
 
 } // namespace ul

@@ -7,10 +7,15 @@
 #include "ul/mutex.h"
 #include "ul/pointer.h"
 
+#include <memory>
+
 namespace ul {
 
+class RandomReserve;
+
 /// Random bytes from the operating system's cryptographic generator. The name is history: an initialisation vector
-/// must not be predictable, so no generator that can be wound forward stands behind it.
+/// must not be predictable, so no generator that can be wound forward stands behind it. Small requests are served from
+/// a page that is drawn at once; a byte is wiped there when it is handed out, and a forked process finds the page empty.
 class UL_EXPORT CMTRand : public CBase {
 public:
     /// The instance that the process shares.
@@ -18,11 +23,17 @@ public:
     /// The mutex that a caller holds while it uses the shared instance.
     static const P<CMutex>& getGlobalInstanceMutex();
 
+    CMTRand();
+    CMTRand(const CMTRand&) = delete;
+    CMTRand& operator=(const CMTRand&) = delete;
     ~CMTRand() override;
 
-    /// Fills `size` bytes; a negative `size` fills none.
+    /// Fills `size` bytes; a negative `size` fills none. Any thread, with the mutex above or without: it is taken.
     /// \throws CError "Random bytes are not available." with property "reason" if the operating system refuses.
     void randData(unsigned char* data, int size);
+
+private:
+    std::unique_ptr<RandomReserve> m_reserve;
 };
 
 } // namespace ul

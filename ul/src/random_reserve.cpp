@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "random_reserve.h"
+
+#include "private_memory.h"
+#include "system_random.h"
+
+#include "ul/buffer.h"
+
+#include <atomic>
+#include <cstring>
+
+namespace ul {
+
+namespace {
+
+constexpr std::size_t blockSize = 4096;
+// Larger requests would use up a block too soon to save anything.
+constexpr std::size_t largestPiece = 256;
+
+} // namespace
+
+struct RandomReserve::Block {
+    // How many of the bytes, counted from the front, are still to be handed out. As part of the block it is 0 after a
+    // fork, which may even happen in a signal handler in the middle of take(): hence an atomic.
+    std::atomic<std::size_t> left;
+    unsigned char bytes[blockSize - sizeof(std::size_t)];
+};
+
+RandomReserve::RandomReserve() noexcept : m_block(static_cast<Block*>(allocatePrivateMemory(sizeof(Block)))) {
+    static_assert(sizeof(Block) == blockSize && std::atomic<std::size_t>::is_always_lock_free);
+}
+
+RandomReserve::~RandomReserve() {
+    if (m_block)
+        wipe(m_block->bytes, sizeof m_block->bytes);
+    freePrivateMemory(m_block, sizeof(Block));
+}
+
+void RandomReserve::take(unsigned char* data, std::size_t size) {
+    if (!m_block || size > largestPiece) {
+        fillFromSystemGenerator(data, size);
+        return;
+    }
+    for (;;) {
+        const std::size_t left = m_block->left;
+        if (left < size) {
+            m_block->left = 0;
+            fillFromSystemGenerator(m_block->bytes, sizeof m_block->bytes);
+            m_block->left = sizeof m_block->bytes;
+            continue;
+        }
+        std::memcpy(data, m_block->bytes + left - size, size);
+        // In a process that was forked since the first look the copy may be of wiped bytes.
+        std::size_t expected = left;
+        if (m_block->left.compare_exchange_strong(expected, left - size)) {
+            wipe(m_block->bytes + left - size, size);
+            return;
+        }
+    }
+}
+
+} // namespace ul
