@@ -15,21 +15,20 @@ namespace sarn_test {
 
 namespace {
 
-const Module& load(const char* path) {
-    static_assert(sizeof(void*) == sizeof(void (*)()));
-    auto* const library = new SharedLibrary(path); // Objects whose classes are the module's need it to the end.
-    return *library->find<const Module* (*)()>("getModule")();
+const Module& getModuleOf(const SharedLibrary& library) {
+    return *library.find<const Module* (*)()>("getModule")();
 }
 
 class ModuleBoundary : public testing::Test {
 protected:
+    // Neither library is unloaded: objects whose classes are a module's own may outlive every test.
     static const Module& getFirst() {
-        static const Module& module = load(SARN_FIRST_MODULE);
-        return module;
+        static const auto* const library = new SharedLibrary(SARN_FIRST_MODULE);
+        return getModuleOf(*library);
     }
     static const Module& getSecond() {
-        static const Module& module = load(SARN_SECOND_MODULE);
-        return module;
+        static const auto* const library = new SharedLibrary(SARN_SECOND_MODULE);
+        return getModuleOf(*library);
     }
 };
 

@@ -132,3 +132,31 @@ TEST(Partition, MayWriteOverItsInputs) {
     ul::partition(text, separator, text, separator, after);
     EXPECT_TRUE(text == "a" && separator == "/" && after == "b");
 }
+TEST(String, ToLatin1_OfAnyLengthWithAForeignCharacterAnywhere_ReplacesJustThatOne) {
+    for (std::size_t size = 0; size < 70; ++size) {
+        std::wstring wide;
+        std::string narrow;
+        for (std::size_t i = 0; i < size; ++i) {
+            wide += static_cast<wchar_t>((i * 37 + 128) % 255 + 1);
+            narrow += static_cast<char>((i * 37 + 128) % 255 + 1);
+        }
+        ASSERT_EQ(ul::String(wide.data(), size).toLatin1(), narrow);
+        for (std::size_t at = 0; at < size; ++at) {
+            for (const wchar_t foreign : {wchar_t{0x100}, wchar_t{0x2F41}, wchar_t{0x7FFF}, wchar_t{0xD800}}) {
+                std::wstring changed = wide;
+                std::string expected = narrow;
+                changed[at] = foreign;
+                expected[at] = '?';
+                ASSERT_EQ(ul::String(changed.data(), size).toLatin1(), expected) << size << " " << at;
+            }
+        }
+    }
+}
+
+TEST(String, CopyLatin1_OfAPart_WritesOnlyThat) {
+    const ul::String text(L"ab\x100"
+                          L"de");
+    char out[] = "......";
+    text.copyLatin1(out + 1, 1, 3);
+    EXPECT_STREQ(out, ".b?d..");
+}

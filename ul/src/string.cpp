@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ul/string.h"
 
+#include "narrow_text.h"
 #include "raise.h"
 #include "utf8_text.h"
 
@@ -76,20 +77,16 @@ std::string String::toUTF8() const {
 
 std::string String::toLatin1() const {
     std::string result(m_text.size(), '\0');
-    // Cut to bytes without a question each, which is several characters a step; hardly any text needs the second loop.
-    std::uint32_t allBits = 0;
-    const wchar_t* const source = m_text.data();
-    char* const target = result.data();
-    const std::size_t size = result.size();
-    for (std::size_t i = 0; i < size; ++i) {
-        allBits |= toCodeUnit(source[i]);
-        target[i] = static_cast<char>(source[i]);
-    }
-    for (std::size_t i = 0; allBits > 0xFF && i < size; ++i) {
-        if (toCodeUnit(source[i]) > 0xFF)
-            target[i] = '?';
-    }
+    copyLatin1(result.data(), 0, getLength());
     return result;
+}
+
+void String::copyLatin1(char* out, int start, int count) const noexcept {
+    const wchar_t* const source = m_text.data() + start;
+    if (narrowText(source, static_cast<std::size_t>(count), out))
+        return;
+    for (int i = 0; i < count; ++i)
+        out[i] = toCodeUnit(source[i]) > 0xFF ? '?' : static_cast<char>(source[i]);
 }
 
 String String::Mid(int start, int count) const {

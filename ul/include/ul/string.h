@@ -40,6 +40,8 @@ public:
     /// One byte for each character; what does not fit one byte becomes '?', so that foreign text can never turn into
     /// valid Base64 or PEM.
     std::string toLatin1() const;
+    /// Writes `count` characters from position `start` on to `out`, as toLatin1() does. The text must have them.
+    void copyLatin1(char* out, int start, int count) const noexcept;
 
     const std::wstring& toStdWString() const noexcept { return m_text; }
     operator const std::wstring&() const noexcept { return m_text; }
