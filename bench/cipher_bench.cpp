@@ -3,10 +3,12 @@
 // reset, free.
 #include "comparison.h"
 #include "families.h"
+#include "peers/peer.h"
 
 #include <sarn/cipher.h>
 
 #include <openssl/evp.h>
+#include <openssl/rand.h>
 
 #include <cstdlib>
 #include <memory>
@@ -16,7 +18,6 @@ namespace bench {
 
 namespace {
 
-using Bytes = std::vector<unsigned char>;
 using Buffer = ul::TBuffer<unsigned char>;
 
 struct CipherPair {
@@ -41,6 +42,7 @@ struct Fixture {
           size(dataSize) {
         std::fill_n(key.getData(), key.getUsed(), static_cast<unsigned char>(7));
         cipher->encrypt(key, data.data(), size, encrypted, false, iv.data());
+        cipher->encryptWithoutPadding(key, data.data(), size, blocks, false, iv.data());
     }
 
     const EVP_CIPHER* raw;
@@ -52,6 +54,7 @@ struct Fixture {
     int size;
     Buffer out;
     Buffer encrypted;
+    Buffer blocks;
 };
 
 void encryptRaw(Fixture& f, bool isPadded) {
@@ -68,16 +71,34 @@ void encryptRaw(Fixture& f, bool isPadded) {
     EVP_CIPHER_CTX_free(context);
 }
 
-void decryptRaw(Fixture& f) {
+void decryptRaw(Fixture& f, const Buffer& input, bool isPadded) {
     EVP_CIPHER_CTX* const context = EVP_CIPHER_CTX_new();
     EVP_CIPHER_CTX_reset(context);
     int first = 0;
     int last = 0;
     check(EVP_DecryptInit(context, f.raw, f.key.getData(), f.iv.data()));
-    check(EVP_DecryptUpdate(context, f.rawOut.data(), &first, f.encrypted.getData(), f.encrypted.getUsed()));
+    if (!isPadded)
+        check(EVP_CIPHER_CTX_set_padding(context, 0));
+    check(EVP_DecryptUpdate(context, f.rawOut.data(), &first, input.getData(), input.getUsed()));
     check(EVP_DecryptFinal(context, f.rawOut.data() + first, &last));
     EVP_CIPHER_CTX_reset(context);
     EVP_CIPHER_CTX_free(context);
+}
+
+Goal getGoal(int size) {
+    return size >= 4096 ? atMostTimes(1.01) : size == 16 ? atMostMore(25) : Goal();
+}
+
+Bytes toBytes(const Buffer& buffer) {
+    return Bytes(buffer.getData(), buffer.getData() + buffer.getUsed());
+}
+
+void addCipherPeers(const std::string& name, const std::string& id, bool isEncrypting, const Fixture& f) {
+    const Bytes key(f.key.getData(), f.key.getData() + f.key.getUsed());
+    const Bytes iv(f.iv.begin(), f.iv.begin() + f.cipher->getIVSize());
+    const CipherTask task = {id, isEncrypting, key, iv, isEncrypting ? f.data : toBytes(f.blocks)};
+    addPeers(name, isEncrypting ? toBytes(f.blocks) : f.data,
+             [&](const Peer& peer, const Result& result) { return peer.cipher(task, result); });
 }
 
 void compareCipher(const CipherPair& pair, int size) {
@@ -87,15 +108,57 @@ void compareCipher(const CipherPair& pair, int size) {
     };
     compare(
         name("encrypt"), size, [f] { encryptRaw(*f, true); },
-        [f] { f->cipher->encrypt(f->key, f->data.data(), f->size, f->out, false, f->iv.data()); });
+        [f] { f->cipher->encrypt(f->key, f->data.data(), f->size, f->out, false, f->iv.data()); }, getGoal(size));
     compare(
-        name("decrypt"), size, [f] { decryptRaw(*f); },
+        name("decrypt"), size, [f] { decryptRaw(*f, f->encrypted, true); },
         [f] {
             f->cipher->decrypt(f->key, f->encrypted.getData(), f->encrypted.getUsed(), f->out, false, f->iv.data());
-        });
+        },
+        getGoal(size));
     compare(
         name("encryptWithoutPadding"), size, [f] { encryptRaw(*f, false); },
-        [f] { f->cipher->encryptWithoutPadding(f->key, f->data.data(), f->size, f->out, false, f->iv.data()); });
+        [f] { f->cipher->encryptWithoutPadding(f->key, f->data.data(), f->size, f->out, false, f->iv.data()); },
+        getGoal(size));
+    addCipherPeers(name("encryptWithoutPadding"), pair.id, true, *f);
+    compare(
+        name("decryptWithoutPadding"), size, [f] { decryptRaw(*f, f->blocks, false); },
+        [f] {
+            f->cipher->decryptWithoutPadding(f->key, f->blocks.getData(), f->blocks.getUsed(), f->out, false,
+                                             f->iv.data());
+        },
+        getGoal(size));
+    addCipherPeers(name("decryptWithoutPadding"), pair.id, false, *f);
+}
+
+/// With an initialisation vector from libcrypto's generator, as a host that calls it would have it.
+void compareRandomIV(const CipherPair& pair, int size) {
+    const auto f = std::make_shared<Fixture>(pair, size);
+    compare(
+        std::string(pair.id) + "/random-iv/" + std::to_string(size), size,
+        [f] {
+            check(RAND_bytes(f->iv.data(), f->cipher->getIVSize()));
+            encryptRaw(*f, true);
+        },
+        [f] { f->cipher->encrypt(f->key, f->data.data(), f->size, f->out, false, nullptr); },
+        size == 16 ? atMostTimes(0.35) : Goal());
+}
+
+void append(const Fixture& f, int count) {
+    Buffer out;
+    for (; count > 0; --count)
+        f.cipher->encrypt(f.key, f.data.data(), f.size, out, true, f.iv.data());
+}
+
+/// Ten buffers of a thousand results each, beside one of ten thousand.
+void compareAppending(const CipherPair& pair) {
+    const auto f = std::make_shared<Fixture>(pair, 4096);
+    compare(
+        "append/4096 x 10000 (raw: 10 times 1000)", 40960000,
+        [f] {
+            for (int i = 0; i < 10; ++i)
+                append(*f, 1000);
+        },
+        [f] { append(*f, 10000); }, atMostTimes(1.1));
 }
 
 } // namespace
@@ -106,9 +169,11 @@ void registerCiphers() {
                                   {"bfcbc", EVP_bf_cbc()},
                                   {"cast128cbc", EVP_cast5_cbc()}};
     for (const CipherPair& cipher : ciphers) {
-        for (const int size : {16, 256, 4096, 65536, 1 << 20})
+        for (const int size : getSizes())
             compareCipher(cipher, size);
+        compareRandomIV(cipher, 16);
     }
+    compareAppending(ciphers[0]);
 }
 
 } // namespace bench

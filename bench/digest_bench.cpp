@@ -5,8 +5,11 @@
 
 #include "comparison.h"
 #include "families.h"
+#include "peers/peer.h"
 
 #include <sarn/digest.h>
+
+#include <benchmark/benchmark.h>
 
 #include <openssl/md4.h>
 #include <openssl/md5.h>
@@ -21,8 +24,6 @@
 namespace bench {
 
 namespace {
-
-using Bytes = std::vector<unsigned char>;
 
 /// A hash of libcrypto without anything around it.
 template <class CTX, int DigestSize, int (*Init)(CTX*), int (*Update)(CTX*, const void*, std::size_t),
@@ -79,44 +80,73 @@ using RawSHA256 = RawHash<SHA256_CTX, 32, SHA256_Init, SHA256_Update, SHA256_Fin
 using RawAdler32 = RawChecksum<adler32>;
 using RawCRC32 = RawChecksum<crc32>;
 
+Bytes getDigest(const ul::P<sarn::IDigestType>& type, const Bytes& data) {
+    const ul::P<sarn::IDigest> digest = type->createDigest();
+    digest->update(data.data(), static_cast<int>(data.size()));
+    digest->finish();
+    Bytes result(static_cast<std::size_t>(digest->getDigestSize()));
+    digest->storeDigestData(result.data());
+    return result;
+}
+
+/// Several digests of one kind one after the other, as a host computes those of many files.
 template <class Raw>
-void compareDigest(const std::string& id, int size) {
+void compareWhole(const std::string& id, int size, Goal goal) {
     const auto raw = std::make_shared<Raw>();
     const auto data = std::make_shared<Bytes>(static_cast<std::size_t>(size), static_cast<unsigned char>(5));
     const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType(id.c_str());
     const ul::P<sarn::IDigest> digest = type->createDigest();
-    raw->init();
+    const std::string name = id + "/digest/" + std::to_string(size);
     compare(
-        id + "/create+update+finish/" + std::to_string(size), size,
+        name, size,
         [=] {
-            const auto context = std::make_unique<Raw>();
-            context->init();
-            context->update(data->data(), size);
-            context->finish();
+            raw->init();
+            raw->update(data->data(), size);
+            raw->finish();
         },
         [=] {
-            const ul::P<sarn::IDigest> own = type->createDigest();
-            own->update(data->data(), size);
-            own->finish();
-        });
+            digest->reset();
+            digest->update(data->data(), size);
+            digest->finish();
+        },
+        goal);
+    addPeers(name, getDigest(type, *data),
+             [&](const Peer& peer, const Result& result) { return peer.digest(id, *data, result); });
+}
+
+template <class Raw>
+void compareCreation(const std::string& id) {
+    const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType(id.c_str());
     compare(
-        id + "/update/" + std::to_string(size), size, [=] { raw->update(data->data(), size); },
-        [=] { digest->update(data->data(), size); });
+        id + "/create (raw: allocate, init)", 0,
+        [] {
+            const auto context = std::make_unique<Raw>();
+            context->init();
+            benchmark::DoNotOptimize(context.get());
+        },
+        [=] { benchmark::DoNotOptimize(type->createDigest().get()); }, atMostTimes(1.5));
+}
+
+template <class Raw>
+void compareDigest(const std::string& id, double ratio) {
+    for (const int size : getSizes())
+        compareWhole<Raw>(id, size, size >= 1024 ? atMostTimes(ratio) : size == 16 ? atMostMore(15) : Goal());
+    compareCreation<Raw>(id);
 }
 
 } // namespace
 
 void registerDigests() {
-    for (const int size : {16, 64, 1024, 8192, 1 << 20}) {
-        compareDigest<RawMD4>("md4", size);
-        compareDigest<RawMD5>("md5", size);
-        compareDigest<RawSHA1>("sha1", size);
-        compareDigest<RawSHA256>("sha256", size);
-        compareDigest<RawAdler32>("adler32", size);
-        compareDigest<RawCRC32>("crc32", size);
-        compareDigest<RawPair<RawMD4, RawSHA1>>("md4-sha1", size);
-        compareDigest<RawPair<RawPair<RawMD4, RawSHA1>, RawAdler32>>("md4-sha1-adler32", size);
-    }
+    constexpr double single = 1.01;
+    constexpr double combined = 1.02;
+    compareDigest<RawMD4>("md4", single);
+    compareDigest<RawMD5>("md5", single);
+    compareDigest<RawSHA1>("sha1", single);
+    compareDigest<RawSHA256>("sha256", single);
+    compareDigest<RawAdler32>("adler32", single);
+    compareDigest<RawCRC32>("crc32", single);
+    compareDigest<RawPair<RawMD4, RawSHA1>>("md4-sha1", combined);
+    compareDigest<RawPair<RawPair<RawMD4, RawSHA1>, RawAdler32>>("md4-sha1-adler32", combined);
 }
 
 } // namespace bench

@@ -2,9 +2,12 @@
 // HMAC, key derivation and Base64 beside libcrypto's own calls, and the look-up of a cached key.
 #include "comparison.h"
 #include "families.h"
+#include "peers/peer.h"
 
 #include <sarn/encoding.h>
 #include <sarn/password_key_cache.h>
+
+#include <benchmark/benchmark.h>
 
 #include <openssl/bio.h>
 #include <openssl/evp.h>
@@ -19,8 +22,6 @@
 namespace bench {
 
 namespace {
-
-using Bytes = std::vector<unsigned char>;
 
 /// The filter's text of `data`; nothing is done with it but to take it out of the sink.
 std::string encodeRaw(const Bytes& data) {
@@ -52,44 +53,59 @@ void compareHMAC(int size) {
     const auto data = std::make_shared<Bytes>(static_cast<std::size_t>(size), static_cast<unsigned char>(5));
     const auto out = std::make_shared<ul::TBuffer<unsigned char>>();
     const auto rawOut = std::make_shared<Bytes>(64);
+    const std::string name = "hmac-sha1/" + std::to_string(size);
+    const Bytes key = {'k', 'e', 'y'};
     compare(
-        "hmac-sha1/" + std::to_string(size), size,
+        name, size,
         [=] {
             unsigned length = 64;
             HMAC(EVP_sha1(), "key", 3, data->data(), data->size(), rawOut->data(), &length);
         },
-        [=] { sarn::calcHMAC_SHA1(*out, data->data(), size, "key", 3); });
+        [=] { sarn::calcHMAC_SHA1(*out, data->data(), size, "key", 3); }, atMostTimes(1.01));
+    sarn::calcHMAC_SHA1(*out, data->data(), size, "key", 3);
+    addPeers(name, Bytes(out->getData(), out->getData() + out->getUsed()),
+             [&](const Peer& peer, const Result& result) { return peer.hmacSHA1(key, *data, result); });
 }
 
 void compareDerivation(int iterations) {
-    const auto rawOut = std::make_shared<Bytes>(32);
+    const auto key = std::make_shared<Bytes>(32);
+    const std::string name = "pbkdf2/" + std::to_string(iterations);
+    const auto derive = [=] {
+        sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "12345678", 8, iterations, 32, key->data());
+    };
     compare(
-        "pbkdf2/" + std::to_string(iterations), 32,
+        name, 32,
         [=] {
             PKCS5_PBKDF2_HMAC_SHA1("password", 8, reinterpret_cast<const unsigned char*>("12345678"), 8, iterations, 32,
-                                   rawOut->data());
+                                   key->data());
         },
-        [=] { sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "12345678", 8, iterations, 32, rawOut->data()); });
+        derive, iterations >= 1000 ? atMostTimes(1.01) : Goal());
+    derive();
+    addPeers(name, *key, [&](const Peer& peer, const Result& result) {
+        return peer.deriveKey("password", "12345678", iterations, result);
+    });
 }
 
 void compareBase64(int size) {
+    const bool isLarge = size >= 1 << 20;
     const auto data = std::make_shared<Bytes>(static_cast<std::size_t>(size), static_cast<unsigned char>(5));
+    const auto decoded = std::make_shared<Bytes>(data->size());
     const auto wide = std::make_shared<ul::String>(sarn::base64Encode(data->data(), size, true, false));
     const auto narrow = std::make_shared<std::string>(wide->toLatin1());
     const auto out = std::make_shared<ul::TBuffer<unsigned char>>();
+    const std::string encodeName = "base64-encode/" + std::to_string(size);
     compare(
-        "base64-encode/" + std::to_string(size), size, [=] { encodeRaw(*data); },
-        [=] { benchmark::DoNotOptimize(sarn::base64Encode(data->data(), size, true, false)); });
+        encodeName, size, [=] { encodeRaw(*data); },
+        [=] { benchmark::DoNotOptimize(sarn::base64Encode(data->data(), size, true, false)); },
+        isLarge ? atMostTimes(1.15) : Goal());
+    addPeers(encodeName, Bytes(narrow->begin(), narrow->end()),
+             [&](const Peer& peer, const Result& result) { return peer.encodeBase64(*data, result); });
+    const std::string decodeName = "base64-decode/" + std::to_string(size);
     compare(
-        "base64-decode/" + std::to_string(size), size, [=] { decodeRaw(*narrow, *data); },
-        [=] { sarn::base64Decode(*wide, *out); });
-    compare(
-        "base64-to-wide (beside to narrow)/" + std::to_string(size), size,
-        [=] { benchmark::DoNotOptimize(std::string(*narrow)); },
-        [=] { benchmark::DoNotOptimize(ul::String(narrow->data(), narrow->size())); });
-    compare(
-        "base64-from-wide (beside copying)/" + std::to_string(size), size,
-        [=] { benchmark::DoNotOptimize(std::string(*narrow)); }, [=] { benchmark::DoNotOptimize(wide->toLatin1()); });
+        decodeName, size, [=] { decodeRaw(*narrow, *decoded); }, [=] { sarn::base64Decode(*wide, *out); },
+        isLarge ? atMostTimes(1.25) : Goal());
+    addPeers(decodeName, *data,
+             [&](const Peer& peer, const Result& result) { return peer.decodeBase64(*narrow, result); });
 }
 
 void compareLookUp() {
@@ -108,13 +124,13 @@ void compareLookUp() {
             const std::lock_guard<std::recursive_mutex> lock(*mutex);
             benchmark::DoNotOptimize(map->find(7));
         },
-        [=] { benchmark::DoNotOptimize(cache->getKey(32, 7, 1)); });
+        [=] { benchmark::DoNotOptimize(cache->getKey(32, 7, 1)); }, atMost(100));
 }
 
 } // namespace
 
 void registerKeys() {
-    for (const int size : {16, 1024, 8192, 1 << 20})
+    for (const int size : getSizes())
         compareHMAC(size);
     for (const int iterations : {1, 1000})
         compareDerivation(iterations);

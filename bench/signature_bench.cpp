@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Signing and verifying a file of 64 MiB beside libcrypto's own calls on reads of the same size.
+// Signing and verifying, data and a large file, beside libcrypto's own calls. A key is read from its PEM text each
+// time.
 #include "comparison.h"
 #include "families.h"
+#include "peers/peer.h"
 
 #include <sarn/signature.h>
 
@@ -23,82 +25,147 @@ namespace bench {
 
 namespace {
 
-constexpr int fileSize = 64 << 20;
+using ContextPtr = std::unique_ptr<EVP_MD_CTX, decltype(&EVP_MD_CTX_free)>;
+using KeyPtr = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
+using Buffer = ul::TBuffer<unsigned char>;
 
-/// The file that is signed, with the keys and a right signature.
-struct Fixture {
-    Fixture() : native(std::filesystem::temp_directory_path() / "sarn_bench_64MiB"), path(native.string().c_str()) {
-        std::ofstream(native, std::ios::binary) << std::string(fileSize, 'x');
-        const std::string keys = SARN_BENCH_KEYS;
-        privateKey = ul::readUTF8TextFile(ul::CWindowsPath((keys + "/rsa2048_for_tests_only.pem").c_str()));
-        publicKey = ul::readUTF8TextFile(ul::CWindowsPath((keys + "/rsa2048_for_tests_only.pub.pem").c_str()));
-        sarn::createFileSignature_RSA_SHA1(path, privateKey, signature);
+struct Keys {
+    explicit Keys(const std::string& name)
+        : privateKey(read(name + "_for_tests_only.pem")), publicKey(read(name + "_for_tests_only.pub.pem")) {}
+
+    static ul::String read(const std::string& file) {
+        return ul::readUTF8TextFile(ul::CWindowsPath((std::string(SARN_BENCH_KEYS "/") + file).c_str()));
     }
-    Fixture(const Fixture&) = delete;
-    Fixture& operator=(const Fixture&) = delete;
-    ~Fixture() { std::filesystem::remove(native); }
 
-    std::filesystem::path native;
-    ul::CWindowsPath path;
     ul::String privateKey;
     ul::String publicKey;
-    ul::TBuffer<unsigned char> signature;
 };
 
-/// A context that has digested the file.
-EVP_MD_CTX* digestRaw(const Fixture& f) {
-    EVP_MD_CTX* const context = EVP_MD_CTX_new();
-    EVP_DigestInit(context, EVP_sha1());
+using PEMReader = EVP_PKEY* (*)(BIO*, EVP_PKEY**, pem_password_cb*, void*);
+
+KeyPtr readKeyRaw(const ul::String& text, PEMReader reader) {
+    const std::string pem = text.toLatin1();
+    BIO* const bio = BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size()));
+    KeyPtr key(reader(bio, nullptr, nullptr, nullptr), EVP_PKEY_free);
+    BIO_free_all(bio);
+    return key;
+}
+
+ContextPtr startRaw() {
+    ContextPtr context(EVP_MD_CTX_new(), EVP_MD_CTX_free);
+    EVP_DigestInit(context.get(), EVP_sha1());
+    return context;
+}
+
+ContextPtr digestRaw(const Bytes& data) {
+    ContextPtr context = startRaw();
+    EVP_DigestUpdate(context.get(), data.data(), data.size());
+    return context;
+}
+
+/// In pieces of the size that the library reads.
+ContextPtr digestFileRaw(const std::filesystem::path& path) {
+    ContextPtr context = startRaw();
     unsigned char chunk[8192];
-    const int file = ::open(f.native.c_str(), O_RDONLY | O_CLOEXEC);
+    const int file = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
     for (ssize_t count; (count = ::read(file, chunk, sizeof chunk)) > 0;)
-        EVP_DigestUpdate(context, chunk, static_cast<std::size_t>(count));
+        EVP_DigestUpdate(context.get(), chunk, static_cast<std::size_t>(count));
     ::close(file);
     return context;
 }
 
-void signRaw(const Fixture& f) {
-    const std::string pem = f.privateKey.toLatin1();
-    BIO* const bio = BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size()));
-    EVP_PKEY* const key = PEM_read_bio_PrivateKey(bio, nullptr, nullptr, nullptr);
-    BIO_free_all(bio);
-    EVP_MD_CTX* const context = digestRaw(f);
-    unsigned char signature[256];
+void signRaw(const ContextPtr& context, const Keys& keys) {
+    const KeyPtr key = readKeyRaw(keys.privateKey, PEM_read_bio_PrivateKey);
+    unsigned char signature[1024];
     unsigned size = 0;
-    if (EVP_SignFinal(context, signature, &size, key) != 1)
+    if (EVP_SignFinal(context.get(), signature, &size, key.get()) != 1)
         std::abort();
-    EVP_MD_CTX_free(context);
-    EVP_PKEY_free(key);
 }
 
-void verifyRaw(const Fixture& f) {
-    const std::string pem = f.publicKey.toLatin1();
-    BIO* const bio = BIO_new_mem_buf(pem.data(), static_cast<int>(pem.size()));
-    EVP_PKEY* const key = PEM_read_bio_PUBKEY(bio, nullptr, nullptr, nullptr);
-    BIO_free_all(bio);
-    EVP_MD_CTX* const context = digestRaw(f);
-    if (EVP_VerifyFinal(context, f.signature.getData(), static_cast<unsigned>(f.signature.getUsed()), key) != 1)
+void verifyRaw(const ContextPtr& context, const Keys& keys, const Buffer& signature) {
+    const KeyPtr key = readKeyRaw(keys.publicKey, PEM_read_bio_PUBKEY);
+    if (EVP_VerifyFinal(context.get(), signature.getData(), static_cast<unsigned>(signature.getUsed()), key.get()) != 1)
         std::abort();
-    EVP_MD_CTX_free(context);
-    EVP_PKEY_free(key);
+}
+
+Buffer sign(const ul::P<sarn::ISignatureAlgo>& algo, const Keys& keys, const Bytes& data) {
+    const ul::P<sarn::ISigner> signer = algo->beginSign(keys.privateKey, "");
+    signer->update(data.data(), static_cast<int>(data.size()));
+    Buffer signature;
+    signer->finish(signature);
+    return signature;
+}
+
+void verify(const ul::P<sarn::ISignatureAlgo>& algo, const Keys& keys, const Bytes& data, const Buffer& signature) {
+    const ul::P<sarn::IVerifier> verifier = algo->beginVerify(keys.publicKey);
+    verifier->update(data.data(), static_cast<int>(data.size()));
+    if (!verifier->finish(signature))
+        std::abort();
+}
+
+void compareData(const std::string& algorithm, const std::string& keyName, const ul::P<sarn::ISignatureAlgo>& algo) {
+    const auto keys = std::make_shared<Keys>(keyName);
+    const auto data = std::make_shared<Bytes>(1024, static_cast<unsigned char>(5));
+    const auto signature = std::make_shared<Buffer>(sign(algo, *keys, *data));
+    const SignatureTask task = {algorithm, keys->privateKey.toLatin1(), keys->publicKey.toLatin1(), *data};
+    compare(
+        keyName + "-sha1-sign/1024", 1024, [=] { signRaw(digestRaw(*data), *keys); }, [=] { sign(algo, *keys, *data); },
+        atMostTimes(1.01));
+    addPeers(keyName + "-sha1-sign/1024", {},
+             [&](const Peer& peer, const Result& result) { return result->resize(1024), peer.sign(task, result); });
+    compare(
+        keyName + "-sha1-verify/1024", 1024, [=] { verifyRaw(digestRaw(*data), *keys, *signature); },
+        [=] { verify(algo, *keys, *data, *signature); }, atMostTimes(1.01));
+    const Bytes signatureBytes(signature->getData(), signature->getData() + signature->getUsed());
+    addPeers(keyName + "-sha1-verify/1024", {1},
+             [&](const Peer& peer, const Result& result) { return peer.verify(task, signatureBytes, result); });
+}
+
+/// A file of equal bytes, which are removed in the end.
+struct LargeFile {
+    explicit LargeFile(int size)
+        : native(std::filesystem::temp_directory_path() / "sarn_bench_file"), path(native.c_str()) {
+        std::ofstream file(native, std::ios::binary);
+        const std::string piece(1 << 20, 'x');
+        for (int written = 0; written < size; written += 1 << 20)
+            file << piece;
+    }
+    LargeFile(const LargeFile&) = delete;
+    LargeFile& operator=(const LargeFile&) = delete;
+    ~LargeFile() { std::filesystem::remove(native); }
+
+    std::filesystem::path native;
+    ul::CWindowsPath path;
+};
+
+void compareFile(int size) {
+    const auto file = std::make_shared<LargeFile>(size);
+    const auto keys = std::make_shared<Keys>("rsa2048");
+    const auto signature = std::make_shared<Buffer>();
+    sarn::createFileSignature_RSA_SHA1(file->path, keys->privateKey, *signature);
+    compare(
+        "rsa2048-sha1-sign-file/" + std::to_string(size), size, [=] { signRaw(digestFileRaw(file->native), *keys); },
+        [=] {
+            Buffer own;
+            sarn::createFileSignature_RSA_SHA1(file->path, keys->privateKey, own);
+        },
+        atMostTimes(1.01));
+    compare(
+        "rsa2048-sha1-verify-file/" + std::to_string(size), size,
+        [=] { verifyRaw(digestFileRaw(file->native), *keys, *signature); },
+        [=] {
+            if (!sarn::verifyFileSignature_RSA_SHA1(file->path, keys->publicKey, *signature))
+                std::abort();
+        },
+        atMostTimes(1.01));
 }
 
 } // namespace
 
 void registerSignatures() {
-    const auto f = std::make_shared<Fixture>();
-    compare(
-        "rsa-sha1-sign-file/67108864", fileSize, [=] { signRaw(*f); },
-        [=] {
-            ul::TBuffer<unsigned char> signature;
-            sarn::createFileSignature_RSA_SHA1(f->path, f->privateKey, signature);
-        });
-    compare(
-        "rsa-sha1-verify-file/67108864", fileSize, [=] { verifyRaw(*f); },
-        [=] {
-            if (!sarn::verifyFileSignature_RSA_SHA1(f->path, f->publicKey, f->signature))
-                std::abort();
-        });
+    compareData("rsa", "rsa2048", sarn::createRSA_SHA1());
+    compareData("dsa", "dsa2048", sarn::createDSS_SHA1());
+    compareFile(isQuick() ? 64 << 20 : 1 << 30);
 }
 
 } // namespace bench
