@@ -28,7 +28,7 @@ std::vector<Cell>& getCells() {
     return cells;
 }
 
-/// Keeps the median of each benchmark and prints a dot now and then.
+/// Keeps the median of each benchmark.
 class MedianReporter : public benchmark::BenchmarkReporter {
 public:
     bool ReportContext(const Context&) override { return true; }
@@ -37,8 +37,6 @@ public:
             if (run.run_type == Run::RT_Aggregate && run.aggregate_name == "median")
                 keep(run.run_name.function_name, run.GetAdjustedRealTime());
         }
-        if (++m_count % 10 == 0)
-            std::fputc('.', stderr);
     }
     void Finalize() override { std::fputc('\n', stderr); }
 
@@ -51,12 +49,18 @@ private:
                 (side == rawSide ? cell.raw : side == ourSide ? cell.ours : cell.peers[side]) = time;
         }
     }
-
-    int m_count = 0;
 };
+
+/// A dot for every hundred runs: the reports all come at the end.
+void showProgress() {
+    static int count = 0;
+    if (++count % 100 == 0)
+        std::fputc('.', stderr);
+}
 
 void registerSide(const std::string& name, const std::string& side, Work work) {
     benchmark::RegisterBenchmark((name + separator + side).c_str(), [work = std::move(work)](benchmark::State& state) {
+        showProgress();
         for (auto _ : state)
             work();
     });

@@ -118,11 +118,12 @@ template <class Raw>
 void compareCreation(const std::string& id) {
     const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType(id.c_str());
     compare(
-        id + "/create (raw: allocate, init)", 0,
+        id + "/create and end (raw: allocate, init, final)", 0,
         [] {
             const auto context = std::make_unique<Raw>();
             context->init();
             benchmark::DoNotOptimize(context.get());
+            context->finish();
         },
         [=] { benchmark::DoNotOptimize(type->createDigest().get()); }, atMostTimes(1.5));
 }

@@ -30,8 +30,9 @@ using KeyPtr = std::unique_ptr<EVP_PKEY, decltype(&EVP_PKEY_free)>;
 using Buffer = ul::TBuffer<unsigned char>;
 
 struct Keys {
-    explicit Keys(const std::string& name)
-        : privateKey(read(name + "_for_tests_only.pem")), publicKey(read(name + "_for_tests_only.pub.pem")) {}
+    /// \param form part of the private key's file name: the traditional form, or "_pkcs8", which every library reads
+    explicit Keys(const std::string& name, const std::string& form = "")
+        : privateKey(read(name + form + "_for_tests_only.pem")), publicKey(read(name + "_for_tests_only.pub.pem")) {}
 
     static ul::String read(const std::string& file) {
         return ul::readUTF8TextFile(ul::CWindowsPath((std::string(SARN_BENCH_KEYS "/") + file).c_str()));
@@ -104,7 +105,7 @@ void verify(const ul::P<sarn::ISignatureAlgo>& algo, const Keys& keys, const Byt
 }
 
 void compareData(const std::string& algorithm, const std::string& keyName, const ul::P<sarn::ISignatureAlgo>& algo) {
-    const auto keys = std::make_shared<Keys>(keyName);
+    const auto keys = std::make_shared<Keys>(keyName, algorithm == "rsa" ? "_pkcs8" : "");
     const auto data = std::make_shared<Bytes>(1024, static_cast<unsigned char>(5));
     const auto signature = std::make_shared<Buffer>(sign(algo, *keys, *data));
     const SignatureTask task = {algorithm, keys->privateKey.toLatin1(), keys->publicKey.toLatin1(), *data};
