@@ -100,3 +100,27 @@ void operator delete(void* block) noexcept {
 void operator delete(void* block, std::size_t) noexcept {
     sarn_test::freeBlock(block);
 }
+
+// Buffers have functions of their own; the linker sends their calls here.
+extern "C" {
+
+void* __wrap__ZN2ul14allocateMemoryEi(int size);
+void* __wrap__ZN2ul12resizeMemoryEPvi(void* block, int size);
+void __wrap__ZN2ul10freeMemoryEPv(void* block) noexcept;
+
+void* __wrap__ZN2ul14allocateMemoryEi(int size) {
+    return ::operator new(static_cast<std::size_t>(size));
+}
+
+void* __wrap__ZN2ul12resizeMemoryEPvi(void* block, int size) {
+    void* const resized = sarn_test::mustFail() ? nullptr : std::realloc(block, static_cast<std::size_t>(size));
+    if (!resized)
+        throw std::bad_alloc();
+    return resized;
+}
+
+void __wrap__ZN2ul10freeMemoryEPv(void* block) noexcept {
+    sarn_test::freeBlock(block);
+}
+
+} // extern "C"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ul/buffer.h"
 
+#include "block_memory.h"
 #include "raise.h"
 
 #include <algorithm>
@@ -80,6 +81,8 @@ void TBuffer<T>::insert(int position, const void* data, int size) {
     const auto tail = static_cast<std::size_t>(m_used - position);
     const T* const source = static_cast<const T*>(data);
     const bool isOwn = !std::less<>()(source, m_data) && std::less<>()(source, m_data + m_allocated);
+    if (!isOwn)
+        ensureAllocated(m_used + size);
     if (m_used + size > m_allocated || (isOwn && tail > 0)) {
         // The old block stays whole until its bytes and the inserted ones, which may lie in it, have been copied.
         const int allocated = getGrownSize(m_used + size);
@@ -113,7 +116,12 @@ void TBuffer<T>::addUsed(int size) {
 
 template <class T>
 void TBuffer<T>::deleteData(T* data, int) {
-    ::operator delete(data);
+    freeMemory(data);
+}
+
+template <class T>
+T* TBuffer<T>::resizeData(T* data, int, int, int newSize) {
+    return static_cast<T*>(resizeMemory(data, newSize));
 }
 
 template <class T>
@@ -130,15 +138,14 @@ void TBuffer<T>::freeBlock() {
 
 template <class T>
 T* TBuffer<T>::allocate(int size) {
-    return static_cast<T*>(::operator new(static_cast<std::size_t>(size)));
+    return static_cast<T*>(allocateMemory(size));
 }
 
 template <class T>
 void TBuffer<T>::grow(int size) {
     const int allocated = getGrownSize(size);
-    T* const block = allocate(allocated);
-    std::copy_n(m_data, m_used, block);
-    replaceBlock(block, allocated);
+    m_data = resizeData(m_data, m_used, m_allocated, allocated);
+    m_allocated = allocated;
 }
 
 template <class T>
@@ -165,6 +172,16 @@ template <class T>
 void TCryptBuffer<T>::deleteData(T* data, int size) {
     wipe(data, static_cast<std::size_t>(size));
     TBuffer<T>::deleteData(data, size);
+}
+
+template <class T>
+T* TCryptBuffer<T>::resizeData(T* data, int used, int size, int newSize) {
+    // Not in place, and not by the C library, which would leave a copy behind.
+    T* const block = static_cast<T*>(allocateMemory(newSize));
+    std::copy_n(data, used, block);
+    if (data)
+        deleteData(data, size);
+    return block;
 }
 
 template <class T>

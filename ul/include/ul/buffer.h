@@ -60,8 +60,12 @@ public:
     int getAllocated() const noexcept { return m_allocated; }
 
 protected:
-    /// Frees a block of `size` allocated bytes.
+    /// Frees a block of `size` allocated bytes. A class that overrides this overrides resizeData() as well, through
+    /// which blocks leave when the buffer grows.
     virtual void deleteData(T* data, int size);
+    /// Moves the first `used` bytes of a block of `size` bytes, or of none, to one of `newSize`, which is larger, and
+    /// gives the old one back. If there is no memory the old one stays as it was and std::bad_alloc is thrown.
+    virtual T* resizeData(T* data, int used, int size, int newSize);
     /// Told of `size` bytes that have just left the used part of the block.
     virtual void discardData(T* data, int size);
 
@@ -92,6 +96,7 @@ public:
 
 protected:
     void deleteData(T* data, int size) override;
+    T* resizeData(T* data, int used, int size, int newSize) override;
     void discardData(T* data, int size) override;
 };
 
