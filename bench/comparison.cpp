@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <regex>
 #include <utility>
 
 #ifdef __linux__
@@ -38,7 +39,6 @@ public:
                 keep(run.run_name.function_name, run.GetAdjustedRealTime());
         }
     }
-    void Finalize() override { std::fputc('\n', stderr); }
 
 private:
     static void keep(const std::string& name, double time) {
@@ -51,19 +51,38 @@ private:
     }
 };
 
-/// A dot for every hundred runs: the reports all come at the end.
-void showProgress() {
-    static int count = 0;
-    if (++count % 100 == 0)
-        std::fputc('.', stderr);
-}
-
 void registerSide(const std::string& name, const std::string& side, Work work) {
     benchmark::RegisterBenchmark((name + separator + side).c_str(), [work = std::move(work)](benchmark::State& state) {
-        showProgress();
         for (auto _ : state)
             work();
     });
+}
+
+/// A regular expression that matches the sides of one cell and nothing else.
+std::string getPattern(const std::string& name) {
+    const std::string special = "\\.[](){}*+?^$|";
+    std::string pattern = "^";
+    for (const char character : name) {
+        if (special.find(character) != std::string::npos)
+            pattern += '\\';
+        pattern += character;
+    }
+    return pattern + "\\|";
+}
+
+/// Runs the cells one by one: the sides of one are interleaved within a second or two, so that a machine whose speed
+/// drifts does not favour any.
+void runCells() {
+    const std::string filter = benchmark::GetBenchmarkFilter();
+    const std::regex wanted(filter.empty() || filter == "all" ? "." : filter);
+    for (const Cell& cell : getCells()) {
+        if (!std::regex_search(cell.name, wanted))
+            continue;
+        MedianReporter reporter;
+        benchmark::RunSpecifiedBenchmarks(&reporter, getPattern(cell.name));
+        std::fputc('.', stderr);
+    }
+    std::fputc('\n', stderr);
 }
 
 /// Keeps the process on one processor, whose caches then stay warm.
@@ -100,8 +119,8 @@ void setQuick(bool isQuick) {
 int run(int count, char** words, const std::string& folder) {
     // Defaults that the command line overrides.
     std::vector<std::string> arguments = {words[0],
-                                          g_isQuick ? "--benchmark_repetitions=7" : "--benchmark_repetitions=15",
-                                          g_isQuick ? "--benchmark_min_time=0.01" : "--benchmark_min_time=0.02",
+                                          g_isQuick ? "--benchmark_repetitions=11" : "--benchmark_repetitions=31",
+                                          g_isQuick ? "--benchmark_min_time=0.005" : "--benchmark_min_time=0.008",
                                           "--benchmark_enable_random_interleaving=true"};
     arguments.insert(arguments.end(), words + 1, words + count);
     std::vector<char*> pointers;
@@ -112,8 +131,7 @@ int run(int count, char** words, const std::string& folder) {
     if (benchmark::ReportUnrecognizedArguments(size, pointers.data()))
         return 2;
     pin();
-    MedianReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
+    runCells();
 
     printTables(getCells());
     writeCSV(folder + "/results.csv", getCells());
