@@ -34,7 +34,9 @@ TBuffer<T>::TBuffer(int size, int used) {
     const int allocated = std::max(size, 0);
     if (used < -1 || used > allocated)
         raiseInvalidArg("TBuffer", "invalid used size");
-    ensureAllocated(allocated);
+    if (allocated > 0)
+        m_data = allocate(allocated);
+    m_allocated = allocated;
     m_used = used == -1 ? allocated : used;
 }
 

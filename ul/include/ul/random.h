@@ -15,7 +15,8 @@ class RandomReserve;
 
 /// Random bytes from the operating system's cryptographic generator. The name is history: an initialisation vector
 /// must not be predictable, so no generator that can be wound forward stands behind it. Small requests are served from
-/// a page that is drawn at once; a byte is wiped there when it is handed out, and a forked process finds the page empty.
+/// a page that is drawn at once; a byte is wiped there when it is handed out, and a forked process finds the page
+/// empty.
 class UL_EXPORT CMTRand : public CBase {
 public:
     /// The instance that the process shares.
