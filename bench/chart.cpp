@@ -2,75 +2,100 @@
 #include "results.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <fstream>
+#include <iterator>
+#include <set>
+#include <sstream>
 
 namespace bench {
 
 namespace {
 
-constexpr int left = 300;
-constexpr int rowHeight = 13;
-constexpr int unit = 160; // pixels for a doubling of the time
-constexpr int width = left + 5 * unit;
+constexpr int left = 290;
+constexpr int top = 70;
+constexpr int rowHeight = 16;
+constexpr int doubling = 90; // pixels
+constexpr double lowest = 0.25;
+constexpr double highest = 32;
+constexpr int width = left + 7 * doubling + 30;
 
-/// A time relative to raw libcrypto as a position: each doubling takes the same room.
+/// Where a time relative to raw libcrypto goes: each doubling takes the same room.
 double getX(double ratio) {
-    return left + unit * (std::clamp(std::log2(ratio), -1.0, 4.0) + 1);
+    return left + doubling * std::log2(std::clamp(ratio, lowest, highest) / lowest);
 }
 
+/// A row for each operation, a dot for each library.
 class Chart {
 public:
-    void addCell(const Cell& cell) {
-        m_y += 6;
-        const std::string label = cell.name;
-        text(8, m_y + rowHeight, label);
-        addBar("sarn", cell.ours / cell.raw, "#c0392b");
-        for (const auto& [peer, time] : cell.peers)
-            addBar(peer, time / cell.raw, "#8a99a8");
+    explicit Chart(const std::set<std::string>& libraries) {
+        static const char* const colours[] = {"#1f77b4", "#ff7f0e", "#2ca02c", "#9467bd",
+                                              "#8c564b", "#17a2b8", "#7f7f7f"};
+        std::size_t next = 0;
+        for (const std::string& library : libraries)
+            m_colours[library] = colours[next++ % std::size(colours)];
+        m_colours["sarn"] = "#d62728";
     }
 
-    std::string finish() const {
-        std::string grid;
-        for (const double ratio : {0.5, 1.0, 2.0, 4.0, 8.0, 16.0}) {
-            const std::string x = std::to_string(getX(ratio));
-            grid += "<line x1='" + x + "' x2='" + x + "' y1='30' y2='" + std::to_string(m_y) + "' stroke='" +
-                    (ratio == 1.0 ? "#222" : "#ddd") + "'/>\n<text x='" + x + "' y='24' text-anchor='middle'>" +
-                    std::to_string(ratio).substr(0, 4) + "</text>\n";
-        }
-        return "<svg xmlns='http://www.w3.org/2000/svg' width='" + std::to_string(width + 140) + "' height='" +
-               std::to_string(m_y + 10) + "' font-family='sans-serif' font-size='10'>\n" +
-               "<rect width='100%' height='100%' fill='white'/>\n" +
-               "<text x='8' y='14' font-size='12'>Time in multiples of raw libcrypto 1.1.1; shorter is "
-               "faster</text>\n" +
-               grid + m_bars + "</svg>\n";
+    void addRow(const Cell& cell) {
+        const int y = top + rowHeight * ++m_rows;
+        addText(left - 10, y + 4, cell.name, "end");
+        for (const auto& [library, time] : cell.peers)
+            addDot(library, time / cell.raw, y, 4);
+        addDot("sarn", cell.ours / cell.raw, y, 5);
+    }
+
+    std::string finish() {
+        const int bottom = top + rowHeight * (m_rows + 1);
+        std::ostringstream out;
+        out << "<svg xmlns='http://www.w3.org/2000/svg' viewBox='0 0 " << width << ' ' << bottom
+            << "' font-family='sans-serif' font-size='11'>\n<rect width='100%' height='100%' fill='white'/>\n";
+        for (double ratio = lowest; ratio <= highest; ratio *= 2)
+            out << "<line x1='" << getX(ratio) << "' x2='" << getX(ratio) << "' y1='" << top << "' y2='" << bottom
+                << "' stroke='" << (ratio == 1 ? "#222" : "#ddd") << "'/>\n<text x='" << getX(ratio) << "' y='"
+                << top - 6 << "' text-anchor='middle'>" << ratio << "</text>\n";
+        addLegend();
+        out << m_body.str() << "</svg>\n";
+        return out.str();
     }
 
 private:
-    void text(double x, double y, const std::string& content) {
-        m_bars += "<text x='" + std::to_string(x) + "' y='" + std::to_string(y) + "'>" + content + "</text>\n";
+    void addText(double x, double y, const std::string& text, const char* anchor) {
+        m_body << "<text x='" << x << "' y='" << y << "' text-anchor='" << anchor << "'>" << text << "</text>\n";
     }
 
-    void addBar(const std::string& library, double ratio, const char* colour) {
-        m_bars += "<rect x='" + std::to_string(left) + "' y='" + std::to_string(m_y + 3) + "' width='" +
-                  std::to_string(std::max(getX(ratio) - left, 1.0)) + "' height='" + std::to_string(rowHeight - 3) +
-                  "' fill='" + colour + "'/>\n";
-        text(getX(ratio) + 4, m_y + rowHeight - 1, library + " " + std::to_string(ratio).substr(0, 4));
-        m_y += rowHeight;
+    void addDot(const std::string& library, double ratio, int y, int radius) {
+        m_body << "<circle cx='" << getX(ratio) << "' cy='" << y << "' r='" << radius << "' fill='"
+               << m_colours.at(library) << "'><title>" << library << ' ' << ratio << "</title></circle>\n";
     }
 
-    int m_y = 30;
-    std::string m_bars;
+    void addLegend() {
+        addText(8, 18, "Time in multiples of raw libcrypto 1.1.1; further left is faster", "start");
+        double x = 14;
+        for (const auto& [library, colour] : m_colours) {
+            m_body << "<circle cx='" << x << "' cy='34' r='5' fill='" << colour << "'/>\n";
+            addText(x + 8, 38, library, "start");
+            x += 26 + 6.5 * static_cast<double>(library.size());
+        }
+    }
+
+    std::map<std::string, const char*> m_colours;
+    std::ostringstream m_body;
+    int m_rows = 0;
 };
 
 } // namespace
 
 void writeChart(const std::string& path, const std::vector<Cell>& cells) {
-    Chart chart;
+    std::set<std::string> libraries;
+    for (const Cell& cell : cells) {
+        for (const auto& [library, time] : cell.peers)
+            libraries.insert(library);
+    }
+    Chart chart(libraries);
     for (const Cell& cell : cells) {
         if (cell.wasRun() && !cell.peers.empty())
-            chart.addCell(cell);
+            chart.addRow(cell);
     }
     std::ofstream(path) << chart.finish();
 }

@@ -39,6 +39,9 @@ struct ThreadAccess : COpenSSLInit::CThreadStuff {
 // libcrypto 1.0's callback types, to the letter.
 static_assert(std::is_same_v<decltype(&ThreadAccess::lockFunc), void (*)(int, int, const char*, int)>);
 static_assert(std::is_same_v<decltype(&ThreadAccess::threadIDFunc), unsigned long (*)()>);
+#ifdef _WIN32
+static_assert(sizeof(unsigned long) == 4, "a thread's id is a DWORD");
+#endif
 
 bool isCleanerDisposed() {
     return (COpenSSLInit::CCleaner::get().get()->*(&CleanerAccess::isDisposed))();
