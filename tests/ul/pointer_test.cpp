@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <thread>
 #include <type_traits>
+#include <utility>
 
 namespace {
 
@@ -36,6 +37,7 @@ private:
 static_assert(std::is_abstract_v<ul::IBase> && std::has_virtual_destructor_v<ul::IBase>);
 static_assert(std::is_nothrow_move_constructible_v<ul::P<Object>>);
 static_assert(std::is_convertible_v<ul::P<Object>, ul::P<IFirst>>);
+static_assert(std::is_nothrow_constructible_v<ul::P<IFirst>, ul::P<Object>&&>);
 static_assert(std::is_convertible_v<ul::P<Object>, ul::PC<ul::IBase>>);
 static_assert(!std::is_convertible_v<ul::P<IFirst>, ul::P<Object>>);
 static_assert(!std::is_convertible_v<ul::PC<Object>, ul::P<Object>>);
@@ -49,6 +51,15 @@ TEST(P, Make_GivesTheOnlyReference_AndDestroysWithIt) {
         EXPECT_EQ(Object::living, 1);
     }
     EXPECT_EQ(Object::living, 0);
+}
+
+TEST(P, Conversion_FromAnExpiringPointer_TakesItsReferenceOver) {
+    ul::P<Object> object = ul::make<Object>(7);
+    const ul::P<IFirst> interface = std::move(object);
+    EXPECT_FALSE(object);
+    EXPECT_EQ(interface->getFirst(), 7);
+    ul::P<Object> empty;
+    EXPECT_FALSE(ul::P<IFirst>(std::move(empty)));
 }
 
 TEST(P, Constructor_FromRawPointer_AddsAReferenceToTheCreators) {

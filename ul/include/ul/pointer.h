@@ -26,6 +26,8 @@ public:
     /// Converts to the pointer of a base, an interface or a constant.
     template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     P(const P<U>& other) : P(static_cast<T*>(other.get())) {}
+    template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
+    inline P(P<U>&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
 
     ~P() {
         if (m_object)
@@ -53,6 +55,9 @@ public:
     void swap(P& other) noexcept { std::swap(m_object, other.m_object); }
 
 private:
+    template <class U>
+    friend class P;
+
     void addRef() {
         if (m_object)
             m_object->addRef();
