@@ -19,7 +19,7 @@ std::string describeGoal(const Cell& cell) {
         std::snprintf(text, sizeof text, "%.0f ns", cell.goal.total);
     else
         std::snprintf(text, sizeof text, "%.2f", cell.goal.ratio);
-    return std::string(text) + (cell.meetsGoal() ? "  met" : "  MISSED");
+    return std::string("  ") + text + (cell.meetsGoal() ? "  met" : "  MISSED");
 }
 
 std::set<std::string> getPeers(const std::vector<Cell>& cells) {
@@ -80,7 +80,7 @@ void printTables(const std::vector<Cell>& cells) {
     std::printf("%-46s %12s %12s %7s %9s  %s\n", "operation", "raw ns", "sarn ns", "ratio", "more ns", "goal");
     for (const Cell& cell : cells) {
         if (cell.wasRun())
-            std::printf("%-46s %12.1f %12.1f %7.3f %9.1f  %s\n", cell.name.c_str(), cell.raw, cell.ours,
+            std::printf("%-46s %12.1f %12.1f %7.3f %9.1f%s\n", cell.name.c_str(), cell.raw, cell.ours,
                         cell.ours / cell.raw, cell.ours - cell.raw, describeGoal(cell).c_str());
     }
     printPeers(cells);
