@@ -16,6 +16,8 @@ namespace {
 constexpr std::size_t blockSize = 4096;
 // Larger requests would use up a block too soon to save anything.
 constexpr std::size_t largestPiece = 256;
+// How many bytes are left while the block is being filled, and after that failed.
+constexpr std::size_t beingFilled = static_cast<std::size_t>(-1);
 
 } // namespace
 
@@ -43,10 +45,12 @@ void RandomReserve::take(unsigned char* data, std::size_t size) {
     }
     for (;;) {
         const std::size_t left = m_block->left;
-        if (left < size) {
-            m_block->left = 0;
+        if (left < size || left == beingFilled) {
+            m_block->left = beingFilled;
             fillFromSystemGenerator(m_block->bytes, sizeof m_block->bytes);
-            m_block->left = sizeof m_block->bytes;
+            // Unchanged only if no fork wiped what was filled.
+            std::size_t mark = beingFilled;
+            m_block->left.compare_exchange_strong(mark, sizeof m_block->bytes);
             continue;
         }
         std::memcpy(data, m_block->bytes + left - size, size);

@@ -9,6 +9,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <utility>
 
 #include <sys/random.h>
 #include <sys/wait.h>
@@ -19,6 +22,7 @@ namespace {
 int g_systemCalls = 0;
 int g_callsToFail = 0;
 bool g_isMadviseRefused = false;
+bool g_isForkedDuringFill = false;
 const unsigned char* g_block = nullptr;
 std::size_t g_blockSize = 0;
 
@@ -40,7 +44,14 @@ ssize_t __wrap_getrandom(void* data, std::size_t size, unsigned flags) {
         errno = ENOSYS;
         return -1;
     }
-    return __real_getrandom(data, size, flags);
+    const ssize_t count = __real_getrandom(data, size, flags);
+    if (std::exchange(g_isForkedDuringFill, false)) {
+        // What a process finds that was forked by a signal handler at this moment: the whole page is zero.
+        constexpr std::uintptr_t pageSize = 4096;
+        void* const page = reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(data) & ~(pageSize - 1));
+        std::memset(page, 0, pageSize);
+    }
+    return count;
 }
 
 int __wrap_madvise(void* memory, std::size_t size, int advice) {
@@ -116,6 +127,14 @@ TEST_F(RandomReserve, ForkedProcess_FindsTheBlockEmptyAndDrawsItsOwn) {
     }));
     take(reserve);
     EXPECT_EQ(g_systemCalls, 1) << "the parent goes on with its block";
+}
+
+TEST_F(RandomReserve, ForkWhileTheBlockIsFilled_IsNoticedAndItIsFilledAgain) {
+    ul::RandomReserve reserve;
+    g_isForkedDuringFill = true;
+    const Piece piece = take(reserve);
+    EXPECT_FALSE(isZero(piece.data(), piece.data() + piece.size()));
+    EXPECT_EQ(g_systemCalls, 2);
 }
 
 TEST_F(RandomReserve, SystemThatCannotWipeOnFork_IsAskedEachTime) {
