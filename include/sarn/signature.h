@@ -113,6 +113,8 @@ public:
     CSigner& operator=(const CSigner&) = default;
     ~CSigner() override;
 
+    /// EVP_PKEY_size().
+    /// \throws ul::CError "OpenSSL sign error." if the key has none
     int getMaxSignatureSize() const override;
     void update(const void* data, int size) override;
     void finish(void* signature, int& size) override;

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <climits>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -90,6 +91,12 @@ private:
     std::unique_ptr<char[]> m_bytes;
 };
 
+/// How many characters stand for `size` bytes. The filter breaks lines after 64 of them.
+std::int64_t getEncodedLength(int size, bool lineBreaks) {
+    const std::int64_t characters = (std::int64_t{size} + 2) / 3 * 4;
+    return lineBreaks ? characters + (characters + 63) / 64 : characters;
+}
+
 /// The Base64 filter ahead of `end`, or null if there is no memory for either.
 BioPtr createFilter(BioPtr end, bool lineBreaks) {
     BioPtr filter(BIO_new(BIO_f_base64()));
@@ -113,6 +120,9 @@ ul::String base64Encode(const void* data, int size, bool keepPadding, bool lineB
         mark.raise(encodeError);
     char* text = nullptr;
     long length = BIO_get_mem_data(sink, &text);
+    // Whatever went wrong in the chain, no part of a text is taken for the whole.
+    if (length != getEncodedLength(size, lineBreaks))
+        mark.raise(encodeError);
     // With line breaks a line feed is the last character, so that the padding stays.
     while (!keepPadding && length > 0 && text[length - 1] == '=')
         --length;

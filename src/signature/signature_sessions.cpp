@@ -77,7 +77,11 @@ COpenSSLSignatureAlgo::CSigner::~CSigner() {
 }
 
 int COpenSSLSignatureAlgo::CSigner::getMaxSignatureSize() const {
-    return EVP_PKEY_size(m_key);
+    const int size = EVP_PKEY_size(m_key);
+    // What has no size would be written beyond the room that is made for it.
+    if (size <= 0)
+        raiseError(signFailed);
+    return size;
 }
 
 void COpenSSLSignatureAlgo::CSigner::update(const void* data, int size) {

@@ -23,6 +23,10 @@ inline Bytes toBytes(const std::string& text) {
     return Bytes(text.begin(), text.end());
 }
 
+inline Bytes toUTF8Bytes(const ul::String& text) {
+    return toBytes(text.toUTF8());
+}
+
 /// Fills `buffer`, which cannot be returned from here without losing its kind.
 inline void fill(ul::TBuffer<unsigned char>& buffer, const Bytes& bytes) {
     buffer.init(bytes.data(), static_cast<int>(bytes.size()));

@@ -5,6 +5,7 @@
 #include "ul/path.h"
 
 #include <cstdint>
+#include <filesystem>
 #include <memory>
 
 namespace ul {
@@ -17,10 +18,14 @@ public:
     /// Creates a file that must not exist yet, with the permissions of `model` if there is such a file.
     static std::unique_ptr<FileHandle> createLike(const CWindowsPath& path, const CWindowsPath& model);
 
-    FileHandle(std::intptr_t handle, const String& path) noexcept : m_handle(handle), m_path(path) {}
+    /// A file that is not open yet.
+    explicit FileHandle(const CWindowsPath& path) : m_path(path.getString()) {}
     FileHandle(const FileHandle&) = delete;
     FileHandle& operator=(const FileHandle&) = delete;
-    ~FileHandle();
+    ~FileHandle() { close(); }
+
+    /// Takes what the system opened over.
+    void adopt(std::intptr_t handle) noexcept { m_handle = handle; }
 
     /// Reads up to `size` bytes; 0 only at the end.
     int read(void* data, int size);
@@ -29,19 +34,23 @@ public:
     std::int64_t getSize() const;
     /// Waits until what was written is on the disk.
     void sync();
+    void close() noexcept;
+    /// Closes a file that createLike() made and removes it again if that can be done. Needs no memory.
+    void discard() noexcept;
 
     const String& getPath() const noexcept { return m_path; }
 
 private:
-    // A file descriptor, or a HANDLE on Windows.
-    std::intptr_t m_handle;
+    // What the system calls a file that is not open.
+    static constexpr std::intptr_t notOpen = -1;
+
+    // A file descriptor, or a HANDLE on Windows. All memory is there before it is opened, so that it is never lost.
+    std::intptr_t m_handle = notOpen;
     String m_path;
+    std::filesystem::path::string_type m_createdAs;
 };
 
 /// Gives `source` the name of `target`, in place of a file that has it, in one step that survives a power failure.
 void replaceFile(const CWindowsPath& source, const CWindowsPath& target);
-
-/// Removes a file, if that is possible.
-void tryRemoveFile(const CWindowsPath& path) noexcept;
 
 } // namespace ul

@@ -24,15 +24,14 @@ public:
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
     ~Replacement() {
-        m_file.reset();
         if (!m_isDone)
-            tryRemoveFile(m_path);
+            m_file->discard();
     }
 
     void write(const std::string& bytes) {
         m_file->write(bytes.data(), bytes.size());
         m_file->sync();
-        m_file.reset();
+        m_file->close();
         replaceFile(m_path, m_target);
         m_isDone = true;
     }

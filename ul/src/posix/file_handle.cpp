@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -30,47 +31,52 @@ int toDescriptor(std::intptr_t handle) {
     return static_cast<int>(handle);
 }
 
-std::unique_ptr<FileHandle> openDescriptor(const char* operation, const CWindowsPath& path, int flags, mode_t mode) {
-    const std::string native = toNativePath(operation, path);
+int openDescriptor(const char* operation, const CWindowsPath& path, const std::string& native, int flags, mode_t mode) {
     const int descriptor = retryInterrupted([&] { return ::open(native.c_str(), flags | O_CLOEXEC, mode); });
     if (descriptor < 0)
         raiseFileError(operation, path.getString(), errno);
-    return std::make_unique<FileHandle>(descriptor, path.getString());
+    return descriptor;
 }
 
 /// The file's status; false if there is no such file.
 bool tryGetStatus(const CWindowsPath& path, struct stat& status) {
-    return ::stat(toNativePath("write file", path).c_str(), &status) == 0;
+    if (::stat(toNativePath("write file", path).c_str(), &status) == 0)
+        return true;
+    if (errno != ENOENT)
+        raiseFileError("write file", path.getString(), errno);
+    return false;
 }
 
 } // namespace
 
 std::unique_ptr<FileHandle> FileHandle::openForReading(const CWindowsPath& path) {
-    std::unique_ptr<FileHandle> file = openDescriptor("open file", path, O_RDONLY, 0);
+    constexpr char operation[] = "open file";
+    auto file = std::make_unique<FileHandle>(path);
+    file->adopt(openDescriptor(operation, path, toNativePath(operation, path), O_RDONLY, 0));
     struct stat status;
     // A folder can be opened and would fail only when it is read.
-    if (::fstat(toDescriptor(file->m_handle), &status) == 0 && S_ISDIR(status.st_mode))
-        raiseFileError("open file", path.getString(), EISDIR);
+    const bool isKnown = ::fstat(toDescriptor(file->m_handle), &status) == 0;
+    if (!isKnown || S_ISDIR(status.st_mode))
+        raiseFileError(operation, path.getString(), isKnown ? EISDIR : errno);
     return file;
 }
 
 std::unique_ptr<FileHandle> FileHandle::createLike(const CWindowsPath& path, const CWindowsPath& model) {
+    constexpr char operation[] = "write file";
     struct stat status;
     const bool hasModel = tryGetStatus(model, status);
     const mode_t mode = hasModel ? status.st_mode & 07777 : 0666;
-    std::unique_ptr<FileHandle> file =
-        openDescriptor("write file", path, O_WRONLY | O_CREAT | O_EXCL, mode & static_cast<mode_t>(0777));
+    auto file = std::make_unique<FileHandle>(path);
+    file->m_createdAs = toNativePath(operation, path);
+    file->adopt(openDescriptor(operation, path, file->m_createdAs, O_WRONLY | O_CREAT | O_EXCL,
+                               mode & static_cast<mode_t>(0777)));
     // The creation mask may have taken bits away that the model has.
     if (hasModel && ::fchmod(toDescriptor(file->m_handle), mode) != 0) {
         const int code = errno;
-        tryRemoveFile(path);
-        raiseFileError("write file", path.getString(), code);
+        file->discard();
+        raiseFileError(operation, path.getString(), code);
     }
     return file;
-}
-
-FileHandle::~FileHandle() {
-    ::close(toDescriptor(m_handle));
 }
 
 int FileHandle::read(void* data, int size) {
@@ -104,21 +110,26 @@ void FileHandle::sync() {
         raiseFileError("write file", m_path, errno);
 }
 
+void FileHandle::close() noexcept {
+    if (const std::intptr_t handle = std::exchange(m_handle, notOpen); handle != notOpen)
+        ::close(toDescriptor(handle));
+}
+
+void FileHandle::discard() noexcept {
+    close();
+    ::unlink(m_createdAs.c_str());
+}
+
 void replaceFile(const CWindowsPath& source, const CWindowsPath& target) {
     const std::string nativeTarget = toNativePath("write file", target);
     if (std::rename(toNativePath("write file", source).c_str(), nativeTarget.c_str()) != 0)
         raiseFileError("write file", target.getString(), errno);
     // The new name is on the disk only when its folder is.
-    const CWindowsPath folder(target.getString() + L"\\..");
-    openDescriptor("flush folder", folder, O_RDONLY | O_DIRECTORY, 0)->sync();
-}
-
-void tryRemoveFile(const CWindowsPath& path) noexcept {
-    try {
-        ::unlink(toNativePath("remove file", path).c_str());
-    } catch (const CError&) {
-        // It was never created then.
-    }
+    const CWindowsPath folderPath(target.getString() + L"\\..");
+    constexpr char operation[] = "flush folder";
+    FileHandle folder(folderPath);
+    folder.adopt(openDescriptor(operation, folderPath, toNativePath(operation, folderPath), O_RDONLY | O_DIRECTORY, 0));
+    folder.sync();
 }
 
 } // namespace ul

@@ -5,6 +5,7 @@
 #include "raise.h"
 
 #include <algorithm>
+#include <utility>
 
 #include <windows.h>
 
@@ -20,30 +21,31 @@ HANDLE toHandle(std::intptr_t handle) {
     raiseFileError(operation, path, static_cast<int>(::GetLastError()));
 }
 
-std::unique_ptr<FileHandle> openHandle(const char* operation, const CWindowsPath& path, DWORD access,
-                                       DWORD disposition) {
+std::intptr_t openHandle(const char* operation, const CWindowsPath& path, const std::wstring& native, DWORD access,
+                         DWORD disposition) {
     // Others may go on using the file in every way, as they may on other systems.
     constexpr DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-    const HANDLE handle = ::CreateFileW(toNativePath(path).c_str(), access, sharing, nullptr, disposition,
-                                        FILE_ATTRIBUTE_NORMAL, nullptr);
+    const HANDLE handle =
+        ::CreateFileW(native.c_str(), access, sharing, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (handle == INVALID_HANDLE_VALUE)
         raiseLastError(operation, path.getString());
-    return std::make_unique<FileHandle>(reinterpret_cast<std::intptr_t>(handle), path.getString());
+    return reinterpret_cast<std::intptr_t>(handle);
 }
 
 } // namespace
 
 std::unique_ptr<FileHandle> FileHandle::openForReading(const CWindowsPath& path) {
-    return openHandle("open file", path, GENERIC_READ, OPEN_EXISTING);
+    auto file = std::make_unique<FileHandle>(path);
+    file->adopt(openHandle("open file", path, toNativePath(path), GENERIC_READ, OPEN_EXISTING));
+    return file;
 }
 
 std::unique_ptr<FileHandle> FileHandle::createLike(const CWindowsPath& path, const CWindowsPath&) {
+    auto file = std::make_unique<FileHandle>(path);
+    file->m_createdAs = toNativePath(path);
     // Permissions come from the folder.
-    return openHandle("write file", path, GENERIC_WRITE, CREATE_NEW);
-}
-
-FileHandle::~FileHandle() {
-    ::CloseHandle(toHandle(m_handle));
+    file->adopt(openHandle("write file", path, file->m_createdAs, GENERIC_WRITE, CREATE_NEW));
+    return file;
 }
 
 int FileHandle::read(void* data, int size) {
@@ -89,8 +91,14 @@ void replaceFile(const CWindowsPath& source, const CWindowsPath& target) {
         raiseLastError("write file", target.getString());
 }
 
-void tryRemoveFile(const CWindowsPath& path) noexcept {
-    ::DeleteFileW(toNativePath(path).c_str());
+void FileHandle::close() noexcept {
+    if (const std::intptr_t handle = std::exchange(m_handle, notOpen); handle != notOpen)
+        ::CloseHandle(toHandle(handle));
+}
+
+void FileHandle::discard() noexcept {
+    close();
+    ::DeleteFileW(m_createdAs.c_str());
 }
 
 } // namespace ul

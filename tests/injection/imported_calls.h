@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: Apache-2.0
+// The calls that the libraries make into others, counted and made to fail one at a time.
+//
+// The shared libraries stay as they ship: only their tables of imported addresses are changed, so that each call passes
+// a replacement of the same type, which fails when its turn has come and else calls the function it stands for.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace sarn_test {
+
+enum class CallKind { Allocation, Libcrypto, File };
+
+/// What is known of an imported function that can fail.
+struct ImportedCall {
+    const char* name;
+    CallKind kind;
+    /// A failure that the library passes over on purpose: what it does then is right all the same.
+    bool isIgnored;
+    void* replacement;
+    const ImportedCall** slot;
+};
+
+/// The functions that tests let fail.
+const std::vector<ImportedCall>& getImportedCalls();
+
+/// Whether an imported function of libcrypto, zlib or the C library has no way to tell of a failure.
+bool cannotFail(const std::string& name);
+
+/// Whether an imported function belongs to neither: those of the C++ runtime, of memory, of text and of threads.
+bool isNoDependency(const std::string& name);
+
+/// Puts the replacements in place, once. Returns the names of all functions that libul and libsarn import from other
+/// libraries.
+const std::vector<std::string>& installReplacements();
+
+/// While it lives, lets calls of this thread fail. One at a time.
+class Injection {
+public:
+    enum class Duration { Once, FromThenOn };
+
+    /// From the `index`th call of a kind on, counted from 0.
+    Injection(bool ofAllocations, int index, Duration duration);
+    Injection(const Injection&) = delete;
+    Injection& operator=(const Injection&) = delete;
+    ~Injection();
+
+    int getCallCount() const { return m_count; }
+    bool hasHappened() const { return m_first != nullptr; }
+    /// The call that failed first.
+    const ImportedCall& getFirst() const { return *m_first; }
+    /// Whether a failure was injected that must not pass unnoticed.
+    bool mustBeNoticed() const { return m_mustBeNoticed; }
+
+    /// For the replacements.
+    static bool mustFail(const ImportedCall& call);
+
+private:
+    bool m_ofAllocations;
+    int m_index;
+    Duration m_duration;
+    int m_count = 0;
+    const ImportedCall* m_first = nullptr;
+    bool m_mustBeNoticed = false;
+};
+
+/// While it lives, files are read and written in small pieces, each call interrupted by a signal first.
+class SmallPieces {
+public:
+    SmallPieces();
+    SmallPieces(const SmallPieces&) = delete;
+    SmallPieces& operator=(const SmallPieces&) = delete;
+    ~SmallPieces();
+    int getCallCount() const;
+};
+
+} // namespace sarn_test
