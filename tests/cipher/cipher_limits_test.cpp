@@ -2,6 +2,7 @@
 // Sizes that make no sense, and input that lies in the output buffer.
 #include "support/cipher_test_data.h"
 
+#include <algorithm>
 #include <climits>
 
 namespace sarn_test {
@@ -92,6 +93,28 @@ TEST(CipherLimits, InputInPlaceWithoutPadding_WithRoomForTheResult_IsProcessedRi
     getAES256()->decryptWithoutPadding(key32, buffer.getData(), 48, buffer, false, iv16.data());
     data.resize(48);
     EXPECT_EQ(toBytes(buffer), data);
+}
+
+TEST(CipherLimits, InputInPlaceBehindOtherBytes_WithExactlyTheRoom_IsProcessedRight) {
+    const Bytes data = makePattern(40);
+    const Bytes ciphertext = encryptElsewhere(data);
+    // Four bytes ahead, which stay, and room for 40 bytes and a block.
+    Buffer buffer(4 + 40 + 16, 4 + 40);
+    std::copy(data.begin(), data.end(), buffer.getData() + 4);
+    buffer.setUsed(4);
+    ASSERT_EQ(buffer.getAllocated(), 60);
+    getAES256()->encrypt(key32, buffer.getData() + 4, 40, buffer, true, iv16.data());
+    EXPECT_EQ(Bytes(buffer.getData() + 4, buffer.getData() + buffer.getUsed()), ciphertext);
+}
+
+TEST(CipherLimits, InputInPlaceBehindRoomForTheIv_IsProcessedRight) {
+    const Bytes data = makePattern(40);
+    Buffer buffer(100, 16 + 40);
+    std::copy(data.begin(), data.end(), buffer.getData() + 16);
+    getAES256()->encrypt(key32, buffer.getData() + 16, 40, buffer, false, nullptr);
+    Buffer decrypted;
+    getAES256()->decrypt(key32, buffer.getData(), buffer.getUsed(), decrypted, false, nullptr);
+    EXPECT_EQ(toBytes(decrypted), data);
 }
 
 TEST(CipherLimits, InputAheadOfTheAppendedResult_IsProcessedRight) {

@@ -72,6 +72,32 @@ TEST(COpenSSLCipher, Encrypt_WithoutIv_DrawsAnotherIvEachTime) {
     EXPECT_NE(Bytes(first.getData(), first.getData() + 16), Bytes(second.getData(), second.getData() + 16));
 }
 
+TEST(COpenSSLCipher, Encrypt_WithoutIv_DrawsItWhateverStoodInTheOutput) {
+    for (const unsigned char left : Bytes{0x00, 0xFF}) {
+        Buffer out;
+        fill(out, Bytes(100, left));
+        getAES256()->encrypt(key32, "data", 4, out, false, nullptr);
+        EXPECT_NE(Bytes(out.getData(), out.getData() + 16), Bytes(16, left));
+    }
+}
+
+TEST(COpenSSLCipher, Encrypt_AppendedWithoutIv_UsesTheIvThatItWrites) {
+    Buffer out;
+    fill(out, makePattern(20));
+    getAES256()->encrypt(key32, "data", 4, out, true, nullptr);
+    Buffer decrypted;
+    getAES256()->decrypt(key32, out.getData() + 20, out.getUsed() - 20, decrypted, false, nullptr);
+    EXPECT_EQ(toBytes(decrypted), toBytes("data"));
+}
+
+TEST(COpenSSLCipher, Encrypt_OfOneByte_EncryptsThatByte) {
+    Buffer out;
+    getAES256()->encrypt(key32, "\x7F", 1, out, false, iv16.data());
+    Buffer decrypted;
+    getAES256()->decrypt(key32, out.getData(), out.getUsed(), decrypted, false, iv16.data());
+    EXPECT_EQ(toBytes(decrypted), Bytes(1, 0x7F));
+}
+
 TEST(COpenSSLCipher, AllOperations_WithAKeyOfAnotherSize_RefuseItBeforeAllElse) {
     const TestKey shortKey(31);
     FilledBuffer out;

@@ -132,6 +132,20 @@ TEST_P(DigestState, LoadedOverARunningDigest_ReplacesIt) {
     EXPECT_EQ(finish(*digest), getDigest(GetParam(), makePattern(100)));
 }
 
+TEST_P(DigestState, LoadedOverAFinishedDigest_ReplacesItsResult) {
+    const ul::P<sarn::IDigest> source = createDigest(GetParam());
+    feed(*source, makePattern(100));
+    source->finish();
+    const ul::P<sarn::IDigest> digest = createDigest(GetParam());
+    feed(*digest, makePattern(1000));
+    digest->finish();
+    digest->getDigestData();
+    loadState(*digest, storeState(*source));
+    EXPECT_EQ(storeState(*digest), storeState(*source));
+    EXPECT_EQ(getResult(*digest), getResult(*source));
+    EXPECT_EQ(Bytes(digest->getDigestData(), digest->getDigestData() + digest->getDigestSize()), getResult(*source));
+}
+
 INSTANTIATE_TEST_SUITE_P(All, DigestState, testing::ValuesIn(digestIDs), getDigestTestName);
 
 TEST(OpenSSLDigestState, OfSHA1_HasTheDocumentedSize) {
@@ -282,6 +296,11 @@ TEST(CombinerState, WithAReadyResult_DeliversThatAsItIs) {
     EXPECT_EQ(data[35], static_cast<unsigned char>(getResult(*source).back() ^ 0xFF));
     EXPECT_EQ(getResult(*digest), getResult(*source)) << "storing asks the components";
     EXPECT_EQ(storeState(*digest), state);
+    digest->reset();
+    feed(*digest, makePattern(10));
+    digest->finish();
+    const Bytes whole = getDigest("md4-sha1", makePattern(10));
+    EXPECT_EQ(Bytes(digest->getDigestData(), digest->getDigestData() + 36), whole) << "the ready result was kept";
 }
 
 } // namespace sarn_test

@@ -6,9 +6,11 @@
 
 #include "frame/global_instance.h"
 #include "sarn/openssl_init.h"
+#include "sarn/signature.h"
 
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <cstdlib>
 #include <stdexcept>
 
@@ -56,6 +58,43 @@ TEST(GlobalInstancesDeathTest, Get_CreatesAllThree) {
         testing::ExitedWithCode(0), "");
 }
 
+TEST(GlobalInstancesDeathTest, ACipher_CreatesOnlyTheTwoCompanions) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            const ul::P<sarn::ICipher> cipher = ul::make<sarn::CCipher_AES256CBC>();
+            const bool isRight = !needsMemory(COpenSSLInit::CThreadStuff::get) &&
+                                 !needsMemory(COpenSSLInit::CCleaner::get) && needsMemory(COpenSSLInit::get);
+            std::exit(isRight ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(GlobalInstancesDeathTest, ASignatureAlgorithm_CreatesTheThreadStuffAndThenTheCleaner) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            // With memory for one thing more each time there comes a moment at which only the first is there.
+            bool isFirstAlone = false;
+            bool isDone = false;
+            for (int index = 0; !isDone; ++index) {
+                try {
+                    const AllocationFailure failure(index);
+                    sarn::createRSA_SHA1();
+                    isDone = !failure.hasHappened();
+                } catch (const std::exception&) {
+                    // The next one gets further.
+                }
+                isFirstAlone = isFirstAlone || (!needsMemory(COpenSSLInit::CThreadStuff::get) &&
+                                                needsMemory(COpenSSLInit::CCleaner::get));
+            }
+            const bool areBothThere =
+                !needsMemory(COpenSSLInit::CThreadStuff::get) && !needsMemory(COpenSSLInit::CCleaner::get);
+            std::exit(isFirstAlone && areBothThere ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
 TEST(GlobalInstancesDeathTest, Get_WithoutMemoryForTheHolder_RaisesTheSlotsErrorAndTriesAgain) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
@@ -87,6 +126,21 @@ TEST(GlobalInstancesDeathTest, InstanceWhoseReleaseThrows_EndsTheProcess) {
             std::exit(0);
         },
         "");
+}
+
+TEST(CipherFaults, LargestSizesOfAnInt_ReachTheAllocation) {
+    const TestKey key(32);
+    const Bytes iv(16);
+    sarn::CCipher_AES256CBC cipher;
+    ul::TBuffer<unsigned char> out;
+    const auto expectNoMemory = [](auto operation) {
+        // The first allocation may be libcrypto's, which does not come by here.
+        const AllocationFailure failure(0);
+        EXPECT_THROW(operation(), std::bad_alloc);
+    };
+    expectNoMemory([&] { cipher.encrypt(key, "x", INT_MAX - 16, out, false, iv.data()); });
+    expectNoMemory([&] { cipher.encrypt(key, "x", INT_MAX - 32, out, false, nullptr); });
+    EXPECT_EQ(out.getUsed(), 0);
 }
 
 TEST(CipherFaults, OperationsWithoutMemoryForTheResult_PassTheErrorOnAndFreeTheirContext) {

@@ -139,6 +139,9 @@ TEST(CipherFaults, SuccessfulOperations_CallLibcryptoInTheDocumentedOrder) {
     const Names nothing =
         record([&](Buffer& out) { cipher->encryptWithoutPadding(key32, nullptr, 0, out, false, iv16.data()); });
     EXPECT_TRUE(nothing.empty());
+    const Names alsoNothing =
+        record([&](Buffer& out) { cipher->decryptWithoutPadding(key32, nullptr, 0, out, false, iv16.data()); });
+    EXPECT_TRUE(alsoNothing.empty());
 }
 
 } // namespace sarn_test

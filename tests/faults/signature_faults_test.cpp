@@ -75,6 +75,18 @@ TEST(SignatureFaults, Sessions_CallLibcryptoInTheDocumentedOrder) {
                      "EVP_DigestUpdate", "EVP_SignFinal", "EVP_MD_CTX_reset", "EVP_MD_CTX_free", "EVP_PKEY_free"}));
 }
 
+TEST(SignatureFaults, Verifier_CallsLibcryptoInTheDocumentedOrder) {
+    LibcryptoFaults faults;
+    {
+        const ul::P<sarn::IVerifier> verifier = beginVerify();
+        verifier->update("abc", 3);
+        verifier->finish("x", 1);
+    }
+    EXPECT_EQ(faults.getCalls(),
+              (Names{"EVP_MD_CTX_new", "EVP_DigestInit", "BIO_new_mem_buf", "PEM_read_bio_PUBKEY", "BIO_free_all",
+                     "EVP_DigestUpdate", "EVP_VerifyFinal", "EVP_MD_CTX_reset", "EVP_MD_CTX_free", "EVP_PKEY_free"}));
+}
+
 TEST(SignatureFaults, SignerUpdate_ThatFails_RaisesTheDocumentedError) {
     const ul::P<sarn::ISigner> signer = beginSign();
     LibcryptoFaults faults;

@@ -22,6 +22,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <set>
+#include <stdexcept>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -57,6 +58,16 @@ void* newMemoryOrNull(std::size_t size, const std::nothrow_t& tag) noexcept {
 
 bool pieces = false;
 int piecesCount = 0;
+
+ino_t pretendingFile = 0;
+off_t pretendedSize = 0;
+
+int getStatus(int file, struct stat* status) {
+    const int result = ::fstat(file, status);
+    if (result == 0 && status->st_ino == pretendingFile)
+        status->st_size = pretendedSize;
+    return result;
+}
 
 /// Every other call is interrupted; the others do no more than seven bytes.
 template <class Call>
@@ -134,7 +145,7 @@ std::vector<ImportedCall> makeFileCalls() {
         describe<&openFile>("open", kind, -1, !isIgnored, EMFILE),
         describe<&readPiece>("read", kind, -1, !isIgnored, EIO),
         describe<&writePiece>("write", kind, -1, !isIgnored, ENOSPC),
-        describe<&::fstat>("fstat", kind, -1, !isIgnored, EIO),
+        describe<&getStatus>("fstat", kind, -1, !isIgnored, EIO),
         describe<&::stat>("stat", kind, -1, !isIgnored, EACCES),
         describe<&::fsync>("fsync", kind, -1, !isIgnored, EIO),
         describe<&::fchmod>("fchmod", kind, -1, !isIgnored, EPERM),
@@ -285,6 +296,18 @@ SmallPieces::~SmallPieces() {
 
 int SmallPieces::getCallCount() const {
     return piecesCount;
+}
+
+PretendedSize::PretendedSize(const std::string& file, long long size) {
+    struct stat status {};
+    if (::stat(file.c_str(), &status) != 0)
+        throw std::runtime_error("no such file: " + file);
+    pretendingFile = status.st_ino;
+    pretendedSize = size;
+}
+
+PretendedSize::~PretendedSize() {
+    pretendingFile = 0;
 }
 
 } // namespace sarn_test

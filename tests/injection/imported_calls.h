@@ -75,4 +75,13 @@ public:
     int getCallCount() const;
 };
 
+/// While it lives, the system tells another size of one file than it has.
+class PretendedSize {
+public:
+    PretendedSize(const std::string& file, long long size);
+    PretendedSize(const PretendedSize&) = delete;
+    PretendedSize& operator=(const PretendedSize&) = delete;
+    ~PretendedSize();
+};
+
 } // namespace sarn_test

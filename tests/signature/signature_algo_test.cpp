@@ -160,6 +160,14 @@ TEST(SignatureAlgo, DamagedSignatures_AreRefused) {
     EXPECT_EQ(ERR_peek_error(), 0U) << "libcrypto's error queue is as it was";
 }
 
+TEST(SignatureAlgo, SignatureOfOtherData_LeavesNothingInLibcryptosErrorQueue) {
+    for (const char* const name : {"rsa1024", "dsa1024"}) {
+        ERR_clear_error();
+        EXPECT_TRUE(isRefused(name, makePattern(99), sign(name, makePattern(100)))) << name;
+        EXPECT_EQ(ERR_peek_error(), 0U) << name;
+    }
+}
+
 TEST(SignatureAlgo, EncryptedPrivateKey_NeedsItsPassphrase) {
     for (const char* const name : {"rsa2048_encrypted_traditional", "rsa2048_encrypted_pkcs8"}) {
         const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readKey(name), testPassphrase);
