@@ -5,8 +5,8 @@
 
 #include "sarn/object_model.h"
 
+#include "ul/fork_safe_mutex.h"
 #include "ul/map.h"
-#include "ul/mutex.h"
 
 struct evp_cipher_st;
 typedef struct evp_cipher_st EVP_CIPHER;
@@ -207,7 +207,7 @@ protected:
     static void disposeGlobalInstance();
 
 private:
-    ul::CMutex m_mutex;
+    ul::CForkSafeMutex m_mutex;
     ul::TMap<ul::String, ul::P<ICipher>> m_ciphers;
 };
 

@@ -8,8 +8,8 @@
 #include "sarn/digest_interfaces.h"
 #include "sarn/openssl_digest.h"
 
+#include "ul/fork_safe_mutex.h"
 #include "ul/map.h"
-#include "ul/mutex.h"
 
 namespace sarn {
 
@@ -116,7 +116,7 @@ protected:
     static void disposeGlobalInstance();
 
 private:
-    ul::CMutex m_mutex;
+    ul::CForkSafeMutex m_mutex;
     ul::TMap<ul::String, ul::P<IDigestType>> m_types;
 };
 

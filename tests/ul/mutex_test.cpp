@@ -112,4 +112,28 @@ TEST(CThread, IDs_AreNonZeroAndDifferBetweenLivingThreads) {
     EXPECT_EQ(ul::CThread::getCurrentID(), ul::CThread::getCurrentID());
 }
 
+TEST(CMutex, TryLock_OfOneThatAnotherThreadHolds_ReturnsFalseAtOnce) {
+    ul::CMutex mutex;
+    const ul::CMutexLock lock(mutex);
+    bool hasLocked = true;
+    std::thread([&] { hasLocked = mutex.tryLock(); }).join();
+    EXPECT_FALSE(hasLocked);
+}
+
+TEST(CMutex, TryLock_ByItsHolder_CountsAsOneMoreLock) {
+    ul::CMutex mutex;
+    EXPECT_TRUE(mutex.tryLock());
+    EXPECT_TRUE(mutex.tryLock());
+    mutex.unlock();
+    bool hasLocked = true;
+    std::thread([&] { hasLocked = mutex.tryLock(); }).join();
+    EXPECT_FALSE(hasLocked);
+    mutex.unlock();
+    std::thread([&] {
+        hasLocked = mutex.tryLock();
+        mutex.unlock();
+    }).join();
+    EXPECT_TRUE(hasLocked);
+}
+
 } // namespace sarn_test

@@ -22,6 +22,17 @@ void CMutex::lock() {
     ++m_depth;
 }
 
+bool CMutex::tryLock() {
+    const std::uint64_t caller = CThread::getCurrentID();
+    if (m_owner.load(std::memory_order_relaxed) != caller) {
+        if (!m_mutex.try_lock())
+            return false;
+        m_owner.store(caller, std::memory_order_relaxed);
+    }
+    ++m_depth;
+    return true;
+}
+
 void CMutex::unlock() {
     if (m_owner.load(std::memory_order_relaxed) != CThread::getCurrentID())
         raiseError("Mutex is not locked by the calling thread.");

@@ -2,6 +2,7 @@
 #include "ul/random.h"
 
 #include "random_reserve.h"
+#include "ul/fork_safe_mutex.h"
 
 namespace ul {
 
@@ -11,7 +12,7 @@ const P<CMTRand>& CMTRand::getGlobal() {
 }
 
 const P<CMutex>& CMTRand::getGlobalInstanceMutex() {
-    static const P<CMutex> mutex = make<CMutex>();
+    static const P<CMutex> mutex = make<CForkSafeMutex>();
     return mutex;
 }
 

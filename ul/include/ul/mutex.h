@@ -29,6 +29,8 @@ public:
 
     /// Waits until no other thread holds the mutex and takes it.
     void lock() override;
+    /// Takes the mutex unless another thread holds it. Returns whether the calling thread holds it now.
+    bool tryLock();
     /// \throws CError "Mutex is not locked by the calling thread." if it is not; the mutex is unchanged then.
     void unlock() override;
 

@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+// Whatever decrypts with padding is what libcrypto decrypts, and encrypts to the same bytes again.
+#include "ciphers.h"
+#include "targets.h"
+
+namespace sarn_fuzz {
+
+void fuzzDecrypt(const std::uint8_t* data, std::size_t size) {
+    Input input(data, size);
+    const ChosenCipher chosen = chooseCipher(input.take());
+    const Key key = makeKey(chosen.cipher->getKeySize());
+    const std::optional<Bytes> decrypted = tryFill(
+        [&](Buffer& out) { chosen.cipher->decrypt(key, input.getData(), input.getSize(), out, false, nullptr); });
+    if (input.getSize() < 16) {
+        require(!decrypted, "an input shorter than the IV is refused");
+        return;
+    }
+    const Bytes all = input.toBytes();
+    const Bytes iv(all.begin(), all.begin() + 16);
+    const Bytes ciphertext(all.begin() + 16, all.end());
+    require(decrypted == runRaw(chosen.raw, false, true, key, iv, ciphertext), "libcrypto decrypts the same");
+    if (!decrypted)
+        return;
+    const std::optional<Bytes> again = tryFill([&](Buffer& out) {
+        chosen.cipher->encrypt(key, decrypted->data(), static_cast<int>(decrypted->size()), out, false, iv.data());
+    });
+    require(again == ciphertext, "what decrypts encrypts to the same bytes");
+}
+
+} // namespace sarn_fuzz

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a configuration holds can be written down and read again.
+#include "property.h"
+#include "targets.h"
+
+#include "ul/ini.h"
+
+namespace sarn_fuzz {
+
+namespace {
+
+ul::P<ul::CINIContent> tryParse(const void* data, int size) {
+    Buffer content;
+    content.init(static_cast<const unsigned char*>(data), size);
+    try {
+        return ul::CINIContent::parseData(content);
+    } catch (const ul::CError&) {
+        return nullptr;
+    }
+}
+
+/// A value in quotes, which keep its spaces, unless it holds some.
+ul::String quote(const ul::String& value) {
+    const bool hasQuotes = value.toStdWString().find(L'"') != std::wstring::npos;
+    return hasQuotes ? value : "\"" + value + "\"";
+}
+
+/// All sections, names and values.
+ul::String write(const ul::CINIContent& content) {
+    // A name may start with what is a mark of UTF-8 at the start of a file.
+    ul::String text = "\n";
+    ul::TArray<ul::String> sections;
+    content.getSectionNames(sections);
+    for (const ul::String& section : sections) {
+        if (!section.isEmpty())
+            text += "[" + section + "]\n";
+        ul::TArray<ul::String> names;
+        content.getSectionValueNames(section, names);
+        for (const ul::String& name : names) {
+            ul::String value;
+            require(content.tryGetSectionValue(value, section, name), "what is listed has a value");
+            text += name + "=" + quote(value) + "\n";
+        }
+    }
+    return text;
+}
+
+} // namespace
+
+void fuzzINI(const std::uint8_t* data, std::size_t size) {
+    const ul::P<ul::CINIContent> content = tryParse(data, static_cast<int>(size));
+    if (!content)
+        return;
+    const ul::String text = write(*content);
+    const std::string bytes = text.toUTF8();
+    const ul::P<ul::CINIContent> again = tryParse(bytes.data(), static_cast<int>(bytes.size()));
+    require(again && write(*again) == text, "what is written down reads the same");
+}
+
+} // namespace sarn_fuzz

@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+
+namespace sarn_soak {
+
+/// Forks `count` times at random moments while threads use all that is shared. Each child uses it as well and ends
+/// within ten seconds. Returns how many initialisation vectors were drawn in all; throws if one came twice or a child
+/// failed.
+std::size_t runForks(int count);
+
+} // namespace sarn_soak
