@@ -21,8 +21,7 @@ namespace {
 
 class PretendedSizes : public testing::Test {
 protected:
-    PretendedSizes()
-        : m_file(m_folder.write("config", sarn::base64Encode("[a]\nb=c\n", 8, true, true).toUTF8())) {
+    PretendedSizes() : m_file(m_folder.write("config", sarn::base64Encode("[a]\nb=c\n", 8, true, true).toUTF8())) {
         installReplacements();
         ul::TBuffer<unsigned char> signature;
         sarn::createFileSignature_RSA_SHA1(m_file, readKey("rsa1024"), signature);

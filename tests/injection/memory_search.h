@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: Apache-2.0
+// Looks for a secret in the whole memory of the process.
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+namespace sarn_test {
+
+/// Bytes that stand nowhere in the process unless they are written: only their masked form does.
+class Canary {
+public:
+    static constexpr int size = 32;
+
+    /// Each `kind` is another canary.
+    explicit Canary(unsigned char kind);
+    /// From a secret that is known only at run time. The caller wipes what it has of it.
+    static Canary of(const unsigned char* secret);
+
+    /// Writes the bytes to `out`.
+    void write(unsigned char* out) const;
+    /// Whether a piece of the canary, its first or its last 16 bytes, stands at `at`.
+    bool standsAt(const unsigned char* at, std::size_t available) const;
+    unsigned char getFirst(bool ofLastHalf) const;
+
+private:
+    std::array<unsigned char, size> m_masked;
+};
+
+/// Every place where a piece of the canary stands, described by the name of its region.
+std::vector<std::string> findInMemory(const Canary& canary);
+
+} // namespace sarn_test
