@@ -1,10 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "injection/memory_search.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <fstream>
 #include <sstream>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace sarn_test {
 
@@ -40,16 +46,55 @@ std::vector<Region> listRegions() {
     return regions;
 }
 
-/// Calls `found` for each place of the region at which the canary's first or 17th byte stands.
-template <class Found>
-void searchRegion(const Region& region, unsigned char first, Found found) {
-    const unsigned char* at = region.begin;
-    const unsigned char* const end = region.begin + region.size;
-    while (at < end && (at = static_cast<const unsigned char*>(
-                            std::memchr(at, first, static_cast<std::size_t>(end - at)))) != nullptr) {
-        found(at, static_cast<std::size_t>(end - at));
-        ++at;
+/// A window into the process's memory. It reads by way of the system, because what was listed may have gone meanwhile,
+/// and lies in memory of its own, which is not looked at.
+class Window {
+public:
+    static constexpr std::size_t size = 1 << 20;
+
+    Window() {
+        void* const memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        m_file = ::open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
+        if (memory == MAP_FAILED || m_file < 0)
+            throw std::runtime_error("the process's memory cannot be read");
+        m_memory = static_cast<unsigned char*>(memory);
     }
+    Window(const Window&) = delete;
+    Window& operator=(const Window&) = delete;
+    ~Window() {
+        ::munmap(m_memory, size);
+        ::close(m_file);
+    }
+
+    /// Copies what lies at `from`. Returns how many bytes there are.
+    std::size_t read(const unsigned char* from, std::size_t count) {
+        const ssize_t done = ::pread(m_file, m_memory, std::min(count, size),
+                                     static_cast<off_t>(reinterpret_cast<std::uintptr_t>(from)));
+        return done < 0 ? 0 : static_cast<std::size_t>(done);
+    }
+    const unsigned char* getData() const { return m_memory; }
+    bool isWithin(const Region& region) const {
+        return m_memory >= region.begin && m_memory < region.begin + region.size;
+    }
+
+private:
+    unsigned char* m_memory;
+    int m_file;
+};
+
+/// How often a piece of the canary stands in the bytes.
+int count(const Canary& canary, const unsigned char* data, std::size_t size) {
+    int found = 0;
+    for (const bool ofLastHalf : {false, true}) {
+        const unsigned char* at = data;
+        const unsigned char* const end = data + size;
+        while (at < end && (at = static_cast<const unsigned char*>(std::memchr(
+                                at, canary.getFirst(ofLastHalf), static_cast<std::size_t>(end - at)))) != nullptr) {
+            found += canary.standsAt(at, static_cast<std::size_t>(end - at));
+            ++at;
+        }
+    }
+    return found;
 }
 
 } // namespace
@@ -91,12 +136,15 @@ bool Canary::standsAt(const unsigned char* at, std::size_t available) const {
 
 std::vector<std::string> findInMemory(const Canary& canary) {
     std::vector<std::string> places;
+    Window window;
     for (const Region& region : listRegions()) {
-        for (const bool ofLastHalf : {false, true}) {
-            searchRegion(region, canary.getFirst(ofLastHalf), [&](const unsigned char* at, std::size_t available) {
-                if (canary.standsAt(at, available))
-                    places.push_back(region.name.empty() ? "unnamed memory" : region.name);
-            });
+        if (window.isWithin(region))
+            continue;
+        // Windows overlap by less than a piece, so that none is missed and none counted twice.
+        for (std::size_t offset = 0; offset < region.size; offset += Window::size - pieceSize + 1) {
+            const std::size_t size = window.read(region.begin + offset, region.size - offset);
+            if (count(canary, window.getData(), size) > 0)
+                places.push_back(region.name.empty() ? "unnamed memory" : region.name);
         }
     }
     return places;
