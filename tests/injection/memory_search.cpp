@@ -47,13 +47,13 @@ std::vector<Region> listRegions() {
 }
 
 /// A window into the process's memory. It reads by way of the system, because what was listed may have gone meanwhile,
-/// and lies in memory of its own, which is not looked at.
+/// and lies in memory of its own, shared so that the system joins it with no other, which is not looked at.
 class Window {
 public:
     static constexpr std::size_t size = 1 << 20;
 
     Window() {
-        void* const memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+        void* const memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         m_file = ::open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
         if (memory == MAP_FAILED || m_file < 0)
             throw std::runtime_error("the process's memory cannot be read");
