@@ -6,6 +6,7 @@
 #include "frame/error_queue_mark.h"
 #include "frame/openssl_owners.h"
 #include "frame/raise.h"
+#include "signature/dsa_parameters.h"
 
 #include "ul/fork_delay.h"
 
@@ -96,7 +97,11 @@ void COpenSSLSignatureAlgo::CSigner::finish(void* signature, int& size) {
     const ul::CForkDelay forkDelay;
     ErrorQueueMark mark;
     unsigned length = 0;
-    if (EVP_SignFinal(m_ctx, static_cast<unsigned char*>(signature), &length, m_key) <= 0)
+    if (mayNeverSign(m_key))
+        mark.raise(signFailed);
+    const auto largest = static_cast<unsigned>(getMaxSignatureSize());
+    // libcrypto 3.0 tells of success and a length below zero when it has no memory to encode a DSA signature in.
+    if (EVP_SignFinal(m_ctx, static_cast<unsigned char*>(signature), &length, m_key) <= 0 || length > largest)
         mark.raise(signFailed);
     size = static_cast<int>(length);
 }

@@ -7,6 +7,7 @@
 #include "injection/replacement.h"
 
 #include <openssl/bio.h>
+#include <openssl/bn.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
@@ -135,6 +136,10 @@ std::vector<ImportedCall> makeLibcryptoCalls() {
             describe<&::EVP_CIPHER_fetch>("EVP_CIPHER_fetch", kind, nullptr, isIgnored),
 #else
             describe<&::EVP_PKEY_size>("EVP_PKEY_size", kind, 0),
+            // The kind of the key is then not known to be DSA.
+            describe<&::EVP_PKEY_base_id>("EVP_PKEY_base_id", kind, 0, isIgnored),
+            describe<&::BN_CTX_new>("BN_CTX_new", kind, nullptr), describe<&::BN_new>("BN_new", kind, nullptr),
+            describe<&::BN_gcd>("BN_gcd", kind, 0),
 #endif
     };
 }
@@ -220,49 +225,6 @@ const std::vector<ImportedCall>& getImportedCalls() {
 const std::vector<std::string>& installReplacements() {
     static const std::vector<std::string> names = replaceAll();
     return names;
-}
-
-bool cannotFail(const std::string& name) {
-    static const std::set<std::string> names = {
-        // They return a constant, their argument, or a number that every value of which is a result.
-        "BIO_f_base64", "BIO_s_mem", "BIO_push", "EVP_aes_128_cbc", "EVP_aes_256_cbc", "EVP_bf_cbc", "EVP_cast5_cbc",
-        "EVP_idea_cbc", "EVP_md5", "EVP_sha1", "EVP_CIPHER_block_size", "EVP_CIPHER_iv_length", "EVP_CIPHER_key_length",
-        "EVP_CIPHER_get_block_size", "EVP_CIPHER_get_iv_length", "EVP_CIPHER_get_key_length", "adler32", "crc32",
-        // They return nothing.
-        "BIO_free_all", "BIO_set_flags", "EVP_CIPHER_CTX_free", "EVP_MD_CTX_free", "EVP_PKEY_free", "free"};
-    return names.count(name) > 0;
-}
-
-bool isNoDependency(const std::string& name) {
-    static const std::set<std::string> names = {"memcpy",
-                                                "memmove",
-                                                "memset",
-                                                "memcmp",
-                                                "strcmp",
-                                                "strlen",
-                                                "wcslen",
-                                                "wmemcmp",
-                                                "wmemcpy",
-                                                "wmemset",
-                                                "wmemchr",
-                                                "memchr",
-                                                "fprintf",
-                                                "pthread_mutex_lock",
-                                                "pthread_mutex_trylock",
-                                                "nanosleep",
-                                                "__tls_get_addr",
-                                                "pthread_mutex_unlock",
-                                                "pthread_self",
-                                                "pthread_atfork",
-                                                "__register_atfork",
-                                                "__errno_location",
-                                                "__dynamic_cast",
-                                                "__gmon_start__"};
-    const auto startsWith = [&](const char* start) { return name.rfind(start, 0) == 0; };
-    // Mangled names are those of libul and of the C++ runtime, which getImportedCalls() picks what it needs from.
-    return startsWith("_Z") || startsWith("__cxa_") || startsWith("_ITM_") || startsWith("_Unwind_") ||
-           startsWith("__gxx_") || startsWith("__asan_") || startsWith("__ubsan_") || startsWith("__tsan_") ||
-           names.count(name) > 0;
 }
 
 Injection::Injection(bool ofAllocations, int index, Duration duration)

@@ -7,9 +7,12 @@
 
 #include "ul/error.h"
 
+#include <openssl/opensslv.h>
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <new>
 #include <optional>
 #include <set>
@@ -19,6 +22,13 @@ namespace sarn_test {
 namespace {
 
 using Duration = Injection::Duration;
+
+/// The call to fail after `index`. Newer versions of libcrypto allocate thousands of times to read a key, so that only
+/// some of those fail, unless all are asked for.
+int getNext(int index) {
+    const bool isEach = OPENSSL_VERSION_NUMBER < 0x30000000L || index < 400 || std::getenv("SARN_EACH_INJECTION");
+    return isEach ? index + 1 : index + index / 20;
+}
 
 /// What came of a run: its result, or the message of the error that it ended in.
 struct Outcome {
@@ -63,7 +73,8 @@ protected:
 
     /// Lets one call after the other fail, until the scenario makes no more. Returns how many failed.
     int injectAll(bool ofAllocations, Duration duration) {
-        for (int index = 0;; ++index) {
+        int injected = 0;
+        for (int index = 0;; index = getNext(index)) {
             Outcome outcome;
             std::string failed;
             bool mustBeNoticed = false;
@@ -71,7 +82,8 @@ protected:
                 Injection injection(ofAllocations, index, duration);
                 outcome = observe(m_run);
                 if (!injection.hasHappened())
-                    return index;
+                    return injected;
+                ++injected;
                 failed = injection.getFirst().name;
                 mustBeNoticed = injection.mustBeNoticed();
             }
@@ -86,7 +98,7 @@ protected:
             }
             EXPECT_EQ(toHex(m_run()), toHex(m_expected)) << "what is used afterwards is damaged";
             if (HasFailure())
-                return index;
+                return injected;
         }
     }
 
