@@ -7,8 +7,8 @@ namespace {
 
 Scenarios makeScenarios() {
     Scenarios all;
-    for (const auto make :
-         {makeCipherScenarios, makeDigestScenarios, makeKeyScenarios, makeSignatureScenarios, makeFileScenarios}) {
+    for (const auto make : {makeCipherScenarios, makeDigestScenarios, makeKeyScenarios, makeSignatureScenarios,
+                            makeFileScenarios, makeJobScenarios}) {
         const Scenarios scenarios = make();
         all.insert(all.end(), scenarios.begin(), scenarios.end());
     }

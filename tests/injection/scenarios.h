@@ -36,6 +36,7 @@ Scenarios makeDigestScenarios();
 Scenarios makeKeyScenarios();
 Scenarios makeSignatureScenarios();
 Scenarios makeFileScenarios();
+Scenarios makeJobScenarios();
 
 /// All of them.
 const Scenarios& getScenarios();
