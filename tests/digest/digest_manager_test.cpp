@@ -170,4 +170,24 @@ TEST(DigestType, RunningDigest_KeepsItsTypeAlive) {
     EXPECT_EQ(finish(*digest), getDigest("md4-sha1", {'a', 'b', 'c'}));
 }
 
+TEST(DigestTypes, CopiesAndMovedOnes_CreateTheSameDigests) {
+    const auto expectSame = [](auto& type, const char* id) {
+        using Type = std::decay_t<decltype(type)>;
+        const ul::P<Type> copy = ul::make<Type>(type);
+        const ul::P<Type> moved = ul::make<Type>(std::move(*ul::make<Type>(type)));
+        const ul::P<Type> assigned = ul::make<Type>();
+        *assigned = type;
+        *assigned = std::move(*ul::make<Type>(type));
+        for (const ul::P<Type>& other : {copy, moved, assigned}) {
+            EXPECT_TRUE(other->getID() == id);
+            const ul::P<sarn::IDigest> digest = other->createDigest();
+            feed(*digest, makePattern(10));
+            EXPECT_EQ(finish(*digest), getDigest(id, makePattern(10)));
+        }
+    };
+    expectSame(*ul::make<sarn::CDigestType_MD4_SHA1>(), "md4-sha1");
+    expectSame(*ul::make<sarn::CDigestType_MD4_SHA1_Adler32>(), "md4-sha1-adler32");
+    expectSame(*ul::make<sarn::CDigestType_SHA256>(), "sha256");
+}
+
 } // namespace sarn_test

@@ -7,6 +7,7 @@
 
 #include <functional>
 #include <memory>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,11 @@ struct Scenario {
     /// process is meant to end.
     bool failsOnlyOnce = false;
 };
+
+/// For messages of failures.
+inline void PrintTo(const Scenario& scenario, std::ostream* out) {
+    *out << scenario.name;
+}
 
 using Scenarios = std::vector<Scenario>;
 

@@ -111,6 +111,11 @@ struct SecretUse {
     bool mayStayOnTheStack = false;
 };
 
+/// For messages of failures.
+void PrintTo(const SecretUse& use, std::ostream* out) {
+    *out << use.name;
+}
+
 const SecretUse uses[] = {
     {"EncryptionKey", encryptUnderSecretKey},
     {"KeyOfTheWrongSize", refuseSecretKeyOfTheWrongSize},

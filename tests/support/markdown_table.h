@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <cctype>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -19,6 +20,11 @@ struct MarkdownRow {
 
 /// The rows of the first table of docs/`page` whose first column is headed `heading`. Throws if there is none.
 std::vector<MarkdownRow> readMarkdownTable(const std::string& page, const std::string& heading);
+
+/// For messages of failures.
+inline void PrintTo(const MarkdownRow& row, std::ostream* out) {
+    *out << "line " << row.line;
+}
 
 /// Names a test after the third cell of its row.
 inline std::string getRowName(const testing::TestParamInfo<MarkdownRow>& info) {
