@@ -23,14 +23,11 @@ bool mayNeverSign(EVP_PKEY* key) {
     const BIGNUM* q = nullptr;
     const BIGNUM* g = nullptr;
     DSA_get0_pqg(EVP_PKEY_get0_DSA(key), &p, &q, &g);
-    // libcrypto refuses what is missing or 0 itself.
-    if (!p || !q || !g || BN_is_zero(p) || BN_is_zero(q) || BN_is_zero(g))
-        return false;
     // The half is (g^k mod p) mod q. Of powers of g that share a factor with p all but a few may be 0 modulo p.
     const std::unique_ptr<BN_CTX, decltype(&BN_CTX_free)> context(BN_CTX_new(), BN_CTX_free);
     const std::unique_ptr<BIGNUM, decltype(&BN_free)> divisor(BN_new(), BN_free);
-    const bool isKnown = context && divisor && BN_gcd(divisor.get(), g, p, context.get());
-    return BN_is_one(p) || BN_is_one(q) || !isKnown || !BN_is_one(divisor.get());
+    const bool isKnown = p && q && g && context && divisor && BN_gcd(divisor.get(), g, p, context.get());
+    return !isKnown || BN_is_one(p) || BN_is_one(q) || !BN_is_one(divisor.get());
 }
 
 #endif

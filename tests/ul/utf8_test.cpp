@@ -18,6 +18,11 @@ struct Pair {
     std::string bytes;
 };
 
+/// For messages of failures.
+void PrintTo(const Pair& pair, std::ostream* out) {
+    *out << pair.name;
+}
+
 class UTF8 : public testing::TestWithParam<Pair> {};
 
 struct Invalid {
@@ -25,6 +30,10 @@ struct Invalid {
     std::string bytes;
     const char* position;
 };
+
+void PrintTo(const Invalid& invalid, std::ostream* out) {
+    *out << invalid.name;
+}
 
 class InvalidUTF8 : public testing::TestWithParam<Invalid> {};
 
