@@ -9,7 +9,9 @@ namespace ul {
 /// The process-wide list of mutexes that fork() waits for.
 class ForkGuard {
 public:
-    /// \throws std::bad_alloc if the system cannot be told to call us ahead of fork()
+    /// Has the system call us around each fork(). False if it cannot be told to.
+    static bool start() noexcept;
+    /// \throws std::bad_alloc if start() fails
     static void add(CForkSafeMutex& mutex);
     static void remove(CForkSafeMutex& mutex) noexcept;
 

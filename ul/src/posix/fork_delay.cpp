@@ -21,6 +21,8 @@ thread_local int ownDelays = 0;
 } // namespace
 
 CForkDelay::CForkDelay() noexcept {
+    // Without the system's calls nothing is delayed, which is no reason to fail.
+    ForkGuard::start();
     if (ownDelays++ > 0)
         return;
     for (;;) {

@@ -31,9 +31,13 @@ bool tryHoldOthers() {
 
 } // namespace
 
-void ForkGuard::add(CForkSafeMutex& mutex) {
+bool ForkGuard::start() noexcept {
     static const bool isRegistered = ::pthread_atfork(hold, letGo, letGo) == 0;
-    if (!isRegistered)
+    return isRegistered;
+}
+
+void ForkGuard::add(CForkSafeMutex& mutex) {
+    if (!start())
         throw std::bad_alloc();
     const std::lock_guard<std::mutex> lock(listMutex);
     mutex.m_next = firstMutex;

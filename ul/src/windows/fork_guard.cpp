@@ -6,6 +6,10 @@
 
 namespace ul {
 
+bool ForkGuard::start() noexcept {
+    return true;
+}
+
 void ForkGuard::add(CForkSafeMutex&) {}
 
 void ForkGuard::remove(CForkSafeMutex&) noexcept {}
