@@ -21,8 +21,8 @@ namespace {
 
 using Duration = Injection::Duration;
 
-/// The call to fail after `index`. Newer versions of libcrypto allocate thousands of times to read a key, and sanitizers
-/// take their time: of many calls only some fail there, unless all are asked for.
+/// The call to fail after `index`. Newer versions of libcrypto allocate thousands of times to read a key, and
+/// sanitizers take their time: of many calls only some fail there, unless all are asked for.
 int getNext(int index) {
 #ifdef SARN_FEWER_INJECTIONS
     if (index >= 100 && !std::getenv("SARN_EACH_INJECTION"))
