@@ -14,13 +14,14 @@ run_lint() {
     shellcheck dev .ci/run scripts/dev/*.sh $(grep -sl '^#!/usr/bin/env bash' scripts/*)
     say "rules of the tree"
     scripts/check-tree
-    configure_and_build "$preset"
+    # The analyzers need to know how each file is compiled, and nothing that is built.
+    [[ -f build/$preset/build.ninja ]] || quietly "configuring $preset" "configure-$preset" cmake --preset "$preset"
     quietly "clang-tidy" tidy run_clang_tidy "build/$preset"
     quietly "cppcheck" cppcheck cppcheck "--project=build/$preset/compile_commands.json" --quiet -j "$jobs" \
         --enable=warning,performance,portability --inline-suppr --error-exitcode=1 "--file-filter=*/src/*"
     quietly "clang's static analyzer" scan-build run_scan_build "$preset"
     say "clean: gcc's and clang's warnings, clang-tidy, cppcheck, scan-build;" \
-        "$(git grep -ohE 'NOLINT(NEXTLINE|BEGIN)?\(|cppcheck-suppress ' -- src ul include | wc -l) waivers, each with its reason beside it"
+        "$(git grep -ohE 'NOLINT(NEXTLINE|BEGIN)?\(|cppcheck-suppress ' -- src ul include | wc -l) waiver(s), each with its reason beside it"
 }
 
 # Builds the libraries anew under the analyzer, which fails if it reports anything.
