@@ -71,6 +71,14 @@ TEST(TCryptBuffer, Grown_LeavesNoSecret) {
               0);
 }
 
+TEST(TCryptBuffer, Grown_GivesTheOldBlockBack) {
+    CryptBuffer buffer;
+    buffer.init(secret, secretSize);
+    const SecretSpy spy(secret);
+    buffer.ensureAllocated(10000);
+    EXPECT_EQ(spy.getFreedCount(), 1);
+}
+
 TEST(TCryptBuffer, Assigned_LeavesNoSecret) {
     EXPECT_EQ(countFoundSecrets([] {
                   CryptBuffer buffer;

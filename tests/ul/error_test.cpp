@@ -71,6 +71,13 @@ TEST(CError, CloneAndThrowClone_KeepTheType) {
     expectKeepsItsType(ul::CFileError("open file", "p", "reason", 2));
 }
 
+TEST(CError, OfAClassWithAMessageOfItsOwn_HasNoSecondText) {
+    EXPECT_TRUE(ul::CInvalidArgError("where", "m", noProps).getText().isEmpty());
+    EXPECT_TRUE(ul::CBadStateError("m").getText().isEmpty());
+    EXPECT_TRUE(ul::CBadPathError("p").getText().isEmpty());
+    EXPECT_TRUE(ul::CFileError("open file", "p", "reason", 2).getText().isEmpty());
+}
+
 TEST(CError, Cause_IsACopyOfItsTypeThatOutlivesTheOriginal) {
     ul::P<ul::CError> error;
     {
