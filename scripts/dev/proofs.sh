@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash
 # shellcheck disable=SC2154 # root, logs and jobs are set by ./dev, which reads this file
+# shellcheck disable=SC2034 # figure is said in the end
 # ./dev fuzz, faults, soak, secrets, mutate and coverage. Each prints its figure in its last lines.
 
 # Where the libcrypto lies that a preset builds against.
@@ -23,14 +24,13 @@ require_number() {
 }
 
 run_fuzz() {
-    local seconds=${1:-600} status=0
+    local seconds=${1:-600}
     require_number fuzz "$seconds"
     ensure_packages build fuzz
     require_reference
     configure_and_build fuzz
     say "fuzzing for $seconds s on $jobs processors (logs: build/fuzz-work/)"
-    scripts/fuzz "$root/build/fuzz/fuzz" "$root/build/fuzz-work" "$seconds" "${2:-}" || status=$?
-    return "$status"
+    conclude scripts/fuzz "$root/build/fuzz/fuzz" "$root/build/fuzz-work" "$seconds" "${2:-}"
 }
 
 # Runs the tests of a program that match, with their figures, or ends.
@@ -48,6 +48,10 @@ run_faults() {
     say "failing every allocation and every call of a dependency, in each scenario"
     run_counted sarn_injection_tests '*' injections
     run_counted sarn_fault_tests '*' faults
+    conclude count_injections
+}
+
+count_injections() {
     python3 - build/injections.xml <<'PYTHON'
 import re, sys
 
@@ -70,7 +74,7 @@ run_soak() {
     say "threads, forks and first uses"
     build/release/tests/sarn_soak first-use 200
     build/release/tests/sarn_soak forks 1000
-    build/release/tests/sarn_soak threads "$operations"
+    conclude build/release/tests/sarn_soak threads "$operations"
 }
 
 run_secrets() {
@@ -81,7 +85,7 @@ run_secrets() {
     say "searching memory for keys, passwords and plaintexts"
     run_counted sarn_injection_tests '*Secrets*' secrets-in-memory
     run_counted sarn_fault_tests '*Wiped*:*LeaveNo*:*TCryptBuffer*' secrets-in-blocks
-    echo "$(grep -c '<testcase' build/secrets-in-memory.xml) uses of a secret, every way out of each: none found in memory afterwards"
+    figure="$(grep -c '<testcase name="AreGone' build/secrets-in-memory.xml) uses of a secret, every way out of each: none found in memory"
 }
 
 run_mutate() {
@@ -91,7 +95,7 @@ run_mutate() {
     require_reference
     [[ -f build/release/build.ninja ]] || cmake --preset release >/dev/null
     say "trying $count changes of the sources on $jobs processors; this takes about an hour (copies: build/mutants/)"
-    scripts/mutate "$count" "$root/build/mutants" "$(libcrypto_root release)"
+    conclude scripts/mutate "$count" "$root/build/mutants" "$(libcrypto_root release)"
 }
 
 run_coverage() {
@@ -99,7 +103,7 @@ run_coverage() {
     require_reference
     configure_and_build coverage
     say "running the tests (HTML: build/coverage-work/html/index.html)"
-    scripts/coverage "$root/build/coverage" "$root/build/coverage-work"
+    conclude scripts/coverage "$root/build/coverage" "$root/build/coverage-work"
 }
 
 run_memcheck() {
@@ -107,6 +111,5 @@ run_memcheck() {
     require_reference
     configure_and_build release
     say "running the tests under valgrind; this takes a while (logs: build/logs/memcheck-*)"
-    scripts/memcheck "$root/build/release" "$logs"
-    echo "the test programs are clean under valgrind: memory, leaks, descriptors"
+    conclude scripts/memcheck "$root/build/release" "$logs"
 }

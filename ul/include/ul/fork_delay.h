@@ -16,6 +16,9 @@ public:
     CForkDelay(const CForkDelay&) = delete;
     CForkDelay& operator=(const CForkDelay&) = delete;
     ~CForkDelay();
+
+private:
+    bool m_isCounted = false;
 };
 
 } // namespace ul
