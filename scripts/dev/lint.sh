@@ -15,7 +15,7 @@ run_lint() {
     say "rules of the tree"
     scripts/check-tree
     # The analyzers need to know how each file is compiled, and nothing that is built.
-    [[ -f build/$preset/build.ninja ]] || quietly "configuring $preset" "configure-$preset" cmake --preset "$preset"
+    quietly "configuring $preset" "configure-$preset" cmake --preset "$preset"
     quietly "clang-tidy" tidy run_clang_tidy "build/$preset"
     quietly "cppcheck" cppcheck cppcheck "--project=build/$preset/compile_commands.json" --quiet -j "$jobs" \
         --enable=warning,performance,portability --inline-suppr --error-exitcode=1 "--file-filter=*/src/*"
