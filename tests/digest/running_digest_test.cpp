@@ -98,6 +98,16 @@ TEST_P(RunningDigest, NegativeSize_IsRefusedAndChangesNothing) {
     EXPECT_EQ(finish(*digest), getDigest(GetParam(), abc));
 }
 
+TEST(RunningDigestOfEachKind, NegativeSize_IsRefusedByTheNameOfTheOperation) {
+    const auto expectRefusedBy = [](const char* where, const char* id) {
+        expectInvalidArg(where, "invalid data size", [&] { createDigest(id)->update("x", -1); });
+    };
+    expectRefusedBy("CDigest_Adler32::update", "adler32");
+    expectRefusedBy("CDigest_CRC32::update", "crc32");
+    expectRefusedBy("TDigest_OpenSSL::update", "md4");
+    expectRefusedBy("TDigest_OpenSSL::update", "sha256");
+}
+
 TEST_P(RunningDigest, EmptyInputOfNullPointer_IsNothing) {
     if (std::string(GetParam()).find("32") == std::string::npos)
         feed(*digest, abc);
