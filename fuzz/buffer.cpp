@@ -44,7 +44,7 @@ template <class Kind>
 void check(Input input) {
     Kind buffer;
     Bytes model;
-    while (!input.isEmpty() && model.size() < 100000) {
+    while (!input.isEmpty() && model.size() < 20000) {
         step(input, buffer, model);
         require(toBytes(buffer) == model, "a buffer does what a vector does");
     }

@@ -30,9 +30,10 @@ bool isVerbatim(const std::wstring& text) {
     return text.compare(0, 4, L"\\\\?\\") == 0;
 }
 
+/// Also where the separator behind "UNC" is missing, which a root would be completed with.
 bool isVerbatimShare(const std::wstring& text) {
-    return isVerbatim(text) && text.size() >= 8 && toUpper(text[4]) == L'U' && toUpper(text[5]) == L'N' &&
-           toUpper(text[6]) == L'C' && text[7] == sep;
+    return isVerbatim(text) && text.size() >= 7 && toUpper(text[4]) == L'U' && toUpper(text[5]) == L'N' &&
+           toUpper(text[6]) == L'C' && (text.size() == 7 || text[7] == sep);
 }
 
 /// The start of a root: fixed characters, and the number of names that belong to the root behind them.
