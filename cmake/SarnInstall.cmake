@@ -1,33 +1,45 @@
 # SPDX-License-Identifier: Apache-2.0
-# Install rules and the package config that lets another project say find_package(sarn CONFIG REQUIRED).
+# Install rules, and what lets another project find the libraries: for CMake and for pkg-config.
 include(CMakePackageConfigHelpers)
 
 set(sarn_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/sarn")
+# From the folder of the package files to the prefix, so that the prefix can be moved.
+file(RELATIVE_PATH sarn_pc_to_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
+string(REGEX REPLACE "/$" "" sarn_pc_to_prefix "${sarn_pc_to_prefix}")
 
-install(TARGETS ul EXPORT ul-targets
-  RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
-  LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-  ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-install(EXPORT ul-targets NAMESPACE ul:: DESTINATION "${sarn_package_dir}")
-install(DIRECTORY "${PROJECT_SOURCE_DIR}/ul/include/ul" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+# Installs a library with its headers, and the files that other projects find it by.
+function(sarn_install_library name headers)
+  install(TARGETS ${name} EXPORT ${name}-targets
+    RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT lib${name}
+    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT lib${name} NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+  install(EXPORT ${name}-targets NAMESPACE ${name}:: DESTINATION "${sarn_package_dir}" COMPONENT development)
+  install(DIRECTORY "${headers}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT development)
+  if(NOT SARN_BUILD_SHARED)
+    string(TOUPPER "${name}" prefix)
+    set(static_flags " -D${prefix}_STATIC_LIBRARY")
+  endif()
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/${name}.pc.in" "${PROJECT_BINARY_DIR}/${name}.pc" @ONLY)
+  install(FILES "${PROJECT_BINARY_DIR}/${name}.pc" DESTINATION "${CMAKE_INSTALL_LIBDIR}/pkgconfig"
+    COMPONENT development)
+endfunction()
 
+if(WIN32)
+  set(sarn_system_libraries " -lbcrypt")
+endif()
+sarn_install_library(ul "${PROJECT_SOURCE_DIR}/ul/include/ul")
 if(TARGET sarn)
-  install(TARGETS sarn EXPORT sarn-targets
-    RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}"
-    LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}"
-    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}")
-  install(EXPORT sarn-targets NAMESPACE sarn:: DESTINATION "${sarn_package_dir}")
-  install(DIRECTORY "${PROJECT_SOURCE_DIR}/include/sarn" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+  sarn_install_library(sarn "${PROJECT_SOURCE_DIR}/include/sarn")
   configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/sarn-config.cmake.in"
     "${PROJECT_BINARY_DIR}/sarn-config.cmake" INSTALL_DESTINATION "${sarn_package_dir}")
   write_basic_package_version_file("${PROJECT_BINARY_DIR}/sarn-config-version.cmake"
     VERSION ${PROJECT_VERSION} COMPATIBILITY SameMajorVersion)
   install(FILES "${PROJECT_BINARY_DIR}/sarn-config.cmake" "${PROJECT_BINARY_DIR}/sarn-config-version.cmake"
-    DESTINATION "${sarn_package_dir}")
+    DESTINATION "${sarn_package_dir}" COMPONENT development)
   if(SARN_INSTALL_LIBCRYPTO)
     # The reference libcrypto is not a package of the system it is installed on: it travels with the libraries.
     get_filename_component(libcrypto "${OPENSSL_CRYPTO_LIBRARY}" REALPATH)
-    install(FILES "${libcrypto}" DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+    install(FILES "${libcrypto}" DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT libsarn)
   endif()
 endif()
-install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}")
+install(FILES "${PROJECT_SOURCE_DIR}/LICENSE" DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT libul)

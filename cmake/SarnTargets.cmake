@@ -22,11 +22,25 @@ function(sarn_configure_target target)
   endif()
 endfunction()
 
-# Makes `target` the shared library that ships under `output_name`, exporting only what is marked so.
-function(sarn_configure_library target output_name)
-  sarn_configure_target(${target})
+# Adds the library `name`, alias `name`::`name`, whose macros begin with `prefix`. Shared, it exports only what is
+# marked so.
+function(sarn_add_library name prefix)
+  if(NOT SARN_BUILD_SHARED)
+    add_library(${name} STATIC ${ARGN})
+    target_compile_definitions(${name} PUBLIC ${prefix}_STATIC_LIBRARY)
+    # They may become a part of somebody else's shared library.
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+  else()
+    add_library(${name} SHARED ${ARGN})
+    target_compile_definitions(${name} PRIVATE ${prefix}_BUILDING_LIBRARY)
+    sarn_configure_shared(${name})
+  endif()
+  add_library(${name}::${name} ALIAS ${name})
+  sarn_configure_target(${name})
+endfunction()
+
+function(sarn_configure_shared target)
   set_target_properties(${target} PROPERTIES
-    OUTPUT_NAME ${output_name}
     VERSION ${PROJECT_VERSION}
     SOVERSION ${PROJECT_VERSION_MAJOR}
     INSTALL_RPATH "$ORIGIN")
@@ -38,7 +52,7 @@ function(sarn_configure_library target output_name)
     set_target_properties(${target} PROPERTIES PREFIX "")
   endif()
   if(UNIX AND NOT APPLE)
-    set(name ${output_name})
+    set(name ${target})
     string(LENGTH "${name}" mangled_name)
     string(APPEND mangled_name "${name}")
     configure_file("${CMAKE_CURRENT_FUNCTION_LIST_DIR}/exports.map.in" "${CMAKE_CURRENT_BINARY_DIR}/exports.map" @ONLY)

@@ -11,5 +11,6 @@
 #include "sarn/password_key_cache.h"
 #include "sarn/signature.h"
 #include "sarn/signed_config.h"
+#include "sarn/version.h"
 
 #include "ul/ul.h"

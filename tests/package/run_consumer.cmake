@@ -1,27 +1,33 @@
 # SPDX-License-Identifier: Apache-2.0
-# Installs the build into a fresh prefix, builds the consumer project against it and runs that.
-# Wants: BUILD_DIR, WORK_DIR, SOURCE_DIR, CXX, FLAGS, CONFIG; TOOLCHAIN and EMULATOR if it is for another system
+# Builds the consumer project in one way and runs it.
+# Wants: WORK_DIR, SOURCE_DIR, WAY, OPTIONS (for cmake, joined by |); EMULATOR and LIBRARIES (a folder with DLLs) if it is
+# for another system; PREFIX to install what was built
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
   if(NOT status EQUAL 0)
     string(REPLACE ";" " " command "${ARGN}")
     message(FATAL_ERROR "failed (${status}): ${command}\n${output}")
   endif()
+  set(output "${output}" PARENT_SCOPE)
 endfunction()
 
 file(REMOVE_RECURSE "${WORK_DIR}")
-run("${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${WORK_DIR}/prefix" --config "${CONFIG}")
-# The prefix must work wherever it is moved to.
-file(RENAME "${WORK_DIR}/prefix" "${WORK_DIR}/moved")
-run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${WORK_DIR}/build" -G Ninja
-  "-DCMAKE_PREFIX_PATH=${WORK_DIR}/moved" "-DCMAKE_CXX_COMPILER=${CXX}" "-DCMAKE_CXX_FLAGS=${FLAGS}"
-  "-DCMAKE_BUILD_TYPE=${CONFIG}" "-DCMAKE_TOOLCHAIN_FILE=${TOOLCHAIN}"
-  "-DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH")
-run("${CMAKE_COMMAND}" --build "${WORK_DIR}/build")
-if(EXISTS "${WORK_DIR}/build/consumer.exe")
+string(REPLACE "|" ";" options "${OPTIONS}")
+run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${WORK_DIR}" -G Ninja "-DSARN_WAY=${WAY}" ${options})
+run("${CMAKE_COMMAND}" --build "${WORK_DIR}")
+set(program "${WORK_DIR}/consumer")
+if(EXISTS "${program}.exe")
   # Windows looks for DLLs beside the program.
-  file(COPY_FILE "${WORK_DIR}/build/consumer.exe" "${WORK_DIR}/moved/bin/consumer.exe")
-  run(${EMULATOR} "${WORK_DIR}/moved/bin/consumer.exe")
+  file(GLOB libraries "${LIBRARIES}/*.dll")
+  file(COPY ${libraries} DESTINATION "${WORK_DIR}")
+  run(${EMULATOR} "${program}.exe")
 else()
-  run("${WORK_DIR}/build/consumer")
+  run("${program}")
+endif()
+if(NOT output MATCHES "sarn [0-9.]+ with OpenSSL [0-9.]+")
+  message(FATAL_ERROR "unexpected output: ${output}")
+endif()
+message(STATUS "${output}")
+if(PREFIX)
+  run("${CMAKE_COMMAND}" --install "${WORK_DIR}" --prefix "${PREFIX}")
 endif()

@@ -3,6 +3,14 @@
 #include <sarn/sarn.h>
 
 #include <cstring>
+#include <iostream>
+
+#if SARN_VERSION < 10000
+#error "the version can be asked by the preprocessor"
+#endif
+#if defined(CONSUMER_STANDARD)
+static_assert(__cplusplus == (CONSUMER_STANDARD == 17 ? 201703L : 202002L), "not the C++ that was asked for");
+#endif
 
 int main() {
     ul::TCryptBuffer<unsigned char> key(32, -1);
@@ -16,8 +24,12 @@ int main() {
         return 1;
     try {
         cipher->decrypt(key, "short", 5, decrypted, false, nullptr);
+        return 2;
     } catch (const ul::CInvalidArgError& error) {
-        return error.getMessage() == "invalid input data size" ? 0 : 2;
+        if (error.getMessage() != "invalid input data size")
+            return 3;
     }
-    return 3;
+    if (sarn::getVersion() != SARN_VERSION || ul::getVersion() != UL_VERSION)
+        return 4;
+    std::cout << "sarn " << sarn::getVersionText() << " with " << sarn::getLibcryptoVersionText() << "\n";
 }

@@ -25,3 +25,4 @@
 #include "ul/stream.h"
 #include "ul/string.h"
 #include "ul/thread.h"
+#include "ul/version.h"

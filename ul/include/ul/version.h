@@ -1,0 +1,32 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// The version of the base library, which the libraries above it share: semantic, see docs/abi.md.
+#pragma once
+
+#include "ul/export.h"
+
+// The one place where the version is written: the build reads it from here.
+#define UL_VERSION_MAJOR 1
+#define UL_VERSION_MINOR 0
+#define UL_VERSION_PATCH 0
+
+/// The version of these headers as one number that grows, for the preprocessor: 1.2.3 is 10203.
+#define UL_VERSION (UL_VERSION_MAJOR * 10000 + UL_VERSION_MINOR * 100 + UL_VERSION_PATCH)
+
+/// The same for people: "1.2.3".
+#define UL_VERSION_TEXT UL_VERSION_JOIN(UL_VERSION_MAJOR, UL_VERSION_MINOR, UL_VERSION_PATCH)
+// Their arguments are replaced by the numbers before the inner one makes text of them.
+#define UL_VERSION_JOIN(major, minor, patch) UL_VERSION_QUOTE(major.minor.patch)
+#define UL_VERSION_QUOTE(version) #version
+
+namespace ul {
+
+/// The version of the library that was loaded, as UL_VERSION: at least that of the headers, with the same major
+/// version. Safe from any thread.
+UL_EXPORT int getVersion() noexcept;
+
+/// The same for people, for example "1.0.0": null-terminated, valid for as long as the process runs. Safe from any
+/// thread.
+UL_EXPORT const char* getVersionText() noexcept;
+
+} // namespace ul
