@@ -1,0 +1,69 @@
+# SPDX-License-Identifier: Apache-2.0
+# Packages of this project: cpack -G DEB from the preset packages, cpack -G ZIP from the preset windows.
+set(SARN_PACKAGE_CONTACT "sarn maintainers <maintainers@sarn.example>" CACHE STRING
+  "Who answers for the packages, as Name <address>")
+
+set(CPACK_PACKAGE_NAME sarn)
+set(CPACK_PACKAGE_VENDOR sarn)
+set(CPACK_PACKAGE_CONTACT "${SARN_PACKAGE_CONTACT}")
+# Each package has its own.
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
+set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
+set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")
+set(CPACK_PACKAGE_CHECKSUM SHA256)
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
+  OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+
+set(about "sarn is a library of cryptographic services for backup applications: ciphers
+and digests by text identifier, digest states that can be saved and resumed,
+keys from passwords, signatures over files, signed configurations.")
+
+# Describes the Debian package made of a component.
+macro(sarn_describe_package component name section summary text)
+  string(TOUPPER "${component}" id)
+  set(CPACK_DEBIAN_${id}_PACKAGE_NAME ${name})
+  set(CPACK_DEBIAN_${id}_PACKAGE_SECTION ${section})
+  set(CPACK_DEBIAN_${id}_DESCRIPTION "${summary}\n${about}\n.\n${text}")
+endmacro()
+sarn_describe_package(libul libul1 libs "base library of sarn"
+  "This package contains the base library: objects, text, buffers, errors and\nfiles.")
+sarn_describe_package(libsarn libsarn1 libs "cryptographic services for backup applications"
+  "This package contains the shared library.")
+sarn_describe_package(development libsarn-dev libdevel "headers of sarn and its base library"
+  "This package contains what programs are compiled with.")
+sarn_describe_package(documentation libsarn-doc doc "documentation and examples of sarn"
+  "This package contains the guides, the reference and the examples.")
+
+set(CPACK_COMPONENTS_ALL libul libsarn development documentation)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
+set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_LIBUL_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_LIBSARN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
+# The trigger does what CPack's own scripts would. They are kept away by naming some, which are left out since there are
+# no such files.
+set(CPACK_DEBIAN_LIBUL_PACKAGE_CONTROL_EXTRA
+  "${PROJECT_SOURCE_DIR}/cmake/debian/triggers;${PROJECT_BINARY_DIR}/none/postinst;${PROJECT_BINARY_DIR}/none/postrm")
+set(CPACK_DEBIAN_LIBSARN_PACKAGE_CONTROL_EXTRA "${CPACK_DEBIAN_LIBUL_PACKAGE_CONTROL_EXTRA}")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/ul")
+# The two libraries are built together and stay together.
+set(built_together "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
+set(CPACK_DEBIAN_LIBSARN_PACKAGE_DEPENDS "libul1 ${built_together}")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libsarn1 ${built_together}, libul1 ${built_together}")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS libsarn-doc)
+set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
+
+# The archive for Windows holds everything below one folder.
+set(CPACK_ARCHIVE_COMPONENT_INSTALL OFF)
+set(CPACK_ARCHIVE_THREADS 0)
+
+if(SARN_DEBIAN_FILES)
+  include(SarnDebian)
+endif()
+include(CPack)

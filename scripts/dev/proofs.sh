@@ -4,9 +4,9 @@
 # shellcheck disable=SC2034 # figure is said in the end
 # ./dev fuzz, faults, soak, secrets, mutate and coverage. Each prints its figure in its last lines.
 
-# Where the libcrypto lies that a preset builds against.
+# Where the libcrypto lies that a preset builds against; nothing for the system's.
 libcrypto_root() {
-    cmake -N -LA "build/$1" 2>/dev/null | sed -n 's/^OPENSSL_ROOT_DIR:[A-Z]*=//p'
+    sed -n 's/^OPENSSL_ROOT_DIR:[A-Z]*=//p' "build/$1/CMakeCache.txt"
 }
 
 require_reference() {
