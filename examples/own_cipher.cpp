@@ -8,7 +8,8 @@
 
 int main() {
     const ul::P<sarn::CCipherManager> ciphers = sarn::CCipherManager::get();
-    ciphers->addCipher(ul::make<sarn::COpenSSLCipher>(EVP_camellia_256_cbc(), "camellia256cbc"));
+    const ul::P<sarn::ICipher> camellia = ul::make<sarn::COpenSSLCipher>(EVP_camellia_256_cbc(), "camellia256cbc");
+    ciphers->addCipher(camellia.get());
 
     // From here on it is one of them, for every module of the process.
     const ul::P<sarn::ICipher> cipher = ciphers->getCipher("camellia256cbc");

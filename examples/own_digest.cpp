@@ -24,7 +24,8 @@ void print(const sarn::IDigest& digest) {
 }
 
 int main() {
-    sarn::CDigestManager::get()->addType(ul::make<DigestType_SHA512>());
+    const ul::P<sarn::IDigestType> sha512 = ul::make<DigestType_SHA512>();
+    sarn::CDigestManager::get()->addType(sha512.get());
     const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType("sha512");
 
     const ul::P<sarn::IDigest> first = type->createDigest();

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Signatures go to the openssl command line and come back from it, RSA and DSA, files of sizes around the chunk.
-# Wants: PROGRAM, OPENSSL, KEYS, WORK_DIR
+# Wants: PROGRAM, OPENSSL, KEYS, WORK_DIR; EMULATOR if they are for another system
+set(PROGRAM ${EMULATOR} "${PROGRAM}")
 function(run)
   execute_process(COMMAND ${ARGN} WORKING_DIRECTORY "${WORK_DIR}" RESULT_VARIABLE status OUTPUT_VARIABLE output
     ERROR_VARIABLE output)

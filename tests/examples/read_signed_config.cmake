@@ -1,6 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 # Signs a configuration, reads it, changes it, and expects that it is refused.
-# Wants: SIGN, READ, KEYS, WORK_DIR
+# Wants: SIGN, READ, KEYS, WORK_DIR; EMULATOR if they are for another system
+set(READ ${EMULATOR} "${READ}")
+set(SIGN ${EMULATOR} "${SIGN}")
 file(REMOVE_RECURSE "${WORK_DIR}")
 file(MAKE_DIRECTORY "${WORK_DIR}")
 set(public "${KEYS}/rsa2048_for_tests_only.pub.pem")

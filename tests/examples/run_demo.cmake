@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Runs the demo as a person would: whole round trips, a digest with a break, then a wrong password and damaged copies.
-# Wants: DEMO, WORK_DIR, SOURCES
+# Wants: DEMO, WORK_DIR, SOURCES; EMULATOR if they are for another system
+set(DEMO ${EMULATOR} "${DEMO}")
 function(run expected_status expected_text)
   execute_process(COMMAND ${DEMO} ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
   string(FIND "${output}" "${expected_text}" position)
