@@ -17,6 +17,7 @@ class CDigestType_CRC32;
 /// An update() with null data takes the checksum back to its initial value 1, whatever the length.
 class SARN_EXPORT CDigest_Adler32 : public ul::CBase, public virtual IDigest {
 public:
+    /// A running digest of `type`.
     explicit CDigest_Adler32(const CDigestType_Adler32* type);
     CDigest_Adler32(const CDigest_Adler32&) = default;
     CDigest_Adler32(CDigest_Adler32&&) = default;
@@ -46,6 +47,7 @@ private:
 /// An update() with null data takes the checksum back to its initial value 0, whatever the length.
 class SARN_EXPORT CDigest_CRC32 : public ul::CBase, public virtual IDigest {
 public:
+    /// A running digest of `type`.
     explicit CDigest_CRC32(const CDigestType_CRC32* type);
     CDigest_CRC32(const CDigest_CRC32&) = default;
     CDigest_CRC32(CDigest_CRC32&&) = default;

@@ -9,6 +9,7 @@
 #include "ul/map.h"
 
 struct evp_cipher_st;
+/// libcrypto's description of a cipher.
 typedef struct evp_cipher_st EVP_CIPHER;
 
 namespace sarn {

@@ -65,9 +65,13 @@ public:
 class SARN_EXPORT CDigestType_MD4_SHA1 : public TDigestTypeCombiner<CDigestType_MD4, CDigestType_SHA1> {
 public:
     CDigestType_MD4_SHA1();
+    /// The copy shares the types that it combines.
     CDigestType_MD4_SHA1(const CDigestType_MD4_SHA1&);
+    /// As a copy does.
     CDigestType_MD4_SHA1(CDigestType_MD4_SHA1&&) noexcept;
+    /// Takes over the types of the other.
     CDigestType_MD4_SHA1& operator=(const CDigestType_MD4_SHA1&);
+    /// As a copy does.
     CDigestType_MD4_SHA1& operator=(CDigestType_MD4_SHA1&&) noexcept;
     ~CDigestType_MD4_SHA1() override;
 };
@@ -76,9 +80,13 @@ public:
 class SARN_EXPORT CDigestType_MD4_SHA1_Adler32 : public TDigestTypeCombiner<CDigestType_MD4_SHA1, CDigestType_Adler32> {
 public:
     CDigestType_MD4_SHA1_Adler32();
+    /// The copy shares the types that it combines.
     CDigestType_MD4_SHA1_Adler32(const CDigestType_MD4_SHA1_Adler32&);
+    /// As a copy does.
     CDigestType_MD4_SHA1_Adler32(CDigestType_MD4_SHA1_Adler32&&) noexcept;
+    /// Takes over the types of the other.
     CDigestType_MD4_SHA1_Adler32& operator=(const CDigestType_MD4_SHA1_Adler32&);
+    /// As a copy does.
     CDigestType_MD4_SHA1_Adler32& operator=(CDigestType_MD4_SHA1_Adler32&&) noexcept;
     ~CDigestType_MD4_SHA1_Adler32() override;
 };

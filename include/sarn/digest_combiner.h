@@ -57,7 +57,9 @@ class TDigestTypeCombiner : public ul::CBase, public virtual IDigestType {
 public:
     /// The two identifiers with "-" between them.
     ul::String getID() override { return m_first.getID() + "-" + m_second.getID(); }
+    /// The sum of the two sizes.
     int getDigestSize() const override { return m_first.getDigestSize() + m_second.getDigestSize(); }
+    /// A running digest that feeds both.
     ul::P<IDigest> createDigest() override {
         ul::P<IDigest> second = m_second.createDigest();
         ul::P<IDigest> first = m_first.createDigest();

@@ -6,6 +6,7 @@
 #include "sarn/object_model.h"
 
 struct evp_md_st;
+/// libcrypto's description of a digest.
 typedef struct evp_md_st EVP_MD;
 
 namespace sarn {
@@ -34,9 +35,8 @@ SARN_EXPORT void base64EncodeBufferWithCRLF(ul::TBuffer<unsigned char>& buffer);
 ///
 /// \param md libcrypto's description of the digest
 /// \throws ul::CInvalidArgError "invalid data size" if `dataSize` is negative, "input overlaps output" if the message
-/// or
-///         the key lies in `out` and `out` has room for less than 64 bytes; ul::CError "Error computing HMAC digest."
-///         if libcrypto fails. The used size of `out` is unchanged then.
+///         lies in `out`, or the key, and `out` has room for less than 64 bytes; ul::CError "Error computing HMAC
+///         digest." if libcrypto fails. The used size of `out` is unchanged then.
 SARN_EXPORT void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* data, int dataSize,
                           const void* key, int keySize);
 
@@ -52,7 +52,8 @@ SARN_EXPORT void calcHMAC_SHA1(ul::TBuffer<unsigned char>& out, const void* data
 /// other arguments. The caller owns and wipes the key.
 ///
 /// The arguments are libcrypto's to judge: what version 3 refuses, an iteration count of 0 for example, may pass as 1
-/// in 1.1.1. \throws ul::CError "Error deriving cryptographic key from password." if it refuses them or fails
+/// in 1.1.1.
+/// \throws ul::CError "Error deriving cryptographic key from password." if it refuses them or fails
 SARN_EXPORT void deriveKey_PKCS5_PBKDF2_HMAC_SHA1(const void* password, int passwordSize, const void* salt,
                                                   int saltSize, int iterations, int keySize, void* key);
 

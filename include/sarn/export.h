@@ -3,6 +3,9 @@
 /// Marks what the library exports.
 #pragma once
 
+/// \def SARN_EXPORT
+/// Stands before what sarn exports; as `SARN_STATIC_LIBRARY` tells, also for static libraries.
+
 #if defined(_WIN32)
 #if defined(SARN_BUILDING_LIBRARY)
 #define SARN_EXPORT __declspec(dllexport)

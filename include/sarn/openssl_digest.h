@@ -17,6 +17,9 @@ namespace sarn {
 /// the properties are "object", "actualVersion" and "expectedVersion", versions in hexadecimal with the prefix "0x".
 class SARN_EXPORT COpenSSLVersionMismatchError : public ul::CError {
 public:
+    /// \param object          what carries the version
+    /// \param actualVersion   the version in the stream
+    /// \param expectedVersion the only one that is read
     COpenSSLVersionMismatchError(const ul::String& object, int actualVersion, int expectedVersion);
     COpenSSLVersionMismatchError(const COpenSSLVersionMismatchError&) = default;
     COpenSSLVersionMismatchError& operator=(const COpenSSLVersionMismatchError&) = default;
@@ -40,6 +43,7 @@ template <class CTX>
 constexpr auto getContextBlockSize(const CTX& context, int) -> decltype(sizeof context.data) {
     return sizeof context.data;
 }
+/// The same for a context whose block is a union.
 template <class CTX>
 constexpr auto getContextBlockSize(const CTX& context, long) -> decltype(sizeof context.u) {
     return sizeof context.u;
@@ -50,6 +54,7 @@ template <class CTX>
 constexpr auto hasContextDigestSize(const CTX& context, int digestSize, int) -> decltype(context.md_len, bool()) {
     return context.md_len == static_cast<unsigned>(digestSize);
 }
+/// The same for a context that states none.
 template <class CTX>
 constexpr bool hasContextDigestSize(const CTX&, int, long) {
     return true;

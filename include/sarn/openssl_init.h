@@ -30,7 +30,9 @@ public:
     COpenSSLInit() = default;
     COpenSSLInit(const COpenSSLInit&) = default;
     COpenSSLInit(COpenSSLInit&&) = default;
+    /// Changes nothing.
     COpenSSLInit& operator=(const COpenSSLInit&) noexcept { return *this; }
+    /// Changes nothing.
     COpenSSLInit& operator=(COpenSSLInit&&) noexcept { return *this; }
     ~COpenSSLInit() override;
 
@@ -57,6 +59,7 @@ protected:
     /// Disposes the instance, creating it first if need be. For the host's shutdown: takes no lock.
     static void disposeGlobalInstance();
 
+    /// Whether dispose() was called.
     bool isDisposed() const noexcept { return m_disposed; }
 
 private:
@@ -92,6 +95,7 @@ protected:
     /// libcrypto's legacy thread-id callback: the calling thread's id, cut to the width of the result.
     static unsigned long threadIDFunc();
 
+    /// Whether dispose() was called.
     bool isDisposed() const noexcept { return m_disposed; }
 
 private:

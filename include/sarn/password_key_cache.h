@@ -16,17 +16,24 @@ public:
     /// What a derived key depends on beside the password.
     class SARN_EXPORT CKeyInfo {
     public:
+        /// The key's size in bytes, the salt and the iteration count.
         CKeyInfo(int keySize, unsigned long long salt, int iterations) noexcept
             : m_keySize(keySize), m_salt(salt), m_iterations(iterations) {}
 
         /// -1, 0 or 1. The key size decides, then the salt, an unsigned number, then the iteration count.
         int compare(const CKeyInfo& other) const noexcept;
 
+        /// Whether compare() gives 0.
         bool operator==(const CKeyInfo& other) const noexcept { return compare(other) == 0; }
+        /// Whether compare() does not give 0.
         bool operator!=(const CKeyInfo& other) const noexcept { return compare(other) != 0; }
+        /// Whether compare() gives -1.
         bool operator<(const CKeyInfo& other) const noexcept { return compare(other) < 0; }
+        /// Whether compare() does not give 1.
         bool operator<=(const CKeyInfo& other) const noexcept { return compare(other) <= 0; }
+        /// Whether compare() gives 1.
         bool operator>(const CKeyInfo& other) const noexcept { return compare(other) > 0; }
+        /// Whether compare() does not give -1.
         bool operator>=(const CKeyInfo& other) const noexcept { return compare(other) >= 0; }
 
     private:
@@ -43,8 +50,8 @@ public:
 
     /// The key of `keySize` bytes for a salt, whose eight bytes are taken least significant first, and an iteration
     /// count (PBKDF2 with HMAC-SHA1). It is derived on the first call, which takes long and which other threads that
-    /// use this cache wait for; from then on every caller shares the same buffer. \throws ul::CError "Error deriving
-    /// cryptographic key from password."; the next call tries again
+    /// use this cache wait for; from then on every caller shares the same buffer.
+    /// \throws ul::CError "Error deriving cryptographic key from password."; the next call tries again
     ul::PC<ul::TCryptBuffer<unsigned char>> getKey(int keySize, unsigned long long salt, int iterations);
 
 private:

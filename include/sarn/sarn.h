@@ -3,6 +3,9 @@
 /// The whole library, and the base library whose types it takes and returns.
 #pragma once
 
+/// \namespace sarn
+/// Cryptographic services for backup applications.
+
 #include "sarn/cipher.h"
 #include "sarn/digest.h"
 #include "sarn/encoding.h"

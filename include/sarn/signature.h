@@ -8,10 +8,13 @@
 #include "ul/path.h"
 
 struct evp_md_st;
+/// libcrypto's description of a digest.
 typedef struct evp_md_st EVP_MD;
 struct evp_md_ctx_st;
+/// libcrypto's running digest.
 typedef struct evp_md_ctx_st EVP_MD_CTX;
 struct evp_pkey_st;
+/// libcrypto's key.
 typedef struct evp_pkey_st EVP_PKEY;
 
 namespace sarn {
@@ -108,6 +111,8 @@ private:
 /// destructor runs then.
 class SARN_EXPORT COpenSSLSignatureAlgo::CSigner : public virtual ul::CBase, public virtual ISigner {
 public:
+    /// Reads the key, PEM text, and starts the digest.
+    /// \throws ul::CError as ISignatureAlgo::beginSign() does
     CSigner(const EVP_MD* md, const char* privateKeyPem, const char* passphrase);
     CSigner(const CSigner&) = default;
     CSigner& operator=(const CSigner&) = default;
@@ -128,6 +133,8 @@ private:
 /// A verifier with its key and its running digest. As for CSigner, copies share both and the members are plain.
 class SARN_EXPORT COpenSSLSignatureAlgo::CVerifier : public virtual ul::CBase, public virtual IVerifier {
 public:
+    /// Reads the key, PEM text, and starts the digest.
+    /// \throws ul::CError as ISignatureAlgo::beginVerify() does
     CVerifier(const EVP_MD* md, const char* publicKeyPem);
     CVerifier(const CVerifier&) = default;
     CVerifier& operator=(const CVerifier&) = default;

@@ -14,6 +14,7 @@ namespace sarn {
 /// the property "path" names the configuration file.
 class SARN_EXPORT CSignedConfigSignatureError : public ul::CError {
 public:
+    /// \param path the configuration file
     explicit CSignedConfigSignatureError(const ul::TPathImpl<ul::CWindowsPathTraits>& path);
     CSignedConfigSignatureError(const CSignedConfigSignatureError&) = default;
     CSignedConfigSignatureError& operator=(const CSignedConfigSignatureError&) = default;

@@ -17,8 +17,10 @@ namespace ul {
 /// interfaces it implements.
 class UL_EXPORT IBase {
 public:
+    /// Nothing to initialise.
     IBase() noexcept = default;
     IBase(const IBase&) noexcept = default;
+    /// Leaves both as they are.
     IBase& operator=(const IBase&) noexcept { return *this; }
     virtual ~IBase();
 
@@ -45,8 +47,10 @@ public:
     static void* operator new(std::size_t size, const RawNew&);
     /// Gives the memory back when a constructor throws.
     static void operator delete(void* memory, const RawNew&) noexcept;
+    /// Gives the memory of an object back.
     static void operator delete(void* memory) noexcept;
 
+    /// An object with one reference, its creator's.
     CBase() noexcept = default;
     /// The copy is an object of its own: its count starts at 1.
     CBase(const CBase& other) noexcept;

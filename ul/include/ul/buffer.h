@@ -55,8 +55,11 @@ public:
 
     /// The block; null while nothing has been allocated. Valid until the buffer grows or ends.
     T* getData() noexcept { return m_data; }
+    /// The same for a buffer that may only be read.
     const T* getData() const noexcept { return m_data; }
+    /// Size in bytes of the content.
     int getUsed() const noexcept { return m_used; }
+    /// Size in bytes of the block.
     int getAllocated() const noexcept { return m_allocated; }
 
 protected:

@@ -30,9 +30,13 @@ public:
     /// The message as UTF-8, with '?' for what UTF-8 cannot express. Valid as long as the error.
     const char* what() const noexcept override { return m_what.c_str(); }
 
+    /// What failed.
     const String& getMessage() const noexcept { return m_message; }
+    /// The second text, for the person at the screen; empty if there is none.
     const String& getText() const noexcept { return m_text; }
+    /// The number for programs; -1 if there is none.
     std::int64_t getCode() const noexcept { return m_code; }
+    /// Named values of the message.
     const CProps& getProps() const noexcept { return m_props; }
     /// The error that led to this one, or null. Valid as long as this error.
     const CError* getCause() const noexcept { return m_cause.get(); }
@@ -74,6 +78,7 @@ private:
 /// An operation was called in the wrong state of its object.
 class UL_EXPORT CBadStateError : public CError {
 public:
+    /// \param message what was called too early or too late, an English sentence
     explicit CBadStateError(const String& message);
     CBadStateError(const CBadStateError&) = default;
     CBadStateError& operator=(const CBadStateError&) = default;
@@ -86,6 +91,7 @@ public:
 /// A text cannot become a path. The message is "Invalid path: " followed by the text.
 class UL_EXPORT CBadPathError : public CError {
 public:
+    /// \param path the text as it was given
     explicit CBadPathError(const String& path);
     CBadPathError(const CBadPathError&) = default;
     CBadPathError& operator=(const CBadPathError&) = default;

@@ -3,6 +3,9 @@
 /// Marks what the base library exports.
 #pragma once
 
+/// \def UL_EXPORT
+/// Stands before what ul exports; as `UL_STATIC_LIBRARY` tells, also for static libraries.
+
 #if defined(_WIN32)
 #if defined(UL_BUILDING_LIBRARY)
 #define UL_EXPORT __declspec(dllexport)

@@ -48,9 +48,11 @@ private:
 /// declares it.
 class UL_EXPORT CSafeGlobalSlotCleaner {
 public:
+    /// Clears `slot`, which must outlive this object, in the end.
     explicit CSafeGlobalSlotCleaner(CSafeGlobalSlot& slot) noexcept : m_slot(slot) {}
     CSafeGlobalSlotCleaner(const CSafeGlobalSlotCleaner&) = delete;
     CSafeGlobalSlotCleaner& operator=(const CSafeGlobalSlotCleaner&) = delete;
+    /// Clears the slot.
     ~CSafeGlobalSlotCleaner() { m_slot.clear(); }
 
 private:

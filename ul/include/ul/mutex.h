@@ -15,13 +15,16 @@ namespace ul {
 class UL_EXPORT IMutex : public virtual IBase {
 public:
     ~IMutex() override;
+    /// Waits until the lock is free and takes it.
     virtual void lock() = 0;
+    /// Gives the lock back.
     virtual void unlock() = 0;
 };
 
 /// A recursive mutex: the thread that holds it may lock it again and unlocks it as often.
 class UL_EXPORT CMutex : public CBase, public virtual IMutex {
 public:
+    /// A mutex that nobody holds.
     CMutex() noexcept;
     CMutex(const CMutex&) = delete;
     CMutex& operator=(const CMutex&) = delete;
@@ -44,11 +47,13 @@ private:
 /// Holds a mutex from construction to destruction.
 class UL_EXPORT CMutexLock {
 public:
+    /// Locks `mutex`, which must outlive this object.
     explicit CMutexLock(IMutex& mutex) : CMutexLock(&mutex) {}
     /// Locks nothing if `mutex` is null.
     explicit CMutexLock(IMutex* mutex);
     CMutexLock(const CMutexLock&) = delete;
     CMutexLock& operator=(const CMutexLock&) = delete;
+    /// Unlocks it.
     ~CMutexLock();
 
 private:

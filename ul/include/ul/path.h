@@ -28,7 +28,7 @@ public:
     /// Turns every separator into getSep() and a run of them into one, except the two that start a share.
     static String normalizeSeparators(const String& text);
     /// The root with an upper-case drive letter and a separator at its end; empty if it names no place (a share without
-    /// a name, the device root `\\.\`).
+    /// a name, the device root).
     static String normalizeRoot(const String& root);
     /// The component without the dots and spaces at its end; empty if nothing else was there.
     static String normalizeComponent(const String& component);
@@ -54,9 +54,12 @@ public:
     ///         CFileError if the working directory is needed and cannot be had.
     explicit TPathImpl(const String& text);
 
+    /// The text of the path.
     const String& getString() const noexcept { return m_text; }
 
+    /// Whether both texts are the same, case included.
     bool operator==(const TPathImpl& other) const noexcept { return m_text == other.m_text; }
+    /// The opposite.
     bool operator!=(const TPathImpl& other) const noexcept { return m_text != other.m_text; }
     /// Ordinal order of the texts.
     bool operator<(const TPathImpl& other) const noexcept { return m_text < other.m_text; }

@@ -15,25 +15,32 @@ namespace ul {
 template <class T>
 class P {
 public:
+    /// Owns nothing.
     constexpr P() noexcept = default;
+    /// Owns nothing.
     constexpr P(std::nullptr_t) noexcept {}
 
     /// Adds a reference to `object`, which may be null; the caller keeps its own.
     P(T* object) : m_object(object) { addRef(); }
+    /// Adds a reference.
     P(const P& other) : P(other.m_object) {}
+    /// Takes the reference of `other`, which becomes null.
     P(P&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
 
     /// Converts to the pointer of a base, an interface or a constant.
     template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     P(const P<U>& other) : P(static_cast<T*>(other.get())) {}
+    /// The same for a pointer that gives its reference away.
     template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     inline P(P<U>&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
 
+    /// Drops the reference.
     ~P() {
         if (m_object)
             m_object->release();
     }
 
+    /// Drops the old reference and owns that of `other`.
     P& operator=(P other) noexcept {
         swap(other);
         return *this;
@@ -48,10 +55,14 @@ public:
 
     /// The object, still owned by this pointer; null if there is none.
     T* get() const noexcept { return m_object; }
+    /// The object, of which there must be one.
     T* operator->() const noexcept { return m_object; }
+    /// The object, of which there must be one.
     T& operator*() const noexcept { return *m_object; }
+    /// Whether there is an object.
     explicit operator bool() const noexcept { return m_object != nullptr; }
 
+    /// Exchanges what both own.
     void swap(P& other) noexcept { std::swap(m_object, other.m_object); }
 
 private:
@@ -70,26 +81,32 @@ private:
 template <class T>
 using PC = P<const T>;
 
+/// Whether both own the same object.
 template <class T, class U>
 bool operator==(const P<T>& left, const P<U>& right) noexcept {
     return left.get() == right.get();
 }
+/// Whether they do not.
 template <class T, class U>
 bool operator!=(const P<T>& left, const P<U>& right) noexcept {
     return left.get() != right.get();
 }
+/// Whether the pointer is null.
 template <class T>
 bool operator==(const P<T>& left, std::nullptr_t) noexcept {
     return !left.get();
 }
+/// Whether the pointer is not null.
 template <class T>
 bool operator!=(const P<T>& left, std::nullptr_t) noexcept {
     return left.get() != nullptr;
 }
+/// Whether the pointer is null.
 template <class T>
 bool operator==(std::nullptr_t, const P<T>& right) noexcept {
     return !right.get();
 }
+/// Whether the pointer is not null.
 template <class T>
 bool operator!=(std::nullptr_t, const P<T>& right) noexcept {
     return right.get() != nullptr;

@@ -11,6 +11,7 @@ namespace ul {
 class UL_EXPORT IWriteBarrier : public virtual IBase {
 public:
     ~IWriteBarrier() override;
+    /// Sees the `size` bytes that are about to be written.
     virtual void beforeWrite(const void* data, int size) = 0;
 };
 

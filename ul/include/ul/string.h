@@ -16,16 +16,20 @@ namespace ul {
 /// than 2^31 - 1 characters raises CInvalidArgError.
 class UL_EXPORT String {
 public:
+    /// An empty string.
     String() noexcept = default;
     /// Copies a zero-terminated text; null gives an empty string.
     String(const wchar_t* text);
+    /// Copies `length` characters.
     String(const wchar_t* text, std::size_t length);
     /// Copies a zero-terminated text of 8-bit characters, each byte one character (Latin-1); null gives an empty
     /// string.
     String(const char* text);
     /// Copies `length` bytes, each one character (Latin-1).
     String(const char* text, std::size_t length);
+    /// Copies a standard string.
     String(const std::wstring& text);
+    /// Takes over a standard string.
     String(std::wstring&& text);
 
     /// Decodes `size` bytes of UTF-8 (RFC 3629).
@@ -43,10 +47,14 @@ public:
     /// Writes `count` characters from position `start` on to `out`, as toLatin1() does. The text must have them.
     void copyLatin1(char* out, int start, int count) const noexcept;
 
+    /// The text as a standard string, which this object owns.
     const std::wstring& toStdWString() const noexcept { return m_text; }
+    /// The same, so that a String can stand where one is wanted.
     operator const std::wstring&() const noexcept { return m_text; }
+    /// The zero-terminated text, valid until this object changes.
     const wchar_t* c_str() const noexcept { return m_text.c_str(); }
 
+    /// Whether there is no character.
     bool isEmpty() const noexcept { return m_text.empty(); }
     /// Length in characters.
     int getLength() const noexcept { return static_cast<int>(m_text.size()); }
@@ -57,22 +65,33 @@ public:
     /// The `count` characters from `start`, or all up to the end if `count` is -1. What lies outside the text is left
     /// out.
     String Mid(int start, int count = -1) const;
+    /// Whether the text begins with `prefix`, character by character.
     bool StartsWith(const String& prefix) const noexcept;
+    /// The same for a zero-terminated text.
     bool StartsWith(const wchar_t* prefix) const noexcept;
     /// Removes trailing white space (space, tab, line feed, vertical tab, form feed, carriage return) in place.
     void trimRight();
 
+    /// Appends a text.
     String& operator+=(const String& text);
+    /// Appends a zero-terminated text.
     String& operator+=(const wchar_t* text);
+    /// Appends a zero-terminated text of 8-bit characters (Latin-1).
     String& operator+=(const char* text);
+    /// Appends a character.
     String& operator+=(wchar_t character);
 
+    /// Whether both have the same characters.
     bool operator==(const String& other) const noexcept { return m_text == other.m_text; }
+    /// The opposite.
     bool operator!=(const String& other) const noexcept { return m_text != other.m_text; }
+    /// Compares with a zero-terminated text.
     bool operator==(const wchar_t* other) const noexcept { return m_text == other; }
+    /// The opposite.
     bool operator!=(const wchar_t* other) const noexcept { return m_text != other; }
     /// Compares with 8-bit text, each byte one character (Latin-1).
     bool operator==(const char* other) const noexcept;
+    /// The opposite.
     bool operator!=(const char* other) const noexcept { return !(*this == other); }
     /// Ordinal order of the wide characters.
     bool operator<(const String& other) const noexcept { return m_text < other.m_text; }

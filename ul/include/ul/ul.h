@@ -3,6 +3,9 @@
 /// The whole base library.
 #pragma once
 
+/// \namespace ul
+/// The base library.
+
 #include "ul/array.h"
 #include "ul/base.h"
 #include "ul/buffer.h"

@@ -6,8 +6,11 @@
 #include "ul/export.h"
 
 // The one place where the version is written: the build reads it from here.
+/// Changes when programs must be compiled anew.
 #define UL_VERSION_MAJOR 1
+/// Changes when something was added.
 #define UL_VERSION_MINOR 0
+/// Changes when something was mended.
 #define UL_VERSION_PATCH 0
 
 /// The version of these headers as one number that grows, for the preprocessor: 1.2.3 is 10203.
@@ -15,8 +18,9 @@
 
 /// The same for people: "1.2.3".
 #define UL_VERSION_TEXT UL_VERSION_JOIN(UL_VERSION_MAJOR, UL_VERSION_MINOR, UL_VERSION_PATCH)
-// Their arguments are replaced by the numbers before the inner one makes text of them.
+/// Used by UL_VERSION_TEXT: replaces its arguments by the numbers before UL_VERSION_QUOTE makes text of them.
 #define UL_VERSION_JOIN(major, minor, patch) UL_VERSION_QUOTE(major.minor.patch)
+/// Used by UL_VERSION_TEXT.
 #define UL_VERSION_QUOTE(version) #version
 
 namespace ul {
