@@ -2,16 +2,16 @@
 # What a program on Windows needs beside the libraries: the DLLs that they stand on, and everybody's licences.
 set(licences "${CMAKE_INSTALL_DOCDIR}/licences")
 
-# Installs a DLL of the compiler's or of libraries for the target system, which ships under the licence in a file.
-function(sarn_install_dll dll licence_name licence)
-  install(FILES "${dll}" DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT libsarn)
+# Installs DLLs, and the file with the licence that they ship under.
+function(sarn_install_dlls licence_name licence)
+  install(FILES ${ARGN} DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT libsarn)
   install(FILES "${licence}" DESTINATION "${licences}" RENAME "${licence_name}.txt" COMPONENT libsarn)
 endfunction()
 
 get_filename_component(libcrypto_root "${OPENSSL_INCLUDE_DIR}" DIRECTORY)
 file(GLOB libcrypto "${libcrypto_root}/bin/libcrypto-*.dll")
 file(GLOB libcrypto_licence "${libcrypto_root}/LICENSE*")
-sarn_install_dll("${libcrypto}" openssl "${libcrypto_licence}")
+sarn_install_dlls(openssl "${libcrypto_licence}" "${libcrypto}")
 
 if(MINGW)
   set(documentation /usr/share/doc)
@@ -21,10 +21,10 @@ if(MINGW)
     get_filename_component(dll "${dll}" REALPATH)
     list(APPEND runtime "${dll}")
   endforeach()
-  sarn_install_dll("${runtime}" gcc-runtime "${documentation}/gcc-mingw-w64-base/copyright")
+  sarn_install_dlls(gcc-runtime "${documentation}/gcc-mingw-w64-base/copyright" ${runtime})
   install(FILES "${documentation}/mingw-w64-common/copyright" DESTINATION "${licences}" RENAME mingw-w64.txt
     COMPONENT libsarn)
   get_filename_component(zlib_folder "${ZLIB_LIBRARIES}" DIRECTORY)
-  sarn_install_dll("${zlib_folder}/zlib1.dll" zlib "${documentation}/libz-mingw-w64/copyright")
+  sarn_install_dlls(zlib "${documentation}/libz-mingw-w64/copyright" "${zlib_folder}/zlib1.dll")
 endif()
 install(FILES /usr/share/doc/libutfcpp-dev/copyright DESTINATION "${licences}" RENAME utf8cpp.txt COMPONENT libsarn)
