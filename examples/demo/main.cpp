@@ -95,8 +95,8 @@ bool resumeDigestOfLargest(const Options& options, const demo::Manifest& manifes
     const std::string resumed = demo::digestInTwoRuns(options.program, files[largest], folder);
     const std::string system = demo::askSystemForSHA1(files[largest], folder);
     const bool isSame = resumed == expected && (system.empty() || system == demo::getSHA1(expected));
-    showStep("resumed digest", files[largest].filename().string() +
-                                   ": half, process ended, other half: " + (isSame ? "the same" : "DIFFERENT"));
+    showStep("resumed digest", files[largest].filename().string() + ": half, process ended, other half: " +
+                                   (isSame ? "the same as in one piece" : "DIFFERENT"));
     showStep("", expected);
     showStep("", system.empty() ? "(no tool here to ask for a SHA-1)" : "SHA-1 by sha1sum or openssl: " + system);
     return isSame;
@@ -118,7 +118,7 @@ bool tamper(const Options& options, const demo::WorkFolder& folder, const demo::
     const auto show = [](const char* what, const std::string& noticed) {
         showStep(what, noticed.empty() ? "NOT NOTICED" : noticed);
     };
-    std::cout << "\nOne byte changed in\n";
+    std::cout << "\nWhat is noticed when one byte is changed in the\n";
     show("configuration", configuration);
     show("manifest", list);
     show("stored file", copy);
@@ -138,8 +138,9 @@ int backUp(const Options& options) {
         ul::make<sarn::CSignedConfig>(demo::toPath(folder.getConfiguration()), publicKey, false);
     const std::vector<fs::path> files = demo::listFiles(options.path);
     std::cout << "Backing up " << options.path.string() << ": " << files.size() << " files.\n\n";
-    showStep("configuration", "signed and verified; " + config->getValue("/sources/cipher").toUTF8() + ", " +
-                                  config->getValue("/sources/iterations").toUTF8() + " iterations");
+    showStep("configuration",
+             "signed, and verified before it was read: " + config->getValue("/sources/cipher").toUTF8() + ", " +
+                 config->getValue("/sources/iterations").toUTF8() + " iterations");
 
     demo::Manifest manifest;
     manifest.cipher = config->getValue("/sources/cipher");
@@ -153,16 +154,17 @@ int backUp(const Options& options) {
                          describeTime(lookUp));
 
     const demo::Totals stored = demo::storeFiles(folder, files, *keys.encryption, manifest);
-    showStep("files", "digested and encrypted, " + stored.throughput.describe());
+    showStep("files", "digested and encrypted in one pass, " + stored.throughput.describe());
     const bool isResumed = resumeDigestOfLargest(options, manifest, files, folder.getPath());
     manifest.write(folder.getManifest(), *keys.manifest, demo::readDemoKey("demo_only.pem"));
 
     const demo::Manifest loaded = demo::readManifest(folder.getManifest(), publicKey);
     const bool hasRightHMAC = demo::hasRightHMAC(folder.getManifest(), *keys.manifest);
-    showStep("manifest", hasRightHMAC ? "signed and verified; its HMAC is right" : "its HMAC is WRONG");
+    showStep("manifest", hasRightHMAC ? "signed, verified; its HMAC is right: no file is missing or exchanged"
+                                      : "its HMAC is WRONG");
     std::vector<std::string> different;
     const demo::Totals restored = demo::restoreFiles(folder, files, *keys.encryption, loaded, different);
-    showStep("restored", "and compared, " + restored.throughput.describe());
+    showStep("restored", "and compared byte by byte, " + restored.throughput.describe());
     const bool isNoticed = tamper(options, folder, loaded, *keys.encryption);
 
     std::cout << "\n  files " << files.size() << ", bytes in " << demo::withSeparators(stored.bytesIn) << ", bytes out "
