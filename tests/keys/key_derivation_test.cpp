@@ -5,6 +5,7 @@
 #include "sarn/encoding.h"
 
 #include <openssl/err.h>
+#include <openssl/evp.h>
 
 #include <gtest/gtest.h>
 
@@ -54,6 +55,19 @@ TEST(DeriveKey, EmptySalt_IsTaken) {
     unsigned char key[20];
     sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, nullptr, 0, 1, 20, key);
     EXPECT_EQ(toHex(Bytes(key, key + 20)), "8754c32c64b0f524fc50c00f788135de2d2dd767");
+}
+
+TEST(DeriveKey, KeyOfNoBytes_IsLibcryptosToJudge) {
+    unsigned char key[1] = {7};
+    const bool isTaken =
+        PKCS5_PBKDF2_HMAC_SHA1("password", 8, reinterpret_cast<const unsigned char*>("salt"), 4, 1, 0, key) == 1;
+    ERR_clear_error();
+    const auto deriveNothing = [&key] { sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 1, 0, key); };
+    if (isTaken)
+        EXPECT_NO_THROW(deriveNothing());
+    else
+        expectError(deriveError, deriveNothing);
+    EXPECT_EQ(key[0], 7);
 }
 
 TEST(DeriveKey, RefusedArguments_RaiseTheDocumentedErrorAndWriteNothing) {

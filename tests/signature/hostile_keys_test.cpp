@@ -65,6 +65,14 @@ TEST(HostileKeys, DSAKeyWithoutASignature_IsASignErrorInsteadOfNoEnd) {
     }
 }
 
+TEST(HostileKeys, RSAKeyOfOneByte_HasThatSizeAndCannotSign) {
+    const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readHostileKey("rsa_8_bits"), "");
+    EXPECT_EQ(signer->getMaxSignatureSize(), 1);
+    signer->update("abc", 3);
+    ul::TBuffer<unsigned char> signature;
+    expectError("OpenSSL sign error.", [&] { signer->finish(signature); });
+}
+
 TEST(HostileKeys, DSAKeyThatIsOddButSigns_StillSigns) {
     const ul::P<sarn::ISigner> signer = sarn::createDSS_SHA1()->beginSign(readHostileKey("dsa_g1"), "");
     signer->update("abc", 3);

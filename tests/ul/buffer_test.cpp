@@ -164,6 +164,33 @@ TEST(TBuffer, SetUsed_LeavesTheBytesThatTheCallerWrote) {
     EXPECT_GE(buffer.getAllocated(), 500);
 }
 
+TEST(TBuffer, InitWithOneByte_WithRoomInTheBlock_TakesTheByte) {
+    Buffer buffer = makeBuffer("abc");
+    buffer.init(reinterpret_cast<const unsigned char*>("x"), 1);
+    EXPECT_EQ(toText(buffer), "x");
+}
+
+TEST(TBuffer, Insert_WithRoomInTheBlock_LeavesTheBlock) {
+    Buffer buffer(100, 0);
+    buffer.insert(0, "ad", 2);
+    const unsigned char* const block = buffer.getData();
+    buffer.insert(1, "bc", 2);
+    EXPECT_EQ(toText(buffer), "abcd");
+    EXPECT_EQ(buffer.getData(), block);
+}
+
+TEST(TBuffer, InsertOfOwnBytesAtTheEnd_OfAFullBlock_MovesThemToALargerOne) {
+    const std::string text = "the old block is given back, and its first bytes are overwritten";
+    Buffer buffer(static_cast<int>(text.size()), 0);
+    buffer.insert(0, text.data(), static_cast<int>(text.size()));
+    ASSERT_EQ(buffer.getUsed(), buffer.getAllocated());
+    // What lies behind it keeps it from growing where it is.
+    const Buffer next(buffer);
+    buffer.insert(buffer.getUsed(), buffer.getData(), buffer.getUsed());
+    EXPECT_EQ(toText(buffer), text + text);
+    EXPECT_LE(buffer.getUsed(), buffer.getAllocated());
+}
+
 TEST(TBuffer, ManyAppendedPieces_GrowTheBlockGeometrically) {
     CountingBuffer buffer;
     for (int i = 0; i < 100000; ++i)

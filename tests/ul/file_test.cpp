@@ -137,6 +137,16 @@ TEST(CWindowsFileInStream, FileThatShrinksMeanwhile_EndsThere) {
     EXPECT_TRUE(stream.isEndOfStream());
 }
 
+TEST(CWindowsFileInStream, FileThatIsEmptiedBeforeTheFirstRead_EndsThere) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("f", "abc");
+    ul::CWindowsFileInStream stream(path);
+    fs::resize_file(folder.getNative("f"), 0);
+    char data[3];
+    EXPECT_EQ(stream.readLax(data, 3), 0);
+    EXPECT_TRUE(stream.isEndOfStream());
+}
+
 TEST(CWindowsFileInStream, SecondStream_HasAPositionOfItsOwn) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("f", "abc");

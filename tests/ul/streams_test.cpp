@@ -95,6 +95,7 @@ TEST(CBufferInStream, NegativeSizes_AreRefusedOrEmpty) {
     char data[1];
     expectInvalidArg("CBufferInStream::read", "invalid size", [&] { stream.read(data, -1); });
     expectInvalidArg("CBufferInStream::read", "invalid size", [&] { stream.readLax(data, INT_MIN); });
+    EXPECT_EQ(stream.readLax(data, 0), 0);
     EXPECT_EQ(stream.getRemaining(), 3);
     EXPECT_TRUE(ul::CBufferInStream("abc", -1).isEndOfStream());
 }
@@ -107,6 +108,13 @@ TEST(CBufferStream, Write_AppendsBehindWhatTheBufferHolds) {
     stream.write("", 0);
     EXPECT_EQ(toBytes(buffer), toBytes(std::string("abcd")));
     expectInvalidArg("CBufferStream::write", "invalid size", [&] { stream.write("x", -1); });
+}
+
+TEST(CBufferStream, Write_WithRoomInTheBlock_LeavesTheBlock) {
+    Buffer buffer(100, 60);
+    ul::CBufferStream(&buffer, 8.0).write("0123456789", 10);
+    EXPECT_EQ(buffer.getAllocated(), 100);
+    EXPECT_EQ(buffer.getUsed(), 70);
 }
 
 TEST(CBufferStream, GrowthFactor_SaysHowLargeTheBlockBecomes) {

@@ -9,8 +9,10 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <fstream>
+#include <thread>
 
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -131,6 +133,25 @@ TEST(CWindowsFileInStream, FileWithoutASize_IsReadToItsEnd) {
         content.append(chunk, static_cast<std::size_t>(status.readLax(chunk, 100)));
     EXPECT_EQ(content.find("Name:"), 0U);
     EXPECT_NE(content.find("Threads:"), std::string::npos);
+}
+
+TEST(CWindowsFileInStream, BytesThatComeInPieces_AreReadInTheirOrder) {
+    const TempFolder folder;
+    const std::string name = folder.getNative("pipe").string();
+    ASSERT_EQ(::mkfifo(name.c_str(), 0600), 0);
+    std::thread writer([&name] {
+        std::ofstream pipe(name, std::ios::binary);
+        for (const char* const piece : {"abc", "de", "fgh"}) {
+            pipe << piece << std::flush;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    });
+    ul::CWindowsFileInStream stream(folder.getPath("pipe"));
+    char data[8] = {};
+    stream.read(data, 8);
+    EXPECT_EQ(std::string(data, 8), "abcdefgh");
+    EXPECT_TRUE(stream.isEndOfStream());
+    writer.join();
 }
 
 TEST(CWindowsFileInStream, EndlessDevice_HasNoEnd) {
