@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "injection/imported_calls.h"
 #include "injection/scenarios.h"
 #include "support/expect.h"
 
@@ -30,12 +31,18 @@ Run runReadText() {
     return [=] { return toUTF8Bytes(ul::readUTF8TextFile(place->file)); };
 }
 
-/// Whatever happens, the file is the old one or the new one, and nothing is left beside it unless that could not be
-/// removed.
+/// Nothing is left beside the file, unless it could not be removed.
+void expectAlone(const Place& place) {
+    if (!Injection::hasFailed("unlink") && place.folder.list() != std::vector<std::string>{"file"})
+        throw std::logic_error("something is left beside the file");
+}
+
+/// Whatever happens, the file is the old one or the new one, and alone.
 void expectOldOrNew(const Place& place, const std::string& before, const std::string& after) {
     const std::string now = place.folder.read("file");
     if (now != before && now != after)
         throw std::logic_error("the file is neither the old nor the new one");
+    expectAlone(place);
 }
 
 Run runWriteText() {
@@ -64,6 +71,7 @@ Run runStoreSignature() {
         } catch (...) {
             if (const std::string now = place->folder.read("file"); now != "old" && now.size() < 128)
                 throw std::logic_error("the file is neither the old nor the new one");
+            expectAlone(*place);
             throw;
         }
         return toBytes(place->folder.read("file"));

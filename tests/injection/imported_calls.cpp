@@ -244,10 +244,16 @@ bool Injection::mustFail(const ImportedCall& call) {
     const bool fails =
         injection->m_duration == Duration::Once ? index == injection->m_index : index >= injection->m_index;
     if (fails) {
+        if (call.kind != CallKind::Allocation)
+            injection->m_failed.insert(call.name);
         injection->m_first = injection->m_first ? injection->m_first : &call;
         injection->m_mustBeNoticed = injection->m_mustBeNoticed || !call.isIgnored;
     }
     return fails;
+}
+
+bool Injection::hasFailed(const std::string& name) {
+    return activeInjection && activeInjection->m_failed.count(name) > 0;
 }
 
 SmallPieces::SmallPieces() {

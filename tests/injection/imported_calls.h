@@ -5,6 +5,7 @@
 // a replacement of the same type, which fails when its turn has come and else calls the function it stands for.
 #pragma once
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -53,6 +54,9 @@ public:
     /// Whether a failure was injected that must not pass unnoticed.
     bool mustBeNoticed() const { return m_mustBeNoticed; }
 
+    /// Whether a call of the function called `name` has been let fail by the one that lives.
+    static bool hasFailed(const std::string& name);
+
     /// For the replacements.
     static bool mustFail(const ImportedCall& call);
 
@@ -62,6 +66,7 @@ private:
     Duration m_duration;
     int m_count = 0;
     const ImportedCall* m_first = nullptr;
+    std::set<std::string> m_failed;
     bool m_mustBeNoticed = false;
 };
 

@@ -14,6 +14,7 @@
 #include <fstream>
 #include <thread>
 
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -124,6 +125,19 @@ TEST(CWindowsFileInStream, ReadThatFails_IsAFileError) {
     expectFileErrorCode(EIO, [&] { stream.isEndOfStream(); });
 }
 
+TEST(CWindowsFileInStream, LengthThatTheSystemDoesNotTell_IsAFileError) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("f", "abc");
+    // The stream gets the lowest number that is free, which is closed behind its back.
+    const int descriptor = ::dup(STDERR_FILENO);
+    ::close(descriptor);
+    const ul::CWindowsFileInStream stream(path);
+    ASSERT_EQ(::close(descriptor), 0);
+    expectErrorOf<ul::CFileError>(
+        ("Cannot get size of file '" + path.getString().toUTF8() + "': Bad file descriptor.").c_str(),
+        [&] { stream.getLength(); });
+}
+
 TEST(CWindowsFileInStream, FileWithoutASize_IsReadToItsEnd) {
     ul::CWindowsFileInStream status(ul::CWindowsPath("/proc/self/status"));
     EXPECT_EQ(status.getLength(), 0);
@@ -133,6 +147,32 @@ TEST(CWindowsFileInStream, FileWithoutASize_IsReadToItsEnd) {
         content.append(chunk, static_cast<std::size_t>(status.readLax(chunk, 100)));
     EXPECT_EQ(content.find("Name:"), 0U);
     EXPECT_NE(content.find("Threads:"), std::string::npos);
+}
+
+TEST(CWindowsFileInStream, EndOfAFile_AfterAnInterruptedCallOfSomebodyElses_IsTheEnd) {
+    const TempFolder folder;
+    ul::CWindowsFileInStream stream(folder.write("f", ""));
+    char data[1];
+    errno = EINTR;
+    EXPECT_EQ(stream.readLax(data, 1), 0);
+}
+
+TEST(CWindowsFileInStream, InAProcessWithoutStandardInput_IsOpened) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("f", "abc");
+    const int standardInput = ::dup(STDIN_FILENO);
+    ASSERT_GE(standardInput, 0);
+    ::close(STDIN_FILENO);
+    {
+        // It gets the number that is free.
+        ul::CWindowsFileInStream stream(path);
+        char data[3];
+        EXPECT_EQ(stream.readLax(data, 3), 3);
+        EXPECT_EQ(std::string(data, 3), "abc");
+    }
+    EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1) << "it is closed with the stream";
+    ::dup2(standardInput, STDIN_FILENO);
+    ::close(standardInput);
 }
 
 TEST(CWindowsFileInStream, BytesThatComeInPieces_AreReadInTheirOrder) {
