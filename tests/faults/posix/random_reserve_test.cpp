@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Random bytes drawn ahead of use, seen from the system's side: how often it is asked, and what is in the block.
 #include "random_reserve.h"
+#include "system_random.h"
 
 #include "ul/error.h"
 
@@ -153,6 +154,13 @@ TEST_F(RandomReserve, LargeRequests_GoToTheSystemDirectly) {
     EXPECT_EQ(g_block, bytes.data());
     reserve.take(bytes.data(), 256);
     EXPECT_NE(g_block, bytes.data());
+}
+
+TEST_F(RandomReserve, SingleBytesFromTheSystem_AreRandom) {
+    std::array<unsigned char, 64> bytes{};
+    for (unsigned char& byte : bytes)
+        ul::fillFromSystemGenerator(&byte, 1);
+    EXPECT_FALSE(isZero(bytes.data(), bytes.data() + bytes.size()));
 }
 
 TEST_F(RandomReserve, SystemThatFails_RaisesAndIsAskedAgainNextTime) {

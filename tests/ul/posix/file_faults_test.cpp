@@ -261,11 +261,17 @@ TEST(GetCurrentWorkDirectoryAsString, InAFolderWhoseNameEndsInADot_IsVerbatim) {
 TEST(GetCurrentWorkDirectoryAsString, OfANameThatHasNoPath_IsAFileError) {
     const TempFolder parent;
     const fs::path before = fs::current_path();
-    for (const char* const name : {"back\\slash", "no\xFFutf8"}) {
+    const std::pair<const char*, const char*> names[] = {{"back\\slash", "a name contains a backslash"},
+                                                         {"no\xFFutf8", "its name is no valid UTF-8"}};
+    for (const auto& [name, reason] : names) {
         const fs::path folder = parent.getNative() / name;
         fs::create_directory(folder);
         fs::current_path(folder);
-        EXPECT_THROW(ul::getCurrentWorkDirectoryAsString(), ul::CFileError);
+        const ul::P<ul::CError> error = catchError<ul::CFileError>([] { ul::getCurrentWorkDirectoryAsString(); });
+        ASSERT_TRUE(error);
+        ul::String told;
+        EXPECT_TRUE(error->getProps().tryGet("reason", told));
+        EXPECT_EQ(told.toUTF8(), reason);
         EXPECT_THROW(ul::CWindowsPath("a"), ul::CFileError);
     }
     fs::current_path(before);
@@ -278,6 +284,8 @@ TEST(GetCurrentWorkDirectoryAsString, OfARemovedFolder_IsAFileError) {
         fs::current_path(folder.getNative());
     }
     expectFileErrorCode(ENOENT, [] { ul::getCurrentWorkDirectoryAsString(); });
+    expectErrorOf<ul::CFileError>("Cannot name the working directory '.': No such file or directory.",
+                                  [] { ul::getCurrentWorkDirectoryAsString(); });
     fs::current_path(before);
 }
 
