@@ -41,6 +41,13 @@ TEST(CMTRand, RandData_OfNoBytes_TouchesNothing) {
     ul::CMTRand::getGlobal()->randData(nullptr, -1);
 }
 
+TEST(CMTRand, RandData_OfOneByte_FillsIt) {
+    std::array<unsigned char, 64> bytes{};
+    for (unsigned char& byte : bytes)
+        ul::CMTRand::getGlobal()->randData(&byte, 1);
+    EXPECT_FALSE(std::all_of(bytes.begin(), bytes.end(), [](int byte) { return byte == 0; }));
+}
+
 TEST(CMTRand, ManyBlocks_AreAllDifferentAndUseEveryByte) {
     std::set<Block> blocks;
     std::set<unsigned char> bytes;

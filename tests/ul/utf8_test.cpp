@@ -91,6 +91,9 @@ TEST(ToUTF8, OfAnUnpairedLeadSurrogate_IsRefusedWithThePosition) {
 }
 
 TEST(ToUTF8, OfAnUnpairedTrailSurrogate_IsRefusedWithThePosition) {
-    sarn_test::expectError("Text cannot be encoded as UTF-8.", {"position", "0"},
-                           [] { ul::String(L"\xDC00\xD800").toUTF8(); });
+    const std::pair<const wchar_t*, const char*> texts[] = {
+        {L"\xDC00\xD800", "0"}, {L"\xDFFF", "0"}, {L"a\xDC00", "1"}};
+    for (const auto& [text, position] : texts)
+        sarn_test::expectError("Text cannot be encoded as UTF-8.", {"position", position},
+                               [text = text] { ul::String(text).toUTF8(); });
 }
