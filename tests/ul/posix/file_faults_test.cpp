@@ -75,6 +75,15 @@ TEST(WriteUTF8TextFile, InAFolderThatTakesNoFiles_IsAFileError) {
     expectFileErrorCode(ENOENT, [] { ul::writeUTF8TextFile(ul::CWindowsPath("/proc/self/none"), "x"); });
 }
 
+TEST(WriteUTF8TextFile, AtTheTopOfAFileSystem_GoesThroughThatOneOnly) {
+    if (!fs::is_directory("/dev/shm"))
+        GTEST_SKIP() << "there is no file system of its own to write to";
+    const std::string name = "/dev/shm/sarn-test-" + std::to_string(::getpid());
+    ul::writeUTF8TextFile(ul::CWindowsPath(name.c_str()), "text");
+    EXPECT_EQ(fs::file_size(name), 4U);
+    fs::remove(name);
+}
+
 TEST(WriteUTF8TextFile, ExistingFile_KeepsItsPermissionBits) {
     const TempFolder folder;
     const mode_t mask = ::umask(0077);
