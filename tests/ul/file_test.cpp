@@ -197,6 +197,7 @@ TEST(ReadUTF8TextFile, LeavesLineEndsAndDropsTheByteOrderMark) {
     EXPECT_TRUE(ul::readUTF8TextFile(folder.write("f", "\xEF\xBB\xBF"
                                                        "a\r\nb\n")) == "a\r\nb\n");
     EXPECT_TRUE(ul::readUTF8TextFile(folder.write("f", "")).isEmpty());
+    EXPECT_TRUE(ul::readUTF8TextFile(folder.write("f", "\xEF\xBB\xBF")).isEmpty());
     EXPECT_THROW(ul::readUTF8TextFile(folder.write("f", "\xEF\xBB")), ul::CError) << "a mark cut off is no text";
 }
 

@@ -94,6 +94,10 @@ TEST(CWindowsPathTraits, Functions_AnswerForEachKindOfRoot) {
     EXPECT_EQ(Traits::getRootLength("\\\\?\\UNC\\server\\share\\a"), 21);
     EXPECT_TRUE(Traits::isAbsolute("C:\\") && Traits::isAbsolute("\\\\s\\h") && Traits::isAbsolute("\\\\?\\C:\\"));
     EXPECT_FALSE(Traits::isAbsolute("C:a") || Traits::isAbsolute("\\a") || Traits::isAbsolute("a"));
+    for (const char* const drive : {"A:\\", "Z:\\", "a:\\", "z:\\"})
+        EXPECT_TRUE(Traits::isAbsolute(drive)) << drive;
+    for (const char* const noDrive : {"@:\\", "[:\\", "`:\\", "{:\\", "1:\\"})
+        EXPECT_FALSE(Traits::isAbsolute(noDrive)) << noDrive;
     EXPECT_TRUE(Traits::normalizeSeparators("a//b\\/c") == "a\\b\\c");
     EXPECT_TRUE(Traits::normalizeSeparators("//s/h//a") == "\\\\s\\h\\a");
     EXPECT_TRUE(Traits::normalizeRoot("c:\\") == "C:\\" && Traits::normalizeRoot("\\\\s").isEmpty());

@@ -240,8 +240,9 @@ TEST(CWindowsFileInStream, ClosedAndFailedStreams_LeaveNoDescriptorOpen) {
 }
 
 TEST(CWindowsFileInStream, NameThatIsNoUnicode_IsAFileError) {
-    expectErrorOf<ul::CFileError>("Cannot open file 'Z:\\a?': its name is no valid Unicode text.",
-                                  [] { ul::CWindowsFileInStream stream(ul::CWindowsPath(L"/a\xD800")); });
+    const auto open = [] { ul::CWindowsFileInStream stream(ul::CWindowsPath(L"/a\xD800")); };
+    expectErrorOf<ul::CFileError>("Cannot open file 'Z:\\a?': its name is no valid Unicode text.", open);
+    expectFileErrorCode(-1, open);
 }
 
 TEST(CWindowsFileInStream, VerbatimPath_ReachesNamesThatEndInDotsAndSpaces) {
