@@ -92,6 +92,8 @@ TEST(CWindowsPathTraits, Functions_AnswerForEachKindOfRoot) {
     EXPECT_EQ(Traits::getRootLength("\\\\server"), 8);
     EXPECT_EQ(Traits::getRootLength("\\\\?\\C:\\a"), 7);
     EXPECT_EQ(Traits::getRootLength("\\\\?\\UNC\\server\\share\\a"), 21);
+    EXPECT_EQ(Traits::getRootLength("\\\\?\\UNC\\s\\h\\a"), 12);
+    EXPECT_EQ(Traits::normalizeRoot("\\\\?\\UNC\\s\\h\\").toUTF8(), "\\\\?\\UNC\\s\\h\\");
     EXPECT_TRUE(Traits::isAbsolute("C:\\") && Traits::isAbsolute("\\\\s\\h") && Traits::isAbsolute("\\\\?\\C:\\"));
     EXPECT_FALSE(Traits::isAbsolute("C:a") || Traits::isAbsolute("\\a") || Traits::isAbsolute("a"));
     for (const char* const drive : {"A:\\", "Z:\\", "a:\\", "z:\\"})
@@ -100,6 +102,7 @@ TEST(CWindowsPathTraits, Functions_AnswerForEachKindOfRoot) {
         EXPECT_FALSE(Traits::isAbsolute(noDrive)) << noDrive;
     EXPECT_TRUE(Traits::normalizeSeparators("a//b\\/c") == "a\\b\\c");
     EXPECT_TRUE(Traits::normalizeSeparators("//s/h//a") == "\\\\s\\h\\a");
+    EXPECT_EQ(Traits::normalizeSeparators("////a").toUTF8(), "\\\\\\a");
     EXPECT_TRUE(Traits::normalizeRoot("c:\\") == "C:\\" && Traits::normalizeRoot("\\\\s").isEmpty());
     EXPECT_TRUE(Traits::normalizeComponent("a. .") == "a" && Traits::normalizeComponent(" . ").isEmpty());
     EXPECT_TRUE(Traits::pathNeedsToBeNormalizedToBeValid("C:\\a"));
