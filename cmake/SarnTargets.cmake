@@ -12,9 +12,10 @@ function(sarn_configure_target target)
     target_compile_options(${target} PRIVATE /W4 $<$<BOOL:${SARN_WARNINGS_AS_ERRORS}>:/WX>)
     return()
   endif()
-  target_compile_options(${target} PRIVATE
+  # Windows' resources are compiled, too.
+  target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
-    $<$<BOOL:${SARN_WARNINGS_AS_ERRORS}>:-Werror>)
+    $<$<BOOL:${SARN_WARNINGS_AS_ERRORS}>:-Werror>>)
   if(SARN_SANITIZERS)
     target_compile_options(${target} PRIVATE -fsanitize=${SARN_SANITIZERS} -fno-omit-frame-pointer
       -fno-sanitize-recover=all)
@@ -50,6 +51,8 @@ function(sarn_configure_shared target)
   endif()
   if(WIN32)
     set_target_properties(${target} PROPERTIES PREFIX "")
+    configure_file("${CMAKE_CURRENT_FUNCTION_LIST_DIR}/version.rc.in" "${CMAKE_CURRENT_BINARY_DIR}/version.rc" @ONLY)
+    target_sources(${target} PRIVATE "${CMAKE_CURRENT_BINARY_DIR}/version.rc")
   endif()
   if(UNIX AND NOT APPLE)
     set(name ${target})
