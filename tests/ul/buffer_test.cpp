@@ -191,6 +191,14 @@ TEST(TBuffer, InsertOfOwnBytesAtTheEnd_OfAFullBlock_MovesThemToALargerOne) {
     EXPECT_LE(buffer.getUsed(), buffer.getAllocated());
 }
 
+TEST(TBuffer, OwnBytesInsertedInTheMiddle_ManyTimes_GrowTheBlockAsFarAsTheyNeed) {
+    Buffer buffer = makeBuffer("ab");
+    for (int i = 0; i < 100; ++i)
+        buffer.insert(1, buffer.getData(), 1);
+    EXPECT_EQ(toText(buffer), std::string(101, 'a') + "b");
+    EXPECT_LE(buffer.getAllocated(), 4 * buffer.getUsed());
+}
+
 TEST(TBuffer, ManyAppendedPieces_GrowTheBlockGeometrically) {
     CountingBuffer buffer;
     for (int i = 0; i < 100000; ++i)

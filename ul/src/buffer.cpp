@@ -85,9 +85,10 @@ void TBuffer<T>::insert(int position, const void* data, int size) {
     const bool isOwn = !std::less<>()(source, m_data) && std::less<>()(source, m_data + m_allocated);
     if (!isOwn)
         ensureAllocated(m_used + size);
-    if (m_used + size > m_allocated || (isOwn && tail > 0)) {
+    const bool mustGrow = m_used + size > m_allocated;
+    if (mustGrow || (isOwn && tail > 0)) {
         // The old block stays whole until its bytes and the inserted ones, which may lie in it, have been copied.
-        const int allocated = getGrownSize(m_used + size);
+        const int allocated = mustGrow ? getGrownSize(m_used + size) : m_allocated;
         T* const block = allocate(allocated);
         std::copy_n(m_data, position, block);
         std::copy_n(source, count, block + position);
