@@ -75,4 +75,11 @@ inline Bytes withWord(Bytes state, std::size_t offset, unsigned value) {
     return state;
 }
 
+/// The state of a running digest that was fed a pattern of `size` bytes.
+inline Bytes getRunningState(const char* id, int size = 100) {
+    const ul::P<sarn::IDigest> digest = createDigest(id);
+    feed(*digest, makePattern(size));
+    return storeState(*digest);
+}
+
 } // namespace sarn_test
