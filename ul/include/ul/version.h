@@ -17,11 +17,12 @@
 #define UL_VERSION (UL_VERSION_MAJOR * 10000 + UL_VERSION_MINOR * 100 + UL_VERSION_PATCH)
 
 /// The same for people: "1.2.3".
-#define UL_VERSION_TEXT UL_VERSION_JOIN(UL_VERSION_MAJOR, UL_VERSION_MINOR, UL_VERSION_PATCH)
-/// Used by UL_VERSION_TEXT: replaces its arguments by the numbers before UL_VERSION_QUOTE makes text of them.
-#define UL_VERSION_JOIN(major, minor, patch) UL_VERSION_QUOTE(major.minor.patch)
-/// Used by UL_VERSION_TEXT.
-#define UL_VERSION_QUOTE(version) #version
+#define UL_VERSION_TEXT                                                                                                \
+    UL_VERSION_QUOTE(UL_VERSION_MAJOR) "." UL_VERSION_QUOTE(UL_VERSION_MINOR) "." UL_VERSION_QUOTE(UL_VERSION_PATCH)
+/// Used by UL_VERSION_TEXT: replaces the name by its number before UL_VERSION_QUOTE_NUMBER makes text of it.
+#define UL_VERSION_QUOTE(name) UL_VERSION_QUOTE_NUMBER(name)
+/// Used by UL_VERSION_QUOTE.
+#define UL_VERSION_QUOTE_NUMBER(number) #number
 
 namespace ul {
 
