@@ -157,8 +157,8 @@ std::vector<ImportedCall> makeFileCalls() {
         describe<&renameFile>("rename", kind, -1, !isIgnored, EXDEV),
         describe<&::getcwd>("getcwd", kind, nullptr, !isIgnored, ENOENT),
         describe<&::getrandom>("getrandom", kind, -1, !isIgnored, EIO),
-        // What was written has been synced by then.
-        describe<&::close>("close", kind, -1, isIgnored, EIO),
+        // What was written has been synced by then. The system takes the descriptor back whatever it says.
+        describeDone<&::close>("close", kind, -1, isIgnored, EIO),
         // There is nothing that one could do about it.
         describe<&::unlink>("unlink", kind, -1, isIgnored, EACCES),
         // Without such a page no random bytes are drawn ahead.

@@ -17,10 +17,15 @@ struct Replacement<function, Result (*)(Arguments...)> {
     static inline const ImportedCall* description = nullptr;
     static inline Result failure{};
     static inline int error = 0;
+    static inline bool isDoneAllTheSame = false;
 
     static Result call(Arguments... arguments) {
         if (!Injection::mustFail(*description))
             return function(arguments...);
+        if (isDoneAllTheSame) {
+            const Result result = function(arguments...);
+            static_cast<void>(result);
+        }
         if (error != 0)
             errno = error;
         return failure;
@@ -48,6 +53,13 @@ ImportedCall describe(const char* name, CallKind kind, Result failure, bool isIg
     Calls::failure = static_cast<decltype(Calls::failure)>(failure);
     Calls::error = error;
     return {name, kind, isIgnored, toAddress(&Calls::call), &Calls::description};
+}
+
+/// Describes one that tells of a failure although it has done its work.
+template <auto function, class Result>
+ImportedCall describeDone(const char* name, CallKind kind, Result failure, bool isIgnored, int error) {
+    Replacement<function>::isDoneAllTheSame = true;
+    return describe<function>(name, kind, failure, isIgnored, error);
 }
 
 /// Describes an operator new.
