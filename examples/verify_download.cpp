@@ -2,6 +2,7 @@
 // Takes over a downloaded file only if its signature verifies: FILE.part becomes FILE.
 #include <sarn/sarn.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 
@@ -10,13 +11,13 @@ using Bytes = ul::TBuffer<unsigned char>;
 // Feeds the file to the verifier while it shows how far it is; reading it twice would take twice as long.
 void feed(sarn::IVerifier& verifier, const ul::CWindowsPath& path) {
     ul::CWindowsFileInStream file(path);
-    const std::int64_t total = file.getLength();
+    const std::int64_t total = std::max<std::int64_t>(file.getLength(), 1); // it may grow meanwhile
     std::int64_t done = 0;
     Bytes piece(1 << 16, -1);
     while (const int size = file.readLax(piece.getData(), piece.getUsed())) {
         verifier.update(piece.getData(), size);
         done += size;
-        std::cerr << "\r" << 100 * done / total << " %" << std::flush;
+        std::cerr << "\r" << std::min<std::int64_t>(100 * done / total, 100) << " %" << std::flush;
     }
     std::cerr << "\r";
 }
