@@ -2,6 +2,8 @@
 // The keys of tests/data/keys.
 #pragma once
 
+#include "support/vectors.h"
+
 #include "ul/string.h"
 
 #include <fstream>
@@ -15,7 +17,7 @@ constexpr char testPassphrase[] = "for tests only";
 
 /// The PEM text of a key file, for example "rsa2048".
 inline ul::String readKey(const std::string& name, const std::string& suffix = "_for_tests_only.pem") {
-    const std::string path = std::string(SARN_TEST_DATA_DIR) + "/keys/" + name + suffix;
+    const std::string path = getTestDataFolder() + "/keys/" + name + suffix;
     std::ifstream file(path);
     const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     if (text.empty())

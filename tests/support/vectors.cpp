@@ -17,8 +17,12 @@ Bytes Vector::getBytes(const std::string& field) const {
     return fromHex(getText(field));
 }
 
+std::string getTestDataFolder() {
+    return SARN_TEST_DATA_DIR;
+}
+
 std::vector<Vector> readVectors(const std::string& fileName, const std::set<std::string>& fields) {
-    const std::string path = std::string(SARN_TEST_DATA_DIR) + "/" + fileName;
+    const std::string path = getTestDataFolder() + "/" + fileName;
     std::ifstream file(path);
     if (!file)
         throw std::runtime_error("cannot open " + path);

@@ -37,6 +37,9 @@ private:
     std::map<std::string, std::string> m_fields;
 };
 
+/// The folder tests/data, without a separator at its end.
+std::string getTestDataFolder();
+
 /// Reads a file of tests/data, every field of which must be one of `fields`. Throws if anything is wrong with it.
 std::vector<Vector> readVectors(const std::string& fileName, const std::set<std::string>& fields);
 
