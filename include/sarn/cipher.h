@@ -5,8 +5,8 @@
 
 #include "sarn/object_model.h"
 
-#include "ul/fork_safe_mutex.h"
 #include "ul/map.h"
+#include "ul/mutex.h"
 
 struct evp_cipher_st;
 /// libcrypto's description of a cipher.
@@ -208,7 +208,7 @@ protected:
     static void disposeGlobalInstance();
 
 private:
-    ul::CForkSafeMutex m_mutex;
+    ul::CMutex m_mutex;
     ul::TMap<ul::String, ul::P<ICipher>> m_ciphers;
 };
 

@@ -8,8 +8,8 @@
 #include "sarn/digest_interfaces.h"
 #include "sarn/openssl_digest.h"
 
-#include "ul/fork_safe_mutex.h"
 #include "ul/map.h"
+#include "ul/mutex.h"
 
 namespace sarn {
 
@@ -124,7 +124,7 @@ protected:
     static void disposeGlobalInstance();
 
 private:
-    ul::CForkSafeMutex m_mutex;
+    ul::CMutex m_mutex;
     ul::TMap<ul::String, ul::P<IDigestType>> m_types;
 };
 

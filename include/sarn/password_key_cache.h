@@ -5,8 +5,8 @@
 
 #include "sarn/object_model.h"
 
-#include "ul/fork_safe_mutex.h"
 #include "ul/map.h"
+#include "ul/mutex.h"
 
 namespace sarn {
 
@@ -55,7 +55,7 @@ public:
     ul::PC<ul::TCryptBuffer<unsigned char>> getKey(int keySize, unsigned long long salt, int iterations);
 
 private:
-    ul::CForkSafeMutex m_mutex;
+    ul::CMutex m_mutex;
     ul::TCryptBuffer<char> m_password;
     // An entry whose derivation failed stays, without a key.
     ul::TMap<CKeyInfo, ul::P<ul::TCryptBuffer<unsigned char>>> m_keys;

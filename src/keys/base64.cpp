@@ -8,7 +8,6 @@
 #include "sarn/openssl_init.h"
 
 #include "ul/buffer_stream.h"
-#include "ul/fork_delay.h"
 
 #include <algorithm>
 #include <climits>
@@ -114,7 +113,6 @@ ul::String base64Encode(const void* data, int size, bool keepPadding, bool lineB
     COpenSSLInit::ensureInitialized();
     if (size < 0)
         raiseInvalidArg("base64Encode", "invalid data size");
-    const ul::CForkDelay forkDelay;
     ErrorQueueMark mark;
     BIO* const sink = BIO_new(BIO_s_mem());
     const BioPtr chain = createFilter(BioPtr(sink), lineBreaks);
@@ -144,7 +142,6 @@ void base64Decode(const ul::String& text, ul::TBuffer<unsigned char>& out) {
         bytes.complete(missing);
     const int expected = static_cast<int>(count * 6LL / 8);
 
-    const ul::CForkDelay forkDelay;
     ErrorQueueMark mark;
     const bool hasWhiteSpace = count != text.getLength();
     const BioPtr chain = createFilter(BioPtr(BIO_new_mem_buf(bytes.getData(), bytes.getLength())), hasWhiteSpace);

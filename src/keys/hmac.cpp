@@ -5,8 +5,6 @@
 #include "frame/overlap.h"
 #include "frame/raise.h"
 
-#include "ul/fork_delay.h"
-
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 
@@ -18,7 +16,6 @@ void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* dat
         raiseInvalidArg("calcHMAC", "invalid data size");
     if (out.getAllocated() < EVP_MAX_MD_SIZE && (overlaps(data, dataSize, out) || overlaps(key, keySize, out)))
         raiseInvalidArg("calcHMAC", "input overlaps output");
-    const ul::CForkDelay forkDelay;
     ErrorQueueMark mark;
     out.ensureAllocated(EVP_MAX_MD_SIZE);
     unsigned length = EVP_MAX_MD_SIZE;

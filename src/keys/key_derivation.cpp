@@ -5,8 +5,6 @@
 
 #include "sarn/openssl_init.h"
 
-#include "ul/fork_delay.h"
-
 #include <openssl/evp.h>
 
 namespace sarn {
@@ -14,7 +12,6 @@ namespace sarn {
 void deriveKey_PKCS5_PBKDF2_HMAC_SHA1(const void* password, int passwordSize, const void* salt, int saltSize,
                                       int iterations, int keySize, void* key) {
     COpenSSLInit::ensureInitialized();
-    const ul::CForkDelay forkDelay;
     ErrorQueueMark mark;
     // libcrypto judges the arguments, but it would take these two for huge sizes.
     const bool isDone = saltSize >= 0 && keySize >= 0 &&

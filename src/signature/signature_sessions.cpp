@@ -8,8 +8,6 @@
 #include "frame/raise.h"
 #include "signature/dsa_parameters.h"
 
-#include "ul/fork_delay.h"
-
 #include <openssl/evp.h>
 #include <openssl/pem.h>
 
@@ -54,7 +52,6 @@ void checkKey(ErrorQueueMark& mark, const EVP_PKEY* key, EVP_MD_CTX* context) {
 }
 
 void freeSession(EVP_PKEY* key, EVP_MD_CTX* context) {
-    const ul::CForkDelay forkDelay;
     EVP_MD_CTX_reset(context);
     EVP_MD_CTX_free(context);
     EVP_PKEY_free(key);
@@ -70,7 +67,6 @@ void updateDigest(EVP_MD_CTX* context, const void* data, int size, const char* w
 } // namespace
 
 COpenSSLSignatureAlgo::CSigner::CSigner(const EVP_MD* md, const char* privateKeyPem, const char* passphrase) {
-    const ul::CForkDelay forkDelay;
     ErrorQueueMark mark;
     m_ctx = createContext(mark, md, "OpenSSL sign init error.");
     m_key = readPrivateKey(privateKeyPem, passphrase);
@@ -94,7 +90,6 @@ void COpenSSLSignatureAlgo::CSigner::update(const void* data, int size) {
 }
 
 void COpenSSLSignatureAlgo::CSigner::finish(void* signature, int& size) {
-    const ul::CForkDelay forkDelay;
     ErrorQueueMark mark;
     unsigned length = 0;
     if (mayNeverSign(m_key))
@@ -107,7 +102,6 @@ void COpenSSLSignatureAlgo::CSigner::finish(void* signature, int& size) {
 }
 
 COpenSSLSignatureAlgo::CVerifier::CVerifier(const EVP_MD* md, const char* publicKeyPem) {
-    const ul::CForkDelay forkDelay;
     ErrorQueueMark mark;
     m_ctx = createContext(mark, md, "OpenSSL verify init error.");
     m_key = readPublicKey(publicKeyPem);
@@ -125,7 +119,6 @@ void COpenSSLSignatureAlgo::CVerifier::update(const void* data, int size) {
 bool COpenSSLSignatureAlgo::CVerifier::finish(const void* signature, int size) {
     if (size < 0)
         raiseInvalidArg("COpenSSLSignatureAlgo::CVerifier::finish", "invalid signature size");
-    const ul::CForkDelay forkDelay;
     ErrorQueueMark mark;
     const void* const bytes = size > 0 ? signature : "";
     const int result =

@@ -28,8 +28,7 @@ constexpr char returningNothing[] =
 
 constexpr char ofTheRuntime[] =
     "memcpy memmove memset memcmp memchr strcmp strlen wcslen wmemcmp wmemcpy wmemset wmemchr fprintf nanosleep "
-    "pthread_mutex_lock pthread_mutex_trylock pthread_mutex_unlock pthread_self pthread_atfork pthread_key_create "
-    "pthread_getspecific pthread_setspecific __register_atfork "
+    "pthread_mutex_lock pthread_mutex_trylock pthread_mutex_unlock pthread_self "
     "__tls_get_addr __assert_fail __errno_location __dynamic_cast __gmon_start__";
 
 } // namespace

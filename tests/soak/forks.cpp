@@ -3,8 +3,9 @@
 
 #include "soak/operations.h"
 
-#include "ul/log.h"
+#include "ul/random.h"
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <mutex>
@@ -22,52 +23,46 @@ constexpr int threadCount = 8;
 constexpr unsigned secondsOfAChild = 10;
 constexpr int drawnByAChild = 8;
 
-/// What a child does: uses all that is shared and tells which initialisation vectors it drew.
-void runChild(const Shared& shared, int pipe, unsigned seed) noexcept {
+using IVs = std::array<IV, drawnByAChild>;
+
+IV draw() {
+    IV iv;
+    ul::CMTRand::getGlobal()->randData(iv.data(), static_cast<int>(iv.size()));
+    return iv;
+}
+
+/// What a child does: draws random bytes and hands them over. Other threads may have held any lock at the fork, the
+/// allocator's too, so it does nothing else.
+void runChild(int pipe) noexcept {
     ::alarm(secondsOfAChild);
-    try {
-        std::mt19937 random(seed);
-        std::vector<IV> ivs;
-        for (int i = 0; i < drawnByAChild; ++i)
-            ivs.push_back(shared.drawIV());
-        std::vector<IV> others;
-        for (int i = 0; i < 40; ++i)
-            shared.use(random, others);
-        ul::setLogHandler(ul::setLogHandler(ul::LogHandler()));
-        const auto size = static_cast<ssize_t>(ivs.size() * sizeof(IV));
-        ::_exit(::write(pipe, ivs.data(), static_cast<std::size_t>(size)) == size ? 0 : 1);
-    } catch (...) {
-        ::_exit(1);
-    }
+    IVs ivs;
+    for (IV& iv : ivs)
+        iv = draw();
+    ::_exit(::write(pipe, &ivs, sizeof ivs) == sizeof ivs ? 0 : 1);
 }
 
-std::vector<IV> readIVs(int pipe) {
-    std::vector<IV> ivs(drawnByAChild);
-    const auto size = static_cast<ssize_t>(ivs.size() * sizeof(IV));
-    if (::read(pipe, ivs.data(), static_cast<std::size_t>(size)) != size)
-        throw std::runtime_error("a child drew no initialisation vectors");
-    return ivs;
-}
-
-std::vector<IV> forkOnce(const Shared& shared, unsigned seed) {
+IVs forkOnce() {
     int ends[2];
     if (::pipe(ends) != 0)
         throw std::runtime_error("no pipe");
     const pid_t child = ::fork();
     if (child == 0)
-        runChild(shared, ends[1], seed);
+        runChild(ends[1]);
     ::close(ends[1]);
     int status = 0;
     ::waitpid(child, &status, 0);
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
         throw std::runtime_error(WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM ? "a child hangs"
                                                                                     : "a child failed");
-    std::vector<IV> ivs = readIVs(ends[0]);
+    IVs ivs;
+    const ssize_t count = ::read(ends[0], &ivs, sizeof ivs);
     ::close(ends[0]);
+    if (count != sizeof ivs)
+        throw std::runtime_error("a child drew too few bytes");
     return ivs;
 }
 
-/// Threads that use all that is shared until the end.
+/// Threads that use all that is shared, and draw random bytes most of the time, until the end.
 class BusyThreads {
 public:
     explicit BusyThreads(const Shared& shared) {
@@ -92,9 +87,9 @@ private:
         std::mt19937 random(seed);
         std::vector<IV> ivs;
         while (!m_isOver) {
+            for (int i = 0; i < 4; ++i)
+                ivs.push_back(draw());
             shared.use(random, ivs);
-            if (random() % 16 == 0)
-                ul::setLogHandler(ul::LogHandler());
         }
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_ivs.insert(m_ivs.end(), ivs.begin(), ivs.end());
@@ -110,15 +105,12 @@ private:
 
 std::size_t runForks(int count) {
     const Shared shared;
-    // Each family has been used once: what libcrypto and the compiler set up at first use is no part of this.
     std::mt19937 random(1);
-    std::vector<IV> all;
-    for (int i = 0; i < 1000; ++i)
-        shared.use(random, all);
+    std::vector<IV> all{draw()};
     BusyThreads threads(shared);
     for (int i = 0; i < count; ++i) {
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 300));
-        const std::vector<IV> ivs = forkOnce(shared, static_cast<unsigned>(i));
+        const IVs ivs = forkOnce();
         all.insert(all.end(), ivs.begin(), ivs.end());
     }
     const std::vector<IV>& own = threads.stop();

@@ -61,9 +61,8 @@ int run(const std::string& what, long count) {
             count, threadCount, time.count(), drawn);
     } else if (what == "forks") {
         const std::size_t drawn = runForks(static_cast<int>(count));
-        std::printf(
-            "%ld forks at random moments, no hang; %zu initialisation vectors of parent and children, none twice\n",
-            count, drawn);
+        std::printf("%ld forks at random moments, no hang; %zu draws of parent and children, none twice\n", count,
+                    drawn);
     } else if (what == "first-use") {
         runFirstUses(static_cast<int>(count), threadCount);
         std::printf("%ld processes in which %d threads first used every process-wide object at once, none wrong\n",

@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ul/global_slot.h"
 
-#include "fork_guard.h"
 #include "raise.h"
-#include "ul/fork_delay.h"
 #include "ul/thread.h"
 
 #include <condition_variable>
@@ -47,8 +45,6 @@ public:
     }
 
 private:
-    // A child would wait for ever for what a thread creates that it does not have.
-    const CForkDelay m_delay;
     std::unique_lock<std::mutex>& m_lock;
     std::uint64_t& m_creator;
 };
@@ -72,14 +68,6 @@ void* CSafeGlobalSlot::createOnce(void* (*create)(), void (*destroy)(void*)) {
     m_destroy = destroy;
     m_object.store(object, std::memory_order_release);
     return object;
-}
-
-bool tryHoldCreation() {
-    return getCreationState().mutex.try_lock();
-}
-
-void letCreationGo() {
-    getCreationState().mutex.unlock();
 }
 
 void CSafeGlobalSlot::clear() noexcept {

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ul/log.h"
 
-#include "fork_guard.h"
 #include "ul/error.h"
 #include "utf8_text.h"
 
@@ -71,14 +70,6 @@ String describe(const std::exception& error) {
 }
 
 } // namespace
-
-bool tryHoldLog() {
-    return getLogState().mutex.try_lock();
-}
-
-void letLogGo() {
-    getLogState().mutex.unlock();
-}
 
 LogHandler setLogHandler(LogHandler handler) {
     std::shared_ptr<const LogHandler> next;

@@ -2,7 +2,6 @@
 #include "ul/random.h"
 
 #include "random_reserve.h"
-#include "ul/fork_safe_mutex.h"
 
 namespace ul {
 
@@ -12,7 +11,7 @@ const P<CMTRand>& CMTRand::getGlobal() {
 }
 
 const P<CMutex>& CMTRand::getGlobalInstanceMutex() {
-    static const P<CMutex> mutex = make<CForkSafeMutex>();
+    static const P<CMutex> mutex = make<CMutex>();
     return mutex;
 }
 

@@ -13,8 +13,6 @@
 #include "ul/data_stream.h"
 #include "ul/error.h"
 #include "ul/file.h"
-#include "ul/fork_delay.h"
-#include "ul/fork_safe_mutex.h"
 #include "ul/global_slot.h"
 #include "ul/ini.h"
 #include "ul/list.h"
