@@ -62,7 +62,7 @@ IVs forkOnce() {
     return ivs;
 }
 
-/// Threads that use all that is shared, and draw random bytes most of the time, until the end.
+/// Threads that use all that is shared, and draw random bytes, until the end.
 class BusyThreads {
 public:
     explicit BusyThreads(const Shared& shared) {
@@ -87,9 +87,10 @@ private:
         std::mt19937 random(seed);
         std::vector<IV> ivs;
         while (!m_isOver) {
-            for (int i = 0; i < 4; ++i)
-                ivs.push_back(draw());
             shared.use(random, ivs);
+            // Not each time: what they draw is kept, and a process forks the slower the more memory it has.
+            if (random() % 8 == 0)
+                ivs.push_back(draw());
         }
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_ivs.insert(m_ivs.end(), ivs.begin(), ivs.end());

@@ -22,8 +22,6 @@ CMTRand::~CMTRand() = default;
 void CMTRand::randData(unsigned char* data, int size) {
     if (size <= 0)
         return;
-    // The caller of the shared instance holds it already; a second lock costs next to nothing.
-    const CMutexLock lock(getGlobalInstanceMutex().get());
     m_reserve->take(data, static_cast<std::size_t>(size));
 }
 

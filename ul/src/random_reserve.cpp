@@ -19,6 +19,18 @@ constexpr std::size_t largestPiece = 256;
 // How many bytes are left while the block is being filled, and after that failed.
 constexpr std::size_t beingFilled = static_cast<std::size_t>(-1);
 
+/// Gives the block back, also when the system fails.
+class Turn {
+public:
+    explicit Turn(std::atomic<bool>& isInUse) noexcept : m_isInUse(isInUse) {}
+    Turn(const Turn&) = delete;
+    Turn& operator=(const Turn&) = delete;
+    ~Turn() { m_isInUse.store(false, std::memory_order_release); }
+
+private:
+    std::atomic<bool>& m_isInUse;
+};
+
 } // namespace
 
 struct RandomReserve::Block {
@@ -39,10 +51,11 @@ RandomReserve::~RandomReserve() {
 }
 
 void RandomReserve::take(unsigned char* data, std::size_t size) {
-    if (!m_block || size > largestPiece) {
+    if (!m_block || size > largestPiece || m_isInUse.exchange(true, std::memory_order_acquire)) {
         fillFromSystemGenerator(data, size);
         return;
     }
+    const Turn turn(m_isInUse);
     for (;;) {
         const std::size_t left = m_block->left;
         if (left < size || left == beingFilled) {

@@ -12,6 +12,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstring>
+#include <functional>
 #include <utility>
 
 #include <sys/random.h>
@@ -24,8 +25,17 @@ int g_systemCalls = 0;
 int g_callsToFail = 0;
 bool g_isMadviseRefused = false;
 bool g_isForkedDuringFill = false;
+bool g_isForkedBeforeCopy = false;
+std::function<void()> g_duringFill;
 const unsigned char* g_block = nullptr;
 std::size_t g_blockSize = 0;
+
+/// Leaves the page of `inside` as a process finds it that is forked by a signal handler at this moment: zero.
+void wipePage(const void* inside) {
+    constexpr std::uintptr_t pageSize = 4096;
+    void* const page = reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(inside) & ~(pageSize - 1));
+    std::memset(page, 0, pageSize);
+}
 
 } // namespace
 
@@ -35,6 +45,8 @@ ssize_t __real_getrandom(void* data, std::size_t size, unsigned flags);
 ssize_t __wrap_getrandom(void* data, std::size_t size, unsigned flags);
 int __real_madvise(void* memory, std::size_t size, int advice);
 int __wrap_madvise(void* memory, std::size_t size, int advice);
+void* __real_memcpy(void* to, const void* from, std::size_t size);
+void* __wrap_memcpy(void* to, const void* from, std::size_t size);
 
 ssize_t __wrap_getrandom(void* data, std::size_t size, unsigned flags) {
     ++g_systemCalls;
@@ -46,13 +58,20 @@ ssize_t __wrap_getrandom(void* data, std::size_t size, unsigned flags) {
         return -1;
     }
     const ssize_t count = __real_getrandom(data, size, flags);
-    if (std::exchange(g_isForkedDuringFill, false)) {
-        // What a process finds that was forked by a signal handler at this moment: the whole page is zero.
-        constexpr std::uintptr_t pageSize = 4096;
-        void* const page = reinterpret_cast<void*>(reinterpret_cast<std::uintptr_t>(data) & ~(pageSize - 1));
-        std::memset(page, 0, pageSize);
-    }
+    if (const std::function<void()> duringFill = std::exchange(g_duringFill, nullptr))
+        duringFill();
+    if (std::exchange(g_isForkedDuringFill, false))
+        wipePage(data);
     return count;
+}
+
+void* __wrap_memcpy(void* to, const void* from, std::size_t size) {
+    const auto* const source = static_cast<const unsigned char*>(from);
+    if (g_isForkedBeforeCopy && source >= g_block && source < g_block + g_blockSize) {
+        g_isForkedBeforeCopy = false;
+        wipePage(source);
+    }
+    return __real_memcpy(to, from, size);
 }
 
 int __wrap_madvise(void* memory, std::size_t size, int advice) {
@@ -136,6 +155,43 @@ TEST_F(RandomReserve, ForkWhileTheBlockIsFilled_IsNoticedAndItIsFilledAgain) {
     const Piece piece = take(reserve);
     EXPECT_FALSE(isZero(piece.data(), piece.data() + piece.size()));
     EXPECT_EQ(g_systemCalls, 2);
+}
+
+TEST_F(RandomReserve, ForkBetweenTheLookAndTheCopy_IsNoticedAndOtherBytesAreDrawn) {
+    ul::RandomReserve reserve;
+    take(reserve);
+    g_isForkedBeforeCopy = true;
+    const Piece piece = take(reserve);
+    EXPECT_FALSE(g_isForkedBeforeCopy);
+    EXPECT_FALSE(isZero(piece.data(), piece.data() + piece.size()));
+    EXPECT_EQ(g_systemCalls, 2);
+}
+
+TEST_F(RandomReserve, RequestWhileAnotherIsServed_GoesToTheSystemAndWaitsForNobody) {
+    ul::RandomReserve reserve;
+    Piece meanwhile{};
+    g_duringFill = [&] { meanwhile = take(reserve); };
+    const Piece piece = take(reserve);
+    EXPECT_FALSE(isZero(meanwhile.data(), meanwhile.data() + meanwhile.size()));
+    EXPECT_NE(piece, meanwhile);
+    EXPECT_EQ(g_systemCalls, 2);
+    take(reserve);
+    EXPECT_EQ(g_systemCalls, 2) << "the block is there for the next";
+}
+
+TEST_F(RandomReserve, ForkWhileAnotherThreadIsServed_LetsTheChildDrawForEver) {
+    ul::RandomReserve reserve;
+    bool isDrawn = false;
+    // The fork comes in the middle of the other request, which the child never ends.
+    g_duringFill = [&] {
+        isDrawn = holdsInChild([&] {
+            const Piece first = take(reserve);
+            const Piece second = take(reserve);
+            return first != second && !isZero(first.data(), first.data() + first.size());
+        });
+    };
+    take(reserve);
+    EXPECT_TRUE(isDrawn);
 }
 
 TEST_F(RandomReserve, SystemThatCannotWipeOnFork_IsAskedEachTime) {

@@ -5,7 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <future>
 #include <set>
+#include <thread>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -39,4 +41,28 @@ TEST(CMTRand, Fork_GivesParentAndChildrenDifferentBytes) {
         blocks.insert(draw());
     }
     EXPECT_EQ(blocks.size(), 1U + 2 * children);
+}
+
+TEST(CMTRand, ForkWhileAnotherThreadHoldsTheMutex_LetsTheChildDrawWithoutWaiting) {
+    ul::CMTRand::getGlobal();
+    std::promise<void> isHeld;
+    std::promise<void> mayEnd;
+    std::thread holder([&] {
+        const ul::CMutexLock lock(*ul::CMTRand::getGlobalInstanceMutex());
+        isHeld.set_value();
+        mayEnd.get_future().wait();
+    });
+    isHeld.get_future().wait();
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::alarm(10);
+        std::array<unsigned char, 16> block{};
+        ul::CMTRand::getGlobal()->randData(block.data(), 16);
+        ::_exit(block == std::array<unsigned char, 16>{} ? 1 : 0);
+    }
+    int status = -1;
+    EXPECT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    mayEnd.set_value();
+    holder.join();
 }
