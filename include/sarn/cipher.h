@@ -5,6 +5,7 @@
 
 #include "sarn/object_model.h"
 
+#include "ul/global_slot.h"
 #include "ul/map.h"
 #include "ul/mutex.h"
 
@@ -28,11 +29,11 @@ namespace sarn {
 /// grow. An argument that is refused leaves `out` untouched; after any other error its content is undefined.
 class SARN_EXPORT ICipher : public virtual ul::IBase {
 public:
-    ICipher() = default;
-    ICipher(const ICipher&) = default;
-    ICipher(ICipher&&) = default;
-    ICipher& operator=(const ICipher&) = default;
-    ICipher& operator=(ICipher&&) = default;
+    ICipher();
+    ICipher(const ICipher&);
+    ICipher(ICipher&&) noexcept;
+    ICipher& operator=(const ICipher&);
+    ICipher& operator=(ICipher&&) noexcept;
     ~ICipher() override;
 
     /// The identifier, for example "aes256cbc".
@@ -74,10 +75,10 @@ public:
     /// \param cipher libcrypto's description of the cipher, which must outlive this object
     /// \param id     the identifier
     COpenSSLCipher(const EVP_CIPHER* cipher, const ul::String& id);
-    COpenSSLCipher(const COpenSSLCipher&) = default;
-    COpenSSLCipher(COpenSSLCipher&&) = default;
-    COpenSSLCipher& operator=(const COpenSSLCipher&) = default;
-    COpenSSLCipher& operator=(COpenSSLCipher&&) = default;
+    COpenSSLCipher(const COpenSSLCipher&);
+    COpenSSLCipher(COpenSSLCipher&&);
+    COpenSSLCipher& operator=(const COpenSSLCipher&);
+    COpenSSLCipher& operator=(COpenSSLCipher&&);
     ~COpenSSLCipher() override;
 
     ul::String getID() override;
@@ -121,24 +122,40 @@ private:
 class SARN_EXPORT CCipher_AES256CBC : public COpenSSLCipher {
 public:
     CCipher_AES256CBC();
+    CCipher_AES256CBC(const CCipher_AES256CBC&);
+    CCipher_AES256CBC(CCipher_AES256CBC&&);
+    CCipher_AES256CBC& operator=(const CCipher_AES256CBC&);
+    CCipher_AES256CBC& operator=(CCipher_AES256CBC&&);
 };
 
 /// "aes128cbc": AES (FIPS 197) with a key of 16 bytes, IV and blocks of 16.
 class SARN_EXPORT CCipher_AES128CBC : public COpenSSLCipher {
 public:
     CCipher_AES128CBC();
+    CCipher_AES128CBC(const CCipher_AES128CBC&);
+    CCipher_AES128CBC(CCipher_AES128CBC&&);
+    CCipher_AES128CBC& operator=(const CCipher_AES128CBC&);
+    CCipher_AES128CBC& operator=(CCipher_AES128CBC&&);
 };
 
 /// "bfcbc": Blowfish with a key of 16 bytes, IV and blocks of 8. For data of old backups.
 class SARN_EXPORT CCipher_BlowFishCBC : public COpenSSLCipher {
 public:
     CCipher_BlowFishCBC();
+    CCipher_BlowFishCBC(const CCipher_BlowFishCBC&);
+    CCipher_BlowFishCBC(CCipher_BlowFishCBC&&);
+    CCipher_BlowFishCBC& operator=(const CCipher_BlowFishCBC&);
+    CCipher_BlowFishCBC& operator=(CCipher_BlowFishCBC&&);
 };
 
 /// "cast128cbc": CAST-128 (RFC 2144) with a key of 16 bytes, IV and blocks of 8. For data of old backups.
 class SARN_EXPORT CCipher_Cast128CBC : public COpenSSLCipher {
 public:
     CCipher_Cast128CBC();
+    CCipher_Cast128CBC(const CCipher_Cast128CBC&);
+    CCipher_Cast128CBC(CCipher_Cast128CBC&&);
+    CCipher_Cast128CBC& operator=(const CCipher_Cast128CBC&);
+    CCipher_Cast128CBC& operator=(CCipher_Cast128CBC&&);
 };
 
 /// "ideacbc": IDEA with a key of 16 bytes, IV and blocks of 8. The registry does not offer it by itself: a host that
@@ -147,17 +164,21 @@ class SARN_EXPORT CCipher_IDEACBC : public COpenSSLCipher {
 public:
     /// \throws ul::CError "IDEA is not available in this OpenSSL." if libcrypto was built without it
     CCipher_IDEACBC();
+    CCipher_IDEACBC(const CCipher_IDEACBC&);
+    CCipher_IDEACBC(CCipher_IDEACBC&&);
+    CCipher_IDEACBC& operator=(const CCipher_IDEACBC&);
+    CCipher_IDEACBC& operator=(CCipher_IDEACBC&&);
 };
 
 /// "null": copies data unchanged. It takes a key and an initialisation vector of any size and ignores them; its sizes
 /// are 0, 0 and a block of 1 byte.
 class SARN_EXPORT CCipher_Null : public ul::CBase, public virtual ICipher {
 public:
-    CCipher_Null() = default;
-    CCipher_Null(const CCipher_Null&) = default;
-    CCipher_Null(CCipher_Null&&) = default;
-    CCipher_Null& operator=(const CCipher_Null&) = default;
-    CCipher_Null& operator=(CCipher_Null&&) = default;
+    CCipher_Null();
+    CCipher_Null(const CCipher_Null&);
+    CCipher_Null(CCipher_Null&&) noexcept;
+    CCipher_Null& operator=(const CCipher_Null&);
+    CCipher_Null& operator=(CCipher_Null&&) noexcept;
     ~CCipher_Null() override;
 
     ul::String getID() override;
@@ -208,6 +229,8 @@ protected:
     static void disposeGlobalInstance();
 
 private:
+    static ul::CSafeGlobalSlot g_pInstanceSlot;
+
     ul::CMutex m_mutex;
     ul::TMap<ul::String, ul::P<ICipher>> m_ciphers;
 };

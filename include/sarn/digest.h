@@ -8,6 +8,7 @@
 #include "sarn/digest_interfaces.h"
 #include "sarn/openssl_digest.h"
 
+#include "ul/global_slot.h"
 #include "ul/map.h"
 #include "ul/mutex.h"
 
@@ -124,6 +125,8 @@ protected:
     static void disposeGlobalInstance();
 
 private:
+    static ul::CSafeGlobalSlot g_pInstanceSlot;
+
     ul::CMutex m_mutex;
     ul::TMap<ul::String, ul::P<IDigestType>> m_types;
 };

@@ -6,6 +6,7 @@
 #include "sarn/object_model.h"
 
 #include "ul/array.h"
+#include "ul/global_slot.h"
 #include "ul/mutex.h"
 
 namespace sarn {
@@ -27,18 +28,21 @@ public:
     /// touches libcrypto calls it first. Safe from any thread.
     static void ensureInitialized();
 
-    COpenSSLInit() = default;
-    COpenSSLInit(const COpenSSLInit&) = default;
-    COpenSSLInit(COpenSSLInit&&) = default;
+    COpenSSLInit();
+    COpenSSLInit(const COpenSSLInit&);
+    COpenSSLInit(COpenSSLInit&&) noexcept;
     /// Changes nothing.
-    COpenSSLInit& operator=(const COpenSSLInit&) noexcept { return *this; }
+    COpenSSLInit& operator=(const COpenSSLInit&);
     /// Changes nothing.
-    COpenSSLInit& operator=(COpenSSLInit&&) noexcept { return *this; }
+    COpenSSLInit& operator=(COpenSSLInit&&) noexcept;
     ~COpenSSLInit() override;
 
 protected:
     /// Does nothing: the anchor holds nothing that could be released.
     static void disposeGlobalInstance();
+
+private:
+    static ul::CSafeGlobalSlot g_pInstanceSlot;
 };
 
 /// Stands for the process-wide tear-down of libcrypto, which does it all by itself.
@@ -47,9 +51,9 @@ public:
     /// The instance, created on first use. Safe from any thread.
     static const ul::P<CCleaner>& get();
 
-    CCleaner() = default;
-    CCleaner(const CCleaner&) = default;
-    CCleaner& operator=(const CCleaner&) = default;
+    CCleaner();
+    CCleaner(const CCleaner&);
+    CCleaner& operator=(const CCleaner&);
     ~CCleaner() override;
 
     /// Marks the instance disposed; nothing else.
@@ -63,6 +67,8 @@ protected:
     bool isDisposed() const noexcept { return m_disposed; }
 
 private:
+    static ul::CSafeGlobalSlot g_pInstanceSlot;
+
     bool m_disposed = false;
 };
 
@@ -74,8 +80,8 @@ public:
 
     CThreadStuff();
     /// The copy shares the mutex.
-    CThreadStuff(const CThreadStuff&) = default;
-    CThreadStuff& operator=(const CThreadStuff&) = default;
+    CThreadStuff(const CThreadStuff&);
+    CThreadStuff& operator=(const CThreadStuff&);
     ~CThreadStuff() override;
 
     /// Marks the instance disposed; it stays usable.
@@ -99,6 +105,8 @@ protected:
     bool isDisposed() const noexcept { return m_disposed; }
 
 private:
+    static ul::CSafeGlobalSlot g_pInstanceSlot;
+
     bool m_disposed = false;
     ul::TArray<ul::P<ul::CMutex>> m_mutexes;
 };

@@ -6,8 +6,6 @@
 
 namespace sarn {
 
-template class SARN_EXPORT TGlobalInstance<CCipherManager>;
-
 namespace {
 
 template <class Cipher>
@@ -23,10 +21,17 @@ constexpr ul::P<ICipher> (*builtInCiphers[])() = {
 
 } // namespace
 
+ICipher::ICipher() = default;
+ICipher::ICipher(const ICipher&) = default;
+ICipher::ICipher(ICipher&&) noexcept = default;
+ICipher& ICipher::operator=(const ICipher&) = default;
+ICipher& ICipher::operator=(ICipher&&) noexcept = default;
 ICipher::~ICipher() = default;
 
+ul::CSafeGlobalSlot CCipherManager::g_pInstanceSlot;
+
 const ul::P<CCipherManager>& CCipherManager::get() {
-    return TGlobalInstance<CCipherManager>::get();
+    return getInstance<CCipherManager>(g_pInstanceSlot);
 }
 
 CCipherManager::CCipherManager() {

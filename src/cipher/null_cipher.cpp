@@ -14,6 +14,14 @@ void copy(const void* data, int size, ul::TBuffer<unsigned char>& out, bool appe
 
 } // namespace
 
+CCipher_Null::CCipher_Null() = default;
+CCipher_Null::CCipher_Null(const CCipher_Null&) = default;
+CCipher_Null::CCipher_Null(CCipher_Null&&) noexcept = default;
+CCipher_Null& CCipher_Null::operator=(const CCipher_Null&) = default;
+// A default one would move the virtual base, which has nothing to move and warns of it.
+CCipher_Null& CCipher_Null::operator=(CCipher_Null&&) noexcept {
+    return *this;
+}
 CCipher_Null::~CCipher_Null() = default;
 
 ul::String CCipher_Null::getID() {

@@ -15,8 +15,8 @@
 #include <algorithm>
 #include <array>
 #include <climits>
-#include <cstdint>
 #include <cstring>
+#include <utility>
 
 namespace sarn {
 
@@ -104,6 +104,20 @@ COpenSSLCipher::COpenSSLCipher(const EVP_CIPHER* cipher, const ul::String& id) {
     m_blockSize = EVP_CIPHER_block_size(cipher);
     m_zeroBlock.setUsed(m_blockSize);
     std::fill_n(m_zeroBlock.getData(), m_blockSize, static_cast<unsigned char>(0));
+}
+
+COpenSSLCipher::COpenSSLCipher(const COpenSSLCipher&) = default;
+COpenSSLCipher& COpenSSLCipher::operator=(const COpenSSLCipher&) = default;
+
+// Only the identifier is moved: what is moved from keeps its sizes, and with them the need of its zero block.
+COpenSSLCipher::COpenSSLCipher(COpenSSLCipher&& other) : COpenSSLCipher(std::as_const(other)) {
+    m_id = std::move(other.m_id);
+}
+
+COpenSSLCipher& COpenSSLCipher::operator=(COpenSSLCipher&& other) {
+    *this = std::as_const(other);
+    m_id = std::move(other.m_id);
+    return *this;
 }
 
 COpenSSLCipher::~COpenSSLCipher() = default;

@@ -6,8 +6,6 @@
 
 namespace sarn {
 
-template class SARN_EXPORT TGlobalInstance<CDigestManager>;
-
 namespace {
 
 template <class Type>
@@ -24,8 +22,10 @@ constexpr ul::P<IDigestType> (*builtInTypes[])() = {
 
 } // namespace
 
+ul::CSafeGlobalSlot CDigestManager::g_pInstanceSlot;
+
 const ul::P<CDigestManager>& CDigestManager::get() {
-    return TGlobalInstance<CDigestManager>::get();
+    return getInstance<CDigestManager>(g_pInstanceSlot);
 }
 
 CDigestManager::CDigestManager() {

@@ -8,12 +8,12 @@
 
 namespace sarn {
 
-template class SARN_EXPORT TGlobalInstance<COpenSSLInit>;
-template class SARN_EXPORT TGlobalInstance<COpenSSLInit::CCleaner>;
-template class SARN_EXPORT TGlobalInstance<COpenSSLInit::CThreadStuff>;
+ul::CSafeGlobalSlot COpenSSLInit::g_pInstanceSlot;
+ul::CSafeGlobalSlot COpenSSLInit::CCleaner::g_pInstanceSlot;
+ul::CSafeGlobalSlot COpenSSLInit::CThreadStuff::g_pInstanceSlot;
 
 const ul::P<COpenSSLInit>& COpenSSLInit::get() {
-    const ul::P<COpenSSLInit>& instance = TGlobalInstance<COpenSSLInit>::get();
+    const ul::P<COpenSSLInit>& instance = getInstance<COpenSSLInit>(g_pInstanceSlot);
     ensureInitialized();
     return instance;
 }
@@ -23,13 +23,22 @@ void COpenSSLInit::ensureInitialized() {
     CCleaner::get();
 }
 
+COpenSSLInit::COpenSSLInit() = default;
+COpenSSLInit::COpenSSLInit(const COpenSSLInit&) = default;
+COpenSSLInit::COpenSSLInit(COpenSSLInit&&) noexcept = default;
+COpenSSLInit& COpenSSLInit::operator=(const COpenSSLInit&) = default;
+COpenSSLInit& COpenSSLInit::operator=(COpenSSLInit&&) noexcept = default;
 COpenSSLInit::~COpenSSLInit() = default;
 
 void COpenSSLInit::disposeGlobalInstance() {}
 
 const ul::P<COpenSSLInit::CCleaner>& COpenSSLInit::CCleaner::get() {
-    return TGlobalInstance<CCleaner>::get();
+    return getInstance<CCleaner>(g_pInstanceSlot);
 }
+
+COpenSSLInit::CCleaner::CCleaner() = default;
+COpenSSLInit::CCleaner::CCleaner(const CCleaner&) = default;
+COpenSSLInit::CCleaner& COpenSSLInit::CCleaner::operator=(const CCleaner&) = default;
 
 COpenSSLInit::CCleaner::~CCleaner() {
     try {
@@ -48,7 +57,7 @@ void COpenSSLInit::CCleaner::disposeGlobalInstance() {
 }
 
 const ul::P<COpenSSLInit::CThreadStuff>& COpenSSLInit::CThreadStuff::get() {
-    return TGlobalInstance<CThreadStuff>::get();
+    return getInstance<CThreadStuff>(g_pInstanceSlot);
 }
 
 COpenSSLInit::CThreadStuff::CThreadStuff() {
@@ -56,6 +65,9 @@ COpenSSLInit::CThreadStuff::CThreadStuff() {
     for (ul::P<ul::CMutex>& mutex : m_mutexes)
         mutex = ul::make<ul::CMutex>();
 }
+
+COpenSSLInit::CThreadStuff::CThreadStuff(const CThreadStuff&) = default;
+COpenSSLInit::CThreadStuff& COpenSSLInit::CThreadStuff::operator=(const CThreadStuff&) = default;
 
 COpenSSLInit::CThreadStuff::~CThreadStuff() {
     try {

@@ -4,7 +4,6 @@
 #include "support/allocation_failures.h"
 #include "support/cipher_test_data.h"
 
-#include "frame/global_instance.h"
 #include "sarn/openssl_init.h"
 #include "sarn/signature.h"
 
@@ -12,7 +11,6 @@
 
 #include <climits>
 #include <cstdlib>
-#include <stdexcept>
 
 namespace sarn_test {
 
@@ -31,6 +29,37 @@ bool needsMemory(Get get) {
     }
     return false;
 }
+
+/// Whether `action` creates what `first` gets and after it what `second` gets: with memory for one thing more each time
+/// there comes a moment at which only the first is there.
+template <class Action, class First, class Second>
+bool createsInOrder(Action action, First first, Second second) {
+    bool isFirstAlone = false;
+    bool isDone = false;
+    for (int index = 0; !isDone; ++index) {
+        try {
+            const AllocationFailure failure(index);
+            action();
+            isDone = !failure.hasHappened();
+        } catch (const std::exception&) {
+            // The next one gets further.
+        }
+        isFirstAlone = isFirstAlone || (!needsMemory(first) && needsMemory(second));
+    }
+    return isFirstAlone && !needsMemory(first) && !needsMemory(second);
+}
+
+struct InitAccess : COpenSSLInit {
+    using COpenSSLInit::disposeGlobalInstance;
+};
+
+struct CleanerAccess : COpenSSLInit::CCleaner {
+    using CCleaner::disposeGlobalInstance;
+};
+
+struct ThreadAccess : COpenSSLInit::CThreadStuff {
+    using CThreadStuff::disposeGlobalInstance;
+};
 
 } // namespace
 
@@ -70,27 +99,67 @@ TEST(GlobalInstancesDeathTest, ACipher_CreatesOnlyTheTwoCompanions) {
         testing::ExitedWithCode(0), "");
 }
 
+TEST(GlobalInstancesDeathTest, EnsureInitialized_CreatesTheThreadStuffAndThenTheCleaner) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(std::exit(createsInOrder(COpenSSLInit::ensureInitialized, COpenSSLInit::CThreadStuff::get,
+                                         COpenSSLInit::CCleaner::get)
+                              ? 0
+                              : 1),
+                testing::ExitedWithCode(0), "");
+}
+
 TEST(GlobalInstancesDeathTest, ASignatureAlgorithm_CreatesTheThreadStuffAndThenTheCleaner) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
+        std::exit(
+            createsInOrder(sarn::createRSA_SHA1, COpenSSLInit::CThreadStuff::get, COpenSSLInit::CCleaner::get) ? 0 : 1),
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(GlobalInstancesDeathTest, Get_WithMemoryForOneInstance_CreatesItsOwn) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
         {
-            // With memory for one thing more each time there comes a moment at which only the first is there.
-            bool isFirstAlone = false;
-            bool isDone = false;
-            for (int index = 0; !isDone; ++index) {
-                try {
-                    const AllocationFailure failure(index);
-                    sarn::createRSA_SHA1();
-                    isDone = !failure.hasHappened();
-                } catch (const std::exception&) {
-                    // The next one gets further.
-                }
-                isFirstAlone = isFirstAlone || (!needsMemory(COpenSSLInit::CThreadStuff::get) &&
-                                                needsMemory(COpenSSLInit::CCleaner::get));
+            try {
+                const AllocationFailure afterHolderAndObject(2);
+                COpenSSLInit::get();
+            } catch (const std::exception&) {
+                // There was no memory for the companions.
             }
-            const bool areBothThere =
-                !needsMemory(COpenSSLInit::CThreadStuff::get) && !needsMemory(COpenSSLInit::CCleaner::get);
-            std::exit(isFirstAlone && areBothThere ? 0 : 1);
+            const bool areCompanionsMissing =
+                needsMemory(COpenSSLInit::CThreadStuff::get) && needsMemory(COpenSSLInit::CCleaner::get);
+            COpenSSLInit::ensureInitialized();
+            std::exit(areCompanionsMissing && !needsMemory(COpenSSLInit::get) ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(GlobalInstancesDeathTest, DisposeGlobalInstanceOfTheAnchor_CreatesNothing) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            InitAccess::disposeGlobalInstance();
+            const bool isRight = needsMemory(COpenSSLInit::CThreadStuff::get) &&
+                                 needsMemory(COpenSSLInit::CCleaner::get) && needsMemory(COpenSSLInit::get);
+            std::exit(isRight ? 0 : 1);
+        },
+        testing::ExitedWithCode(0), "");
+}
+
+TEST(GlobalInstancesDeathTest, DisposeGlobalInstanceOfACompanion_CreatesThatOneAlone) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            CleanerAccess::disposeGlobalInstance();
+            std::exit(!needsMemory(COpenSSLInit::CCleaner::get) && needsMemory(COpenSSLInit::CThreadStuff::get) ? 0
+                                                                                                                : 1);
+        },
+        testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(
+        {
+            ThreadAccess::disposeGlobalInstance();
+            std::exit(!needsMemory(COpenSSLInit::CThreadStuff::get) && needsMemory(COpenSSLInit::CCleaner::get) ? 0
+                                                                                                                : 1);
         },
         testing::ExitedWithCode(0), "");
 }
@@ -113,19 +182,6 @@ TEST(GlobalInstancesDeathTest, Registry_WhoseConstructionFailsAtAnyAllocation_Ra
             std::exit(failures > 10 && sarn::CCipherManager::get()->findCipher("null") ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
-}
-
-TEST(GlobalInstancesDeathTest, InstanceWhoseReleaseThrows_EndsTheProcess) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    struct Throwing : ul::CBase {
-        void deleteThis() override { throw std::runtime_error("cannot end"); }
-    };
-    EXPECT_DEATH(
-        {
-            sarn::TGlobalInstance<Throwing>::get();
-            std::exit(0);
-        },
-        "");
 }
 
 TEST(CipherFaults, LargestResultOfAnInt_IsNotRefused) {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "frame/global_instance.h"
+#include "support/allocation_failures.h"
 #include "support/expect.h"
 
 #include "ul/base.h"
@@ -12,42 +13,51 @@ namespace sarn_test {
 
 namespace {
 
-/// An instance whose constructor throws as often as it is told to. `Tag` keeps the tests' slots apart.
+/// Counts its living objects and those that were ever begun, and refuses to be constructed as often as it is told to.
+/// `Tag` keeps the tests apart.
 template <int Tag>
 class Instance : public ul::CBase {
 public:
     Instance() {
-        ++s_constructions;
-        if (s_failures > 0) {
-            --s_failures;
+        ++constructions;
+        if (failures > 0) {
+            --failures;
             throw std::runtime_error("not yet");
         }
+        ++living;
     }
+    Instance(const Instance&) = delete;
+    Instance& operator=(const Instance&) = delete;
+    ~Instance() override { --living; }
 
-    static inline std::atomic<int> s_constructions{0};
-    static inline int s_failures = 0;
+    static inline std::atomic<int> constructions{0};
+    static inline std::atomic<int> living{0};
+    static inline int failures = 0;
 };
 
 } // namespace
 
-TEST(TGlobalInstance, Get_WhoseConstructorThrows_PassesTheErrorOnAndTriesAgain) {
+TEST(GetInstance, WhoseConstructorThrows_PassesTheErrorOnAndTriesAgain) {
     using Throwing = Instance<1>;
-    Throwing::s_failures = 2;
-    EXPECT_THROW(sarn::TGlobalInstance<Throwing>::get(), std::runtime_error);
-    EXPECT_THROW(sarn::TGlobalInstance<Throwing>::get(), std::runtime_error);
-    EXPECT_TRUE(sarn::TGlobalInstance<Throwing>::get());
-    EXPECT_EQ(Throwing::s_constructions, 3);
+    static ul::CSafeGlobalSlot slot;
+    Throwing::failures = 2;
+    EXPECT_THROW(sarn::getInstance<Throwing>(slot), std::runtime_error);
+    EXPECT_THROW(sarn::getInstance<Throwing>(slot), std::runtime_error);
+    EXPECT_TRUE(sarn::getInstance<Throwing>(slot));
+    EXPECT_EQ(Throwing::constructions, 3);
+    slot.clear();
 }
 
-TEST(TGlobalInstance, Get_FromManyThreadsAtOnce_CreatesOneInstance) {
+TEST(GetInstance, FromManyThreadsAtOnce_CreatesOneInstance) {
     using Shared = Instance<2>;
+    static ul::CSafeGlobalSlot slot;
     std::atomic<int> different{0};
     std::vector<std::thread> threads;
     std::atomic<const ul::P<Shared>*> first{nullptr};
     for (int i = 0; i < 8; ++i) {
         threads.emplace_back([&] {
             const ul::P<Shared>* expected = nullptr;
-            const ul::P<Shared>* const mine = &sarn::TGlobalInstance<Shared>::get();
+            const ul::P<Shared>* const mine = &sarn::getInstance<Shared>(slot);
             if (!first.compare_exchange_strong(expected, mine) && expected != mine)
                 ++different;
         });
@@ -55,18 +65,72 @@ TEST(TGlobalInstance, Get_FromManyThreadsAtOnce_CreatesOneInstance) {
     for (std::thread& thread : threads)
         thread.join();
     EXPECT_EQ(different, 0);
-    EXPECT_EQ(Shared::s_constructions, 1);
+    EXPECT_EQ(Shared::constructions, 1);
+    slot.clear();
 }
 
-TEST(TGlobalInstance, Get_HoldsOneReferenceAndNoMore) {
+TEST(GetInstance, TheSlot_OwnsTheOnlyReference) {
     using Counted = Instance<3>;
-    // A copy of the pointer may come and go without ending the instance, which the slot owns.
+    static ul::CSafeGlobalSlot slot;
     {
-        const ul::P<Counted> copy = sarn::TGlobalInstance<Counted>::get();
-        EXPECT_TRUE(copy);
+        const ul::P<Counted> copy = sarn::getInstance<Counted>(slot);
+        EXPECT_EQ(copy, sarn::getInstance<Counted>(slot));
     }
-    EXPECT_EQ(sarn::TGlobalInstance<Counted>::get().get(), sarn::TGlobalInstance<Counted>::get().get());
-    EXPECT_EQ(Counted::s_constructions, 1);
+    EXPECT_EQ(Counted::living, 1);
+    slot.clear();
+    EXPECT_EQ(Counted::living, 0);
+}
+
+TEST(GetInstance, InstanceThatTheHostHolds_OutlivesTheSlot) {
+    using Held = Instance<4>;
+    static ul::CSafeGlobalSlot slot;
+    ul::P<Held> held = sarn::getInstance<Held>(slot);
+    slot.clear();
+    EXPECT_EQ(Held::living, 1);
+    held = nullptr;
+    EXPECT_EQ(Held::living, 0);
+}
+
+TEST(CreateInstance, WithoutMemoryForTheHolder_ReturnsNullAndConstructsNothing) {
+    using Unmade = Instance<5>;
+    const AllocationFailure failure(0);
+    EXPECT_EQ(sarn::createInstance<Unmade>(), nullptr);
+    EXPECT_EQ(Unmade::constructions, 0);
+}
+
+TEST(CreateInstance, WhoseObjectCannotBeMade_GivesTheMemoryOfBothBack) {
+    using Throwing = Instance<6>;
+    Throwing::failures = 1;
+    const AllocationBalance withThrowingConstructor;
+    EXPECT_THROW(sarn::createInstance<Throwing>(), std::runtime_error);
+    EXPECT_EQ(withThrowingConstructor.get(), 0);
+
+    const AllocationBalance withoutMemory;
+    {
+        const AllocationFailure failure(1);
+        EXPECT_THROW(sarn::createInstance<Throwing>(), std::bad_alloc);
+    }
+    EXPECT_EQ(withoutMemory.get(), 0);
+}
+
+TEST(DestroyInstance, OfNull_DoesNothing) {
+    sarn::destroyInstance<Instance<7>>(nullptr);
+}
+
+TEST(DestroyInstanceDeathTest, WhoseReleaseThrows_EndsTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    struct Throwing : ul::CBase {
+        void deleteThis() override { throw std::runtime_error("cannot end"); }
+    };
+    EXPECT_DEATH(
+        {
+            try {
+                sarn::destroyInstance<Throwing>(sarn::createInstance<Throwing>());
+            } catch (const std::exception&) {
+                std::exit(0);
+            }
+        },
+        "");
 }
 
 } // namespace sarn_test

@@ -19,12 +19,19 @@ std::atomic<int> freedCount{0};
 // Allocations that succeed before one fails; below 0 none does.
 thread_local int allocationsLeft = -1;
 thread_local bool hasFailed = false;
+thread_local int balance = 0;
 
 bool mustFail() {
     if (allocationsLeft < 0 || allocationsLeft-- > 0)
         return false;
     hasFailed = true;
     return true;
+}
+
+void* allocateBlock(std::size_t size) {
+    void* const block = mustFail() ? nullptr : std::malloc(size > 0 ? size : 1);
+    balance += block ? 1 : 0;
+    return block;
 }
 
 std::size_t getBlockSize(void* block) {
@@ -44,6 +51,7 @@ void freeBlock(void* block) noexcept {
         if (std::search(bytes, end, secret, secret + std::strlen(secret)) != end)
             foundCount.fetch_add(1);
     }
+    balance -= block ? 1 : 0;
     std::free(block);
 }
 
@@ -67,6 +75,12 @@ int SecretSpy::getFreedCount() const {
     return freedCount;
 }
 
+AllocationBalance::AllocationBalance() : m_before(balance) {}
+
+int AllocationBalance::get() const {
+    return balance - m_before;
+}
+
 AllocationFailure::AllocationFailure(int index) {
     hasFailed = false;
     allocationsLeft = index;
@@ -83,14 +97,14 @@ bool AllocationFailure::hasHappened() const {
 } // namespace sarn_test
 
 void* operator new(std::size_t size) {
-    void* const block = sarn_test::mustFail() ? nullptr : std::malloc(size > 0 ? size : 1);
+    void* const block = sarn_test::allocateBlock(size);
     if (!block)
         throw std::bad_alloc();
     return block;
 }
 
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return sarn_test::mustFail() ? nullptr : std::malloc(size > 0 ? size : 1);
+    return sarn_test::allocateBlock(size);
 }
 
 void operator delete(void* block) noexcept {
@@ -116,6 +130,7 @@ void* __wrap__ZN2ul12resizeMemoryEPvi(void* block, int size) {
     void* const resized = sarn_test::mustFail() ? nullptr : std::realloc(block, static_cast<std::size_t>(size));
     if (!resized)
         throw std::bad_alloc();
+    sarn_test::balance += block ? 0 : 1;
     return resized;
 }
 

@@ -24,6 +24,17 @@ public:
     int getFreedCount() const;
 };
 
+/// Counts the blocks that this thread was given since, less those that it gave back.
+class AllocationBalance {
+public:
+    AllocationBalance();
+
+    int get() const;
+
+private:
+    int m_before;
+};
+
 /// While it lives, one allocation of this thread fails. One at a time.
 class AllocationFailure {
 public:
