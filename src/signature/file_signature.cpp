@@ -9,6 +9,8 @@ namespace sarn {
 namespace {
 
 constexpr int chunkSize = 8192;
+// Far more than the text of any signature takes: a hundred times that of an RSA key of 4096 bits.
+constexpr int largestSignatureFile = 65536;
 
 /// Feeds a file to a signer or a verifier.
 template <class Session>
@@ -46,7 +48,7 @@ bool verifyFileSignature_RSA_SHA1(const ul::TPathImpl<ul::CWindowsPathTraits>& p
 
 void loadSignatureBase64(const ul::TPathImpl<ul::CWindowsPathTraits>& signaturePath,
                          ul::TBuffer<unsigned char>& signature) {
-    base64Decode(ul::readUTF8TextFile(signaturePath), signature);
+    base64Decode(ul::readUTF8TextFile(signaturePath, largestSignatureFile), signature);
 }
 
 void storeSignatureBase64(const ul::TPathImpl<ul::CWindowsPathTraits>& signaturePath,

@@ -143,6 +143,7 @@ TEST(CWindowsFileInStream, FileThatIsEmptiedBeforeTheFirstRead_EndsThere) {
     ul::CWindowsFileInStream stream(path);
     fs::resize_file(folder.getNative("f"), 0);
     char data[3];
+    EXPECT_FALSE(stream.isEndOfStream()) << "fewer bytes were read than it had: nobody has looked yet";
     EXPECT_EQ(stream.readLax(data, 3), 0);
     EXPECT_TRUE(stream.isEndOfStream());
 }
@@ -212,6 +213,23 @@ TEST(ReadUTF8TextFile, LargeFile_IsReadWhole) {
     const TempFolder folder;
     const std::string content(3 * 65536 + 17, 'x');
     EXPECT_EQ(ul::readUTF8TextFile(folder.write("f", content)).toUTF8(), content);
+}
+
+TEST(ReadUTF8TextFile, UpToALimit_ReadsNoLargerFile) {
+    const TempFolder folder;
+    for (const int size : {0, 1, 4096, 4097, 65536, 70000}) {
+        const std::string content(static_cast<std::size_t>(size), 'x');
+        const ul::CWindowsPath path = folder.write("f", content);
+        EXPECT_EQ(ul::readUTF8TextFile(path, size).toUTF8(), content);
+        EXPECT_EQ(ul::readUTF8TextFile(path, INT_MAX).toUTF8(), content);
+        if (size == 0)
+            continue;
+        expectErrorOf<ul::CFileError>(("Cannot read file '" + path.getString().toUTF8() + "': it is larger than " +
+                                       std::to_string(size - 1) + " bytes.")
+                                          .c_str(),
+                                      [&] { ul::readUTF8TextFile(path, size - 1); });
+    }
+    expectInvalidArg("readUTF8TextFile", "invalid size", [&] { ul::readUTF8TextFile(folder.getPath("f"), -1); });
 }
 
 TEST(WriteUTF8TextFile, NewFile_HoldsTheTextWithoutByteOrderMarkOrNewLineChanges) {

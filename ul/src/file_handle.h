@@ -1,24 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
-// What differs between operating systems about files. All functions raise CFileError.
+// What differs between operating systems about files. All functions raise CFileError, which names the file that the
+// caller asked for.
 #pragma once
 
 #include "ul/path.h"
 
 #include <cstdint>
-#include <filesystem>
 #include <memory>
+#include <string>
 
 namespace ul {
+
+/// Why a device, a pipe or a socket is refused.
+constexpr char notRegular[] = "it is not a regular file";
 
 /// Owns an open file.
 class FileHandle {
 public:
-    /// Opens an existing file that is no folder.
+    /// Opens an existing regular file, and nothing else, without waiting for anybody.
     static std::unique_ptr<FileHandle> openForReading(const CWindowsPath& path);
-    /// Creates a file that must not exist yet, with the permissions of `model` if there is such a file.
-    static std::unique_ptr<FileHandle> createLike(const CWindowsPath& path, const CWindowsPath& model);
 
-    /// A file that is not open yet.
+    /// A file that is not open yet. Errors name `path`.
     explicit FileHandle(const CWindowsPath& path) : m_path(path.getString()) {}
     FileHandle(const FileHandle&) = delete;
     FileHandle& operator=(const FileHandle&) = delete;
@@ -26,17 +28,17 @@ public:
 
     /// Takes what the system opened over.
     void adopt(std::intptr_t handle) noexcept { m_handle = handle; }
+    /// What the system opened.
+    std::intptr_t get() const noexcept { return m_handle; }
 
     /// Reads up to `size` bytes; 0 only at the end.
     int read(void* data, int size);
     void write(const void* data, std::size_t size);
-    /// Size in bytes; 0 for what has none.
+    /// Size in bytes; 0 for a file whose content the system makes up when it is read.
     std::int64_t getSize() const;
     /// Waits until what was written is on the disk.
     void sync();
     void close() noexcept;
-    /// Closes a file that createLike() made and removes it again if that can be done. Needs no memory.
-    void discard() noexcept;
 
     const String& getPath() const noexcept { return m_path; }
 
@@ -47,10 +49,14 @@ private:
     // A file descriptor, or a HANDLE on Windows. All memory is there before it is opened, so that it is never lost.
     std::intptr_t m_handle = notOpen;
     String m_path;
-    std::filesystem::path::string_type m_createdAs;
 };
 
-/// Gives `source` the name of `target`, in place of a file that has it, in one step that survives a power failure.
-void replaceFile(const CWindowsPath& source, const CWindowsPath& target);
+/// Puts a file that holds `bytes` in the place of `target`, in one step that survives a power failure. On failure what
+/// was there stays as it was.
+void replaceFile(const CWindowsPath& target, const std::string& bytes);
+
+/// A name for a file that is going to replace another: "~", up to 16 hexadecimal digits, ".tmp". Nobody can guess it,
+/// and it is short, so that any file whose name the system takes can be replaced.
+String makeTemporaryName();
 
 } // namespace ul

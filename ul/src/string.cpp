@@ -3,6 +3,7 @@
 
 #include "narrow_text.h"
 #include "raise.h"
+#include "ul/buffer.h"
 #include "utf8_text.h"
 
 #include <algorithm>
@@ -135,6 +136,14 @@ String& String::operator+=(wchar_t character) {
 bool String::operator==(const char* other) const noexcept {
     return std::equal(m_text.begin(), m_text.end(), other, other + std::strlen(other),
                       [](wchar_t left, char right) { return left == widen(right); });
+}
+
+void wipe(String& text) noexcept {
+    std::wstring& characters = text.m_text;
+    // A text that was longer once may have left characters there. Nothing is allocated.
+    characters.resize(characters.capacity());
+    wipe(characters.data(), characters.size() * sizeof(wchar_t));
+    characters.clear();
 }
 
 String operator+(const String& left, const String& right) {

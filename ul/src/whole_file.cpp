@@ -6,64 +6,38 @@
 #include "system_random.h"
 #include "ul/file.h"
 
+#include <algorithm>
 #include <array>
-#include <climits>
 #include <cstring>
 
 namespace ul {
 
 namespace {
 
-constexpr int chunkSize = 65536;
+constexpr int smallestPiece = 4096;
 
-/// A file beside the one that it is to replace; removed again if it never does.
-class Replacement {
-public:
-    explicit Replacement(const CWindowsPath& target)
-        : m_target(target), m_path(getPathBeside(target)), m_file(FileHandle::createLike(m_path, target)) {}
-    Replacement(const Replacement&) = delete;
-    Replacement& operator=(const Replacement&) = delete;
-    ~Replacement() {
-        if (!m_isDone)
-            m_file->discard();
-    }
-
-    void write(const std::string& bytes) {
-        m_file->write(bytes.data(), bytes.size());
-        m_file->sync();
-        m_file->close();
-        replaceFile(m_path, m_target);
-        m_isDone = true;
-    }
-
-private:
-    static CWindowsPath getPathBeside(const CWindowsPath& path) {
-        const std::wstring& text = path.getString();
-        std::array<unsigned char, 8> random;
-        fillFromSystemGenerator(random.data(), random.size());
-        String name = text.substr(0, text.rfind(CWindowsPathTraits::getSep()) + 1);
-        name += "~";
-        for (const unsigned char byte : random)
-            name += toHexString(byte);
-        return CWindowsPath(name + ".tmp");
-    }
-
-    CWindowsPath m_target;
-    CWindowsPath m_path;
-    std::unique_ptr<FileHandle> m_file;
-    bool m_isDone = false;
-};
+void checkSize(const CWindowsPath& path, std::int64_t size, int maxSize) {
+    if (size <= maxSize)
+        return;
+    const String reason = maxSize < largestFile ? "it is larger than " + toString(maxSize) + " bytes"
+                                                : String("it is too large to be held in memory");
+    throw CFileError("read file", path.getString(), reason, -1);
+}
 
 } // namespace
 
-void readWholeFile(const CWindowsPath& path, TBuffer<unsigned char>& content) {
+void readWholeFile(const CWindowsPath& path, TBuffer<unsigned char>& content, int maxSize) {
     CWindowsFileInStream stream(path);
     content.setUsed(0);
     while (!stream.isEndOfStream()) {
-        if (stream.getLength() > INT_MAX - chunkSize || content.getUsed() > INT_MAX - chunkSize)
-            throw CFileError("read file", path.getString(), "it is too large to be held in memory", -1);
-        content.ensureAllocated(content.getUsed() + chunkSize);
-        content.addUsed(stream.readLax(content.getData() + content.getUsed(), chunkSize));
+        // Neither number can be trusted alone: the system makes up some files as they are read, and others grow.
+        const std::int64_t length = stream.getLength();
+        checkSize(path, length, maxSize);
+        const auto piece =
+            static_cast<int>(std::clamp<std::int64_t>(length - content.getUsed(), smallestPiece, largestPiece));
+        content.ensureAllocated(content.getUsed() + piece);
+        content.addUsed(stream.readLax(content.getData() + content.getUsed(), piece));
+        checkSize(path, content.getUsed(), maxSize);
     }
 }
 
@@ -78,14 +52,29 @@ String decodeUTF8File(const TBuffer<unsigned char>& content) {
 }
 
 String readUTF8TextFile(const TPathImpl<CWindowsPathTraits>& path) {
-    TBuffer<unsigned char> content;
-    readWholeFile(path, content);
+    return readUTF8TextFile(path, largestFile);
+}
+
+String readUTF8TextFile(const TPathImpl<CWindowsPathTraits>& path, int maxSize) {
+    if (maxSize < 0)
+        raiseInvalidArg("readUTF8TextFile", "invalid size");
+    // The text may be a private key.
+    TCryptBuffer<unsigned char> content;
+    readWholeFile(path, content, std::min(maxSize, largestFile));
     return nameFileInErrors(path, [&] { return decodeUTF8File(content); });
 }
 
 void writeUTF8TextFile(const TPathImpl<CWindowsPathTraits>& path, const String& text) {
-    const std::string bytes = text.toUTF8();
-    Replacement(path).write(bytes);
+    replaceFile(path, text.toUTF8());
+}
+
+String makeTemporaryName() {
+    std::array<unsigned char, 8> random;
+    fillFromSystemGenerator(random.data(), random.size());
+    String name = "~";
+    for (const unsigned char byte : random)
+        name += toHexString(byte);
+    return name + ".tmp";
 }
 
 } // namespace ul

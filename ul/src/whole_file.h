@@ -6,11 +6,17 @@
 #include "ul/buffer.h"
 #include "ul/path.h"
 
+#include <climits>
+
 namespace ul {
 
+constexpr int largestPiece = 65536;
+/// The size of the largest file that readWholeFile() takes: a buffer has room for it and for a piece beyond its end.
+constexpr int largestFile = INT_MAX - largestPiece;
+
 /// Reads all bytes of a file into `content`, in place of what it held.
-/// \throws CFileError if that fails or there are more than a buffer holds.
-void readWholeFile(const CWindowsPath& path, TBuffer<unsigned char>& content);
+/// \throws CFileError if that fails or there are more than `maxSize`.
+void readWholeFile(const CWindowsPath& path, TBuffer<unsigned char>& content, int maxSize = largestFile);
 
 /// Decodes UTF-8, leaving out a byte order mark at the start.
 /// \throws CError as String::fromUTF8() does.

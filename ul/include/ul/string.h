@@ -96,9 +96,15 @@ public:
     /// Ordinal order of the wide characters.
     bool operator<(const String& other) const noexcept { return m_text < other.m_text; }
 
+    /// Overwrites the characters with zeros by stores that the compiler may not drop, and leaves an empty text. What
+    /// was copied from the text, or left behind when it grew, is not reached. For keys and pass phrases.
+    friend UL_EXPORT void wipe(String& text) noexcept;
+
 private:
     std::wstring m_text;
 };
+
+UL_EXPORT void wipe(String& text) noexcept;
 
 /// \throws CInvalidArgError if the result would be too long.
 UL_EXPORT String operator+(const String& left, const String& right);
