@@ -30,6 +30,9 @@ public:
     const unsigned char* getDigestData() const override;
     void storeDigestData(unsigned char* out) const override;
     void storeState(ul::CDataOutStream& stream) const override;
+    /// If it fails after a digest has taken its part, that digest gets back the state that it stored before. So a
+    /// combination of the library's digests is as it was, unless memory runs out again on the way back, where reset()
+    /// helps; one with digests of the host's own is as good as their storeState() and loadState() are.
     /// \throws ul::CError "Unsupported version of TDigestCombined state data."; whatever the two digests throw
     void loadState(ul::CDataInStream& stream) override;
 

@@ -68,7 +68,7 @@ public:
     virtual void storeState(ul::CDataOutStream& stream) const = 0;
     /// Takes over a state that storeState() of a digest of the same type has written. The stream may hold anything:
     /// what cannot be a state is refused, and neither then nor later is memory touched that is not this object's. After
-    /// a failure the state is unspecified until reset(), which makes the digest good again.
+    /// a failure the digest is as it was before and goes on from there; only the stream has moved.
     /// \throws ul::CError as each class says; "Unexpected end of stream." if the stream is cut short.
     virtual void loadState(ul::CDataInStream& stream) = 0;
 };

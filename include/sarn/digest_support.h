@@ -24,9 +24,13 @@ namespace sarn {
 /// Writes the used bytes of a result to a state stream, their number ahead of them.
 SARN_EXPORT void storeDigestResult(ul::CDataOutStream& stream, const ul::TBuffer<unsigned char>& result);
 
-/// Reads what storeDigestResult() has written, into a block of at least `digestSize` bytes; those of them that the
-/// stream does not bring are 0, also if it fails on the way. No more memory is taken than it brings bytes for.
+/// Reads what storeDigestResult() has written, into an empty buffer. Its block is at least `digestSize` bytes long, and
+/// those of them that the stream does not bring are 0. No more memory is taken than the stream brings bytes for.
 /// \throws ul::CError "Bad digest result length in state stream." if the length is negative
 SARN_EXPORT void loadDigestResult(ul::CDataInStream& stream, ul::TBuffer<unsigned char>& result, int digestSize);
+
+/// Makes `result` what loadDigestResult() has read into `loaded`. If there is no memory for it nothing is changed.
+SARN_EXPORT void replaceDigestResult(ul::TBuffer<unsigned char>& result, const ul::TBuffer<unsigned char>& loaded,
+                                     int digestSize);
 
 } // namespace sarn

@@ -147,12 +147,14 @@ public:
         checkOpenSSLDigestHeader(stream, DigestSize, sizeof m_context);
         CTX context;
         stream.read(&context, sizeof context);
-        loadDigestResult(stream, m_result, DigestSize);
+        ul::TBuffer<unsigned char> result;
+        loadDigestResult(stream, result, DigestSize);
         const bool initialized = stream.readBool();
         const bool finished = stream.readBool();
         if (!isUsableContext(context, DigestSize))
             raiseDigestError("Bad OpenSSL digest context in state stream.");
-        // Only now, so that a stream that is refused leaves a context that the destructor can finalise.
+        // Only now, so that a stream that is refused leaves the digest as it was.
+        replaceDigestResult(m_result, result, DigestSize);
         m_context = context;
         m_initialized = initialized;
         m_finished = finished;

@@ -4,6 +4,8 @@
 #include "sarn/digest.h"
 #include "sarn/digest_support.h"
 
+#include "ul/buffer_stream.h"
+
 namespace sarn {
 
 namespace {
@@ -12,6 +14,24 @@ constexpr int stateVersion = 1;
 
 // Small enough for a slice to stay in the processor's first cache from one digest to the other.
 constexpr int sliceSize = 2048;
+
+/// Loads the state of `digest` and does `rest`. If that fails the digest goes back to the state that it had.
+template <class Rest>
+void loadStateAheadOf(const Rest& rest, IDigest& digest, ul::CDataInStream& stream) {
+    ul::TBuffer<unsigned char> old;
+    ul::CBufferStream buffer(&old, 2.0);
+    ul::CDataOutStream out(buffer);
+    digest.storeState(out);
+    digest.loadState(stream);
+    try {
+        rest();
+    } catch (...) {
+        ul::CBufferInStream bytes(old);
+        ul::CDataInStream in(bytes);
+        digest.loadState(in);
+        throw;
+    }
+}
 
 } // namespace
 
@@ -102,10 +122,18 @@ template <class A, class B>
 void TDigestCombiner<A, B>::loadState(ul::CDataInStream& stream) {
     if (stream.readInt32() != stateVersion)
         raiseDigestError("Unsupported version of TDigestCombined state data.");
-    m_first->loadState(stream);
-    m_second->loadState(stream);
-    loadDigestResult(stream, m_result, getDigestSize());
-    stream.readBool(m_finished).readBool(m_resultReady);
+    const auto loadOwnFields = [&] {
+        ul::TBuffer<unsigned char> result;
+        loadDigestResult(stream, result, getDigestSize());
+        const bool finished = stream.readBool();
+        const bool resultReady = stream.readBool();
+        replaceDigestResult(m_result, result, getDigestSize());
+        m_finished = finished;
+        m_resultReady = resultReady;
+    };
+    // A digest of two is either loaded as a whole or left as it was; the second is not called before the first has
+    // taken its state.
+    loadStateAheadOf([&] { loadStateAheadOf(loadOwnFields, *m_second, stream); }, *m_first, stream);
 }
 
 template class TDigestCombiner<IDigest, IDigest>;

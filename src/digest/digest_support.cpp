@@ -39,8 +39,7 @@ void loadDigestResult(ul::CDataInStream& stream, ul::TBuffer<unsigned char>& res
     const int length = stream.readInt32();
     if (length < 0)
         raiseError("Bad digest result length in state stream.");
-    // Whatever happens on the way, the block holds a result's bytes.
-    result.setUsed(0);
+    // A shorter result is read in the digest's size all the same.
     result.ensureAllocated(digestSize);
     std::fill_n(result.getData(), digestSize, static_cast<unsigned char>(0));
     std::array<unsigned char, chunkSize> chunk;
@@ -49,6 +48,13 @@ void loadDigestResult(ul::CDataInStream& stream, ul::TBuffer<unsigned char>& res
         stream.read(chunk.data(), count);
         result.insert(result.getUsed(), chunk.data(), count);
     }
+}
+
+void replaceDigestResult(ul::TBuffer<unsigned char>& result, const ul::TBuffer<unsigned char>& loaded, int digestSize) {
+    const int size = std::max(loaded.getUsed(), digestSize);
+    result.ensureAllocated(size);
+    std::copy_n(loaded.getData(), size, result.getData());
+    result.setUsed(loaded.getUsed());
 }
 
 } // namespace sarn

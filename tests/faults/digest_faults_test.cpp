@@ -99,6 +99,32 @@ TEST(DigestFaults, Update_TakesNoMemoryAndPassesTheBufferOn) {
     }
 }
 
+TEST(DigestFaults, LoadState_WithoutMemory_RaisesAndLeavesTheDigestAsItWas) {
+    for (const char* const id : digestIDs) {
+        const ul::P<sarn::IDigest> source = createDigest(id);
+        feed(*source, makePattern(100));
+        finish(*source);
+        source->getDigestData();
+        const Bytes state = storeState(*source);
+        const ul::P<sarn::IDigest> digest = createDigest(id);
+        feed(*digest, makePattern(70));
+        const Bytes before = storeState(*digest);
+        bool isLoaded = false;
+        for (int index = 0; !isLoaded; ++index) {
+            {
+                const AllocationFailure failure(index);
+                try {
+                    loadState(*digest, state);
+                    isLoaded = true;
+                } catch (const std::bad_alloc&) {
+                    EXPECT_TRUE(failure.hasHappened());
+                }
+            }
+            EXPECT_EQ(toHex(storeState(*digest)), toHex(isLoaded ? state : before)) << id << " " << index;
+        }
+    }
+}
+
 TEST(DigestFaults, Creation_WithoutMemory_RaisesAndLeavesNothingBehind) {
     for (const char* const id : digestIDs) {
         const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType(id);
