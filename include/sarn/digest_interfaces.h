@@ -50,7 +50,12 @@ public:
     virtual int getDigestSize() const = 0;
 
     /// Feeds `length` bytes, which are read in place.
-    /// \throws ul::CBadStateError after finish(); ul::CInvalidArgError "invalid data size" if `length` is negative.
+    ///
+    /// A hash takes null data for nothing; `length` must be 0 then. A checksum takes null data for the request to start
+    /// over, whatever the length, as zlib does, and so does a checksum that is part of a combination, while its other
+    /// parts go on. Hand over a pointer that is not null, even if there is nothing to feed, and neither can happen.
+    /// \throws ul::CBadStateError after finish(); ul::CInvalidArgError "invalid data size" if `length` is negative and
+    ///         a checksum is not given null data
     virtual void update(const void* data, int length) = 0;
     /// Ends the input, so that the result can be read. A second call changes nothing.
     virtual void finish() = 0;

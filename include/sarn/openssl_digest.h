@@ -9,7 +9,7 @@
 
 #include <cstddef>
 #include <cstring>
-#include <utility>
+#include <type_traits>
 
 namespace sarn {
 
@@ -75,6 +75,8 @@ constexpr bool isUsableContext(const CTX& context, int digestSize) {
 template <class CTX, int DigestSize, int (*Init)(CTX*), int (*Update)(CTX*, const void*, std::size_t),
           int (*Final)(unsigned char*, CTX*)>
 class TDigest_OpenSSL final : public ul::CBase, public virtual IDigest {
+    static_assert(std::is_trivially_copyable_v<CTX>, "the context is saved and loaded as its bytes");
+
 public:
     /// \throws ul::CError "Error initializing OpenSSL digest."
     explicit TDigest_OpenSSL(const IDigestType* type) : m_type(type) {
@@ -99,7 +101,7 @@ public:
             raiseDigestIsFinished();
         if (length < 0)
             raiseBadDigestDataSize("TDigest_OpenSSL::update");
-        if (!Update(&m_context, data, static_cast<std::size_t>(length)))
+        if (!Update(&m_context, length > 0 ? data : "", static_cast<std::size_t>(length)))
             raiseDigestError("Error updating OpenSSL digest.");
     }
 

@@ -59,10 +59,12 @@ int TDigestCombiner<A, B>::getDigestSize() const {
 template <class A, class B>
 void TDigestCombiner<A, B>::update(const void* data, int length) {
     const auto* slice = static_cast<const unsigned char*>(data);
+    // Null data stays null, which is a checksum's request for its initial value.
+    const int step = data ? sliceSize : 0;
     for (; length >= sliceSize; length -= sliceSize) {
         m_first->update(slice, sliceSize);
         m_second->update(slice, sliceSize);
-        slice += sliceSize;
+        slice += step;
     }
     // Also when nothing is left, so that misuse is noticed by the digests whatever the length.
     m_first->update(slice, length);

@@ -54,11 +54,6 @@ void visitDamaged(const Bytes& state, const std::function<void(const Bytes&)>& v
     }
 }
 
-Bytes join(Bytes first, const Bytes& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
-}
-
 } // namespace
 
 TEST_P(RefusedState, DamagedAnywhere_LeavesEveryDigestAsItWas) {

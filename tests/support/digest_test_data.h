@@ -33,6 +33,11 @@ inline void feed(sarn::IDigest& digest, const Bytes& bytes) {
     digest.update(bytes.empty() ? "" : static_cast<const void*>(bytes.data()), static_cast<int>(bytes.size()));
 }
 
+inline Bytes join(Bytes first, const Bytes& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
 /// The result of a finished digest.
 inline Bytes getResult(const sarn::IDigest& digest) {
     Bytes result(static_cast<std::size_t>(digest.getDigestSize()));
