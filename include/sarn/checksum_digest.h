@@ -5,17 +5,55 @@
 
 #include "sarn/digest_interfaces.h"
 
-#include <cstdint>
+#include <array>
 
 namespace sarn {
 
 class CDigestType_Adler32;
 class CDigestType_CRC32;
 
-/// A running Adler-32 (RFC 1950). The result is 4 bytes, the least significant first.
+/// A checksum's 4 bytes, the least significant first, whatever the processor.
+using ChecksumBytes = std::array<unsigned char, 4>;
+
+/// A running checksum of zlib's. The result is 4 bytes, the least significant first, which lie in this object.
 ///
-/// An update() with null data takes the checksum back to its initial value 1, whatever the length.
-class SARN_EXPORT CDigest_Adler32 : public ul::CBase, public virtual IDigest {
+/// An update() with null data takes the checksum back to its initial value, whatever the length.
+///
+/// \tparam Type the digest type: CDigestType_Adler32 or CDigestType_CRC32
+template <class Type>
+class TDigest_Checksum : public ul::CBase, public virtual IDigest {
+public:
+    /// A running digest of `type`.
+    explicit TDigest_Checksum(const Type* type);
+    TDigest_Checksum(const TDigest_Checksum&) = default;
+    TDigest_Checksum(TDigest_Checksum&&) = default;
+    TDigest_Checksum& operator=(const TDigest_Checksum&) = default;
+    TDigest_Checksum& operator=(TDigest_Checksum&&) = default;
+    ~TDigest_Checksum() override;
+
+    ul::PC<IDigestType> getType() override;
+    int getDigestSize() const override;
+    void update(const void* data, int length) override;
+    void finish() override;
+    void reset() override;
+    const unsigned char* getDigestData() const override;
+    void storeDigestData(unsigned char* out) const override;
+    void storeState(ul::CDataOutStream& stream) const override;
+    /// \throws ul::CError "Unsupported Adler32 digest state data version." or "Unsupported CRC32 digest state data
+    ///         version."
+    void loadState(ul::CDataInStream& stream) override;
+
+private:
+    ul::PC<IDigestType> m_type;
+    ChecksumBytes m_checksum;
+    bool m_finished = false;
+};
+
+extern template class SARN_EXPORT TDigest_Checksum<CDigestType_Adler32>;
+extern template class SARN_EXPORT TDigest_Checksum<CDigestType_CRC32>;
+
+/// A running Adler-32 (RFC 1950), whose initial value is 1.
+class SARN_EXPORT CDigest_Adler32 : public TDigest_Checksum<CDigestType_Adler32> {
 public:
     /// A running digest of `type`.
     explicit CDigest_Adler32(const CDigestType_Adler32* type);
@@ -24,28 +62,10 @@ public:
     CDigest_Adler32& operator=(const CDigest_Adler32&) = default;
     CDigest_Adler32& operator=(CDigest_Adler32&&) = default;
     ~CDigest_Adler32() override;
-
-    ul::PC<IDigestType> getType() override;
-    int getDigestSize() const override;
-    void update(const void* data, int length) override;
-    void finish() override;
-    void reset() override;
-    const unsigned char* getDigestData() const override;
-    void storeDigestData(unsigned char* out) const override;
-    void storeState(ul::CDataOutStream& stream) const override;
-    /// \throws ul::CError "Unsupported Adler32 digest state data version."
-    void loadState(ul::CDataInStream& stream) override;
-
-private:
-    ul::PC<IDigestType> m_type;
-    std::uint32_t m_checksum;
-    bool m_finished = false;
 };
 
-/// A running CRC-32 (RFC 1952). The result is 4 bytes, the least significant first.
-///
-/// An update() with null data takes the checksum back to its initial value 0, whatever the length.
-class SARN_EXPORT CDigest_CRC32 : public ul::CBase, public virtual IDigest {
+/// A running CRC-32 (RFC 1952), whose initial value is 0.
+class SARN_EXPORT CDigest_CRC32 : public TDigest_Checksum<CDigestType_CRC32> {
 public:
     /// A running digest of `type`.
     explicit CDigest_CRC32(const CDigestType_CRC32* type);
@@ -54,22 +74,6 @@ public:
     CDigest_CRC32& operator=(const CDigest_CRC32&) = default;
     CDigest_CRC32& operator=(CDigest_CRC32&&) = default;
     ~CDigest_CRC32() override;
-
-    ul::PC<IDigestType> getType() override;
-    int getDigestSize() const override;
-    void update(const void* data, int length) override;
-    void finish() override;
-    void reset() override;
-    const unsigned char* getDigestData() const override;
-    void storeDigestData(unsigned char* out) const override;
-    void storeState(ul::CDataOutStream& stream) const override;
-    /// \throws ul::CError "Unsupported CRC32 digest state data version."
-    void loadState(ul::CDataInStream& stream) override;
-
-private:
-    ul::PC<IDigestType> m_type;
-    std::uint32_t m_checksum;
-    bool m_finished = false;
 };
 
 } // namespace sarn
