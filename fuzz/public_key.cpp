@@ -7,8 +7,9 @@ namespace sarn_fuzz {
 
 void fuzzPublicKey(const std::uint8_t* data, std::size_t size) {
     const std::string text = toKeyText(Input(data, size));
+    // With an empty passphrase, as the library does: without one libcrypto would ask for it.
     EVP_PKEY* const key =
-        readRaw(text, [](BIO* source) { return PEM_read_bio_PUBKEY(source, nullptr, nullptr, nullptr); });
+        readRaw(text, [](BIO* source) { return PEM_read_bio_PUBKEY(source, nullptr, nullptr, const_cast<char*>("")); });
     try {
         const ul::P<sarn::IVerifier> verifier =
             sarn::createRSA_SHA1()->beginVerify(ul::String(text.data(), text.size()));

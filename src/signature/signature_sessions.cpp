@@ -32,16 +32,19 @@ BioPtr openText(const char* text) {
     return BioPtr(BIO_new_mem_buf(text, static_cast<int>(std::strlen(text))));
 }
 
+// Without a callback libcrypto takes the last argument of its readers for the passphrase. Where that is null it asks
+// the terminal or reads the host's standard input, for a public key too: any text may say of itself that it is
+// encrypted.
+
 /// The private key of a PEM text, or null.
 EVP_PKEY* readPrivateKey(const char* pem, const char* passphrase) {
-    // Without a callback libcrypto takes the last argument for the passphrase. It is never null, or a terminal would be
-    // asked.
-    return PEM_read_bio_PrivateKey(openText(pem).get(), nullptr, nullptr, const_cast<char*>(passphrase));
+    return PEM_read_bio_PrivateKey(openText(pem).get(), nullptr, nullptr,
+                                   const_cast<char*>(passphrase ? passphrase : ""));
 }
 
 /// The public key of a PEM text, or null.
 EVP_PKEY* readPublicKey(const char* pem) {
-    return PEM_read_bio_PUBKEY(openText(pem).get(), nullptr, nullptr, nullptr);
+    return PEM_read_bio_PUBKEY(openText(pem).get(), nullptr, nullptr, const_cast<char*>(""));
 }
 
 void checkKey(ErrorQueueMark& mark, const EVP_PKEY* key, EVP_MD_CTX* context) {

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: Apache-2.0
+// Keys that are encrypted: nobody is asked for a passphrase, on a terminal or on standard input.
+#include "support/key_files.h"
+#include "support/temp_folder.h"
+
+#include "sarn/encoding.h"
+#include "sarn/signature.h"
+#include "sarn/signed_config.h"
+
+#include <openssl/evp.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <functional>
+#include <stdexcept>
+#include <string>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace sarn_test {
+
+namespace {
+
+enum class Input { Terminal, Closed, Endless };
+
+/// Where a process finds its standard streams: the ends that it is given, and those that the test keeps.
+struct Streams {
+    int input = -1;
+    int output = -1;
+    int keptInput = -1;
+    int keptOutput = -1;
+};
+
+Streams openTerminal() {
+    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+    if (terminal < 0 || ::grantpt(terminal) != 0 || ::unlockpt(terminal) != 0)
+        throw std::runtime_error("no terminal");
+    const int end = ::open(::ptsname(terminal), O_RDWR | O_NOCTTY);
+    return {end, end, terminal, terminal};
+}
+
+Streams openPipes() {
+    int input[2];
+    int output[2];
+    if (::pipe(input) != 0 || ::pipe(output) != 0)
+        throw std::runtime_error("no pipe");
+    return {input[0], output[1], input[1], output[0]};
+}
+
+/// Writes lines until no more fit, so that whoever reads one leaves a gap.
+void fillPipe(int file) {
+    ::fcntl(file, F_SETFL, O_NONBLOCK);
+    while (::write(file, "x\n", 2) > 0) {
+    }
+}
+
+bool isReadyFor(int file, short event) {
+    pollfd state{file, event, 0};
+    return ::poll(&state, 1, 0) > 0 && (state.revents & event) != 0;
+}
+
+int countWaiting(int file) {
+    int count = -1;
+    ::ioctl(file, FIONREAD, &count);
+    return count;
+}
+
+/// A process of its own session, so that it has no terminal but the one that it is given.
+[[noreturn]] void runChild(Input input, const Streams& streams, const std::function<bool()>& use) {
+    ::alarm(20);
+    ::setsid();
+    if (input == Input::Terminal)
+        ::ioctl(streams.input, TIOCSCTTY, 0);
+    ::dup2(streams.input, STDIN_FILENO);
+    ::dup2(streams.output, STDOUT_FILENO);
+    ::dup2(streams.output, STDERR_FILENO);
+    if (input == Input::Closed)
+        ::close(STDIN_FILENO);
+    ::_exit(use() ? 0 : 1);
+}
+
+/// Expects that `use` gives true in a process that ends by itself, prints nothing and reads nothing.
+void expectSilent(Input input, const std::function<bool()>& use) {
+    const Streams streams = input == Input::Terminal ? openTerminal() : openPipes();
+    if (input == Input::Endless)
+        fillPipe(streams.keptInput);
+    const int waiting = countWaiting(streams.input);
+    const pid_t child = ::fork();
+    if (child == 0)
+        runChild(input, streams, use);
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status)) << "it waits for an answer";
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "another error, or none";
+    EXPECT_FALSE(isReadyFor(streams.keptOutput, POLLIN)) << "it printed something";
+    EXPECT_EQ(countWaiting(streams.input), waiting) << "it read something";
+    for (const int file : {streams.input, streams.output, streams.keptInput, streams.keptOutput})
+        ::close(file);
+}
+
+/// Whether `use` raises the error of a text that is not a key that can be read.
+template <class Use>
+std::function<bool()> refusesTheKey(Use use) {
+    return [use] {
+        try {
+            use();
+        } catch (const ul::CError& error) {
+            return error.getMessage() == "OpenSSL key corrupted.";
+        }
+        return false;
+    };
+}
+
+class NoPrompt : public testing::TestWithParam<Input> {
+protected:
+    NoPrompt() {
+        m_folder.write("a.ini", "[a]\nb=1\n");
+        m_folder.write("a.ini.sig", "QUJD\n");
+    }
+
+    const TempFolder m_folder;
+    const ul::CWindowsPath m_path = m_folder.getPath("a.ini");
+    const std::vector<ul::String> m_texts = {
+        readKey("../hostile_keys/rsa_encrypted", ".pub.pem"),
+        readKey("rsa2048_encrypted_pkcs8"),
+        readKey("rsa2048_encrypted_traditional"),
+    };
+};
+
+} // namespace
+
+TEST_P(NoPrompt, BeginVerify_OfAnEncryptedText_RefusesItWithoutAsking) {
+    for (const ul::String& text : m_texts)
+        expectSilent(GetParam(), refusesTheKey([&] { sarn::createRSA_SHA1()->beginVerify(text); }));
+}
+
+TEST_P(NoPrompt, BeginSign_WithoutTheRightPassphrase_RefusesTheKeyWithoutAsking) {
+    for (const ul::String& text : m_texts) {
+        for (const char* const passphrase : {"", "wrong"})
+            expectSilent(GetParam(), refusesTheKey([&] { sarn::createRSA_SHA1()->beginSign(text, passphrase); }));
+    }
+}
+
+TEST_P(NoPrompt, SignerOfANullPassphrase_RefusesTheKeyWithoutAsking) {
+    using Signer = sarn::COpenSSLSignatureAlgo::CSigner;
+    for (const ul::String& text : m_texts)
+        expectSilent(GetParam(),
+                     refusesTheKey([&] { ul::make<Signer>(EVP_sha1(), text.toLatin1().c_str(), nullptr); }));
+}
+
+TEST_P(NoPrompt, FileSignatures_RefuseAnEncryptedTextWithoutAsking) {
+    for (const ul::String& text : m_texts) {
+        ul::TBuffer<unsigned char> signature(256, -1);
+        expectSilent(GetParam(), refusesTheKey([&] { sarn::verifyFileSignature_RSA_SHA1(m_path, text, signature); }));
+        expectSilent(GetParam(), refusesTheKey([&] { sarn::createFileSignature_RSA_SHA1(m_path, text, signature); }));
+    }
+}
+
+TEST_P(NoPrompt, SignedConfiguration_RefusesAnEncryptedTextWithoutAsking) {
+    for (const ul::String& text : m_texts)
+        expectSilent(GetParam(), refusesTheKey([&] { sarn::CSignedConfig(m_path, text, false); }));
+}
+
+INSTANTIATE_TEST_SUITE_P(OnATerminal, NoPrompt, testing::Values(Input::Terminal));
+INSTANTIATE_TEST_SUITE_P(WithClosedInput, NoPrompt, testing::Values(Input::Closed));
+INSTANTIATE_TEST_SUITE_P(WithEndlessInput, NoPrompt, testing::Values(Input::Endless));
+
+} // namespace sarn_test
