@@ -111,11 +111,10 @@ BioPtr createFilter(BioPtr end, bool lineBreaks) {
 
 ul::String base64Encode(const void* data, int size, bool keepPadding, bool lineBreaks) {
     COpenSSLInit::ensureInitialized();
-    if (size < 0)
-        raiseInvalidArg("base64Encode", "invalid data size");
     ErrorQueueMark mark;
     BIO* const sink = BIO_new(BIO_s_mem());
     const BioPtr chain = createFilter(BioPtr(sink), lineBreaks);
+    // No write has a negative length: such a size ends here as well.
     if (!chain || BIO_write(chain.get(), size > 0 ? data : "", size) != size || BIO_flush(chain.get()) <= 0)
         mark.raise(encodeError);
     char* text = nullptr;
@@ -140,6 +139,7 @@ void base64Decode(const ul::String& text, ul::TBuffer<unsigned char>& out) {
         raiseInvalidArg("base64Decode", "invalid base64 data");
     if (missing > 0)
         bytes.complete(missing);
+    // In 64 bits: with 32 the product would overflow, which is undefined, from 357,913,942 characters on.
     const int expected = static_cast<int>(count * 6LL / 8);
 
     ErrorQueueMark mark;
@@ -150,7 +150,8 @@ void base64Decode(const ul::String& text, ul::TBuffer<unsigned char>& out) {
     out.ensureAllocated(expected);
     const int read = BIO_read(chain.get(), out.getData(), expected);
     mark.drop();
-    // The padding counted as significant, so that up to three bytes may be missing.
+    // The padding counted as significant, so that up to three bytes may be missing. Where at most two are expected a
+    // failing read would pass for that.
     if (read < 0 || read < expected - 3 || read > expected)
         raiseInvalidArg("base64Decode", "invalid base64 data");
     out.setUsed(read);

@@ -102,9 +102,12 @@ TEST(Base64Encode, NullPointerOfNoBytes_IsNothing) {
     EXPECT_TRUE(sarn::base64Encode(nullptr, 0, true, false).isEmpty());
 }
 
-TEST(Base64Encode, NegativeSize_IsRefused) {
-    for (const int size : {-1, INT_MIN})
-        expectInvalidArg("base64Encode", "invalid data size", [size] { sarn::base64Encode("x", size, true, true); });
+TEST(Base64Encode, NegativeSize_IsTheErrorOfAWriteThatIsNotWhole) {
+    for (const int size : {-1, -3, INT_MIN}) {
+        for (const bool lineBreaks : {false, true})
+            expectError("Internal error: error during base64 encode.",
+                        [=] { sarn::base64Encode("x", size, true, lineBreaks); });
+    }
 }
 
 TEST(Base64Decode, MissingPadding_IsCompleted) {
@@ -117,6 +120,23 @@ TEST(Base64Decode, MissingPadding_IsCompleted) {
 TEST(Base64Decode, WhiteSpace_DoesNotCount) {
     EXPECT_EQ(decodeText("aGVs\r\nbG8=\r\n"), "hello");
     EXPECT_EQ(decodeText("aGVs\nbG8=\n"), "hello");
+}
+
+TEST(Base64Decode, TextWithWhiteSpace_FollowsTheRulesForLines) {
+    for (const char* const text : {"aGVsbG8=", "aGVs\nbG8=\n", "aGVs\r\nbG8=\r\n", "aGVsbG8=\n", " aGVs bG8=\n"})
+        EXPECT_EQ(decodeText(text), "hello") << text;
+    for (const char* const text : {"aGVsbG8\n", "aGVsbG8\r\n", "aGVs bG8=", " aGVsbG8=", "aGVs\rbG8=\r"})
+        expectRefused(text);
+    for (const char* const text : {"Zm8\n", "Zg =="})
+        EXPECT_EQ(decodeText(text), "") << text;
+}
+
+TEST(Base64Decode, FirstLineOf1024Characters_IsRefusedUnlessItIsAll) {
+    const std::string line = encode(makePattern(765));
+    EXPECT_EQ(decode((line + "\n").c_str()), makePattern(765)) << "1020 characters";
+    const std::string longLine = encode(makePattern(768));
+    EXPECT_EQ(decode(longLine.c_str()), makePattern(768));
+    expectRefused((longLine + "\n").c_str());
 }
 
 TEST(Base64Decode, OneCharacterBeyondWholeGroups_IsRefusedAndNothingDecoded) {

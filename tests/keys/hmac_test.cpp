@@ -58,6 +58,12 @@ TEST(CalcHMAC, NullKeyOfNoBytes_IsTheEmptyKey) {
     EXPECT_EQ(toHex(toBytes(out)), "fbdb1d1b18aa6c08324b7d64b71fb76370690e1d");
 }
 
+TEST(CalcHMAC, Output_HasRoomForTheLargestDigest) {
+    Buffer out;
+    sarn::calcHMAC_MD5(out, "x", 1, "k", 1);
+    EXPECT_GE(out.getAllocated(), 64);
+}
+
 TEST(CalcHMAC, LargerOutput_EndsWithTheDigestsSize) {
     Buffer out(1000, -1);
     sarn::calcHMAC_MD5(out, "x", 1, "k", 1);

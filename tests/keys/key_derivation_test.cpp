@@ -85,4 +85,38 @@ TEST(DeriveKey, RefusedArguments_RaiseTheDocumentedErrorAndWriteNothing) {
     expectRefused(-2, 4, 20); // libcrypto's own refusal
 }
 
+TEST(DeriveKey, NullSaltOrNullKeyOfAnySizeButZero_RaisesTheDocumentedError) {
+    unsigned char key[20] = {7};
+    for (const int size : {1, 20, -1, INT_MIN}) {
+        expectError(deriveError,
+                    [&] { sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, nullptr, size, 1, 20, key); });
+        expectError(deriveError,
+                    [&] { sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 1, size, nullptr); });
+    }
+    EXPECT_EQ(key[0], 7);
+}
+
+TEST(DeriveKey, ArgumentsOutOfTheOrdinary_GoToLibcryptoAsTheyAre) {
+    const auto deriveBy = [](auto function, int passwordSize, int iterations) {
+        Bytes key(20);
+        function("password", passwordSize, iterations, key.data());
+        ERR_clear_error();
+        return toHex(key);
+    };
+    const auto own = [](const char* password, int size, int iterations, unsigned char* key) {
+        try {
+            sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1(password, size, "salt", 4, iterations, 20, key);
+        } catch (const ul::CError& error) {
+            EXPECT_STREQ(error.what(), deriveError);
+        }
+    };
+    const auto raw = [](const char* password, int size, int iterations, unsigned char* key) {
+        PKCS5_PBKDF2_HMAC_SHA1(password, size, reinterpret_cast<const unsigned char*>("salt"), 4, iterations, 20, key);
+    };
+    for (const int iterations : {0, -1, INT_MIN})
+        EXPECT_EQ(deriveBy(own, 8, iterations), deriveBy(raw, 8, iterations)) << iterations;
+    EXPECT_EQ(deriveBy(own, -1, 1), deriveBy(raw, -1, 1));
+    EXPECT_EQ(deriveBy(own, -1, 1), derive("password", "salt", 1, 20)) << "up to the terminating zero";
+}
+
 } // namespace sarn_test
