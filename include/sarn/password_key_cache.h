@@ -13,33 +13,30 @@ namespace sarn {
 /// Holds a password and the keys that were derived from it. Both are wiped when they are freed. Safe from any thread.
 class SARN_EXPORT CPasswordKeyCache : public ul::CBase {
 public:
-    /// What a derived key depends on beside the password.
+    /// A plain value: all that a derived key depends on beside the password.
     class SARN_EXPORT CKeyInfo {
     public:
-        /// The key's size in bytes, the salt and the iteration count.
-        CKeyInfo(int keySize, unsigned long long salt, int iterations) noexcept
-            : m_keySize(keySize), m_salt(salt), m_iterations(iterations) {}
+        CKeyInfo(int keySize, unsigned long long salt, int iterations) noexcept;
 
         /// -1, 0 or 1. The key size decides, then the salt, an unsigned number, then the iteration count.
         int compare(const CKeyInfo& other) const noexcept;
 
         /// Whether compare() gives 0.
-        bool operator==(const CKeyInfo& other) const noexcept { return compare(other) == 0; }
+        bool operator==(const CKeyInfo& other) const noexcept;
         /// Whether compare() does not give 0.
-        bool operator!=(const CKeyInfo& other) const noexcept { return compare(other) != 0; }
+        bool operator!=(const CKeyInfo& other) const noexcept;
         /// Whether compare() gives -1.
-        bool operator<(const CKeyInfo& other) const noexcept { return compare(other) < 0; }
+        bool operator<(const CKeyInfo& other) const noexcept;
         /// Whether compare() does not give 1.
-        bool operator<=(const CKeyInfo& other) const noexcept { return compare(other) <= 0; }
+        bool operator<=(const CKeyInfo& other) const noexcept;
         /// Whether compare() gives 1.
-        bool operator>(const CKeyInfo& other) const noexcept { return compare(other) > 0; }
+        bool operator>(const CKeyInfo& other) const noexcept;
         /// Whether compare() does not give -1.
-        bool operator>=(const CKeyInfo& other) const noexcept { return compare(other) >= 0; }
+        bool operator>=(const CKeyInfo& other) const noexcept;
 
-    private:
-        int m_keySize;
-        unsigned long long m_salt;
-        int m_iterations;
+        int keySize; ///< in bytes
+        unsigned long long salt;
+        int iterations;
     };
 
     /// Copies the used bytes of `password`.

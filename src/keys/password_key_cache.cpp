@@ -26,12 +26,40 @@ std::array<unsigned char, 8> toBytes(unsigned long long salt) {
 
 } // namespace
 
+// The parameters have other names than the fields so that no compiler warns of one that hides the other.
+CPasswordKeyCache::CKeyInfo::CKeyInfo(int size, unsigned long long saltNumber, int count) noexcept
+    : keySize(size), salt(saltNumber), iterations(count) {}
+
 int CPasswordKeyCache::CKeyInfo::compare(const CKeyInfo& other) const noexcept {
-    if (m_keySize != other.m_keySize)
-        return compareNumbers(m_keySize, other.m_keySize);
-    if (m_salt != other.m_salt)
-        return compareNumbers(m_salt, other.m_salt);
-    return compareNumbers(m_iterations, other.m_iterations);
+    if (keySize != other.keySize)
+        return compareNumbers(keySize, other.keySize);
+    if (salt != other.salt)
+        return compareNumbers(salt, other.salt);
+    return compareNumbers(iterations, other.iterations);
+}
+
+bool CPasswordKeyCache::CKeyInfo::operator==(const CKeyInfo& other) const noexcept {
+    return compare(other) == 0;
+}
+
+bool CPasswordKeyCache::CKeyInfo::operator!=(const CKeyInfo& other) const noexcept {
+    return compare(other) != 0;
+}
+
+bool CPasswordKeyCache::CKeyInfo::operator<(const CKeyInfo& other) const noexcept {
+    return compare(other) < 0;
+}
+
+bool CPasswordKeyCache::CKeyInfo::operator<=(const CKeyInfo& other) const noexcept {
+    return compare(other) <= 0;
+}
+
+bool CPasswordKeyCache::CKeyInfo::operator>(const CKeyInfo& other) const noexcept {
+    return compare(other) > 0;
+}
+
+bool CPasswordKeyCache::CKeyInfo::operator>=(const CKeyInfo& other) const noexcept {
+    return compare(other) >= 0;
 }
 
 CPasswordKeyCache::CPasswordKeyCache(const ul::TCryptBuffer<char>& password) : m_password(password) {}
@@ -40,7 +68,7 @@ CPasswordKeyCache::~CPasswordKeyCache() = default;
 
 ul::PC<ul::TCryptBuffer<unsigned char>> CPasswordKeyCache::getKey(int keySize, unsigned long long salt,
                                                                   int iterations) {
-    const ul::CMutexLock lock(static_cast<ul::IMutex&>(m_mutex));
+    const ul::CMutexLock lock(m_mutex);
     ul::P<ul::TCryptBuffer<unsigned char>>& entry = m_keys.findOrInsert(CKeyInfo(keySize, salt, iterations));
     if (!entry) {
         const ul::P<ul::TCryptBuffer<unsigned char>> key = ul::make<ul::TCryptBuffer<unsigned char>>(keySize, -1);

@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <thread>
+
 namespace sarn_test {
 
 namespace {
@@ -65,6 +68,16 @@ TEST(KeyFaults, Base64Decode_WhoseCallsFail_RaisesAndLeavesTheUsedSize) {
     EXPECT_EQ(out.getUsed(), 3);
 }
 
+TEST(KeyFaults, Base64Decode_WhoseReadFailsWhereFewBytesAreExpected_StillRaises) {
+    for (const char* const text : {"", "QQ", "QQ==", "QUI", "QUI="}) {
+        Buffer out(3, -1);
+        withFailing("BIO_read", 0, [&] {
+            expectInvalidArg("base64Decode", "invalid base64 data", [&] { sarn::base64Decode(text, out); });
+        });
+        EXPECT_EQ(out.getUsed(), 3) << text;
+    }
+}
+
 TEST(KeyFaults, Base64_WithoutMemory_RaisesAndFreesTheChain) {
     LibcryptoFaults faults;
     Buffer out;
@@ -113,6 +126,29 @@ TEST(KeyFaults, GetKey_WhoseDerivationFails_IsTriedAgainAndThenCached) {
     EXPECT_TRUE(key);
     EXPECT_EQ(cache->getKey(32, 258, 1000), key);
     EXPECT_EQ(faults.getCallCount("PKCS5_PBKDF2_HMAC_SHA1"), 2) << "the cached key took no third";
+}
+
+TEST(KeyFaults, NewCache_LeavesLibcryptoAlone) {
+    LibcryptoFaults faults;
+    makeCache();
+    EXPECT_EQ(faults.getCalls(), std::vector<std::string>());
+}
+
+TEST(KeyFaults, EightThreadsThatAskForTheSameNewKey_DeriveItOnce) {
+    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+    LibcryptoFaults faults;
+    std::atomic<bool> mayStart{false};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i)
+        threads.emplace_back([&] {
+            while (!mayStart)
+                std::this_thread::yield();
+            cache->getKey(32, 258, 50000);
+        });
+    mayStart = true;
+    for (std::thread& thread : threads)
+        thread.join();
+    EXPECT_EQ(faults.getCallCount("PKCS5_PBKDF2_HMAC_SHA1"), 1);
 }
 
 TEST(KeyFaults, GetKey_WithoutMemory_RaisesAndIsTriedAgain) {

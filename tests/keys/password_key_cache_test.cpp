@@ -9,6 +9,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <cstring>
 #include <functional>
 #include <thread>
@@ -79,6 +80,23 @@ TEST(CPasswordKeyCache, GetKey_OfAnotherSize_IsAnEntryOfItsOwn) {
     EXPECT_EQ(cache->getKey(32, 7, 1000), longKey);
     EXPECT_NE(cache->getKey(32, 7, 1001), longKey);
     EXPECT_NE(cache->getKey(32, 8, 1000), longKey);
+}
+
+TEST(CPasswordKeyCache, ArgumentsOutOfTheOrdinary_GoToTheDerivationAsTheyAre) {
+    const ul::P<CPasswordKeyCache> cache = makeCache("password");
+    const auto getOrRefuse = [](auto action) {
+        std::string result;
+        try {
+            result = action();
+        } catch (const ul::CError& error) {
+            result = error.what();
+        }
+        return result;
+    };
+    for (const auto& [size, iterations] :
+         {std::pair(0, 1), std::pair(32, 0), std::pair(32, -1), std::pair(32, INT_MIN)})
+        EXPECT_EQ(getOrRefuse([&] { return toHexText(cache->getKey(size, 0, iterations)); }),
+                  getOrRefuse([&] { return derive("password", Bytes(8), iterations, size); }));
 }
 
 TEST(CPasswordKeyCache, EmptyPassword_IsTaken) {
@@ -155,7 +173,16 @@ TEST(CKeyInfo, Compare_DecidesByKeySizeThenSaltThenIterations) {
     EXPECT_EQ(CKeyInfo(1, allBits, 0).compare(CKeyInfo(1, 1, 0)), 1) << "the salt is unsigned";
     EXPECT_EQ(CKeyInfo(-1, 0, 0).compare(CKeyInfo(0, 0, 0)), -1) << "the size is signed";
     EXPECT_EQ(CKeyInfo(1, 1, -1).compare(CKeyInfo(1, 1, 0)), -1) << "so is the count";
+    EXPECT_EQ(CKeyInfo(1, 2, 9).compare(CKeyInfo(1, 3, 0)), -1) << "the salt comes before the count";
+    EXPECT_EQ(CKeyInfo(1, 3, 0).compare(CKeyInfo(1, 2, 9)), 1);
     EXPECT_EQ(CKeyInfo(3, 4, 5).compare(CKeyInfo(3, 4, 5)), 0);
+}
+
+TEST(CKeyInfo, Fields_CanBeRead) {
+    const CKeyInfo info(32, 258, 1000);
+    EXPECT_EQ(info.keySize, 32);
+    EXPECT_EQ(info.salt, 258U);
+    EXPECT_EQ(info.iterations, 1000);
 }
 
 TEST(CKeyInfo, Operators_FollowCompare) {
@@ -164,6 +191,7 @@ TEST(CKeyInfo, Operators_FollowCompare) {
     CKeyInfo copy = large;
     EXPECT_TRUE(small < large && small <= large && small <= small && large > small && large >= small);
     EXPECT_TRUE(small != large && copy == large && !(small == large) && !(small > large) && !(small >= large));
+    EXPECT_FALSE(large <= small || copy != large || large < small || small < small || large > large);
     copy = small;
     EXPECT_TRUE(copy == small);
 }
