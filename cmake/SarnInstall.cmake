@@ -8,13 +8,15 @@ file(RELATIVE_PATH sarn_pc_to_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 string(REGEX REPLACE "/$" "" sarn_pc_to_prefix "${sarn_pc_to_prefix}")
 
 # Installs a library with its headers, and the files that other projects find it by.
-function(sarn_install_library name headers)
+function(sarn_install_library name)
+  # A user's CMake before 3.23 knows no file sets and takes the folder.
+  target_include_directories(${name} INTERFACE "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
   install(TARGETS ${name} EXPORT ${name}-targets
     RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT lib${name}
     LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT lib${name} NAMELINK_COMPONENT development
-    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development)
+    ARCHIVE DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT development
+    FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT development)
   install(EXPORT ${name}-targets NAMESPACE ${name}:: DESTINATION "${sarn_package_dir}" COMPONENT development)
-  install(DIRECTORY "${headers}" DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}" COMPONENT development)
   if(NOT SARN_BUILD_SHARED)
     string(TOUPPER "${name}" prefix)
     set(static_flags " -D${prefix}_STATIC_LIBRARY")
@@ -27,9 +29,9 @@ endfunction()
 if(WIN32)
   set(sarn_system_libraries " -lbcrypt")
 endif()
-sarn_install_library(ul "${PROJECT_SOURCE_DIR}/ul/include/ul")
+sarn_install_library(ul)
 if(TARGET sarn)
-  sarn_install_library(sarn "${PROJECT_SOURCE_DIR}/include/sarn")
+  sarn_install_library(sarn)
   configure_package_config_file("${PROJECT_SOURCE_DIR}/cmake/sarn-config.cmake.in"
     "${PROJECT_BINARY_DIR}/sarn-config.cmake" INSTALL_DESTINATION "${sarn_package_dir}")
   write_basic_package_version_file("${PROJECT_BINARY_DIR}/sarn-config-version.cmake"
