@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Threads, forks and first uses, as many as asked for: sarn_soak threads|forks|first-use COUNT
+// Threads, forks, first uses and ends of processes, as many as asked for: sarn_soak threads|forks|first-use|ends COUNT
+#include "soak/ends.h"
 #include "soak/first_use.h"
 #include "soak/forks.h"
 #include "soak/operations.h"
@@ -67,6 +68,9 @@ int run(const std::string& what, long count) {
         runFirstUses(static_cast<int>(count), threadCount);
         std::printf("%ld processes in which %d threads first used every process-wide object at once, none wrong\n",
                     count, threadCount);
+    } else if (what == "ends") {
+        runEnds(static_cast<int>(count));
+        std::printf("%ld processes whose main returned while four threads encrypted, none ended abnormally\n", count);
     } else {
         return 2;
     }
@@ -79,7 +83,7 @@ int main(int count, char** arguments) {
     try {
         const int status = count == 3 ? run(arguments[1], std::atol(arguments[2])) : 2;
         if (status == 2)
-            std::fprintf(stderr, "usage: sarn_soak threads|forks|first-use COUNT\n");
+            std::fprintf(stderr, "usage: sarn_soak threads|forks|first-use|ends COUNT\n");
         return status;
     } catch (const std::exception& error) {
         std::fprintf(stderr, "%s\n", error.what());

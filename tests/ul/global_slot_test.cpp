@@ -139,16 +139,14 @@ TEST_F(CSafeGlobalSlotTest, CreateOnAnotherThreadMeanwhile_IsNotHeldUp) {
     other.clear();
 }
 
-TEST_F(CSafeGlobalSlotTest, Cleaners_DestroyInTheReverseOrderOfCreation) {
-    ul::CSafeGlobalSlot first;
-    ul::CSafeGlobalSlot second;
-    {
-        first.use(create<1>, destroy);
-        const ul::CSafeGlobalSlotCleaner firstCleaner(first);
-        second.use(create<2>, destroy);
-        const ul::CSafeGlobalSlotCleaner secondCleaner(second);
-    }
-    EXPECT_EQ(destroyed, (std::vector<int>{2, 1}));
+TEST_F(CSafeGlobalSlotTest, ClearWithoutADestroyFunction_LeavesTheObjectToItsOwner) {
+    static int object = 1;
+    ul::CSafeGlobalSlot slot;
+    slot.use([]() -> void* { return &object; }, nullptr);
+    slot.clear();
+    EXPECT_EQ(*static_cast<int*>(slot.use(create<2>, destroy)), 2);
+    slot.clear();
+    EXPECT_EQ(destroyed, std::vector<int>{2});
 }
 
 } // namespace sarn_test

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ul/global_slot.h"
 
+#include "immortal.h"
 #include "raise.h"
 #include "ul/thread.h"
 
@@ -10,8 +11,7 @@
 
 namespace ul {
 
-// A destructor would have to be registered when the slot's declaration is first passed, before its object exists, and
-// objects would then die in the wrong order.
+// A slot is used until the very end of the process.
 static_assert(std::is_trivially_destructible_v<CSafeGlobalSlot>);
 
 namespace {
@@ -23,8 +23,8 @@ struct CreationState {
 };
 
 CreationState& getCreationState() {
-    static CreationState state;
-    return state;
+    static Immortal<CreationState> state;
+    return state.get();
 }
 
 /// Marks a slot as being created. The state's mutex is held by `lock` at both ends of its life, not in between: what a
@@ -71,8 +71,10 @@ void* CSafeGlobalSlot::createOnce(void* (*create)(), void (*destroy)(void*)) {
 }
 
 void CSafeGlobalSlot::clear() noexcept {
-    if (void* const object = m_object.exchange(nullptr, std::memory_order_acquire))
-        m_destroy(object);
+    if (void* const object = m_object.exchange(nullptr, std::memory_order_acquire)) {
+        if (m_destroy)
+            m_destroy(object);
+    }
 }
 
 } // namespace ul

@@ -2,6 +2,7 @@
 #include "ul/log.h"
 
 #include "ul/error.h"
+#include "ul/global_slot.h"
 #include "utf8_text.h"
 
 #include <cstdio>
@@ -19,9 +20,17 @@ struct LogState {
     std::shared_ptr<const LogHandler> handler;
 };
 
+void* createLogState() {
+    return new LogState;
+}
+
+void destroyLogState(void* state) {
+    delete static_cast<LogState*>(state);
+}
+
 LogState& getLogState() {
-    static LogState state;
-    return state;
+    static CSafeGlobalSlot slot;
+    return *static_cast<LogState*>(slot.use(&createLogState, &destroyLogState));
 }
 
 void writeLine(const String& line) {

@@ -2,17 +2,37 @@
 #include "ul/random.h"
 
 #include "random_reserve.h"
+#include "ul/global_slot.h"
 
 namespace ul {
 
+namespace {
+
+template <class T>
+void* createHolder() {
+    return new P<T>(make<T>());
+}
+
+template <class T>
+void destroyHolder(void* holder) {
+    delete static_cast<P<T>*>(holder);
+}
+
+template <class T>
+const P<T>& getInstance(CSafeGlobalSlot& slot) {
+    return *static_cast<const P<T>*>(slot.use(&createHolder<T>, &destroyHolder<T>));
+}
+
+} // namespace
+
 const P<CMTRand>& CMTRand::getGlobal() {
-    static const P<CMTRand> instance = make<CMTRand>();
-    return instance;
+    static CSafeGlobalSlot g_pInstanceSlot;
+    return getInstance<CMTRand>(g_pInstanceSlot);
 }
 
 const P<CMutex>& CMTRand::getGlobalInstanceMutex() {
-    static const P<CMutex> mutex = make<CMutex>();
-    return mutex;
+    static CSafeGlobalSlot g_pInstanceSlot;
+    return getInstance<CMutex>(g_pInstanceSlot);
 }
 
 CMTRand::CMTRand() : m_reserve(std::make_unique<RandomReserve>()) {}

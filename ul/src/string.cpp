@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ul/string.h"
 
+#include "immortal.h"
 #include "narrow_text.h"
 #include "raise.h"
 #include "ul/buffer.h"
@@ -155,8 +156,8 @@ String operator+(const String& left, const String& right) {
 }
 
 const String& getEmptyString() {
-    static const String empty;
-    return empty;
+    static Immortal<String> empty;
+    return empty.get();
 }
 
 String toString(long long number) {
