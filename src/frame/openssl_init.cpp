@@ -6,6 +6,8 @@
 #include "ul/log.h"
 #include "ul/thread.h"
 
+#include <openssl/crypto.h>
+
 namespace sarn {
 
 ul::CSafeGlobalSlot COpenSSLInit::g_pInstanceSlot;
@@ -61,6 +63,9 @@ const ul::P<COpenSSLInit::CThreadStuff>& COpenSSLInit::CThreadStuff::get() {
 }
 
 COpenSSLInit::CThreadStuff::CThreadStuff() {
+    // libcrypto would take itself apart in an exit handler, after which it reads no key: yet the destructor of a static
+    // object, or a thread that outlives main, may still verify. If it has no memory for this it has none for the rest.
+    OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
     m_mutexes.resize(1);
     for (ul::P<ul::CMutex>& mutex : m_mutexes)
         mutex = ul::make<ul::CMutex>();

@@ -58,6 +58,7 @@ public:
             encryptUnderARandomIV();
             computeADigest();
             logALine();
+            verify();
         } catch (const std::exception& error) {
             std::fprintf(stderr, "after main: %s\n", error.what());
             std::_Exit(1);
