@@ -8,33 +8,64 @@
 
 namespace sarn {
 
-/// Leaves libcrypto's error queue of this thread as it was found when an operation fails. A host that asks the queue
-/// after calls of its own must not find our failures there.
+/// Leaves libcrypto's error queue of this thread as it was found when an operation ends. A host that asks the queue
+/// after calls of its own must not find our failures there, nor miss an error or a mark of its own.
 class ErrorQueueMark {
 public:
-    ErrorQueueMark() noexcept : m_isSet(ERR_set_mark() != 0) {}
+    ErrorQueueMark() noexcept;
     ErrorQueueMark(const ErrorQueueMark&) = delete;
     ErrorQueueMark& operator=(const ErrorQueueMark&) = delete;
     ~ErrorQueueMark() {
-        // An empty queue takes no mark, and an operation that succeeds adds nothing: mostly there is nothing to do.
-        if (m_isSet)
-            ERR_pop_to_mark();
+        // Mostly the queue was empty, and an operation that succeeds adds nothing: there is nothing to do.
+        if (m_holdsHosts)
+            restoreHosts();
     }
 
-    /// Drops what was queued since the mark and throws a ul::CError.
+    /// Drops what was queued since and throws a ul::CError.
     [[noreturn]] void raise(const char* message) {
         drop();
         raiseError(message);
     }
 
-    /// Drops what was queued since the mark; all of it if the queue was empty then.
-    void drop() noexcept {
-        ERR_pop_to_mark();
-        m_isSet = false;
-    }
+    /// Drops what was queued since. For operations that succeed where libcrypto reports a failure.
+    void drop() noexcept;
 
 private:
-    bool m_isSet;
+    void restoreHosts() noexcept;
+
+#if OPENSSL_VERSION_NUMBER < 0x30000000L
+    // A mark is a flag of one error there. One of ours would take a mark of the host's with it, and is lost when
+    // libcrypto sets and pops one in between; so the host's errors are moved aside, and libcrypto finds an empty queue.
+    bool moveHostsAside() noexcept;
+
+    ERR_STATE m_hosts;
+#endif
+    // Whether there was anything to hold: an empty queue takes no mark.
+    bool m_holdsHosts;
 };
+
+#if OPENSSL_VERSION_NUMBER < 0x30000000L
+
+inline ErrorQueueMark::ErrorQueueMark() noexcept : m_holdsHosts(ERR_peek_error() != 0 && moveHostsAside()) {}
+
+inline void ErrorQueueMark::drop() noexcept {
+    if (ERR_peek_error() != 0)
+        ERR_clear_error();
+}
+
+#else
+
+inline ErrorQueueMark::ErrorQueueMark() noexcept : m_holdsHosts(ERR_set_mark() != 0) {}
+
+inline void ErrorQueueMark::restoreHosts() noexcept {
+    ERR_pop_to_mark();
+}
+
+inline void ErrorQueueMark::drop() noexcept {
+    ERR_pop_to_mark();
+    m_holdsHosts = false;
+}
+
+#endif
 
 } // namespace sarn

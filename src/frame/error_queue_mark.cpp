@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "frame/error_queue_mark.h"
+
+#if OPENSSL_VERSION_NUMBER < 0x30000000L
+
+namespace sarn {
+
+bool ErrorQueueMark::moveHostsAside() noexcept {
+    // There is a queue: it has errors.
+    ERR_STATE& queue = *ERR_get_state();
+    m_hosts = queue;
+    queue = ERR_STATE();
+    return true;
+}
+
+void ErrorQueueMark::restoreHosts() noexcept {
+    ERR_clear_error();
+    *ERR_get_state() = m_hosts;
+}
+
+} // namespace sarn
+
+#endif

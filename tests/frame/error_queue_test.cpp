@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: Apache-2.0
+// libcrypto's error queue belongs to the host: every operation, whether it succeeds, fails or refuses, leaves errors,
+// texts and marks as they were.
+#include "support/cipher_test_data.h"
+#include "support/key_files.h"
+
+#include "sarn/encoding.h"
+#include "sarn/signature.h"
+
+#include "ul/path.h"
+
+#include <openssl/err.h>
+#include <openssl/evp.h>
+
+#include <functional>
+
+namespace sarn_test {
+
+namespace {
+
+using Buffer = ul::TBuffer<unsigned char>;
+
+/// The errors of a host, and after which of them, counted from 1, it has set a mark.
+struct HostsQueue {
+    int errors;
+    std::vector<int> marks;
+};
+
+const std::vector<HostsQueue>& getHostsQueues() {
+    static const std::vector<HostsQueue> queues = {
+        {0, {}},
+        {2, {}},
+        {2, {1}},
+        {2, {2}},
+        {2, {1, 2}},
+        {2, {2, 2}},
+        {3, {}},
+        {3, {1, 3}},
+        {3, {1, 2, 3}},
+#if OPENSSL_VERSION_NUMBER < 0x30000000L
+        // A queue of 16 is full: libcrypto 3 drops the oldest for each error that it adds, even if it takes that back.
+        {15, {}},
+        {15, {1}},
+        {15, {7, 15}},
+        {16, {}},
+        {16, {1}},
+        {16, {2}},
+        {16, {8, 16}},
+#endif
+    };
+    return queues;
+}
+
+void fillQueue(const HostsQueue& queue) {
+    ERR_clear_error();
+    for (int i = 1; i <= queue.errors; ++i) {
+        ERR_put_error(ERR_LIB_USER, 0, 100 + i, "host.cpp", i);
+        ERR_add_error_data(1, ("text " + std::to_string(i)).c_str());
+        for (const int mark : queue.marks)
+            if (mark == i)
+                ERR_set_mark();
+    }
+}
+
+/// Empties the queue and says what was in it.
+std::string takeErrors() {
+    std::string all;
+    const char* file = nullptr;
+    const char* text = nullptr;
+    int line = 0;
+    int flags = 0;
+    for (;;) {
+#if OPENSSL_VERSION_NUMBER < 0x30000000L
+        const unsigned long code = ERR_get_error_line_data(&file, &line, &text, &flags);
+#else
+        const unsigned long code = ERR_get_error_all(&file, &line, nullptr, &text, &flags);
+#endif
+        if (code == 0)
+            return all;
+        all += std::to_string(ERR_GET_REASON(code)) + " " + file + ":" + std::to_string(line) + " " + text + "\n";
+    }
+}
+
+/// What a host finds that takes back to its newest mark `pops` times after `operation`.
+std::string describeQueueAfter(const HostsQueue& queue, std::size_t pops, const std::function<void()>& operation) {
+    fillQueue(queue);
+    operation();
+    std::string description;
+    for (std::size_t i = 0; i < pops; ++i)
+        description += ERR_pop_to_mark() != 0 ? "mark\n" : "no mark\n";
+    return description + takeErrors();
+}
+
+/// Expects that `operation` leaves each of the queues as it was, looked at as a whole and from each of its marks.
+void expectQueueUntouched(const char* name, const std::function<void()>& operation) {
+    for (const HostsQueue& queue : getHostsQueues()) {
+        SCOPED_TRACE(name + (" with " + std::to_string(queue.errors)) + " errors and " +
+                     std::to_string(queue.marks.size()) + " marks");
+        for (std::size_t pops = 0; pops <= queue.marks.size() + 1; ++pops)
+            EXPECT_EQ(describeQueueAfter(queue, pops, operation), describeQueueAfter(queue, pops, [] {}));
+    }
+}
+
+void expectQueueUntouchedByFailure(const char* name, const std::function<void()>& operation) {
+    expectQueueUntouched(name, [&] { EXPECT_THROW(operation(), ul::CError); });
+}
+
+const TestKey key32(32);
+const Bytes iv16 = makePattern(16);
+
+ul::P<sarn::ICipher> getAES256() {
+    return sarn::CCipherManager::get()->getCipher("aes256cbc");
+}
+
+} // namespace
+
+TEST(ErrorQueue, OfAHost_IsLeftAsItWasByCiphers) {
+    const ul::P<sarn::ICipher> cipher = getAES256();
+    Buffer encrypted;
+    cipher->encrypt(key32, "data", 4, encrypted, false, iv16.data());
+    Buffer out;
+    expectQueueUntouched("encrypt", [&] { cipher->encrypt(key32, "data", 4, out, false, nullptr); });
+    expectQueueUntouched("decrypt", [&] { cipher->decrypt(key32, encrypted.getData(), 16, out, false, iv16.data()); });
+    expectQueueUntouched("encryptWithoutPadding",
+                         [&] { cipher->encryptWithoutPadding(key32, "data", 4, out, false, iv16.data()); });
+    expectQueueUntouched("decryptWithoutPadding", [&] {
+        cipher->decryptWithoutPadding(key32, encrypted.getData(), 16, out, false, iv16.data());
+    });
+    expectQueueUntouched("construction", [] { ul::make<sarn::CCipher_Cast128CBC>(); });
+}
+
+TEST(ErrorQueue, OfAHost_IsLeftAsItWasByCiphersThatFailOrRefuse) {
+    const ul::P<sarn::ICipher> cipher = getAES256();
+    Buffer out;
+    expectQueueUntouchedByFailure("damaged padding",
+                                  [&] { cipher->decrypt(key32, iv16.data(), 16, out, false, iv16.data()); });
+    expectQueueUntouchedByFailure("part of a block",
+                                  [&] { cipher->decrypt(key32, iv16.data(), 5, out, false, iv16.data()); });
+    expectQueueUntouchedByFailure("refused by encrypt",
+                                  [&] { cipher->encrypt(key32, "data", -1, out, false, iv16.data()); });
+    expectQueueUntouchedByFailure("refused by decrypt",
+                                  [&] { cipher->decrypt(key32, "data", 4, out, false, nullptr); });
+    expectQueueUntouchedByFailure("refused key",
+                                  [&] { cipher->encrypt(TestKey(5), "data", 4, out, false, iv16.data()); });
+}
+
+TEST(ErrorQueue, OfAHost_IsLeftAsItWasByEncodings) {
+    Buffer out;
+    expectQueueUntouched("base64Encode", [] { sarn::base64Encode("data", 4, true, false); });
+    expectQueueUntouched("base64Decode", [&] { sarn::base64Decode("ZGF0YQ==", out); });
+    expectQueueUntouchedByFailure("text that is not Base64", [&] { sarn::base64Decode("Z", out); });
+    expectQueueUntouched("calcHMAC", [&] { sarn::calcHMAC_SHA1(out, "data", 4, "key", 3); });
+    expectQueueUntouchedByFailure("refused HMAC", [&] { sarn::calcHMAC_SHA1(out, "data", 4, "key", -1); });
+    unsigned char derived[16];
+    expectQueueUntouched("derivation",
+                         [&] { sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 2, 16, derived); });
+    expectQueueUntouchedByFailure("derivation that fails", [&] {
+        sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 2, -1, derived);
+    });
+}
+
+TEST(ErrorQueue, OfAHost_IsLeftAsItWasBySigning) {
+    const ul::String privateKey = readKey("rsa1024");
+    const ul::String publicKey = readPublicKey("rsa1024");
+    const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
+    Buffer signature;
+    const auto sign = [&] {
+        const ul::P<sarn::ISigner> signer = algo->beginSign(privateKey, "");
+        signer->update("data", 4);
+        signer->finish(signature);
+    };
+    const auto verify = [&](const char* data) {
+        const ul::P<sarn::IVerifier> verifier = algo->beginVerify(publicKey);
+        verifier->update(data, 4);
+        return verifier->finish(signature);
+    };
+    expectQueueUntouched("sign", sign);
+    expectQueueUntouched("beginVerify", [&] { algo->beginVerify(publicKey); });
+    expectQueueUntouched("verify", [&] { EXPECT_TRUE(verify("data")); });
+    expectQueueUntouched("verify what was changed", [&] { EXPECT_FALSE(verify("dat4")); });
+    expectQueueUntouchedByFailure("key that is not one", [&] { algo->beginVerify("no key"); });
+    const Bytes unknownKind = fromHex("3013300c06082a0304050607080905000303000500");
+    const ul::String ofUnknownKind = "-----BEGIN PUBLIC KEY-----\n" +
+                                     sarn::base64Encode(unknownKind.data(), 21, true, true) +
+                                     "-----END PUBLIC KEY-----\n";
+    expectQueueUntouchedByFailure("key of an unknown kind", [&] { algo->beginVerify(ofUnknownKind); });
+    expectQueueUntouchedByFailure("private key as public key", [&] { algo->beginVerify(privateKey); });
+    expectQueueUntouchedByFailure("signature of a missing file", [&] {
+        sarn::verifyFileSignature_RSA_SHA1(ul::CWindowsPath("missing.dat"), publicKey, signature);
+    });
+}
+
+} // namespace sarn_test
