@@ -12,9 +12,6 @@ namespace sarn {
 class CDigestType_Adler32;
 class CDigestType_CRC32;
 
-/// A checksum's 4 bytes, the least significant first, whatever the processor.
-using ChecksumBytes = std::array<unsigned char, 4>;
-
 /// A running checksum of zlib's. The result is 4 bytes, the least significant first, which lie in this object.
 ///
 /// An update() with null data takes the checksum back to its initial value, whatever the length.
@@ -45,7 +42,8 @@ public:
 
 private:
     ul::PC<IDigestType> m_type;
-    ChecksumBytes m_checksum;
+    // The least significant first, whatever the processor.
+    std::array<unsigned char, 4> m_checksum;
     bool m_finished = false;
 };
 

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// What implementations of IDigest share, a host's own included.
+/// What the library's implementations of IDigest share. Its templates need it in hosts, too, which call none of it.
 #pragma once
 
 #include "sarn/object_model.h"
 
 #include "ul/data_stream.h"
 
-namespace sarn {
+namespace sarn::detail {
 
 /// Throws the ul::CBadStateError of an update() after finish().
 [[noreturn]] SARN_EXPORT void raiseDigestIsFinished();
@@ -33,4 +33,4 @@ SARN_EXPORT void loadDigestResult(ul::CDataInStream& stream, ul::TBuffer<unsigne
 SARN_EXPORT void replaceDigestResult(ul::TBuffer<unsigned char>& result, const ul::TBuffer<unsigned char>& loaded,
                                      int digestSize);
 
-} // namespace sarn
+} // namespace sarn::detail

@@ -29,6 +29,8 @@ public:
     [[noreturn]] void throwClone() const override;
 };
 
+namespace detail {
+
 /// Writes the four numbers ahead of the context of a hash.
 SARN_EXPORT void storeOpenSSLDigestHeader(ul::CDataOutStream& stream, int digestSize, int contextSize);
 
@@ -67,6 +69,8 @@ constexpr bool isUsableContext(const CTX& context, int digestSize) {
     return context.num < getContextBlockSize(context, 0) && hasContextDigestSize(context, digestSize, 0);
 }
 
+} // namespace detail
+
 /// A digest over a hash context of libcrypto, which is also its saved state. See docs/digest-state.md for the format.
 ///
 /// \tparam CTX        the context: plain data, without pointers
@@ -98,11 +102,11 @@ public:
     /// \throws ul::CError "Error updating OpenSSL digest."
     void update(const void* data, int length) override {
         if (m_finished)
-            raiseDigestIsFinished();
+            detail::raiseDigestIsFinished();
         if (length < 0)
-            raiseBadDigestDataSize("TDigest_OpenSSL::update");
+            detail::raiseBadDigestDataSize("TDigest_OpenSSL::update");
         if (!Update(&m_context, length > 0 ? data : "", static_cast<std::size_t>(length)))
-            raiseDigestError("Error updating OpenSSL digest.");
+            detail::raiseDigestError("Error updating OpenSSL digest.");
     }
 
     /// \throws ul::CError "Error finalizing OpenSSL digest."
@@ -111,7 +115,7 @@ public:
             return;
         m_result.setUsed(DigestSize);
         if (!Final(m_result.getData(), &m_context))
-            raiseDigestError("Error finalizing OpenSSL digest.");
+            detail::raiseDigestError("Error finalizing OpenSSL digest.");
         m_finished = true;
     }
 
@@ -120,43 +124,47 @@ public:
         if (m_initialized)
             finish();
         if (!Init(&m_context))
-            raiseDigestError("Error initializing OpenSSL digest.");
+            detail::raiseDigestError("Error initializing OpenSSL digest.");
         m_initialized = true;
         m_finished = false;
     }
 
     const unsigned char* getDigestData() const override {
         if (!m_finished)
-            raiseDigestIsNotFinished();
+            detail::raiseDigestIsNotFinished();
         return m_result.getData();
     }
 
     void storeDigestData(unsigned char* out) const override {
-        // A loaded result may have another length; its block has room for this one.
+        // Always the digest's size. A loaded result may be shorter, and a caller that trusts in the size would read
+        // bytes that nobody wrote; the block has room for it and holds zeros there.
         std::memcpy(out, getDigestData(), DigestSize);
     }
 
     void storeState(ul::CDataOutStream& stream) const override {
-        storeOpenSSLDigestHeader(stream, DigestSize, sizeof m_context);
+        detail::storeOpenSSLDigestHeader(stream, DigestSize, sizeof m_context);
         stream.write(&m_context, sizeof m_context);
-        storeDigestResult(stream, m_result);
+        detail::storeDigestResult(stream, m_result);
         stream.writeBool(m_initialized).writeBool(m_finished);
     }
 
-    /// \throws ul::CError as checkOpenSSLDigestHeader(), loadDigestResult(); "Bad OpenSSL digest context in state
-    ///         stream." if libcrypto could not work with the context
+    /// \throws ul::CError "Unsupported OpenSSL digest state data version."; COpenSSLVersionMismatchError; ul::CError
+    /// "Bad
+    ///         OpenSSL digest size in state stream.", "Bad OpenSSL digest context size in state stream.", "Bad digest
+    ///         result length in state stream."; "Bad OpenSSL digest context in state stream." if libcrypto could not
+    ///         work with the context
     void loadState(ul::CDataInStream& stream) override {
-        checkOpenSSLDigestHeader(stream, DigestSize, sizeof m_context);
+        detail::checkOpenSSLDigestHeader(stream, DigestSize, sizeof m_context);
         CTX context;
         stream.read(&context, sizeof context);
         ul::TBuffer<unsigned char> result;
-        loadDigestResult(stream, result, DigestSize);
+        detail::loadDigestResult(stream, result, DigestSize);
         const bool initialized = stream.readBool();
         const bool finished = stream.readBool();
-        if (!isUsableContext(context, DigestSize))
-            raiseDigestError("Bad OpenSSL digest context in state stream.");
+        if (!detail::isUsableContext(context, DigestSize))
+            detail::raiseDigestError("Bad OpenSSL digest context in state stream.");
         // Only now, so that a stream that is refused leaves the digest as it was.
-        replaceDigestResult(m_result, result, DigestSize);
+        detail::replaceDigestResult(m_result, result, DigestSize);
         m_context = context;
         m_initialized = initialized;
         m_finished = finished;

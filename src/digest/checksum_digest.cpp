@@ -13,6 +13,9 @@ namespace {
 
 constexpr int stateVersion = 1;
 
+/// The least significant byte first, whatever the processor.
+using ChecksumBytes = std::array<unsigned char, 4>;
+
 /// What tells one checksum from another.
 template <class Type>
 struct Kind;
@@ -71,9 +74,9 @@ int TDigest_Checksum<Type>::getDigestSize() const {
 template <class Type>
 void TDigest_Checksum<Type>::update(const void* data, int length) {
     if (m_finished)
-        raiseDigestIsFinished();
+        detail::raiseDigestIsFinished();
     if (data && length < 0)
-        raiseBadDigestDataSize(Kind<Type>::update);
+        detail::raiseBadDigestDataSize(Kind<Type>::update);
     // zlib takes null data for a request of the initial value, except that adler32() reads a single byte unasked.
     const unsigned size = data ? static_cast<unsigned>(length) : 0;
     const auto* const bytes = static_cast<const unsigned char*>(data);
@@ -94,7 +97,7 @@ void TDigest_Checksum<Type>::reset() {
 template <class Type>
 const unsigned char* TDigest_Checksum<Type>::getDigestData() const {
     if (!m_finished)
-        raiseDigestIsNotFinished();
+        detail::raiseDigestIsNotFinished();
     return m_checksum.data();
 }
 
@@ -111,7 +114,7 @@ void TDigest_Checksum<Type>::storeState(ul::CDataOutStream& stream) const {
 template <class Type>
 void TDigest_Checksum<Type>::loadState(ul::CDataInStream& stream) {
     if (stream.readInt32() != stateVersion)
-        raiseDigestError(Kind<Type>::badVersion);
+        detail::raiseDigestError(Kind<Type>::badVersion);
     const std::uint32_t checksum = stream.readUInt32();
     m_finished = stream.readBool();
     m_checksum = toBytes(checksum);

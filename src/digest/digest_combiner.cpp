@@ -89,7 +89,7 @@ void TDigestCombiner<A, B>::reset() {
 template <class A, class B>
 const unsigned char* TDigestCombiner<A, B>::getDigestData() const {
     if (!m_finished)
-        raiseDigestIsNotFinished();
+        detail::raiseDigestIsNotFinished();
     // The result is copied each time: only a loaded one is known to be the bytes to deliver.
     if (!m_resultReady) {
         m_result.setUsed(getDigestSize());
@@ -101,7 +101,7 @@ const unsigned char* TDigestCombiner<A, B>::getDigestData() const {
 template <class A, class B>
 void TDigestCombiner<A, B>::storeDigestData(unsigned char* out) const {
     if (!m_finished)
-        raiseDigestIsNotFinished();
+        detail::raiseDigestIsNotFinished();
     storeResults(out);
 }
 
@@ -116,20 +116,20 @@ void TDigestCombiner<A, B>::storeState(ul::CDataOutStream& stream) const {
     stream.writeInt32(stateVersion);
     m_first->storeState(stream);
     m_second->storeState(stream);
-    storeDigestResult(stream, m_result);
+    detail::storeDigestResult(stream, m_result);
     stream.writeBool(m_finished).writeBool(m_resultReady);
 }
 
 template <class A, class B>
 void TDigestCombiner<A, B>::loadState(ul::CDataInStream& stream) {
     if (stream.readInt32() != stateVersion)
-        raiseDigestError("Unsupported version of TDigestCombined state data.");
+        detail::raiseDigestError("Unsupported version of TDigestCombined state data.");
     const auto loadOwnFields = [&] {
         ul::TBuffer<unsigned char> result;
-        loadDigestResult(stream, result, getDigestSize());
+        detail::loadDigestResult(stream, result, getDigestSize());
         const bool finished = stream.readBool();
         const bool resultReady = stream.readBool();
-        replaceDigestResult(m_result, result, getDigestSize());
+        detail::replaceDigestResult(m_result, result, getDigestSize());
         m_finished = finished;
         m_resultReady = resultReady;
     };

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <array>
 
-namespace sarn {
+namespace sarn::detail {
 
 namespace {
 
@@ -57,4 +57,4 @@ void replaceDigestResult(ul::TBuffer<unsigned char>& result, const ul::TBuffer<u
     result.setUsed(loaded.getUsed());
 }
 
-} // namespace sarn
+} // namespace sarn::detail

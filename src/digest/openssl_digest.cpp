@@ -38,6 +38,8 @@ void COpenSSLVersionMismatchError::throwClone() const {
     throw COpenSSLVersionMismatchError(*this);
 }
 
+namespace detail {
+
 void storeOpenSSLDigestHeader(ul::CDataOutStream& stream, int digestSize, int contextSize) {
     stream.writeInt32(stateVersion).writeInt32(opensslVersion).writeInt32(digestSize).writeInt32(contextSize);
 }
@@ -52,5 +54,7 @@ void checkOpenSSLDigestHeader(ul::CDataInStream& stream, int digestSize, int con
     if (stream.readInt32() != contextSize)
         raiseError("Bad OpenSSL digest context size in state stream.");
 }
+
+} // namespace detail
 
 } // namespace sarn
