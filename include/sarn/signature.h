@@ -59,8 +59,8 @@ public:
     ///         error."
     virtual void update(const void* data, int size) = 0;
     /// Whether a signature of `size` bytes is one of the data. One that does not match is an answer, not an error.
-    /// \throws ul::CInvalidArgError "invalid signature size" if `size` is negative; ul::CError "OpenSSL verify error."
-    ///         if libcrypto could not tell
+    /// No signature has a negative size.
+    /// \throws ul::CError "OpenSSL verify error." if libcrypto cannot tell
     virtual bool finish(const void* signature, int size) = 0;
 
     /// The same for the used bytes of a buffer.
@@ -77,22 +77,24 @@ public:
     ISignatureAlgo& operator=(ISignatureAlgo&&) = default;
     ~ISignatureAlgo() override;
 
-    /// Starts to sign with a private key, traditional or PKCS #8. The passphrase, Latin-1, serves an encrypted one.
-    /// \throws ul::CError "OpenSSL sign init error.", "OpenSSL key corrupted."
+    /// Starts to sign with a private key, traditional or PKCS #8. The passphrase, Latin-1, serves an encrypted one;
+    /// nobody is ever asked for it. \throws ul::CError "OpenSSL sign init error.", "OpenSSL key corrupted."
     virtual ul::P<ISigner> beginSign(const ul::String& privateKey, const ul::String& passphrase) = 0;
-    /// Starts to verify with a public key (SubjectPublicKeyInfo; no certificate).
+    /// Starts to verify with a public key (SubjectPublicKeyInfo; not a certificate, not encrypted).
     /// \throws ul::CError "OpenSSL verify init error.", "OpenSSL key corrupted."
     virtual ul::P<IVerifier> beginVerify(const ul::String& publicKey) = 0;
 };
 
-/// Signatures by libcrypto: the digest is given here, the scheme by the kind of key, RSA (PKCS #1 v1.5, RFC 8017) or
-/// DSA (FIPS 186).
+/// Signatures by libcrypto: the digest is given here, the scheme by the kind of key: RSA (PKCS #1 v1.5, RFC 8017), DSA
+/// (FIPS 186), or another that libcrypto signs digests with, such as EC. Of kinds that sign no digest keys are read,
+/// but signing ends in "OpenSSL sign error." and verifying in "OpenSSL verify error.".
 class SARN_EXPORT COpenSSLSignatureAlgo : public ul::CBase, public virtual ISignatureAlgo {
 public:
     class CSigner;
     class CVerifier;
 
-    /// \param md libcrypto's description of the digest, which must outlive this object and its signers and verifiers
+    /// \param md libcrypto's description of the digest, not null; it must outlive this object, its signers and
+    /// verifiers
     explicit COpenSSLSignatureAlgo(const EVP_MD* md);
     COpenSSLSignatureAlgo(const COpenSSLSignatureAlgo&) = default;
     COpenSSLSignatureAlgo& operator=(const COpenSSLSignatureAlgo&) = default;
@@ -105,10 +107,12 @@ private:
     const EVP_MD* m_md;
 };
 
-/// A signer with its key and its running digest. Copies share both and are of no use.
+/// A signer with its key and its running digest. Copying is not supported: the copy would free both a second time,
+/// which is undefined behaviour.
 ///
 /// The members are plain pointers: a construction that fails is to leave the context as it is, not freed, and no
-/// destructor runs then.
+/// destructor runs then. That CBase is a virtual base, unlike the algorithm's, is part of the layout that hosts are
+/// compiled against.
 class SARN_EXPORT COpenSSLSignatureAlgo::CSigner : public virtual ul::CBase, public virtual ISigner {
 public:
     /// Reads the key, PEM text, and starts the digest.
@@ -118,8 +122,6 @@ public:
     CSigner& operator=(const CSigner&) = default;
     ~CSigner() override;
 
-    /// EVP_PKEY_size().
-    /// \throws ul::CError "OpenSSL sign error." if the key has none
     int getMaxSignatureSize() const override;
     void update(const void* data, int size) override;
     void finish(void* signature, int& size) override;
@@ -130,7 +132,7 @@ private:
     EVP_MD_CTX* m_ctx;
 };
 
-/// A verifier with its key and its running digest. As for CSigner, copies share both and the members are plain.
+/// A verifier with its key and its running digest. Copying is not supported, and the members are plain, as for CSigner.
 class SARN_EXPORT COpenSSLSignatureAlgo::CVerifier : public virtual ul::CBase, public virtual IVerifier {
 public:
     /// Reads the key, PEM text, and starts the digest.

@@ -24,4 +24,10 @@ struct BioDeleter {
 /// Owns a chain of BIOs.
 using BioPtr = std::unique_ptr<BIO, BioDeleter>;
 
+struct KeyDeleter {
+    void operator()(EVP_PKEY* key) const noexcept { EVP_PKEY_free(key); }
+};
+/// Owns a key.
+using KeyPtr = std::unique_ptr<EVP_PKEY, KeyDeleter>;
+
 } // namespace sarn

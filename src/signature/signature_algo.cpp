@@ -11,7 +11,8 @@ namespace sarn {
 
 namespace {
 
-/// The narrow form of a secret text, for the time of a call.
+/// The narrow form of a text, for the time of a call. It may be secret: a host may even hand a private key to
+/// beginVerify() by mistake.
 class SecretText {
 public:
     explicit SecretText(const ul::String& text) : m_text(text.toLatin1()) {}
@@ -27,7 +28,9 @@ private:
 } // namespace
 
 ISigner::~ISigner() = default;
+
 IVerifier::~IVerifier() = default;
+
 ISignatureAlgo::~ISignatureAlgo() = default;
 
 void ISigner::finish(ul::TBuffer<unsigned char>& signature) {
@@ -42,6 +45,7 @@ bool IVerifier::finish(const ul::TBuffer<unsigned char>& signature) {
 }
 
 COpenSSLSignatureAlgo::COpenSSLSignatureAlgo(const EVP_MD* md) {
+    // Spelled out rather than left to ensureInitialized(): sessions rely on these two, in this order, and on no more.
     COpenSSLInit::CThreadStuff::get();
     COpenSSLInit::CCleaner::get();
     m_md = md;
@@ -54,7 +58,7 @@ ul::P<ISigner> COpenSSLSignatureAlgo::beginSign(const ul::String& privateKey, co
 }
 
 ul::P<IVerifier> COpenSSLSignatureAlgo::beginVerify(const ul::String& publicKey) {
-    return ul::make<CVerifier>(m_md, publicKey.toLatin1().c_str());
+    return ul::make<CVerifier>(m_md, SecretText(publicKey).c_str());
 }
 
 // The kind of key decides, so the two are the same. They stay two functions: a host says which one it means.

@@ -6,7 +6,7 @@
 #include "frame/error_queue_mark.h"
 #include "frame/openssl_owners.h"
 #include "frame/raise.h"
-#include "signature/dsa_parameters.h"
+#include "signature/dsa_attempts.h"
 
 #include <openssl/evp.h>
 #include <openssl/pem.h>
@@ -72,8 +72,10 @@ void updateDigest(EVP_MD_CTX* context, const void* data, int size, const char* w
 COpenSSLSignatureAlgo::CSigner::CSigner(const EVP_MD* md, const char* privateKeyPem, const char* passphrase) {
     ErrorQueueMark mark;
     m_ctx = createContext(mark, md, "OpenSSL sign init error.");
-    m_key = readPrivateKey(privateKeyPem, passphrase);
-    checkKey(mark, m_key, m_ctx);
+    KeyPtr key(readPrivateKey(privateKeyPem, passphrase));
+    checkKey(mark, key.get(), m_ctx);
+    limitAttempts(key.get());
+    m_key = key.release();
 }
 
 COpenSSLSignatureAlgo::CSigner::~CSigner() {
@@ -81,11 +83,7 @@ COpenSSLSignatureAlgo::CSigner::~CSigner() {
 }
 
 int COpenSSLSignatureAlgo::CSigner::getMaxSignatureSize() const {
-    const int size = EVP_PKEY_size(m_key);
-    // What has no size would be written beyond the room that is made for it.
-    if (size <= 0)
-        raiseError(signFailed);
-    return size;
+    return EVP_PKEY_size(m_key);
 }
 
 void COpenSSLSignatureAlgo::CSigner::update(const void* data, int size) {
@@ -95,10 +93,8 @@ void COpenSSLSignatureAlgo::CSigner::update(const void* data, int size) {
 void COpenSSLSignatureAlgo::CSigner::finish(void* signature, int& size) {
     ErrorQueueMark mark;
     unsigned length = 0;
-    if (mayNeverSign(m_key))
-        mark.raise(signFailed);
     const auto largest = static_cast<unsigned>(getMaxSignatureSize());
-    // libcrypto 3.0 tells of success and a length below zero when it has no memory to encode a DSA signature in.
+    // libcrypto 3.0 reports success and a length below zero when it has no memory to encode a DSA signature in.
     if (EVP_SignFinal(m_ctx, static_cast<unsigned char*>(signature), &length, m_key) <= 0 || length > largest)
         mark.raise(signFailed);
     size = static_cast<int>(length);
@@ -120,15 +116,14 @@ void COpenSSLSignatureAlgo::CVerifier::update(const void* data, int size) {
 }
 
 bool COpenSSLSignatureAlgo::CVerifier::finish(const void* signature, int size) {
-    if (size < 0)
-        raiseInvalidArg("COpenSSLSignatureAlgo::CVerifier::finish", "invalid signature size");
     ErrorQueueMark mark;
+    // A negative size is one that no signature has, which libcrypto says without a look at the bytes.
     const void* const bytes = size > 0 ? signature : "";
     const int result =
         EVP_VerifyFinal(m_ctx, static_cast<const unsigned char*>(bytes), static_cast<unsigned>(size), m_key);
     if (result == -1)
         mark.raise("OpenSSL verify error.");
-    // A signature that does not match is noted there as well.
+    // A signature that does not match is queued as well.
     mark.drop();
     return result == 1;
 }

@@ -8,6 +8,7 @@
 
 #include <openssl/bio.h>
 #include <openssl/bn.h>
+#include <openssl/dsa.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
@@ -128,18 +129,16 @@ std::vector<ImportedCall> makeLibcryptoCalls() {
             describe<&::SHA1_Final>("SHA1_Final", kind, 0), describe<&::SHA256_Init>("SHA256_Init", kind, 0),
             describe<&::SHA256_Update>("SHA256_Update", kind, 0), describe<&::SHA256_Final>("SHA256_Final", kind, 0),
 #if OPENSSL_VERSION_NUMBER >= 0x30000000L
-            describe<&::EVP_PKEY_get_size>("EVP_PKEY_get_size", kind, 0),
             // The cipher of the host's providers stands in.
             describe<&::OSSL_LIB_CTX_new>("OSSL_LIB_CTX_new", kind, nullptr, isIgnored),
             describe<&::OSSL_PROVIDER_load>("OSSL_PROVIDER_load", kind, nullptr, isIgnored),
             describe<&::OSSL_PROVIDER_available>("OSSL_PROVIDER_available", kind, 0, isIgnored),
             describe<&::EVP_CIPHER_fetch>("EVP_CIPHER_fetch", kind, nullptr, isIgnored),
 #else
-            describe<&::EVP_PKEY_size>("EVP_PKEY_size", kind, 0),
             // The kind of the key is then not known to be DSA.
             describe<&::EVP_PKEY_base_id>("EVP_PKEY_base_id", kind, 0, isIgnored),
-            describe<&::BN_CTX_new>("BN_CTX_new", kind, nullptr), describe<&::BN_new>("BN_new", kind, nullptr),
-            describe<&::BN_gcd>("BN_gcd", kind, 0),
+            describe<&::BN_mod_exp_mont>("BN_mod_exp_mont", kind, 0),
+            describe<&::DSA_meth_dup>("DSA_meth_dup", kind, nullptr),
 #endif
     };
 }
