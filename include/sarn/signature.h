@@ -22,11 +22,11 @@ namespace sarn {
 /// One signing operation: data in order, then one finish(). Owned by one thread at a time.
 class SARN_EXPORT ISigner : public virtual ul::IBase {
 public:
-    ISigner() = default;
-    ISigner(const ISigner&) = default;
-    ISigner(ISigner&&) = default;
-    ISigner& operator=(const ISigner&) = default;
-    ISigner& operator=(ISigner&&) = default;
+    ISigner();
+    ISigner(const ISigner&);
+    ISigner(ISigner&&) noexcept;
+    ISigner& operator=(const ISigner&);
+    ISigner& operator=(ISigner&&) noexcept;
     ~ISigner() override;
 
     /// Room in bytes that the signature needs at most.
@@ -47,11 +47,11 @@ public:
 /// One verifying operation: data in order, then one finish(). Owned by one thread at a time.
 class SARN_EXPORT IVerifier : public virtual ul::IBase {
 public:
-    IVerifier() = default;
-    IVerifier(const IVerifier&) = default;
-    IVerifier(IVerifier&&) = default;
-    IVerifier& operator=(const IVerifier&) = default;
-    IVerifier& operator=(IVerifier&&) = default;
+    IVerifier();
+    IVerifier(const IVerifier&);
+    IVerifier(IVerifier&&) noexcept;
+    IVerifier& operator=(const IVerifier&);
+    IVerifier& operator=(IVerifier&&) noexcept;
     ~IVerifier() override;
 
     /// Adds `size` bytes of data.
@@ -70,11 +70,11 @@ public:
 /// A signature algorithm. It keeps no state: any number of threads may use one object at once.
 class SARN_EXPORT ISignatureAlgo : public virtual ul::IBase {
 public:
-    ISignatureAlgo() = default;
-    ISignatureAlgo(const ISignatureAlgo&) = default;
-    ISignatureAlgo(ISignatureAlgo&&) = default;
-    ISignatureAlgo& operator=(const ISignatureAlgo&) = default;
-    ISignatureAlgo& operator=(ISignatureAlgo&&) = default;
+    ISignatureAlgo();
+    ISignatureAlgo(const ISignatureAlgo&);
+    ISignatureAlgo(ISignatureAlgo&&) noexcept;
+    ISignatureAlgo& operator=(const ISignatureAlgo&);
+    ISignatureAlgo& operator=(ISignatureAlgo&&) noexcept;
     ~ISignatureAlgo() override;
 
     /// Starts to sign with a private key, traditional or PKCS #8. The passphrase, Latin-1, serves an encrypted one;
@@ -96,8 +96,8 @@ public:
     /// \param md libcrypto's description of the digest, not null; it must outlive this object, its signers and
     /// verifiers
     explicit COpenSSLSignatureAlgo(const EVP_MD* md);
-    COpenSSLSignatureAlgo(const COpenSSLSignatureAlgo&) = default;
-    COpenSSLSignatureAlgo& operator=(const COpenSSLSignatureAlgo&) = default;
+    COpenSSLSignatureAlgo(const COpenSSLSignatureAlgo&);
+    COpenSSLSignatureAlgo& operator=(const COpenSSLSignatureAlgo&);
     ~COpenSSLSignatureAlgo() override;
 
     ul::P<ISigner> beginSign(const ul::String& privateKey, const ul::String& passphrase) override;
@@ -118,8 +118,8 @@ public:
     /// Reads the key, PEM text, and starts the digest.
     /// \throws ul::CError as ISignatureAlgo::beginSign() does
     CSigner(const EVP_MD* md, const char* privateKeyPem, const char* passphrase);
-    CSigner(const CSigner&) = default;
-    CSigner& operator=(const CSigner&) = default;
+    CSigner(const CSigner&);
+    CSigner& operator=(const CSigner&);
     ~CSigner() override;
 
     int getMaxSignatureSize() const override;
@@ -138,8 +138,8 @@ public:
     /// Reads the key, PEM text, and starts the digest.
     /// \throws ul::CError as ISignatureAlgo::beginVerify() does
     CVerifier(const EVP_MD* md, const char* publicKeyPem);
-    CVerifier(const CVerifier&) = default;
-    CVerifier& operator=(const CVerifier&) = default;
+    CVerifier(const CVerifier&);
+    CVerifier& operator=(const CVerifier&);
     ~CVerifier() override;
 
     void update(const void* data, int size) override;

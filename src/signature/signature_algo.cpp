@@ -27,10 +27,25 @@ private:
 
 } // namespace
 
+ISigner::ISigner() = default;
+ISigner::ISigner(const ISigner&) = default;
+ISigner::ISigner(ISigner&&) noexcept = default;
+ISigner& ISigner::operator=(const ISigner&) = default;
+ISigner& ISigner::operator=(ISigner&&) noexcept = default;
 ISigner::~ISigner() = default;
 
+IVerifier::IVerifier() = default;
+IVerifier::IVerifier(const IVerifier&) = default;
+IVerifier::IVerifier(IVerifier&&) noexcept = default;
+IVerifier& IVerifier::operator=(const IVerifier&) = default;
+IVerifier& IVerifier::operator=(IVerifier&&) noexcept = default;
 IVerifier::~IVerifier() = default;
 
+ISignatureAlgo::ISignatureAlgo() = default;
+ISignatureAlgo::ISignatureAlgo(const ISignatureAlgo&) = default;
+ISignatureAlgo::ISignatureAlgo(ISignatureAlgo&&) noexcept = default;
+ISignatureAlgo& ISignatureAlgo::operator=(const ISignatureAlgo&) = default;
+ISignatureAlgo& ISignatureAlgo::operator=(ISignatureAlgo&&) noexcept = default;
 ISignatureAlgo::~ISignatureAlgo() = default;
 
 void ISigner::finish(ul::TBuffer<unsigned char>& signature) {
@@ -51,6 +66,8 @@ COpenSSLSignatureAlgo::COpenSSLSignatureAlgo(const EVP_MD* md) {
     m_md = md;
 }
 
+COpenSSLSignatureAlgo::COpenSSLSignatureAlgo(const COpenSSLSignatureAlgo&) = default;
+COpenSSLSignatureAlgo& COpenSSLSignatureAlgo::operator=(const COpenSSLSignatureAlgo&) = default;
 COpenSSLSignatureAlgo::~COpenSSLSignatureAlgo() = default;
 
 ul::P<ISigner> COpenSSLSignatureAlgo::beginSign(const ul::String& privateKey, const ul::String& passphrase) {

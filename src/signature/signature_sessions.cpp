@@ -78,6 +78,9 @@ COpenSSLSignatureAlgo::CSigner::CSigner(const EVP_MD* md, const char* privateKey
     m_key = key.release();
 }
 
+COpenSSLSignatureAlgo::CSigner::CSigner(const CSigner&) = default;
+COpenSSLSignatureAlgo::CSigner& COpenSSLSignatureAlgo::CSigner::operator=(const CSigner&) = default;
+
 COpenSSLSignatureAlgo::CSigner::~CSigner() {
     freeSession(m_key, m_ctx);
 }
@@ -106,6 +109,9 @@ COpenSSLSignatureAlgo::CVerifier::CVerifier(const EVP_MD* md, const char* public
     m_key = readPublicKey(publicKeyPem);
     checkKey(mark, m_key, m_ctx);
 }
+
+COpenSSLSignatureAlgo::CVerifier::CVerifier(const CVerifier&) = default;
+COpenSSLSignatureAlgo::CVerifier& COpenSSLSignatureAlgo::CVerifier::operator=(const CVerifier&) = default;
 
 COpenSSLSignatureAlgo::CVerifier::~CVerifier() {
     freeSession(m_key, m_ctx);
