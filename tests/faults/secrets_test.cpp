@@ -57,4 +57,13 @@ TEST(SignatureAlgo, PrivateKeyAndPassphrase_LeaveNoNarrowCopyBehind) {
     EXPECT_EQ(spy.getFoundCount(), 0);
 }
 
+TEST(SignatureAlgo, PrivateKeyGivenForAPublicOne_LeavesNoNarrowCopyBehind) {
+    const ul::String key = readKey("rsa2048");
+    static const std::string secret = key.toLatin1().substr(200, 40);
+    const SecretSpy spy(secret.c_str());
+    EXPECT_THROW(sarn::createRSA_SHA1()->beginVerify(key), ul::CError);
+    EXPECT_GT(spy.getFreedCount(), 0);
+    EXPECT_EQ(spy.getFoundCount(), 0);
+}
+
 } // namespace sarn_test

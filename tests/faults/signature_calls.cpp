@@ -33,6 +33,8 @@ int __wrap_EVP_DigestInit(EVP_MD_CTX* context, const EVP_MD* md) {
 
 int __real_EVP_DigestUpdate(EVP_MD_CTX* context, const void* data, std::size_t size);
 int __wrap_EVP_DigestUpdate(EVP_MD_CTX* context, const void* data, std::size_t size) {
+    if (size == 8192)
+        LibcryptoFaults::mustFail("EVP_DigestUpdate of 8192 bytes");
     return LibcryptoFaults::mustFail("EVP_DigestUpdate") ? 0 : __real_EVP_DigestUpdate(context, data, size);
 }
 

@@ -3,6 +3,7 @@
 #include "faults/libcrypto_faults.h"
 #include "support/expect.h"
 #include "support/key_files.h"
+#include "support/temp_folder.h"
 
 #include "sarn/signature.h"
 
@@ -129,6 +130,27 @@ TEST(SignatureFaults, VerifierFinish_RaisesOnMinusOneAndIsFalseForAllElseButOne)
     for (const int result : {0, -2, -100, 2})
         EXPECT_FALSE(finishWith(result)) << result;
     EXPECT_TRUE(finishWith(1));
+}
+
+TEST(SignatureFaults, EmptyFile_GivesNoUpdate) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("f", "");
+    LibcryptoFaults faults;
+    Buffer signature;
+    sarn::createFileSignature_RSA_SHA1(path, getPrivateKey(), signature);
+    EXPECT_TRUE(sarn::verifyFileSignature_RSA_SHA1(path, getPublicKey(), signature));
+    EXPECT_EQ(faults.getCallCount("EVP_DigestUpdate"), 0);
+}
+
+TEST(SignatureFaults, File_GivesAnUpdateForEachOfItsChunks) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("f", std::string(20000, 'x'));
+    LibcryptoFaults faults;
+    Buffer signature;
+    sarn::createFileSignature_RSA_SHA1(path, getPrivateKey(), signature);
+    EXPECT_TRUE(sarn::verifyFileSignature_RSA_SHA1(path, getPublicKey(), signature));
+    EXPECT_EQ(faults.getCallCount("EVP_DigestUpdate"), 2 * 3);
+    EXPECT_EQ(faults.getCallCount("EVP_DigestUpdate of 8192 bytes"), 2 * 2);
 }
 
 } // namespace sarn_test
