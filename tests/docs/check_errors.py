@@ -3,36 +3,64 @@
 """Compares docs/errors.md with the messages in the sources: each must stand in the other.
 
 usage: check_errors.py ROOT
+
+A message is a text of several words that starts with a capital letter, wherever it stands, or any text of several words
+that is given to a function raise...() or to the constructor of an error.
 """
 import pathlib
 import re
 import sys
 
-root = pathlib.Path(sys.argv[1])
-page = (root / "docs/errors.md").read_text()
-# A value in a message is <name> there and a text between two literals here; the beginning decides.
-documented = {re.split("'?<", message)[0] for message in re.findall(r'^\|[^|]*\| "([^|"]*)" \|', page, re.M)}
+TOKEN = re.compile(r'//[^\n]*|/\*.*?\*/|^[ ]*#[^\n]*|(?:L|u8)?"((?:[^"\\\n]|\\.)*)"|\'(?:[^\'\\]|\\.)+\'|([;{}])|.', re.M | re.S)
+RAISING = re.compile(r"\braise\w*\(|\bC\w*Error\(")
+# These put what they are given into a message of their own.
+COMPOSING = re.compile(r"\b(?:CFileError|COpenSSLVersionMismatchError|raiseFileError|raiseLastError|raiseInvalidLine)\(")
+LOGGING = re.compile(r"\b(?:logError|writeLine|static_assert)\(|\bline \+=|\bString line =")
 
-RAISING = re.compile(r"(?:raiseError|raiseInvalidArg|raiseDigestError|mark\.raise|checkTotal|loadChecksumState|CBadStateError|"
-                     r"raiseInvalidLine|update<[^>]*>|CError|raiseAt)\(([^;{}]*?)[;{]|constexpr char \w+\[\] = (\"[^;]*);")
-MESSAGE = re.compile(r'"((?:[A-Z]|invalid|input|key|IV|data|text|cipher|type)[^"\\]* [^"\\]*?\'?)"')
-raised = set()
-texts = ""
-for source in sorted([*root.glob("src/**/*.cpp"), *root.glob("ul/src/**/*.cpp"), *root.glob("src/**/*.h"),
-                      *root.glob("include/**/*.h")]):
-    text = source.read_text()
-    texts += text
-    for arguments, constant in RAISING.findall(text):
-        raised.update(MESSAGE.findall(arguments or constant))
-# "Cannot read file" and so on: one row stands for all.
-raised = {message.rstrip(" '") for message in raised}
-documented = {message.rstrip(" '") for message in documented}
 
-unknown = sorted(message for message in documented if f'"{message}' not in texts)
-missing = sorted(message for message in raised if not any(message.startswith(known) for known in documented))
-for message in unknown:
-    print(f"docs/errors.md lists an error that nothing raises: {message}")
-for message in missing:
-    print(f"docs/errors.md does not list: {message}")
-print(f"{len(documented)} messages documented, {len(raised)} found in the sources")
-sys.exit(1 if unknown or missing or not raised else 0)
+def list_statements(text):
+    """Each statement: its code without texts, and its texts."""
+    code, texts = "", []
+    for match in TOKEN.finditer(text):
+        if match[2]:
+            yield code, texts
+            code, texts = "", []
+        elif match[1] is not None:
+            texts.append(match[1])
+        elif not match[0].startswith(("//", "/*")) and not match[0].lstrip(" ").startswith("#"):
+            code += match[0]
+    yield code, texts
+
+
+def list_messages(text):
+    for code, texts in list_statements(text):
+        if LOGGING.search(code):
+            continue
+        is_raised = RAISING.search(code) and not COMPOSING.search(code)
+        yield from (text for text in texts if re.match(r"\w[\w:]* " if is_raised else r"[A-Z][\w:]* ", text))
+
+
+def main(root):
+    page = (root / "docs/errors.md").read_text()
+    documented = set(re.findall(r'^\|[^|]*\| "([^|"]*)" \|', page, re.M))
+    sources = [path for folder in ("src", "include", "ul") for path in root.glob(f"{folder}/**/*")
+               if path.suffix in (".cpp", ".h")]
+    raised = {message for path in sources for message in list_messages(path.read_text())}
+
+    def stands_for(row, message):
+        """A value is <name> on the page and a text between two literals in the sources."""
+        beginning, *value = row.split("<", 1)
+        return message.startswith(beginning) if value else message == row
+
+    unknown = sorted(row for row in documented if not any(stands_for(row, message) for message in raised))
+    missing = sorted(message for message in raised if not any(stands_for(row, message) for row in documented))
+    for message in unknown:
+        print(f"docs/errors.md lists an error that nothing raises: {message}")
+    for message in missing:
+        print(f"docs/errors.md does not list: {message}")
+    print(f"{len(documented)} messages documented, {len(raised)} found in the sources")
+    return 1 if unknown or missing or not raised else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(pathlib.Path(sys.argv[1])))
