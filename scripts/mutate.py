@@ -3,6 +3,7 @@
 """Changes the libraries' sources in one place at a time and sees whether the tests notice.
 
 usage: scripts/mutate COUNT WORK_FOLDER LIBCRYPTO_ROOT [--only PREFIX] [--rest] [--again SURVIVORS] [--list]
+       scripts/mutate --check    only looks whether each entry of tests/data/kept_mutants.txt names one mutant
 
 Takes COUNT mutants, spread evenly over the sources, and all of those in the code that must not be wrong anywhere:
 padding, the loading of states, verification and the trust in configurations. Writes the survivors to
@@ -18,6 +19,8 @@ import subprocess
 import sys
 import threading
 
+import source_places
+
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 KEPT = ROOT / "tests/data/kept_mutants.txt"
 GOAL = 0.95
@@ -30,7 +33,7 @@ ADDRESS_SPACE = 8 << 30
 
 # Where every mutant must be noticed.
 CRITICAL = re.compile(r"src/(cipher/(openssl|null)_cipher|digest/(openssl_digest|checksum_digest|digest_combiner|"
-                      r"digest_support)|signature/)")
+                      r"digest_support)|signature/)|include/sarn/(openssl_digest|digest_combiner)")
 
 OPERATORS = {
     " < ": [" <= "], " <= ": [" < "], " > ": [" >= "], " >= ": [" > "], " == ": [" != "], " != ": [" == "],
@@ -49,15 +52,17 @@ CONDITION = re.compile(r"^( +(?:} else )?if \()([^;]*)(\)(?: \{)?)$")
 SLOW = ("*EveryByteThroughEveryValue*:*Published*16777216*:*OfAGigabyte*:*DoNotWaitForEachOther*:CThreadStuff.*:"
         "*LargeSignedConfig*:*Whole*:*DeathTest*")
 # Where a family's mutants are noticed first, most often.
-FAMILIES = {"src/cipher/": "*Cipher*", "src/digest/": "*igest*:Check*:Combin*", "src/keys/": "*Base64*:*Key*:*HMAC*",
-            "src/signature/": "*Sign*:*Config*", "src/frame/": "*Init*:*ThreadStuff*:*ObjectModel*"}
+FAMILIES = {"src/cipher/|include/.*cipher": "*Cipher*", "src/digest/|include/.*(digest|checksum)": "*igest*:Check*:Combin*",
+            "src/keys/|include/.*(key|encoding|base64|hmac)": "*Base64*:*Key*:*HMAC*",
+            "src/signature/|include/.*sign": "*Sign*:*Config*",
+            "src/frame/|include/.*(init|model)": "*Init*:*ThreadStuff*:*ObjectModel*"}
 
 
 def list_stages(path):
     """Targets to build and programs to run, one after the other until one notices."""
     ul = (["ul", "sarn"], ["tests/ul_tests", "--gtest_filter=-*DeathTest*"])
     stages = [ul] if path.startswith("ul/") else []
-    family = [names for folder, names in FAMILIES.items() if path.startswith(folder)]
+    family = [] if stages else [names for pattern, names in FAMILIES.items() if re.match(pattern, path)]
     if family:
         stages.append((["sarn"], ["tests/sarn_tests", f"--gtest_filter={family[0]}-{SLOW}"]))
     return stages + [
@@ -73,13 +78,15 @@ def list_stages(path):
 class Mutant:
     def __init__(self, path, number, before, after):
         self.path, self.number, self.before, self.after = path, number, before, after
+        self.name = ""
 
     def is_critical(self):
         return bool(CRITICAL.match(self.path))
 
-    def describe(self):
+    def describe(self, lines):
         before, after = (" ".join(text.split()) for text in (self.before, self.after))
-        return f"{self.path}: {before} => {after or 'nothing'}"
+        place = source_places.name_place(lines, self.number)
+        return f"{self.path}: {place}: {before} => {after or 'nothing'}"
 
 
 def mutate_tokens(line):
@@ -109,7 +116,15 @@ def is_call(line):
 
 
 def find_mutants(path):
+    """The mutants of a file, each with a name that no other one has."""
     lines = (ROOT / path).read_text().split("\n")
+    mutants = list(make_mutants(path, lines))
+    for mutant, name in zip(mutants, source_places.number_alike([mutant.describe(lines) for mutant in mutants])):
+        mutant.name = name
+    return mutants
+
+
+def make_mutants(path, lines):
     is_compiled = True
     for number, line in enumerate(lines):
         bare = line.strip()
@@ -122,11 +137,13 @@ def find_mutants(path):
             continue
         if bare.startswith(("//", "#", "/*", "template", "static_assert", "assert", "using", "extern")):
             continue
+        if bare.endswith((") = 0;", " const = 0;")):
+            continue
         for after in mutate_tokens(line):
             yield Mutant(path, number, line, after)
         if CONDITION.match(line):
             yield Mutant(path, number, line, CONDITION.sub(r"\1!(\2)\3", line))
-        if is_statement(line):
+        if is_statement(line) and source_places.find_function(lines, number):
             yield Mutant(path, number, line, "")
             following = lines[number + 1]
             indent = len(line) - len(line.lstrip())
@@ -134,12 +151,16 @@ def find_mutants(path):
                 yield Mutant(path, number, line + "\n" + following, following + "\n" + line)
 
 
+def list_all(prefix=""):
+    files = subprocess.run(["git", "ls-files", "--", "src", "include", "ul"], cwd=ROOT, check=True, capture_output=True,
+                           text=True).stdout.split()
+    return [mutant for path in files if path.endswith((".cpp", ".h")) and "/windows/" not in path
+            and path.startswith(prefix) for mutant in find_mutants(path)]
+
+
 def list_mutants(count, prefix, rest):
     """All mutants of the critical code, and of the rest as many as make COUNT, evenly spread."""
-    files = subprocess.run(["git", "ls-files", "--", "src", "ul/src"], cwd=ROOT, check=True, capture_output=True,
-                           text=True).stdout.split()
-    every = [mutant for path in files if path.endswith((".cpp", ".h")) and "/windows/" not in path
-             and path.startswith(prefix) for mutant in find_mutants(path)]
+    every = list_all(prefix)
     critical = [mutant for mutant in every if mutant.is_critical()]
     others = [mutant for mutant in every if not mutant.is_critical()]
     if rest:
@@ -202,7 +223,20 @@ class Workshop:
             target.write_text(original)
 
 
+def read_kept():
+    """Mutants that behave as the original does. Ends the program if an entry does not name one."""
+    kept = source_places.read_entries(KEPT)
+    stale = list(source_places.find_stale(kept, {mutant.name for mutant in list_all()}))
+    if stale:
+        raise SystemExit("\n".join(f"{KEPT.name}: {line}" for line in stale))
+    return set(kept)
+
+
 def main():
+    kept = read_kept()
+    if sys.argv[1:] == ["--check"]:
+        print(f"{len(kept)} kept mutants, each in one place")
+        return 0
     parser = argparse.ArgumentParser()
     parser.add_argument("count", type=int)
     parser.add_argument("folder", type=pathlib.Path)
@@ -214,14 +248,12 @@ def main():
     options = parser.parse_args()
     mutants = list_mutants(options.count, options.only, options.rest)
     if options.list:
-        print(*(mutant.describe() for mutant in mutants), sep="\n")
+        print(*(mutant.name for mutant in mutants), sep="\n")
         return 0
-    # Mutants that behave as the original does, each with its reason.
-    kept = {line.split("  # ")[0] for line in KEPT.read_text().splitlines() if "  # " in line} if KEPT.exists() else set()
-    mutants = [mutant for mutant in mutants if mutant.describe() not in kept]
+    mutants = [mutant for mutant in mutants if mutant.name not in kept]
     if options.again:
         again = set(options.again.read_text().splitlines())
-        mutants = [mutant for mutant in mutants if mutant.describe() in again]
+        mutants = [mutant for mutant in mutants if mutant.name in again]
     results, todo, lock = [], list(reversed(mutants)), threading.Lock()
 
     def work(number):
@@ -238,7 +270,7 @@ def main():
                 if survived is not None:
                     results.append((mutant, survived))
                 if survived:
-                    print(f"    survived: {mutant.describe()}", flush=True)
+                    print(f"    survived: {mutant.name}", flush=True)
                 elif len(results) % 50 == 0:
                     print(f"    {len(results)} of {len(mutants)} tried", flush=True)
 
@@ -250,7 +282,7 @@ def main():
     if todo or not results:
         return 1
     survivors = [mutant for mutant, survived in results if survived]
-    (options.folder / "survivors.txt").write_text("".join(mutant.describe() + "\n" for mutant in survivors))
+    (options.folder / "survivors.txt").write_text("".join(mutant.name + "\n" for mutant in survivors))
     critical = [mutant for mutant, _ in results if mutant.is_critical()]
     missed = sum(mutant.is_critical() for mutant in survivors)
     killed = len(results) - len(survivors)
