@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/vectors.h"
 
+#include <cctype>
 #include <fstream>
 #include <stdexcept>
 
@@ -17,8 +18,85 @@ Bytes Vector::getBytes(const std::string& field) const {
     return fromHex(getText(field));
 }
 
+int Vector::getInt(const std::string& field) const {
+    std::size_t length = 0;
+    const int number = std::stoi(getText(field), &length);
+    if (length != getText(field).size())
+        throw std::runtime_error(describe() + ": not a number: " + getText(field));
+    return number;
+}
+
 std::string getTestDataFolder() {
     return SARN_TEST_DATA_DIR;
+}
+
+namespace {
+
+int toDigit(char character) {
+    static const std::string digits = "0123456789abcdef";
+    const std::size_t value = digits.find(static_cast<char>(std::tolower(static_cast<unsigned char>(character))));
+    if (value == std::string::npos)
+        throw std::runtime_error(std::string("not hexadecimal: '") + character + "'");
+    return static_cast<int>(value);
+}
+
+/// Takes the lines of a file one after the other.
+class VectorReader {
+public:
+    VectorReader(const std::set<std::string>& fields, std::vector<Vector>& vectors)
+        : m_fields(fields), m_vectors(vectors) {}
+
+    void take(const std::string& line, int number) {
+        if (line.empty()) {
+            m_isOpen = false;
+        } else if (line.front() == '[') {
+            if (line.back() != ']')
+                throw std::runtime_error("the section has no end");
+            m_section = line.substr(1, line.size() - 2);
+            m_isOpen = false;
+        } else if (line.front() != '#') {
+            takeField(line, number);
+        }
+    }
+
+private:
+    void takeField(const std::string& line, int number) {
+        const std::size_t separator = line.find(" =");
+        const std::string field = line.substr(0, separator);
+        if (separator == std::string::npos || m_fields.count(field) == 0)
+            throw std::runtime_error("unknown field");
+        if (!m_isOpen)
+            m_vectors.emplace_back(m_section, number);
+        m_isOpen = true;
+        if (m_vectors.back().has(field))
+            throw std::runtime_error("the vector has that field already");
+        m_vectors.back().setField(field, line.size() > separator + 3 ? line.substr(separator + 3) : "");
+    }
+
+    const std::set<std::string>& m_fields;
+    std::vector<Vector>& m_vectors;
+    std::string m_section;
+    bool m_isOpen = false;
+};
+
+} // namespace
+
+std::vector<Vector> parseVectors(std::istream& text, const std::string& name, const std::set<std::string>& fields) {
+    std::vector<Vector> vectors;
+    VectorReader reader(fields, vectors);
+    std::string line;
+    for (int number = 1; std::getline(text, line); ++number) {
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        try {
+            reader.take(line, number);
+        } catch (const std::runtime_error& error) {
+            throw std::runtime_error(name + ", line " + std::to_string(number) + ": " + error.what());
+        }
+    }
+    if (vectors.empty())
+        throw std::runtime_error(name + ": no vectors");
+    return vectors;
 }
 
 std::vector<Vector> readVectors(const std::string& fileName, const std::set<std::string>& fields) {
@@ -26,32 +104,7 @@ std::vector<Vector> readVectors(const std::string& fileName, const std::set<std:
     std::ifstream file(path);
     if (!file)
         throw std::runtime_error("cannot open " + path);
-    std::vector<Vector> vectors;
-    std::string section;
-    std::string line;
-    bool isOpen = false;
-    for (int number = 1; std::getline(file, line); ++number) {
-        if (!line.empty() && line.back() == '\r')
-            line.pop_back();
-        if (line.empty()) {
-            isOpen = false;
-        } else if (line.front() == '[') {
-            section = line.substr(1, line.find(']') - 1);
-            isOpen = false;
-        } else if (line.front() != '#') {
-            const std::size_t separator = line.find(" =");
-            const std::string field = line.substr(0, separator);
-            if (separator == std::string::npos || fields.count(field) == 0)
-                throw std::runtime_error(path + ": unknown field in line " + std::to_string(number));
-            if (!isOpen)
-                vectors.emplace_back(section, number);
-            isOpen = true;
-            vectors.back().setField(field, line.size() > separator + 3 ? line.substr(separator + 3) : "");
-        }
-    }
-    if (vectors.empty())
-        throw std::runtime_error(path + ": no vectors");
-    return vectors;
+    return parseVectors(file, path, fields);
 }
 
 Bytes fromHex(const std::string& text) {
@@ -59,7 +112,7 @@ Bytes fromHex(const std::string& text) {
         throw std::runtime_error("odd number of hexadecimal digits");
     Bytes bytes;
     for (std::size_t i = 0; i < text.size(); i += 2)
-        bytes.push_back(static_cast<unsigned char>(std::stoi(text.substr(i, 2), nullptr, 16)));
+        bytes.push_back(static_cast<unsigned char>(toDigit(text[i]) * 16 + toDigit(text[i + 1])));
     return bytes;
 }
 

@@ -5,6 +5,7 @@
 // vector, "#" starts a comment. A field that the reader does not know fails the test, so that no vector is misread.
 #pragma once
 
+#include <istream>
 #include <map>
 #include <set>
 #include <string>
@@ -25,7 +26,8 @@ public:
     const std::string& getText(const std::string& field) const;
     /// The field's hexadecimal digits as bytes.
     Bytes getBytes(const std::string& field) const;
-    int getInt(const std::string& field) const { return std::stoi(getText(field)); }
+    /// The number that is all of the field's text.
+    int getInt(const std::string& field) const;
     /// Where the vector stands, for failure messages.
     std::string describe() const { return "[" + m_section + "] line " + std::to_string(m_line); }
 
@@ -43,6 +45,10 @@ std::string getTestDataFolder();
 /// Reads a file of tests/data, every field of which must be one of `fields`. Throws if anything is wrong with it.
 std::vector<Vector> readVectors(const std::string& fileName, const std::set<std::string>& fields);
 
+/// Reads the vectors of a text, which messages call `name`.
+std::vector<Vector> parseVectors(std::istream& text, const std::string& name, const std::set<std::string>& fields);
+
+/// Throws where `text` is not pairs of hexadecimal digits and nothing else.
 Bytes fromHex(const std::string& text);
 std::string toHex(const Bytes& bytes);
 
