@@ -6,7 +6,8 @@ function(run expected_status expected_text)
   execute_process(COMMAND ${DEMO} ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
   string(FIND "${output}" "${expected_text}" position)
   if(NOT status EQUAL expected_status OR position EQUAL -1)
-    message(FATAL_ERROR "demo ${ARGN}: status ${status}, expected ${expected_status} and '${expected_text}':\n${output}")
+    message(FATAL_ERROR
+      "demo ${ARGN}: status ${status}, expected ${expected_status} and '${expected_text}':\n${output}")
   endif()
 endfunction()
 
@@ -26,7 +27,8 @@ foreach(cipher aes256cbc aes128cbc bfcbc cast128cbc)
   run(0 "restored files are identical" "${WORK_DIR}/empty.txt" --cipher ${cipher})
   run(0 "restored files are identical" "${WORK_DIR}/file.txt" --cipher ${cipher} --keep "${WORK_DIR}")
 endforeach()
-foreach(noticed "configuration  Invalid signature for config file." "manifest       The manifest's signature does not match."
+foreach(noticed "configuration  Invalid signature for config file."
+    "manifest       The manifest's signature does not match."
     "stored file    The restored file has another digest" "other half: the same" "its HMAC is right")
   run(0 "${noticed}" "${WORK_DIR}/file.txt" --keep "${WORK_DIR}" --password secret)
 endforeach()

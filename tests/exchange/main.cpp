@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <iterator>
+#include <numeric>
 #include <stdexcept>
 
 namespace sarn_test {
@@ -66,7 +68,11 @@ int read(const std::string& folder) {
         const auto found = bundle.exact.find(name);
         require(found == bundle.exact.end() || found->second == bytes, name);
     }
-    return checkCiphers(bundle) + checkDigestStates(bundle) + checkKeysAndEncodings(bundle) + checkSignedFiles(folder);
+    const int counts[] = {checkCiphers(bundle), checkDigestStates(bundle), checkKeysAndEncodings(bundle),
+                          checkSignedFiles(folder)};
+    for (const int count : counts)
+        require(count > 0, "a family without items");
+    return std::accumulate(std::begin(counts), std::end(counts), 0);
 }
 
 } // namespace

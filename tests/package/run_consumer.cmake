@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Builds the consumer project in one way and runs it.
-# Wants: WORK_DIR, SOURCE_DIR, WAY, OPTIONS (for cmake, joined by |); EMULATOR and LIBRARIES (a folder with DLLs) if it is
-# for another system; PREFIX to install what was built
+# Wants: WORK_DIR, SOURCE_DIR, WAY, OPTIONS (for cmake, joined by |); EMULATOR and LIBRARIES (a folder with DLLs) if it
+# is for another system; PREFIX to install what was built
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
   if(NOT status EQUAL 0)
