@@ -1,0 +1,75 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Rules of the tree, and the lists of places in the sources."""
+from case import add
+
+LICENCE = "// SPDX-License-Identifier: Apache-2.0\n"
+CODE = "int a() { return 1; }\n"
+
+
+def make_tree(at):
+    """The smallest tree that keeps all rules."""
+    at.copy("scripts/check-tree", "scripts/mutate", "scripts/coverage.py", "scripts/source_places.py")
+    for name in ("src/a.cpp", "include/sarn/a.h", "ul/src/a.cpp", "ul/include/ul/a.h", "tests/a_test.cpp"):
+        at.write(name, LICENCE + CODE)
+    at.write("tests/CMakeLists.txt", LICENCE.replace("//", "#") + "add_executable(tests a_test.cpp)\n")
+    at.write("tests/data/kept_mutants.txt", "src/a.cpp: a: int a() { return 1; } => int a() { return 2; }  # why not\n")
+    at.write("tests/data/uncovered.txt", "src/a.cpp: a: int a() { return 1; }  # why not\n")
+    at.make("git", "init", "--quiet")
+
+
+def write(name, text):
+    return lambda at: at.write(name, LICENCE + text)
+
+
+def append(name, text):
+    return lambda at: at.append(name, text)
+
+
+add("Tree", ["sh", "-c", "git add --all && scripts/check-tree"], make_tree, [
+    ("LibcryptoInAPublicHeader", write("include/sarn/b.h", "#include <openssl/evp.h>\n"), "only src/ includes libcrypto"),
+    ("ZlibInTheBaseLibrary", write("ul/src/b.cpp", "#include <zlib.h>\n"), "only src/ includes libcrypto or zlib"),
+    ("UpwardInclude", write("ul/src/b.cpp", '#include "sarn/cipher.h"\n'), "knows nothing of the library above it"),
+    ("WipeThatMayBeLeftOut", write("src/b.cpp", "void f(char* p) { memset(p, 0, 1); }\n"), "use ul::wipe"),
+    ("ComparisonThatTakesItsTime", write("src/b.cpp", "bool f() { return memcmp(a, b, 1); }\n"), "secrets are compared"),
+    ("ComparisonInAHeader", write("include/sarn/b.h", "bool f() { return memcmp(a, b, 1); }\n"), "secrets are compared"),
+    ("UnsafeCall", write("src/b.cpp", "void f() { strcpy(a, b); }\n"), "unsafe call"),
+    ("ObjectByNew", write("src/b.cpp", "P<A> f() { return new A(); }\n"), "objects are created by ul::make"),
+    ("Tab", write("src/b.cpp", "\tint b;\n"), "tabs"),
+    ("WhiteSpaceAtTheEnd", write("src/b.cpp", "int b; \n"), "white space at the end of a line"),
+    ("LongLineOfCMake", append("tests/CMakeLists.txt", "# " + "x" * 120 + "\n"), "more than 120 characters"),
+    ("TestWhoseStatusNobodyAsks", append("tests/CMakeLists.txt", "# PASS_REGULAR_EXPRESSION x\n"), "ignores the exit"),
+    ("FileWithoutALicence", lambda at: at.write("src/b.cpp", CODE), r"src/b\.cpp has no SPDX line"),
+    ("FileThatIsTooLong", write("src/b.cpp", "int b;\n" * 300), r"src/b\.cpp has 301 lines"),
+    ("TestThatNobodyCompiles", write("tests/b_test.cpp", CODE), r"tests/b_test\.cpp is in no CMakeLists"),
+    ("WaiversWithoutEnd", write("src/b.cpp", "// NOLINTNEXTLINE(a)\n" * 11), "more than ten waivers"),
+    ("KeptMutantThatIsGone", append("tests/data/kept_mutants.txt", "src/a.cpp: b: int b; => nothing  # why not\n"),
+     "matches no place: src/a.cpp: b"),
+    ("KeptMutantOfSeveralPlaces", append("src/a.cpp", CODE), r"matches 2 places, say which of them: src/a\.cpp: a"),
+    ("KeptMutantWithoutAReason", append("tests/data/kept_mutants.txt", "src/a.cpp: a: 1 => 2\n"), "without a reason"),
+    ("KeptMutantThatIsListedTwice", lambda at: at.append("tests/data/kept_mutants.txt",
+                                                         at.read("tests/data/kept_mutants.txt")), "listed twice"),
+    ("UncoveredLineThatIsGone", append("tests/data/uncovered.txt", "src/a.cpp: a: int b;  # why not\n"),
+     r"uncovered\.txt: matches no place: src/a\.cpp: a: int b;"),
+])
+
+
+# What llvm-cov says of a source of two lines, of which one has a count.
+REPORT = """{"data": [{"files": [{"filename": "{root}/src/a.cpp", "summary": {"lines": {"count": 2}},
+"segments": [[1, 1, 5, true, true, false], [2, 1, COUNT, true, true, false], [2, 22, 0, false, false, false]],
+"branches": [[1, 1, 1, 5, 1, 1, 0, 0, 4], [2, 1, 2, 5, SIDES, 0, 0, 4]]}]}]}"""
+
+
+def make_report(at):
+    at.copy("scripts/coverage.py", "scripts/source_places.py")
+    at.write("src/a.cpp", LICENCE + CODE)
+    at.write("tests/data/uncovered.txt", "")
+    at.write("report", REPORT.replace("{root}", str(at.folder)).replace("COUNT", "7").replace("SIDES", "3, 4"))
+
+
+add("Coverage", ["scripts/coverage.py", "report"], make_report, [
+    ("LineThatNeverRan", lambda at: at.replace("report", "2, 1, 7, true", "2, 1, 0, true"),
+     r"never run: src/a\.cpp: a: int a\(\)"),
+    ("ListedLineThatRan", append("tests/data/uncovered.txt", "src/a.cpp: a: int a() { return 1; }  # why not\n"),
+     "listed, but run or gone: matches no place"),
+    ("BranchesThatWentOneWay", lambda at: at.replace("report", "3, 4, 0", "3, 0, 0"), r"one way only: src/a\.cpp:2"),
+])
