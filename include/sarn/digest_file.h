@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Digests of files, and saved states as bytes. Header-only.
+#pragma once
+
+#include "sarn/one_call.h"
+
+#include "ul/buffer_stream.h"
+#include "ul/file.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace sarn {
+
+/// Feeds a digest with what a file holds from where `file` stands to its end, which may move meanwhile.
+/// \param progress called after each piece with the bytes fed by this call and those that it will have fed as the file
+///                 is now, both std::int64_t, the second never the smaller one and never 0; what it throws ends the call
+/// \throws ul::CFileError; as IDigest::update() does
+template <class Progress>
+void feedFile(IDigest& digest, ul::CWindowsFileInStream& file, Progress&& progress) {
+    constexpr int pieceSize = 65536;
+    ul::TBuffer<unsigned char> piece(pieceSize, -1);
+    std::int64_t done = 0;
+    while (const int size = file.readLax(piece.getData(), pieceSize)) {
+        digest.update(piece.getData(), size);
+        done += size;
+        progress(done, std::max(done, file.getLength()));
+    }
+}
+
+/// The digest of a file, of the type registered under `id`. `progress` is as for feedFile().
+/// \throws ul::CFileError; as CDigestManager::getType() and IDigest::update() do
+template <class Progress>
+ul::TBuffer<unsigned char> digestFile(const ul::CText& id, const ul::CWindowsPath& path, Progress&& progress) {
+    const ul::P<IDigest> running = createDigest(id);
+    ul::CWindowsFileInStream file(path);
+    feedFile(*running, file, progress);
+    return finish(*running);
+}
+
+/// The same without progress.
+inline ul::TBuffer<unsigned char> digestFile(const ul::CText& id, const ul::CWindowsPath& path) {
+    return digestFile(id, path, [](std::int64_t, std::int64_t) {});
+}
+
+/// The bytes that IDigest::storeState() writes.
+inline ul::TBuffer<unsigned char> saveState(const IDigest& digest) {
+    ul::TBuffer<unsigned char> state;
+    ul::CBufferStream stream(&state, 2.0);
+    ul::CDataOutStream out(stream);
+    digest.storeState(out);
+    return state;
+}
+
+/// IDigest::loadState() of bytes that are one state and nothing else. After an error the digest is as after reset().
+/// \throws ul::CError "Bytes follow the digest state."; as IDigest::loadState() does
+inline void loadState(IDigest& digest, ul::CBytes state) {
+    ul::CBufferInStream stream(state.data(), state.getIntSize("loadState"));
+    ul::CDataInStream in(stream);
+    try {
+        digest.loadState(in);
+        if (!stream.isEndOfStream())
+            throw ul::CError("Bytes follow the digest state.", "", -1, ul::CProps(), nullptr);
+    } catch (...) {
+        digest.reset();
+        throw;
+    }
+}
+
+} // namespace sarn

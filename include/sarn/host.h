@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// The whole library with the short forms for host programs. These are header-only and do nothing but call the
+/// documented operations; docs/host.md has both side by side.
+#pragma once
+
+#include "sarn/cipher_stream.h"
+#include "sarn/config_values.h"
+#include "sarn/digest_file.h"
+#include "sarn/one_call.h"
+#include "sarn/sarn.h"
+#include "sarn/sign_file.h"
+
+#include "ul/host.h"

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Bytes as hexadecimal text. Header-only.
+#pragma once
+
+#include "ul/bytes.h"
+
+#include <string>
+#include <string_view>
+
+namespace ul {
+
+/// Two digits for each byte, letters in lower case, as the usual commands print a digest.
+inline std::string toHex(CBytes bytes) {
+    constexpr char digits[] = "0123456789abcdef";
+    std::string text;
+    text.reserve(2 * bytes.size());
+    for (const unsigned char byte : bytes) {
+        text += digits[byte >> 4];
+        text += digits[byte & 15];
+    }
+    return text;
+}
+
+/// The bytes of a hexadecimal text of either case, without a prefix or white space.
+/// \throws CInvalidArgError "invalid hexadecimal text" if it is anything else; "data is too large"
+inline TCryptBuffer<unsigned char> fromHex(std::string_view text) {
+    const auto getValue = [](char digit) {
+        if (digit >= '0' && digit <= '9')
+            return digit - '0';
+        const char letter = static_cast<char>(digit | 0x20);
+        if (letter >= 'a' && letter <= 'f')
+            return letter - 'a' + 10;
+        throw CInvalidArgError("fromHex", "invalid hexadecimal text", CProps());
+    };
+    if (text.size() % 2 != 0)
+        throw CInvalidArgError("fromHex", "invalid hexadecimal text", CProps());
+    const int size = CBytes(text).getIntSize("fromHex") / 2;
+    TCryptBuffer<unsigned char> bytes(size, -1);
+    for (int i = 0; i < size; ++i) {
+        const std::size_t position = 2 * static_cast<std::size_t>(i);
+        bytes.getData()[i] = static_cast<unsigned char>(getValue(text[position]) << 4 | getValue(text[position + 1]));
+    }
+    return bytes;
+}
+
+} // namespace ul

@@ -1,0 +1,12 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// The base library with the short forms for host programs, which are header-only.
+#pragma once
+
+#include "ul/bytes.h"
+#include "ul/format_error.h"
+#include "ul/hex.h"
+#include "ul/random_bytes.h"
+#include "ul/secret_text.h"
+#include "ul/text.h"
+#include "ul/ul.h"
