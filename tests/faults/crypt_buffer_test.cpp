@@ -107,13 +107,26 @@ TEST(TCryptBuffer, WithAnExceptionHalfWay_LeavesNoSecret) {
               0);
 }
 
+TEST(TCryptBuffer, Moved_LeavesNoSecret) {
+    EXPECT_EQ(countFoundSecrets([] {
+                  CryptBuffer buffer;
+                  buffer.init(secret, secretSize);
+                  CryptBuffer moved(std::move(buffer));
+                  CryptBuffer assigned;
+                  assigned.init(secret, secretSize);
+                  assigned = std::move(moved);
+                  EXPECT_EQ(assigned.getUsed(), secretSize);
+              }),
+              0);
+}
+
 TEST(TCryptBuffer, Shortened_ZeroesWhatItNoLongerUses) {
     CryptBuffer buffer;
     buffer.init(secret, secretSize);
     buffer.setUsed(7);
     EXPECT_EQ(std::string(buffer.getData(), 7), "hunter2");
     EXPECT_TRUE(isZero(buffer.getData() + 7, secretSize - 7));
-    buffer.addUsed(-7);
+    buffer.setUsed(0);
     EXPECT_TRUE(isZero(buffer.getData(), secretSize));
 }
 

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "support/expect.h"
+
 #include "ul/random.h"
 
 #include <gtest/gtest.h>
@@ -38,7 +40,11 @@ TEST(CMTRand, RandData_FillsExactlyTheGivenBytes) {
 
 TEST(CMTRand, RandData_OfNoBytes_TouchesNothing) {
     ul::CMTRand::getGlobal()->randData(nullptr, 0);
-    ul::CMTRand::getGlobal()->randData(nullptr, -1);
+}
+
+TEST(CMTRand, RandData_OfANegativeSize_IsRefused) {
+    sarn_test::expectInvalidArg("CMTRand::randData", "invalid size",
+                                [] { ul::CMTRand::getGlobal()->randData(nullptr, -1); });
 }
 
 TEST(CMTRand, RandData_OfOneByte_FillsIt) {

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <cstring>
 #include <stdexcept>
 
 namespace sarn_test {
@@ -90,14 +91,14 @@ TEST(CBufferInStream, ReadLax_GivesWhatIsLeft) {
     EXPECT_EQ(stream.readLax(data, 8), 0);
 }
 
-TEST(CBufferInStream, NegativeSizes_AreRefusedOrEmpty) {
+TEST(CBufferInStream, NegativeSizes_AreRefused) {
     ul::CBufferInStream stream("abc", 3);
     char data[1];
     expectInvalidArg("CBufferInStream::read", "invalid size", [&] { stream.read(data, -1); });
-    expectInvalidArg("CBufferInStream::read", "invalid size", [&] { stream.readLax(data, INT_MIN); });
+    expectInvalidArg("CBufferInStream::readLax", "invalid size", [&] { stream.readLax(data, INT_MIN); });
     EXPECT_EQ(stream.readLax(data, 0), 0);
     EXPECT_EQ(stream.getRemaining(), 3);
-    EXPECT_TRUE(ul::CBufferInStream("abc", -1).isEndOfStream());
+    expectInvalidArg("CBufferInStream::CBufferInStream", "invalid size", [] { ul::CBufferInStream("abc", -1); });
 }
 
 TEST(CBufferStream, Write_AppendsBehindWhatTheBufferHolds) {
@@ -108,6 +109,27 @@ TEST(CBufferStream, Write_AppendsBehindWhatTheBufferHolds) {
     stream.write("", 0);
     EXPECT_EQ(toBytes(buffer), toBytes(std::string("abcd")));
     expectInvalidArg("CBufferStream::write", "invalid size", [&] { stream.write("x", -1); });
+}
+
+TEST(CBufferStream, Write_OfTheBuffersOwnBytes_AppendsThemThoughTheBlockMoves) {
+    // Its old blocks are overwritten, and larger ones may lie elsewhere.
+    struct SpoilingBuffer : Buffer {
+        ~SpoilingBuffer() override { freeBlock(); }
+        void deleteData(unsigned char* data, int size) override {
+            std::memset(data, '#', static_cast<std::size_t>(size));
+            Buffer::deleteData(data, size);
+        }
+    };
+    SpoilingBuffer buffer;
+    ul::CBufferStream stream(&buffer, 2.0);
+    ul::CDataOutStream out(stream);
+    stream.write("0123456789abcdef", 16);
+    for (int size = 16; size < 4000000; size *= 2) {
+        out.write(buffer.getData(), size);
+        ASSERT_EQ(buffer.getUsed(), 2 * size);
+        ASSERT_EQ(std::memcmp(buffer.getData() + size, buffer.getData(), 16), 0);
+        ASSERT_EQ(std::memcmp(buffer.getData() + 2 * size - 16, "0123456789abcdef", 16), 0);
+    }
 }
 
 TEST(CBufferStream, Write_WithRoomInTheBlock_LeavesTheBlock) {

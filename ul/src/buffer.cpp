@@ -9,15 +9,27 @@
 #include <cstring>
 #include <functional>
 #include <new>
+#include <typeinfo>
 #include <utility>
 
 namespace ul {
 
 namespace {
 
-void checkSize(long long size) {
+void checkSize(const char* where, long long size) {
     if (size < 0 || size > INT_MAX)
-        raiseInvalidArg("TBuffer", "invalid size");
+        raiseInvalidArg(where, "invalid size");
+}
+
+// As a buffer of the base, which a TCryptBuffer does not become by itself.
+template <class T>
+const TBuffer<T>& asBase(const TCryptBuffer<T>& buffer) noexcept {
+    return buffer;
+}
+
+template <class T>
+TBuffer<T>&& moveAsBase(TCryptBuffer<T>& buffer) noexcept {
+    return static_cast<TBuffer<T>&&>(buffer);
 }
 
 } // namespace
@@ -33,7 +45,7 @@ template <class T>
 TBuffer<T>::TBuffer(int size, int used) {
     const int allocated = std::max(size, 0);
     if (used < -1 || used > allocated)
-        raiseInvalidArg("TBuffer", "invalid used size");
+        raiseInvalidArg("TBuffer::TBuffer", "invalid used size");
     if (allocated > 0)
         m_data = allocate(allocated);
     m_allocated = allocated;
@@ -46,9 +58,23 @@ TBuffer<T>::TBuffer(const TBuffer& other) : CBase(other) {
 }
 
 template <class T>
+TBuffer<T>::TBuffer(TBuffer&& other) noexcept : CBase(other) {
+    takeBlock(other);
+}
+
+template <class T>
 TBuffer<T>& TBuffer<T>::operator=(const TBuffer& other) {
     if (this != &other)
         init(other.m_data, other.m_used);
+    return *this;
+}
+
+template <class T>
+TBuffer<T>& TBuffer<T>::operator=(TBuffer&& other) noexcept {
+    if (this != &other) {
+        freeBlock();
+        takeBlock(other);
+    }
     return *this;
 }
 
@@ -59,7 +85,7 @@ TBuffer<T>::~TBuffer() {
 
 template <class T>
 void TBuffer<T>::init(const T* data, int size) {
-    checkSize(size);
+    checkSize("TBuffer::init", size);
     if (size > m_allocated) {
         // The new content may lie in the old block, so that one goes last.
         T* const block = allocate(size);
@@ -75,14 +101,14 @@ template <class T>
 void TBuffer<T>::insert(int position, const void* data, int size) {
     if (position < 0 || position > m_used)
         raiseInvalidArg("TBuffer::insert", "invalid position");
-    checkSize(size);
-    checkSize(static_cast<long long>(m_used) + size);
+    checkSize("TBuffer::insert", size);
+    checkSize("TBuffer::insert", static_cast<long long>(m_used) + size);
     if (size == 0)
         return;
     const auto count = static_cast<std::size_t>(size);
     const auto tail = static_cast<std::size_t>(m_used - position);
     const T* const source = static_cast<const T*>(data);
-    const bool isOwn = !std::less<>()(source, m_data) && std::less<>()(source, m_data + m_allocated);
+    const bool isOwn = contains(source);
     if (!isOwn)
         ensureAllocated(m_used + size);
     const bool mustGrow = m_used + size > m_allocated;
@@ -103,7 +129,7 @@ void TBuffer<T>::insert(int position, const void* data, int size) {
 
 template <class T>
 void TBuffer<T>::setUsed(int size) {
-    checkSize(size);
+    checkSize("TBuffer::setUsed", size);
     ensureAllocated(size);
     const int before = std::exchange(m_used, size);
     if (size < before)
@@ -112,19 +138,21 @@ void TBuffer<T>::setUsed(int size) {
 
 template <class T>
 void TBuffer<T>::addUsed(int size) {
+    checkSize("TBuffer::addUsed", size);
     const long long sum = static_cast<long long>(m_used) + size;
-    checkSize(sum);
+    checkSize("TBuffer::addUsed", sum);
     setUsed(static_cast<int>(sum));
+}
+
+template <class T>
+bool TBuffer<T>::contains(const void* address) const noexcept {
+    const T* const byte = static_cast<const T*>(address);
+    return !std::less<>()(byte, m_data) && std::less<>()(byte, m_data + m_allocated);
 }
 
 template <class T>
 void TBuffer<T>::deleteData(T* data, int) {
     freeMemory(data);
-}
-
-template <class T>
-T* TBuffer<T>::resizeData(T* data, int, int, int newSize) {
-    return static_cast<T*>(resizeMemory(data, newSize));
 }
 
 template <class T>
@@ -147,8 +175,15 @@ T* TBuffer<T>::allocate(int size) {
 template <class T>
 void TBuffer<T>::grow(int size) {
     const int allocated = getGrownSize(size);
-    m_data = resizeData(m_data, m_used, m_allocated, allocated);
-    m_allocated = allocated;
+    if (typeid(*this) == typeid(TBuffer)) {
+        // Nobody overrides deleteData(), and the C library may make the block larger without a copy.
+        m_data = static_cast<T*>(resizeMemory(m_data, allocated));
+        m_allocated = allocated;
+        return;
+    }
+    T* const block = allocate(allocated);
+    std::copy_n(m_data, m_used, block);
+    replaceBlock(block, allocated);
 }
 
 template <class T>
@@ -166,6 +201,34 @@ void TBuffer<T>::replaceBlock(T* data, int size) {
 }
 
 template <class T>
+void TBuffer<T>::takeBlock(TBuffer& other) noexcept {
+    m_data = std::exchange(other.m_data, nullptr);
+    m_allocated = std::exchange(other.m_allocated, 0);
+    m_used = std::exchange(other.m_used, 0);
+}
+
+template <class T>
+TCryptBuffer<T>::TCryptBuffer(int size, int used) : TBuffer<T>(size, used) {}
+
+template <class T>
+TCryptBuffer<T>::TCryptBuffer(const TCryptBuffer& other) : TBuffer<T>(asBase(other)) {}
+
+template <class T>
+TCryptBuffer<T>::TCryptBuffer(TCryptBuffer&& other) noexcept : TBuffer<T>(moveAsBase(other)) {}
+
+template <class T>
+TCryptBuffer<T>& TCryptBuffer<T>::operator=(const TCryptBuffer& other) {
+    TBuffer<T>::operator=(asBase(other));
+    return *this;
+}
+
+template <class T>
+TCryptBuffer<T>& TCryptBuffer<T>::operator=(TCryptBuffer&& other) noexcept {
+    TBuffer<T>::operator=(moveAsBase(other));
+    return *this;
+}
+
+template <class T>
 TCryptBuffer<T>::~TCryptBuffer() {
     // By the time the base is destroyed its own deleteData() would run, which does not wipe.
     this->freeBlock();
@@ -175,16 +238,6 @@ template <class T>
 void TCryptBuffer<T>::deleteData(T* data, int size) {
     wipe(data, static_cast<std::size_t>(size));
     TBuffer<T>::deleteData(data, size);
-}
-
-template <class T>
-T* TCryptBuffer<T>::resizeData(T* data, int used, int size, int newSize) {
-    // Not in place, and not by the C library, which would leave a copy behind.
-    T* const block = static_cast<T*>(allocateMemory(newSize));
-    std::copy_n(data, used, block);
-    if (data)
-        deleteData(data, size);
-    return block;
 }
 
 template <class T>

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ul/random.h"
 
+#include "raise.h"
 #include "random_reserve.h"
 #include "ul/global_slot.h"
 
@@ -40,9 +41,10 @@ CMTRand::CMTRand() : m_reserve(std::make_unique<RandomReserve>()) {}
 CMTRand::~CMTRand() = default;
 
 void CMTRand::randData(unsigned char* data, int size) {
-    if (size <= 0)
-        return;
-    m_reserve->take(data, static_cast<std::size_t>(size));
+    if (size < 0)
+        raiseInvalidArg("CMTRand::randData", "invalid size");
+    if (size > 0)
+        m_reserve->take(data, static_cast<std::size_t>(size));
 }
 
 } // namespace ul

@@ -6,8 +6,12 @@
 #include "ul/base.h"
 
 #include <cstddef>
+#include <type_traits>
 
 namespace ul {
+
+template <class T>
+class TCryptBuffer;
 
 /// A heap block of bytes with an allocated size and a used size, both in bytes.
 ///
@@ -21,13 +25,24 @@ public:
     /// An empty buffer without a block.
     TBuffer() noexcept = default;
     /// A buffer with room for at least `size` bytes of which the first `used` count as used; -1 means all of them. The
-    /// bytes are not initialised. A negative `size` counts as 0.
+    /// bytes are not initialised. A negative `size` counts as 0: the operation that the room is for refuses it in its
+    /// own words.
     /// \throws CInvalidArgError "invalid used size" if `used` is below -1 or above `size`.
     TBuffer(int size, int used);
     /// Copies the used bytes.
     TBuffer(const TBuffer& other);
+    /// Takes the block of `other`, which is empty from then on.
+    TBuffer(TBuffer&& other) noexcept;
     /// Copies the used bytes into this buffer's own block.
     TBuffer& operator=(const TBuffer& other);
+    /// Gives this buffer's block back and takes that of `other`, which is empty from then on.
+    TBuffer& operator=(TBuffer&& other) noexcept;
+    /// Secrets do not get into a buffer that does not wipe them by accident. Who means it says init() with the bytes.
+    template <class Secret, class = std::enable_if_t<std::is_base_of_v<TCryptBuffer<T>, std::decay_t<Secret>>>>
+    TBuffer(Secret&&) = delete;
+    /// The same.
+    template <class Secret, class = std::enable_if_t<std::is_base_of_v<TCryptBuffer<T>, std::decay_t<Secret>>>>
+    TBuffer& operator=(Secret&&) = delete;
     ~TBuffer() override;
 
     /// Replaces the content with a copy of `size` bytes, which may lie in this buffer.
@@ -50,7 +65,7 @@ public:
     void setUsed(int size);
 
     /// Raises the used size by `size` as setUsed() does.
-    /// \throws CInvalidArgError "invalid size" if the sum is negative or exceeds 2^31 - 1.
+    /// \throws CInvalidArgError "invalid size" if `size` is negative or the sum exceeds 2^31 - 1.
     void addUsed(int size);
 
     /// The block; null while nothing has been allocated. Valid until the buffer grows or ends.
@@ -61,14 +76,14 @@ public:
     int getUsed() const noexcept { return m_used; }
     /// Size in bytes of the block.
     int getAllocated() const noexcept { return m_allocated; }
+    /// Whether `address` lies in the block.
+    bool contains(const void* address) const noexcept;
 
 protected:
-    /// Frees a block of `size` allocated bytes. A class that overrides this overrides resizeData() as well, through
-    /// which blocks leave when the buffer grows.
+    /// Frees a block of `size` allocated bytes. In a class that overrides this every block leaves through it, also when
+    /// the buffer grows; such a class calls freeBlock() in its destructor. Only a block that was moved to another
+    /// buffer leaves there.
     virtual void deleteData(T* data, int size);
-    /// Moves the first `used` bytes of a block of `size` bytes, or of none, to one of `newSize`, which is larger, and
-    /// gives the old one back. If there is no memory the old one stays as it was and std::bad_alloc is thrown.
-    virtual T* resizeData(T* data, int used, int size, int newSize);
     /// Told of `size` bytes that have just left the used part of the block.
     virtual void discardData(T* data, int size);
 
@@ -80,6 +95,7 @@ private:
     void grow(int size);
     int getGrownSize(int size) const noexcept;
     void replaceBlock(T* data, int size);
+    void takeBlock(TBuffer& other) noexcept;
 
     T* m_data = nullptr;
     int m_allocated = 0;
@@ -91,15 +107,22 @@ private:
 template <class T>
 class TCryptBuffer : public TBuffer<T> {
 public:
+    /// An empty buffer without a block.
     TCryptBuffer() noexcept = default;
-    using TBuffer<T>::TBuffer;
-    TCryptBuffer(const TCryptBuffer&) = default;
-    TCryptBuffer& operator=(const TCryptBuffer&) = default;
+    /// As TBuffer's.
+    TCryptBuffer(int size, int used);
+    /// Copies the used bytes.
+    TCryptBuffer(const TCryptBuffer& other);
+    /// Takes the block of `other`, which is empty from then on.
+    TCryptBuffer(TCryptBuffer&& other) noexcept;
+    /// Copies the used bytes into this buffer's own block.
+    TCryptBuffer& operator=(const TCryptBuffer& other);
+    /// Wipes this buffer's block, gives it back and takes that of `other`, which is empty from then on.
+    TCryptBuffer& operator=(TCryptBuffer&& other) noexcept;
     ~TCryptBuffer() override;
 
 protected:
     void deleteData(T* data, int size) override;
-    T* resizeData(T* data, int used, int size, int newSize) override;
     void discardData(T* data, int size) override;
 };
 

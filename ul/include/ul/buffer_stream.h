@@ -13,7 +13,7 @@ class UL_EXPORT CBufferStream : public CBase, public virtual IOutStream {
 public:
     /// \param buffer       receives the bytes after those it holds already
     /// \param growthFactor how many times the used size the block becomes when it must grow; 1 or less means no more
-    ///                     than the buffer's own growth
+    ///                     than the buffer's own growth, which is also what its own bytes get when they are written
     CBufferStream(TBuffer<unsigned char>* buffer, double growthFactor);
     ~CBufferStream() override;
 
@@ -27,7 +27,8 @@ private:
 /// Reads memory that the caller owns and keeps alive and unchanged.
 class UL_EXPORT CBufferInStream : public CBase, public virtual IInStream {
 public:
-    /// Reads `size` bytes at `data`; a negative `size` counts as 0.
+    /// Reads `size` bytes at `data`.
+    /// \throws CInvalidArgError "invalid size" if `size` is negative.
     CBufferInStream(const void* data, int size);
     /// Reads the used bytes of `buffer`.
     explicit CBufferInStream(const TBuffer<unsigned char>& buffer);

@@ -29,9 +29,9 @@ public:
     CMTRand& operator=(const CMTRand&) = delete;
     ~CMTRand() override;
 
-    /// Fills `size` bytes; a negative `size` fills none. Safe from any thread, with the mutex above or without, from a
+    /// Fills `size` bytes. Safe from any thread, with the mutex above or without, from a
     /// signal handler, and in a process that was forked at any moment: it waits for nobody.
-    /// \throws CError "Random bytes are not available." with property "reason" if the operating system refuses.
+    /// \throws CInvalidArgError "invalid size" if `size` is negative; CError "Random bytes are not available." with property "reason" if the operating system refuses.
     void randData(unsigned char* data, int size);
 
 private:
