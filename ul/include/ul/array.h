@@ -4,6 +4,7 @@
 #pragma once
 
 #include "ul/base.h"
+#include "ul/error.h"
 
 #include <cstddef>
 #include <utility>
@@ -23,9 +24,14 @@ public:
     /// Puts an element behind the last one.
     void append(T value) { m_items.push_back(std::move(value)); }
     /// Cuts the array or fills it up with default values.
-    void resize(int size) { m_items.resize(static_cast<std::size_t>(size)); }
-    /// Removes every element.
-    void clear() noexcept { m_items.clear(); }
+    /// \throws CInvalidArgError "invalid size" if `size` is negative.
+    void resize(int size) {
+        if (size < 0)
+            throw CInvalidArgError("TArray::resize", "invalid size", CProps());
+        m_items.resize(static_cast<std::size_t>(size));
+    }
+    /// Removes every element. Their destructors may use the array, which is empty by then.
+    void clear() noexcept { const std::vector<T> items = std::exchange(m_items, {}); }
 
     /// Number of elements.
     int getSize() const noexcept { return static_cast<int>(m_items.size()); }

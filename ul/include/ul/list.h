@@ -23,8 +23,8 @@ public:
     void removeLast() { m_items.pop_back(); }
     /// The last element; the list must not be empty.
     const T& getLast() const noexcept { return m_items.back(); }
-    /// Removes every element.
-    void clear() noexcept { m_items.clear(); }
+    /// Removes every element. Their destructors may use the list, which is empty by then.
+    void clear() noexcept { const std::list<T> items = std::exchange(m_items, {}); }
 
     /// Number of elements.
     int getSize() const noexcept { return static_cast<int>(m_items.size()); }

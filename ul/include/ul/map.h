@@ -17,8 +17,26 @@ public:
     /// Walks over the entries in the order of their keys; valid for as long as its entry.
     using const_iterator = typename std::map<K, V>::const_iterator;
 
-    /// Stores `value` under `key`, in place of what stood there. If storing a new entry fails the map is unchanged.
-    void set(const K& key, V value) { m_items.insert_or_assign(key, std::move(value)); }
+    /// An empty map.
+    TMap() = default;
+    /// Copies every entry.
+    TMap(const TMap&) = default;
+    /// Takes the entries of the other map, which is empty from then on.
+    TMap(TMap&&) noexcept = default;
+    /// Takes the entries of `other`. What was there ends after that.
+    TMap& operator=(TMap other) noexcept {
+        m_items.swap(other.m_items);
+        return *this;
+    }
+    ~TMap() override { clear(); }
+
+    /// Stores `value` under `key`, in place of what stood there, which ends after that: its destructor may use the map.
+    /// If storing a new entry fails the map is unchanged.
+    void set(const K& key, V value) {
+        const auto [entry, isNew] = m_items.try_emplace(key, std::move(value));
+        if (!isNew)
+            std::swap(entry->second, value);
+    }
 
     /// The value under `key`, or null. Valid until that entry is removed.
     V* find(const K& key) {
@@ -34,8 +52,10 @@ public:
     /// The value under `key`; a default value is stored there first if there is none.
     V& findOrInsert(const K& key) { return m_items[key]; }
 
-    /// Removes every entry.
-    void clear() noexcept { m_items.clear(); }
+    /// Removes the entry under `key` and returns whether there was one. The destructor of its value may use the map.
+    bool erase(const K& key) { return !m_items.extract(key).empty(); }
+    /// Removes every entry. The destructors of the values may use the map, which is empty by then.
+    void clear() noexcept { const std::map<K, V> items = std::exchange(m_items, {}); }
     /// Number of entries.
     int getSize() const noexcept { return static_cast<int>(m_items.size()); }
 

@@ -6,6 +6,7 @@
 #include "ul/base.h"
 
 #include <cstddef>
+#include <functional>
 #include <type_traits>
 #include <utility>
 
@@ -112,6 +113,12 @@ bool operator!=(std::nullptr_t, const P<T>& right) noexcept {
     return right.get() != nullptr;
 }
 
+/// An order of pointers by their objects' addresses, so that they can be keys. Null comes first.
+template <class T>
+bool operator<(const P<T>& left, const P<T>& right) noexcept {
+    return std::less<>()(left.get(), right.get());
+}
+
 /// Creates a `T` on the library's allocator and returns its only reference.
 /// \throws std::bad_alloc if there is no memory, and whatever the constructor throws; nothing leaks then.
 template <class T, class... Args>
@@ -120,3 +127,9 @@ P<T> make(Args&&... args) {
 }
 
 } // namespace ul
+
+/// The hash of the object's address.
+template <class T>
+struct std::hash<ul::P<T>> {
+    std::size_t operator()(const ul::P<T>& pointer) const noexcept { return std::hash<T*>()(pointer.get()); }
+};
