@@ -160,3 +160,36 @@ TEST(String, CopyLatin1_OfAPart_WritesOnlyThat) {
     text.copyLatin1(out + 1, 1, 3);
     EXPECT_STREQ(out, ".b?d..");
 }
+
+TEST(String, NullPointers_AreEmptyTexts) {
+    const wchar_t* const wide = nullptr;
+    const char* const narrow = nullptr;
+    const ul::String empty;
+    const ul::String text("x");
+    EXPECT_TRUE(empty == wide && empty == narrow && text != wide && text != narrow);
+    EXPECT_TRUE(text.StartsWith(wide) && empty.StartsWith(wide));
+}
+
+TEST(String, Comparison_WorksFromBothSidesAndInEveryOrder) {
+    const ul::String text("b");
+    EXPECT_TRUE("b" == text && L"b" == text && "a" != text && L"a" != text);
+    EXPECT_TRUE(text > ul::String("a") && text >= ul::String("b") && text <= ul::String("b"));
+    EXPECT_FALSE(text > ul::String("b") || text >= ul::String("c") || text <= ul::String("a"));
+    EXPECT_EQ(std::hash<ul::String>()(text), std::hash<ul::String>()(ul::String(L"b")));
+}
+
+TEST(String, AppendedCharacter_OfEightBitsIsLatin1) {
+    ul::String text;
+    text += '\xE9';
+    EXPECT_TRUE(text == L"\u00E9");
+    text += L'z';
+    EXPECT_EQ(text.getLength(), 2);
+}
+
+template <class Appended, class = void>
+constexpr bool isAppendable = false;
+template <class Appended>
+constexpr bool isAppendable<Appended, std::void_t<decltype(std::declval<ul::String&>() += std::declval<Appended>())>> =
+    true;
+static_assert(isAppendable<char> && isAppendable<wchar_t> && isAppendable<const char*> && isAppendable<ul::String>);
+static_assert(!isAppendable<double> && !isAppendable<bool> && !isAppendable<int>, "numbers are not characters");

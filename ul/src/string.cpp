@@ -20,14 +20,12 @@ namespace ul {
 
 namespace {
 
-void checkLength(std::size_t length) {
-    if (length > static_cast<std::size_t>(INT_MAX))
-        raiseInvalidArg("String", "text is too long");
-}
+constexpr char whereConstructed[] = "String::String";
+constexpr char whereAppended[] = "String::operator+=";
 
-std::size_t checkedSum(std::size_t left, std::size_t right) {
-    checkLength(left + right);
-    return left + right;
+void checkLength(const char* where, std::size_t length) {
+    if (length > static_cast<std::size_t>(INT_MAX))
+        raiseInvalidArg(where, "text is too long");
 }
 
 wchar_t widen(char character) {
@@ -35,7 +33,7 @@ wchar_t widen(char character) {
 }
 
 std::wstring widen(const char* text, std::size_t length) {
-    checkLength(length);
+    checkLength(whereConstructed, length);
     const auto* const bytes = reinterpret_cast<const unsigned char*>(text);
     return std::wstring(bytes, bytes + length);
 }
@@ -52,7 +50,7 @@ String formatNumber(Number number, int base) {
 String::String(const wchar_t* text) : String(text, text ? std::wcslen(text) : 0) {}
 
 String::String(const wchar_t* text, std::size_t length) {
-    checkLength(length);
+    checkLength(whereConstructed, length);
     if (length > 0)
         m_text.assign(text, length);
 }
@@ -62,11 +60,11 @@ String::String(const char* text) : String(text, text ? std::strlen(text) : 0) {}
 String::String(const char* text, std::size_t length) : m_text(widen(text, length)) {}
 
 String::String(const std::wstring& text) : m_text(text) {
-    checkLength(m_text.size());
+    checkLength(whereConstructed, m_text.size());
 }
 
 String::String(std::wstring&& text) : m_text(std::move(text)) {
-    checkLength(m_text.size());
+    checkLength(whereConstructed, m_text.size());
 }
 
 String String::fromUTF8(const char* data, std::size_t size) {
@@ -106,7 +104,7 @@ bool String::StartsWith(const String& prefix) const noexcept {
 }
 
 bool String::StartsWith(const wchar_t* prefix) const noexcept {
-    return m_text.compare(0, std::wcslen(prefix), prefix) == 0;
+    return !prefix || m_text.compare(0, std::wcslen(prefix), prefix) == 0;
 }
 
 void String::trimRight() {
@@ -115,7 +113,7 @@ void String::trimRight() {
 }
 
 String& String::operator+=(const String& text) {
-    checkedSum(m_text.size(), text.m_text.size());
+    checkLength(whereAppended, m_text.size() + text.m_text.size());
     m_text += text.m_text;
     return *this;
 }
@@ -129,12 +127,18 @@ String& String::operator+=(const char* text) {
 }
 
 String& String::operator+=(wchar_t character) {
-    checkedSum(m_text.size(), 1);
+    checkLength(whereAppended, m_text.size() + 1);
     m_text += character;
     return *this;
 }
 
+String& String::operator+=(char character) {
+    return *this += widen(character);
+}
+
 bool String::operator==(const char* other) const noexcept {
+    if (!other)
+        return isEmpty();
     return std::equal(m_text.begin(), m_text.end(), other, other + std::strlen(other),
                       [](wchar_t left, char right) { return left == widen(right); });
 }
@@ -149,7 +153,9 @@ void wipe(String& text) noexcept {
 
 String operator+(const String& left, const String& right) {
     std::wstring result;
-    result.reserve(checkedSum(left.toStdWString().size(), right.toStdWString().size()));
+    const std::size_t length = left.toStdWString().size() + right.toStdWString().size();
+    checkLength("operator+", length);
+    result.reserve(length);
     result += left.toStdWString();
     result += right.toStdWString();
     return String(std::move(result));

@@ -6,7 +6,9 @@
 #include "ul/export.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
+#include <type_traits>
 
 namespace ul {
 
@@ -67,7 +69,7 @@ public:
     String Mid(int start, int count = -1) const;
     /// Whether the text begins with `prefix`, character by character.
     bool StartsWith(const String& prefix) const noexcept;
-    /// The same for a zero-terminated text.
+    /// The same for a zero-terminated text; null is an empty one.
     bool StartsWith(const wchar_t* prefix) const noexcept;
     /// Removes trailing white space (space, tab, line feed, vertical tab, form feed, carriage return) in place.
     void trimRight();
@@ -80,21 +82,32 @@ public:
     String& operator+=(const char* text);
     /// Appends a character.
     String& operator+=(wchar_t character);
+    /// Appends an 8-bit character (Latin-1).
+    String& operator+=(char character);
+    /// Numbers are not characters: toString() makes text of one.
+    template <class Number, class = std::enable_if_t<std::is_arithmetic_v<Number>>>
+    String& operator+=(Number) = delete;
 
     /// Whether both have the same characters.
     bool operator==(const String& other) const noexcept { return m_text == other.m_text; }
     /// The opposite.
     bool operator!=(const String& other) const noexcept { return m_text != other.m_text; }
-    /// Compares with a zero-terminated text.
-    bool operator==(const wchar_t* other) const noexcept { return m_text == other; }
+    /// Compares with a zero-terminated text; null is an empty one.
+    bool operator==(const wchar_t* other) const noexcept { return m_text == (other ? other : L""); }
     /// The opposite.
-    bool operator!=(const wchar_t* other) const noexcept { return m_text != other; }
-    /// Compares with 8-bit text, each byte one character (Latin-1).
+    bool operator!=(const wchar_t* other) const noexcept { return !(*this == other); }
+    /// Compares with 8-bit text, each byte one character (Latin-1); null is an empty one.
     bool operator==(const char* other) const noexcept;
     /// The opposite.
     bool operator!=(const char* other) const noexcept { return !(*this == other); }
     /// Ordinal order of the wide characters.
     bool operator<(const String& other) const noexcept { return m_text < other.m_text; }
+    /// The same the other way round.
+    bool operator>(const String& other) const noexcept { return other < *this; }
+    /// Before it in that order, or the same.
+    bool operator<=(const String& other) const noexcept { return !(other < *this); }
+    /// Behind it in that order, or the same.
+    bool operator>=(const String& other) const noexcept { return !(*this < other); }
 
     /// Overwrites the characters with zeros by stores that the compiler may not drop, and leaves an empty text. What
     /// was copied from the text, or left behind when it grew, is not reached. For keys and pass phrases.
@@ -105,6 +118,19 @@ private:
 };
 
 UL_EXPORT void wipe(String& text) noexcept;
+
+/// Compares with a text on the left as with one on the right.
+template <class Character,
+          class = std::enable_if_t<std::is_same_v<Character, char> || std::is_same_v<Character, wchar_t>>>
+bool operator==(const Character* left, const String& right) noexcept {
+    return right == left;
+}
+/// The opposite.
+template <class Character,
+          class = std::enable_if_t<std::is_same_v<Character, char> || std::is_same_v<Character, wchar_t>>>
+bool operator!=(const Character* left, const String& right) noexcept {
+    return right != left;
+}
 
 /// \throws CInvalidArgError if the result would be too long.
 UL_EXPORT String operator+(const String& left, const String& right);
@@ -127,3 +153,9 @@ UL_EXPORT void partition(const String& text, const String& separator, String& be
                          String& after);
 
 } // namespace ul
+
+/// The hash of the characters.
+template <>
+struct std::hash<ul::String> {
+    std::size_t operator()(const ul::String& text) const noexcept { return std::hash<std::wstring>()(text); }
+};
