@@ -66,6 +66,17 @@ TEST(CMutex, UnderContention_ExcludesEveryOtherThread) {
     EXPECT_EQ(sum, 160000);
 }
 
+TEST(CMutex, HeldByAThreadThatEnded_IsNotHandedToAnother) {
+    ul::CMutex mutex;
+    std::thread([&] { mutex.lock(); }).join();
+    // The system likes to give the same stack, and with it the same id, to the next thread.
+    for (int i = 0; i < 20; ++i) {
+        bool hasLocked = true;
+        std::thread([&] { hasLocked = mutex.tryLock(); }).join();
+        EXPECT_FALSE(hasLocked);
+    }
+}
+
 TEST(CMutexLock, AroundAnException_Unlocks) {
     ul::CMutex mutex;
     try {

@@ -2,8 +2,8 @@
 #include "ul/mutex.h"
 
 #include "raise.h"
+#include "thread_identity.h"
 #include "ul/log.h"
-#include "ul/thread.h"
 
 namespace ul {
 
@@ -14,7 +14,7 @@ CMutex::CMutex() noexcept = default;
 CMutex::~CMutex() = default;
 
 void CMutex::lock() {
-    const std::uint64_t caller = CThread::getCurrentID();
+    const std::uint64_t caller = getThreadIdentity();
     if (m_owner.load(std::memory_order_relaxed) != caller) {
         m_mutex.lock();
         m_owner.store(caller, std::memory_order_relaxed);
@@ -23,7 +23,7 @@ void CMutex::lock() {
 }
 
 bool CMutex::tryLock() {
-    const std::uint64_t caller = CThread::getCurrentID();
+    const std::uint64_t caller = getThreadIdentity();
     if (m_owner.load(std::memory_order_relaxed) != caller) {
         if (!m_mutex.try_lock())
             return false;
@@ -34,7 +34,7 @@ bool CMutex::tryLock() {
 }
 
 void CMutex::unlock() {
-    if (m_owner.load(std::memory_order_relaxed) != CThread::getCurrentID())
+    if (m_owner.load(std::memory_order_relaxed) != getThreadIdentity())
         raiseError("Mutex is not locked by the calling thread.");
     if (--m_depth == 0) {
         m_owner.store(0, std::memory_order_relaxed);
