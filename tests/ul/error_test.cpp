@@ -92,6 +92,16 @@ TEST(CError, Cause_IsACopyOfItsTypeThatOutlivesTheOriginal) {
     EXPECT_TRUE(inner->getWhere() == "where");
 }
 
+TEST(CError, CauseOfSeveralCopies_LivesAsLongAsOneOfThem) {
+    const ul::CError inner("inner", "", -1, noProps, nullptr);
+    const ul::CError middle("middle", "", -1, noProps, &inner);
+    ul::P<ul::CError> first = ul::make<ul::CError>("outer", "", -1, noProps, &middle);
+    const ul::CError second(*first);
+    first = nullptr;
+    EXPECT_STREQ(second.getCause()->what(), "middle");
+    EXPECT_STREQ(second.getCause()->getCause()->what(), "inner");
+}
+
 TEST(CError, CopyAndAssignment_TakeEveryPart) {
     const ul::CError cause("cause", "", -1, noProps, nullptr);
     ul::CError first("first", "text", 1, ul::CProps().add("a", "b"), &cause);

@@ -9,6 +9,7 @@
 #include <atomic>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace sarn_test {
 
@@ -44,6 +45,61 @@ TEST(LogError, HandlerThatThrows_IsSurvived) {
     EXPECT_NO_THROW(ul::logError("x"));
     EXPECT_NO_THROW(ul::logError(std::runtime_error("x"), "y", "z"));
     ul::setLogHandler(before);
+}
+
+TEST(LogError, HandlerThatThrowsWhatIsNotAnException_IsSurvived) {
+    static_assert(noexcept(ul::logError(std::declval<const ul::String&>())));
+    const ul::LogHandler before = ul::setLogHandler([](const ul::String&) { throw 7; });
+    std::runtime_error error("x");
+    ul::logError("x");
+    ul::logError(error, "y", "z");
+    ul::onExceptionInDestructorIgnored("ul::CThing", error, true);
+    ul::setLogHandler(before);
+}
+
+TEST(LogError, HandlerThatWaitsForAThreadThatLogsAndSetsAHandler_IsNotInItsWay) {
+    const ul::LogHandler before = ul::setLogHandler([](const ul::String&) {
+        std::thread([] {
+            ul::setLogHandler([](const ul::String&) {});
+            ul::logError("from within");
+        }).join();
+    });
+    ul::logError("x");
+    ul::setLogHandler(before);
+}
+
+TEST(LogError, RefusedArgument_IsLoggedWithItsOperation) {
+    const LogCapture log;
+    const ul::CInvalidArgError error("COpenSSLCipher::decrypt", "invalid key size", ul::CProps());
+    ul::logError(error, "cannot restore", "");
+    ul::logError(ul::CError("outer.", "", -1, ul::CProps(), &error), "cannot restore", "");
+    EXPECT_EQ(log.getLines(),
+              (std::vector<std::string>{
+                  "ERROR: cannot restore: COpenSSLCipher::decrypt: invalid key size",
+                  "ERROR: cannot restore: outer. Caused by: COpenSSLCipher::decrypt: invalid key size"}));
+}
+
+TEST(LogError, LineBreaksAndControlCharacters_AreEscaped) {
+    const LogCapture log;
+    ul::logError(L"a\nERROR: forged\r\x1B[2J\x7F\x85\x2028z");
+    EXPECT_EQ(log.getLines(), std::vector<std::string>{"ERROR: a\\nERROR: forged\\xD;\\x1B;[2J\\x7F;\\x85;\\x2028;z"});
+}
+
+TEST(LogError, ForeignException_IsReadAsUTF8OrLatin1) {
+    const LogCapture log;
+    ul::logError(std::runtime_error("caf\xC3\xA9"), "x", "");
+    ul::logError(std::runtime_error("caf\xE9"), "x", "");
+    EXPECT_EQ(log.getLines(), (std::vector<std::string>{"ERROR: x: caf\xC3\xA9", "ERROR: x: caf\xC3\xA9"}));
+}
+
+TEST(LogError, ChainOf200000Causes_IsLoggedAndDestroyed) {
+    ul::P<ul::CError> error;
+    for (int i = 0; i < 200000; ++i)
+        error = ul::make<ul::CError>("e", "", -1, ul::CProps(), error.get());
+    const LogCapture log;
+    ul::logError(*error, "x", "");
+    EXPECT_EQ(log.getLines().at(0).size(),
+              std::string("ERROR: x: e").size() + 199999 * std::string(" Caused by: e").size());
 }
 
 TEST(LogError, WithoutAHandler_GoesToStandardError) {

@@ -3,6 +3,8 @@
 
 #include "utf8_text.h"
 
+#include <utility>
+
 namespace ul {
 
 namespace {
@@ -22,7 +24,14 @@ CError::CError(const String& message, const String& text, std::int64_t code, con
       m_cause(cloneCause(cause)),
       m_what(encodeUTF8Lossy(message)) {}
 
-CError::~CError() = default;
+CError::~CError() {
+    // One by one: each would end the next within its own destructor, and a long chain has no stack for that.
+    P<CError> cause = std::move(m_cause);
+    while (cause && !cause->isShared()) {
+        P<CError> next = std::move(cause->m_cause);
+        cause = std::move(next);
+    }
+}
 
 P<CError> CError::clone() {
     return make<CError>(*this);

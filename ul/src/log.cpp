@@ -5,9 +5,12 @@
 #include "ul/global_slot.h"
 #include "utf8_text.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <utility>
 
 namespace ul {
@@ -33,7 +36,31 @@ LogState& getLogState() {
     return *static_cast<LogState*>(slot.use(&createLogState, &destroyLogState));
 }
 
-void writeLine(const String& line) {
+/// Whether a reader of the log could take the character for the end of a line, or a terminal for a command.
+bool isControl(wchar_t character) {
+    const std::uint32_t unit = toCodeUnit(character);
+    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x2028 || unit == 0x2029;
+}
+
+/// The text in one line: names of files and values of properties come from anybody.
+String escapeControls(const String& text) {
+    const std::wstring& whole = text;
+    if (std::none_of(whole.begin(), whole.end(), isControl))
+        return text;
+    String result;
+    for (const wchar_t character : whole) {
+        if (!isControl(character))
+            result += character;
+        else if (character == L'\n')
+            result += "\\n";
+        else
+            result += "\\x" + toHexString(static_cast<int>(toCodeUnit(character))) + ";";
+    }
+    return result;
+}
+
+void writeLine(const String& text) {
+    const String line = escapeControls(text);
     LogState& state = getLogState();
     std::shared_ptr<const LogHandler> handler;
     {
@@ -56,25 +83,27 @@ void neverThrow(Step step) noexcept {
     }
 }
 
-void appendError(String& line, const CError& error) {
+void appendOneError(String& line, const CError& error) {
+    if (const auto* const argument = dynamic_cast<const CInvalidArgError*>(&error))
+        line += argument->getWhere() + ": ";
     line += error.getMessage();
     const CProps& props = error.getProps();
     for (int i = 0; i < props.getCount(); ++i)
         line += (i == 0 ? " [" : ", ") + props.getName(i) + "=" + props.getValue(i);
     if (props.getCount() > 0)
         line += "]";
-    if (error.getCause()) {
-        line += " Caused by: ";
-        appendError(line, *error.getCause());
-    }
 }
 
 String describe(const std::exception& error) {
+    const auto* const own = dynamic_cast<const CError*>(&error);
+    if (!own)
+        return decodeUTF8OrLatin1(error.what());
     String text;
-    if (const auto* const own = dynamic_cast<const CError*>(&error))
-        appendError(text, *own);
-    else
-        text += error.what();
+    appendOneError(text, *own);
+    for (const CError* cause = own->getCause(); cause; cause = cause->getCause()) {
+        text += " Caused by: ";
+        appendOneError(text, *cause);
+    }
     return text;
 }
 
@@ -92,11 +121,11 @@ LogHandler setLogHandler(LogHandler handler) {
     return next ? *next : LogHandler();
 }
 
-void logError(const String& message) {
+void logError(const String& message) noexcept {
     neverThrow([&] { writeLine("ERROR: " + message); });
 }
 
-void logError(const std::exception& error, const String& message, const String& text) {
+void logError(const std::exception& error, const String& message, const String& text) noexcept {
     neverThrow([&] {
         String line = "ERROR: " + message + ": " + describe(error);
         if (!text.isEmpty())
@@ -105,7 +134,7 @@ void logError(const std::exception& error, const String& message, const String& 
     });
 }
 
-void onExceptionInDestructorIgnored(const char* name, std::exception& error, bool isBug) {
+void onExceptionInDestructorIgnored(const char* name, std::exception& error, bool isBug) noexcept {
     neverThrow([&] {
         writeLine(String(isBug ? "BUG: " : "ERROR: ") + "exception in the destructor of " + name +
                   " ignored: " + describe(error));

@@ -64,6 +64,9 @@ public:
     void checkCastAllowed(const std::type_info& target) const override;
 
 protected:
+    /// Whether anybody but the caller, who has one, holds a reference.
+    bool isShared() const noexcept { return m_references.load(std::memory_order_acquire) > 1; }
+
     /// Called by release() for the last reference; destroys the object and frees its memory.
     virtual void deleteThis();
 
