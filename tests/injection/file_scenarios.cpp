@@ -33,7 +33,7 @@ Run runReadText() {
 
 /// Nothing is left beside the file, unless it could not be removed.
 void expectAlone(const Place& place) {
-    if (!Injection::hasFailed("unlink") && place.folder.list() != std::vector<std::string>{"file"})
+    if (!Injection::hasFailed("unlinkat") && place.folder.list() != std::vector<std::string>{"file"})
         throw std::logic_error("something is left beside the file");
 }
 

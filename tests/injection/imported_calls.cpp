@@ -23,6 +23,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
+#include <optional>
 #include <set>
 #include <stdexcept>
 
@@ -38,12 +39,45 @@ namespace {
 
 Injection* activeInjection = nullptr;
 
-int openFile(const char* path, int flags, mode_t mode) {
-    return ::open(path, flags, mode);
+bool isRecording = false;
+std::vector<std::string> steps;
+
+void record(const std::string& step) {
+    if (isRecording)
+        steps.push_back(step);
 }
 
-int renameFile(const char* from, const char* to) {
-    return ::rename(from, to);
+int openFile(const char* path, int flags) {
+    return ::open(path, flags);
+}
+
+int openFileAt(int folder, const char* name, int flags, mode_t mode) {
+    constexpr int wanted = O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    record((flags & wanted) == wanted ? "create as the only one" : "create carelessly");
+    return ::openat(folder, name, flags, mode);
+}
+
+int setFileFlags(int file, int command, int flags) {
+    return ::fcntl(file, command, flags);
+}
+
+int renameFile(int fromFolder, const char* from, int toFolder, const char* to) {
+    record("rename");
+    return ::renameat(fromFolder, from, toFolder, to);
+}
+
+const ImportedCall* flushOfFile = nullptr;
+const ImportedCall* flushOfFolder = nullptr;
+
+/// Whether a file was flushed must be known; by the time a folder is, the file is in its place.
+int flush(int file) {
+    struct stat status {};
+    const bool isFolder = ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode);
+    record(isFolder ? "flush folder" : "flush file");
+    if (!Injection::mustFail(isFolder ? *flushOfFolder : *flushOfFile))
+        return ::fsync(file);
+    errno = EIO;
+    return -1;
 }
 
 void* newMemory(std::size_t size) {
@@ -63,6 +97,15 @@ int piecesCount = 0;
 
 ino_t pretendingFile = 0;
 off_t pretendedSize = 0;
+
+std::optional<unsigned> pretendedOwner;
+
+int getStatusAt(int folder, const char* name, struct stat* status, int flags) {
+    const int result = ::fstatat(folder, name, status, flags);
+    if (result == 0 && pretendedOwner)
+        status->st_uid = *pretendedOwner;
+    return result;
+}
 
 int getStatus(int file, struct stat* status) {
     const int result = ::fstat(file, status);
@@ -150,16 +193,20 @@ std::vector<ImportedCall> makeFileCalls() {
         describe<&readPiece>("read", kind, -1, !isIgnored, EIO),
         describe<&writePiece>("write", kind, -1, !isIgnored, ENOSPC),
         describe<&getStatus>("fstat", kind, -1, !isIgnored, EIO),
-        describe<&::stat>("stat", kind, -1, !isIgnored, EACCES),
-        describe<&::fsync>("fsync", kind, -1, !isIgnored, EIO),
+        describe<&getStatusAt>("fstatat", kind, -1, !isIgnored, EACCES),
+        describe<&::faccessat>("faccessat", kind, -1, !isIgnored, EROFS),
+        describe<&openFileAt>("openat", kind, -1, !isIgnored, ENFILE),
+        describe<&setFileFlags>("fcntl", kind, -1, !isIgnored, EPERM),
+        describeOwn("fsync", kind, !isIgnored, EIO, flush, flushOfFile),
+        describeOwn("fsync of a folder", kind, isIgnored, EIO, flush, flushOfFolder),
         describe<&::fchmod>("fchmod", kind, -1, !isIgnored, EPERM),
-        describe<&renameFile>("rename", kind, -1, !isIgnored, EXDEV),
+        describe<&renameFile>("renameat", kind, -1, !isIgnored, EXDEV),
         describe<&::getcwd>("getcwd", kind, nullptr, !isIgnored, ENOENT),
         describe<&::getrandom>("getrandom", kind, -1, !isIgnored, EIO),
         // What was written has been synced by then. The system takes the descriptor back whatever it says.
         describeDone<&::close>("close", kind, -1, isIgnored, EIO),
         // There is nothing that one could do about it.
-        describe<&::unlink>("unlink", kind, -1, isIgnored, EACCES),
+        describe<&::unlinkat>("unlinkat", kind, -1, isIgnored, EACCES),
         // Without such a page no random bytes are drawn ahead.
         describe<&::mmap>("mmap", kind, MAP_FAILED, isIgnored, ENOMEM),
         describe<&::madvise>("madvise", kind, -1, isIgnored, EINVAL),
@@ -266,6 +313,27 @@ SmallPieces::~SmallPieces() {
 
 int SmallPieces::getCallCount() const {
     return piecesCount;
+}
+
+FileSteps::FileSteps() {
+    steps.clear();
+    isRecording = true;
+}
+
+FileSteps::~FileSteps() {
+    isRecording = false;
+}
+
+std::vector<std::string> FileSteps::get() const {
+    return steps;
+}
+
+PretendedOwner::PretendedOwner(unsigned owner) {
+    pretendedOwner = owner;
+}
+
+PretendedOwner::~PretendedOwner() {
+    pretendedOwner.reset();
 }
 
 PretendedSize::PretendedSize(const std::string& file, long long size) {

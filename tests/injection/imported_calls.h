@@ -21,6 +21,8 @@ struct ImportedCall {
     bool isIgnored;
     void* replacement;
     const ImportedCall** slot;
+    /// The error number that comes with the failure; 0 if none does.
+    int error = 0;
 };
 
 /// The functions that tests let fail.
@@ -78,6 +80,26 @@ public:
     SmallPieces& operator=(const SmallPieces&) = delete;
     ~SmallPieces();
     int getCallCount() const;
+};
+
+/// While it lives, remembers how files are made and flushed: "create" with the flags that matter, "flush file",
+/// "rename", "flush folder".
+class FileSteps {
+public:
+    FileSteps();
+    FileSteps(const FileSteps&) = delete;
+    FileSteps& operator=(const FileSteps&) = delete;
+    ~FileSteps();
+    std::vector<std::string> get() const;
+};
+
+/// While it lives, files seem to belong to another user, all but those that are made meanwhile.
+class PretendedOwner {
+public:
+    explicit PretendedOwner(unsigned owner);
+    PretendedOwner(const PretendedOwner&) = delete;
+    PretendedOwner& operator=(const PretendedOwner&) = delete;
+    ~PretendedOwner();
 };
 
 /// While it lives, the system tells another size of one file than it has.

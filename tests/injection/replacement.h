@@ -52,7 +52,7 @@ ImportedCall describe(const char* name, CallKind kind, Result failure, bool isIg
     using Calls = Replacement<function>;
     Calls::failure = static_cast<decltype(Calls::failure)>(failure);
     Calls::error = error;
-    return {name, kind, isIgnored, toAddress(&Calls::call), &Calls::description};
+    return {name, kind, isIgnored, toAddress(&Calls::call), &Calls::description, error};
 }
 
 /// Describes one that tells of a failure although it has done its work.
@@ -60,6 +60,13 @@ template <auto function, class Result>
 ImportedCall describeDone(const char* name, CallKind kind, Result failure, bool isIgnored, int error) {
     Replacement<function>::isDoneAllTheSame = true;
     return describe<function>(name, kind, failure, isIgnored, error);
+}
+
+/// Describes one whose replacement decides itself whether it fails.
+template <class Function>
+ImportedCall describeOwn(const char* name, CallKind kind, bool isIgnored, int error, Function* replacement,
+                         const ImportedCall*& description) {
+    return {name, kind, isIgnored, toAddress(replacement), &description, error};
 }
 
 /// Describes an operator new.
