@@ -11,6 +11,12 @@ ul::CWindowsPath toPath(const std::string& text) {
     return ul::CWindowsPath(ul::String::fromUTF8(text.data(), text.size()));
 }
 
+// A text that may be a private key; nothing of it is left in memory.
+struct KeyText {
+    ul::String text;
+    ~KeyText() { ul::wipe(text); }
+};
+
 } // namespace
 
 int main(int count, char** words) {
@@ -20,15 +26,15 @@ int main(int count, char** words) {
     }
     try {
         const std::string file = words[2];
-        const ul::String key = ul::readUTF8TextFile(toPath(words[3]));
+        const KeyText key{ul::readUTF8TextFile(toPath(words[3]))};
         if (std::string(words[1]) == "sign") {
             ul::TBuffer<unsigned char> signature;
-            sarn::createFileSignature_RSA_SHA1(toPath(file), key, signature);
+            sarn::createFileSignature_RSA_SHA1(toPath(file), key.text, signature);
             sarn::storeSignatureBase64(toPath(file + ".sig"), signature);
             std::cout << "signed\n";
             return 0;
         }
-        const bool isRight = sarn::verifyFileSignature_RSA_SHA1(toPath(file), key, toPath(file + ".sig"));
+        const bool isRight = sarn::verifyFileSignature_RSA_SHA1(toPath(file), key.text, toPath(file + ".sig"));
         std::cout << (isRight ? "the signature is right\n" : "the signature is WRONG\n");
         return isRight ? 0 : 1;
     } catch (const ul::CError& error) {

@@ -2,6 +2,7 @@
 #include "host_files.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 namespace demo {
 
@@ -21,7 +22,10 @@ fs::path makeTemporaryFolder() {
 } // namespace
 
 ul::CWindowsPath toPath(const fs::path& path) {
-    const std::string text = fs::absolute(path).u8string();
+    // Without links, ".." and backslashes both the system and the library find the same file under the text.
+    const std::string text = fs::weakly_canonical(path).u8string();
+    if (fs::path::preferred_separator == '/' && text.find('\\') != std::string::npos)
+        throw std::runtime_error("A name with a backslash cannot be backed up: " + text);
     return ul::CWindowsPath(ul::String::fromUTF8(text.data(), text.size()));
 }
 
