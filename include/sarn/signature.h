@@ -173,7 +173,7 @@ SARN_EXPORT bool verifyFileSignature_RSA_SHA1(const ul::TPathImpl<ul::CWindowsPa
                                               const ul::String& publicKey,
                                               const ul::TPathImpl<ul::CWindowsPathTraits>& signaturePath);
 
-/// Reads a signature file: Base64 text in UTF-8.
+/// Reads a signature file: Base64 text in UTF-8, at most 65536 bytes. A larger file is refused before it is read.
 /// \throws ul::CFileError; ul::CError "Invalid UTF-8 text."; ul::CInvalidArgError as base64Decode() does
 SARN_EXPORT void loadSignatureBase64(const ul::TPathImpl<ul::CWindowsPathTraits>& signaturePath,
                                      ul::TBuffer<unsigned char>& signature);

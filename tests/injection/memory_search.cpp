@@ -82,19 +82,27 @@ private:
     int m_file;
 };
 
-/// How often a piece of the canary stands in the bytes.
-int count(const Canary& canary, const unsigned char* data, std::size_t size) {
-    int found = 0;
-    for (const bool ofLastHalf : {false, true}) {
-        const unsigned char* at = data;
-        const unsigned char* const end = data + size;
-        while (at < end && (at = static_cast<const unsigned char*>(std::memchr(
-                                at, canary.getFirst(ofLastHalf), static_cast<std::size_t>(end - at)))) != nullptr) {
-            found += canary.standsAt(at, static_cast<std::size_t>(end - at));
-            ++at;
+using CanariesByByte = std::array<std::vector<const Canary*>, 256>;
+
+/// The canaries by the bytes that their pieces begin with.
+CanariesByByte sortByFirstByte(const std::vector<Canary>& canaries) {
+    CanariesByByte sorted;
+    for (const Canary& canary : canaries) {
+        for (const bool ofLastHalf : {false, true})
+            sorted[canary.getFirst(ofLastHalf)].push_back(&canary);
+    }
+    return sorted;
+}
+
+/// Whether a piece of a canary stands in the bytes.
+bool holds(const CanariesByByte& canaries, const unsigned char* data, std::size_t size) {
+    for (std::size_t i = 0; i + pieceSize <= size; ++i) {
+        for (const Canary* const canary : canaries[data[i]]) {
+            if (canary->standsAt(data + i, size - i))
+                return true;
         }
     }
-    return found;
+    return false;
 }
 
 } // namespace
@@ -107,10 +115,11 @@ Canary::Canary(unsigned char kind) {
     }
 }
 
-Canary Canary::of(const unsigned char* secret) {
+Canary Canary::of(const void* secret) {
+    const auto* const bytes = static_cast<const unsigned char*>(secret);
     Canary canary(0);
     for (std::size_t i = 0; i < size; ++i)
-        canary.m_masked[i] = static_cast<unsigned char>(secret[i] ^ mask);
+        canary.m_masked[i] = static_cast<unsigned char>(bytes[i] ^ mask);
     return canary;
 }
 
@@ -134,7 +143,8 @@ bool Canary::standsAt(const unsigned char* at, std::size_t available) const {
     return available >= pieceSize && (matches(0) || matches(pieceSize));
 }
 
-std::vector<std::string> findInMemory(const Canary& canary) {
+std::vector<std::string> findInMemory(const std::vector<Canary>& canaries) {
+    const CanariesByByte sorted = sortByFirstByte(canaries);
     std::vector<std::string> places;
     Window window;
     for (const Region& region : listRegions()) {
@@ -143,7 +153,7 @@ std::vector<std::string> findInMemory(const Canary& canary) {
         // Windows overlap by less than a piece, so that none is missed and none counted twice.
         for (std::size_t offset = 0; offset < region.size; offset += Window::size - pieceSize + 1) {
             const std::size_t size = window.read(region.begin + offset, region.size - offset);
-            if (count(canary, window.getData(), size) > 0)
+            if (holds(sorted, window.getData(), size))
                 places.push_back(region.name.empty() ? "unnamed memory" : region.name);
         }
     }

@@ -15,8 +15,8 @@ public:
 
     /// Each `kind` is another canary.
     explicit Canary(unsigned char kind);
-    /// From a secret that is known only at run time. The caller wipes what it has of it.
-    static Canary of(const unsigned char* secret);
+    /// From `size` bytes of a secret that is known only at run time. The caller wipes what it has of it.
+    static Canary of(const void* secret);
 
     /// Writes the bytes to `out`.
     void write(unsigned char* out) const;
@@ -28,7 +28,7 @@ private:
     std::array<unsigned char, size> m_masked;
 };
 
-/// Every place where a piece of the canary stands, described by the name of its region.
-std::vector<std::string> findInMemory(const Canary& canary);
+/// Every place where a piece of one of the canaries stands, described by the name of its region.
+std::vector<std::string> findInMemory(const std::vector<Canary>& canaries);
 
 } // namespace sarn_test

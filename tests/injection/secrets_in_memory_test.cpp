@@ -11,11 +11,18 @@
 #include "sarn/password_key_cache.h"
 #include "sarn/signature.h"
 
+#include "ul/file.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <functional>
+#include <memory>
 #include <new>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace sarn_test {
 
@@ -30,6 +37,11 @@ template <class Buffer>
 void fillWithSecret(Buffer& buffer) {
     buffer.setUsed(Canary::size);
     secret.write(reinterpret_cast<unsigned char*>(buffer.getData()));
+}
+
+const std::vector<Canary>& getSecrets() {
+    static const std::vector<Canary> secrets = {secret};
+    return secrets;
 }
 
 constexpr unsigned char iv[16] = {};
@@ -104,11 +116,60 @@ void signWithSecretPassphrase() {
     sarn::createRSA_SHA1()->beginSign(key, passphrase);
 }
 
+// No other test of this program reads it.
+constexpr char privateKeyName[] = "rsa3072";
+
+std::string getKeyFile(const std::string& name) {
+    return getTestDataFolder() + "/keys/" + name + "_for_tests_only.pem";
+}
+
+/// A host signs with a key from a file, and wipes the text that it was given.
+void signWithPrivateKeyFromAFile() {
+    ul::String key;
+    const auto wipeKey = [&key](void*) { ul::wipe(key); };
+    const std::unique_ptr<void, decltype(wipeKey)> guard(&key, wipeKey);
+    key = ul::readUTF8TextFile(ul::CWindowsPath(getKeyFile(privateKeyName).c_str()));
+    const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(key, ul::getEmptyString());
+    signer->update("text", 4);
+    ul::TBuffer<unsigned char> signature;
+    signer->finish(signature);
+}
+
+/// A piece of each line but the last of a private key's text, as bytes and as wide characters.
+std::vector<Canary> makeKeyCanaries(const char* name) {
+    std::array<char, 8192> text;
+    const int file = ::open(getKeyFile(name).c_str(), O_RDONLY | O_CLOEXEC);
+    const ssize_t size = ::read(file, text.data(), text.size());
+    ::close(file);
+    std::vector<Canary> canaries;
+    for (ssize_t start = 0; start + 60 < size; ++start) {
+        const bool isLine = start > 0 && text[static_cast<std::size_t>(start) - 1] == '\n';
+        if (!isLine || text[static_cast<std::size_t>(start)] == '-')
+            continue;
+        const char* const piece = text.data() + start + 16;
+        canaries.push_back(Canary::of(piece));
+        std::array<wchar_t, Canary::size / sizeof(wchar_t)> wide;
+        std::copy_n(piece, wide.size(), wide.begin());
+        canaries.push_back(Canary::of(wide.data()));
+        ul::wipe(wide.data(), sizeof wide);
+    }
+    ul::wipe(text.data(), text.size());
+    // libcrypto frees the memory in which it decoded the last line as it is.
+    canaries.erase(canaries.end() - 2, canaries.end());
+    return canaries;
+}
+
+const std::vector<Canary>& getKeyCanaries() {
+    static const std::vector<Canary> canaries = makeKeyCanaries(privateKeyName);
+    return canaries;
+}
+
 struct SecretUse {
     const char* name;
     std::function<void()> run;
     /// Whether libcrypto, when it has no memory, leaves the secret in the part of the stack that it used.
     bool mayStayOnTheStack = false;
+    bool isKeyFile = false;
 };
 
 /// For messages of failures.
@@ -129,6 +190,7 @@ const SecretUse uses[] = {
     {"CachedPassword", cacheKeysOfSecretPassword},
     {"AuthenticationKey", authenticateUnderSecretKey},
     {"SignPassphrase", signWithSecretPassphrase, true},
+    {"PrivateKeyFromAFile", signWithPrivateKeyFromAFile, false, true},
 };
 
 /// Runs it, whatever comes of it.
@@ -150,7 +212,8 @@ protected:
     }
 
     void expectGone(const std::string& when) {
-        for (const std::string& place : findInMemory(secret)) {
+        const std::vector<Canary>& secrets = GetParam().isKeyFile ? getKeyCanaries() : getSecrets();
+        for (const std::string& place : findInMemory(secrets)) {
             if (place != "[stack]" || !GetParam().mayStayOnTheStack)
                 ADD_FAILURE() << "the secret stands in " << place << " " << when;
         }
@@ -183,17 +246,28 @@ TEST_P(SecretsInMemory, AreGoneOnEveryWayOut) {
 
 INSTANTIATE_TEST_SUITE_P(All, SecretsInMemory, testing::ValuesIn(uses), getUseName);
 
+TEST(SecretsSearch, ALineOfAKeyThatIsThere_IsFound) {
+    ASSERT_GT(getKeyCanaries().size(), 40u) << "two for each line";
+    EXPECT_TRUE(findInMemory(getKeyCanaries()).empty());
+    {
+        ul::String key = ul::readUTF8TextFile(ul::CWindowsPath(getKeyFile(privateKeyName).c_str()));
+        EXPECT_FALSE(findInMemory(getKeyCanaries()).empty());
+        ul::wipe(key);
+    }
+    EXPECT_TRUE(findInMemory(getKeyCanaries()).empty());
+}
+
 TEST(SecretsSearch, ASecretThatIsThere_IsFound) {
     // One of its own: what this test leaves behind is no concern of the others.
     const Canary another(3);
     Key key(Canary::size, -1);
     another.write(key.getData());
-    EXPECT_FALSE(findInMemory(another).empty());
+    EXPECT_FALSE(findInMemory({another}).empty());
     // Also half of it, within other bytes.
     Key half(100, -1);
     std::copy_n(key.getData() + 16, 16, half.getData() + 33);
     key = Key();
-    const std::vector<std::string> places = findInMemory(another);
+    const std::vector<std::string> places = findInMemory({another});
     EXPECT_NE(std::find(places.begin(), places.end(), "[heap]"), places.end());
     half = Key();
 }
