@@ -24,8 +24,9 @@ public:
     /// thread.
     static const ul::P<COpenSSLInit>& get();
 
-    /// Creates CThreadStuff's instance and then CCleaner's unless they exist, but not this class's own. Everything that
-    /// touches libcrypto calls it first. Safe from any thread.
+    /// Creates CThreadStuff's instance and then CCleaner's unless they exist, but not this class's own. The
+    /// constructors of libcrypto's ciphers, digests and signature algorithms call it first, as do Base64 and PBKDF2;
+    /// HMAC needs no set-up. Safe from any thread.
     static void ensureInitialized();
 
     COpenSSLInit();
@@ -92,7 +93,8 @@ protected:
     static void disposeGlobalInstance();
 
     /// Locks mutex `n` if bit 0 of `mode` is set, else unlocks it; no other bit matters. There is one mutex, number 0.
-    /// Any other `n`, and a lock or unlock that fails, is logged; nothing is thrown. Safe from any thread.
+    /// Any other `n`, and a lock or unlock that fails, is logged, if there is memory for the line; no std::exception is
+    /// thrown. Safe from any thread.
     void doLock(int mode, int n);
 
     /// libcrypto's legacy locking callback: doLock() on the instance. `file` and `line` are ignored.

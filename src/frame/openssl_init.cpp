@@ -8,7 +8,28 @@
 
 #include <openssl/crypto.h>
 
+#include <new>
+
 namespace sarn {
+
+namespace {
+
+/// Runs a step that logs. That there is no memory for its text must not reach the caller: what is a callback of a C
+/// library throws nothing.
+template <class Step>
+void logSafely(Step step) noexcept {
+    try {
+        step();
+    } catch (const std::bad_alloc&) {
+        // There is no line without a text.
+    }
+}
+
+ul::String describe(int mode, int n) {
+    return "(mode: " + ul::toString(mode) + ", n: " + ul::toString(n) + ")";
+}
+
+} // namespace
 
 ul::CSafeGlobalSlot COpenSSLInit::g_pInstanceSlot;
 ul::CSafeGlobalSlot COpenSSLInit::CCleaner::g_pInstanceSlot;
@@ -91,9 +112,10 @@ void COpenSSLInit::CThreadStuff::disposeGlobalInstance() {
 }
 
 void COpenSSLInit::CThreadStuff::doLock(int mode, int n) {
-    const ul::String numbers = "(mode: " + ul::toString(mode) + ", n: " + ul::toString(n) + ")";
     if (n < 0 || n >= m_mutexes.getSize()) {
-        ul::logError("invalid openssl mutex index specified in openssl lock/unlock func " + numbers);
+        logSafely([=] {
+            ul::logError("invalid openssl mutex index specified in openssl lock/unlock func " + describe(mode, n));
+        });
         return;
     }
     try {
@@ -103,7 +125,10 @@ void COpenSSLInit::CThreadStuff::doLock(int mode, int n) {
         else
             mutex.unlock();
     } catch (std::exception& error) {
-        ul::logError(error, "Error while trying to lock/unlock openssl mutex " + numbers, ul::getEmptyString());
+        logSafely([&] {
+            ul::logError(error, "Error while trying to lock/unlock openssl mutex " + describe(mode, n),
+                         ul::getEmptyString());
+        });
     }
 }
 

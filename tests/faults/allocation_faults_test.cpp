@@ -3,6 +3,7 @@
 #include "faults/libcrypto_faults.h"
 #include "support/allocation_failures.h"
 #include "support/cipher_test_data.h"
+#include "support/log_capture.h"
 
 #include "sarn/openssl_init.h"
 #include "sarn/signature.h"
@@ -59,6 +60,7 @@ struct CleanerAccess : COpenSSLInit::CCleaner {
 
 struct ThreadAccess : COpenSSLInit::CThreadStuff {
     using CThreadStuff::disposeGlobalInstance;
+    using CThreadStuff::doLock;
 };
 
 } // namespace
@@ -182,6 +184,33 @@ TEST(GlobalInstancesDeathTest, Registry_WhoseConstructionFailsAtAnyAllocation_Ra
             std::exit(failures > 10 && sarn::CCipherManager::get()->findCipher("null") ? 0 : 1);
         },
         testing::ExitedWithCode(0), "");
+}
+
+TEST(CThreadStuffFaults, DoLock_WithoutMemory_LocksAndUnlocks) {
+    ThreadAccess threads;
+    const LogCapture log;
+    {
+        const AllocationFailure failure(0);
+        threads.doLock(1, 0);
+        threads.doLock(2, 0);
+        EXPECT_FALSE(failure.hasHappened());
+    }
+    EXPECT_TRUE(log.getLines().empty());
+}
+
+TEST(CThreadStuffFaults, DoLock_WithoutMemoryForItsLogLine_ThrowsNothing) {
+    ThreadAccess threads;
+    const LogCapture log;
+    const auto countFailures = [&](int mode, int n) {
+        for (int index = 0;; ++index) {
+            const AllocationFailure failure(index);
+            EXPECT_NO_THROW(threads.doLock(mode, n));
+            if (!failure.hasHappened())
+                return index;
+        }
+    };
+    EXPECT_GT(countFailures(1, 1), 0);
+    EXPECT_GT(countFailures(2, 0), 0);
 }
 
 TEST(CipherFaults, LargestResultOfAnInt_IsNotRefused) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/expect.h"
 #include "support/log_capture.h"
+#include "support/new_process.h"
 
 #include "sarn/openssl_init.h"
 
@@ -9,7 +10,8 @@
 
 #include <gmock/gmock.h>
 
-#include <atomic>
+#include <climits>
+#include <string>
 #include <thread>
 #include <type_traits>
 
@@ -51,25 +53,11 @@ bool isThreadStuffDisposed() {
     return (COpenSSLInit::CThreadStuff::get().get()->*(&ThreadAccess::isDisposed))();
 }
 
-/// Whether another thread finds the mutex of `threads` free; it leaves it as it was.
-bool isFree(ThreadAccess& threads) {
-    std::atomic<bool> isTaken{false};
-    std::atomic<bool> isDone{false};
-    std::thread other([&] {
-        threads.doLock(1, 0);
-        isTaken = true;
-        threads.doLock(2, 0);
-        isDone = true;
-    });
-    for (int i = 0; i < 50 && !isDone; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-    const bool wasFree = isTaken;
-    if (!wasFree)
-        threads.doLock(2, 0); // lets the other thread end; the caller locks again
-    other.join();
-    if (!wasFree)
-        threads.doLock(1, 0);
-    return wasFree;
+/// Gives the mutex of `threads` back once. False if this thread did not hold it, which is logged.
+bool unlocks(ThreadAccess& threads) {
+    const LogCapture log;
+    threads.doLock(2, 0);
+    return log.getLines().empty();
 }
 
 } // namespace
@@ -90,14 +78,6 @@ TEST(COpenSSLInit, EnsureInitialized_CalledManyTimes_KeepsTheInstances) {
     EXPECT_EQ(COpenSSLInit::CThreadStuff::get().get(), threads);
 }
 
-TEST(COpenSSLInit, DisposeGlobalInstance_HasNoEffect) {
-    const auto* const before = COpenSSLInit::get().get();
-    InitAccess::disposeGlobalInstance();
-    EXPECT_EQ(COpenSSLInit::get().get(), before);
-    EXPECT_FALSE(isCleanerDisposed());
-    EXPECT_FALSE(isThreadStuffDisposed());
-}
-
 TEST(COpenSSLInit, CopyAndMove_CarryNothing) {
     COpenSSLInit source;
     COpenSSLInit copy(source);
@@ -107,14 +87,6 @@ TEST(COpenSSLInit, CopyAndMove_CarryNothing) {
     EXPECT_NE(static_cast<ul::CBase*>(&copy), static_cast<ul::CBase*>(&moved));
 }
 
-TEST(CCleaner, DisposeGlobalInstance_CalledTwice_StaysDisposedAndRaisesNothing) {
-    EXPECT_FALSE(isCleanerDisposed());
-    CleanerAccess::disposeGlobalInstance();
-    EXPECT_TRUE(isCleanerDisposed());
-    EXPECT_NO_THROW(CleanerAccess::disposeGlobalInstance());
-    EXPECT_TRUE(isCleanerDisposed());
-}
-
 TEST(CCleaner, Copy_KeepsTheFlag) {
     CleanerAccess source;
     EXPECT_FALSE(CleanerAccess(source).isDisposed());
@@ -122,41 +94,51 @@ TEST(CCleaner, Copy_KeepsTheFlag) {
     EXPECT_TRUE(CleanerAccess(source).isDisposed());
 }
 
-TEST(CThreadStuff, DisposeGlobalInstance_OnlyMarksTheInstance_WhichStaysUsable) {
-    ThreadAccess::disposeGlobalInstance();
-    EXPECT_TRUE(isThreadStuffDisposed());
-    EXPECT_NO_THROW(ThreadAccess::disposeGlobalInstance());
-    const LogCapture log;
-    ThreadAccess::lockFunc(1, 0, nullptr, 0);
-    ThreadAccess::lockFunc(2, 0, nullptr, 0);
-    EXPECT_TRUE(log.getLines().empty());
-}
-
 TEST(CThreadStuff, DoLock_LocksIfBit0IsSet_ElseUnlocks) {
     ThreadAccess threads;
-    EXPECT_TRUE(isFree(threads));
     for (const int mode : {1, 5, 9, -1}) {
         threads.doLock(mode, 0);
-        EXPECT_FALSE(isFree(threads)) << mode;
-        threads.doLock(4, 0);
-        EXPECT_TRUE(isFree(threads)) << mode;
+        EXPECT_TRUE(unlocks(threads)) << mode;
+        EXPECT_FALSE(unlocks(threads)) << mode;
     }
-    threads.doLock(1, 0);
-    threads.doLock(2, 0);
-    EXPECT_TRUE(isFree(threads));
+    const LogCapture log;
+    for (const int mode : {4, 2, 0, -2}) {
+        threads.doLock(1, 0);
+        threads.doLock(mode, 0);
+    }
+    EXPECT_TRUE(log.getLines().empty());
+    EXPECT_FALSE(unlocks(threads));
+}
+
+TEST(CThreadStuff, DoLock_OfSeveralThreads_LetsOneInAtATime) {
+    ThreadAccess threads;
+    int count = 0;
+    const auto work = [&] {
+        for (int i = 0; i < 20000; ++i) {
+            threads.doLock(1, 0);
+            ++count;
+            threads.doLock(2, 0);
+        }
+    };
+    std::thread first(work);
+    std::thread second(work);
+    first.join();
+    second.join();
+    EXPECT_EQ(count, 40000);
 }
 
 TEST(CThreadStuff, DoLock_WithABadIndex_LogsItAndLocksNothing) {
     ThreadAccess threads;
-    const LogCapture log;
-    threads.doLock(1, 1);
-    threads.doLock(1, -1);
-    EXPECT_THAT(log.getLines(),
-                testing::ElementsAre(testing::HasSubstr("invalid openssl mutex index specified in openssl lock/unlock "
-                                                        "func (mode: 1, n: 1)"),
-                                     testing::HasSubstr("invalid openssl mutex index specified in openssl lock/unlock "
-                                                        "func (mode: 1, n: -1)")));
-    EXPECT_TRUE(isFree(threads));
+    {
+        const LogCapture log;
+        threads.doLock(1, 1);
+        threads.doLock(1, -1);
+        threads.doLock(INT_MIN, INT_MAX);
+        const std::string start = "ERROR: invalid openssl mutex index specified in openssl lock/unlock func ";
+        EXPECT_THAT(log.getLines(), testing::ElementsAre(start + "(mode: 1, n: 1)", start + "(mode: 1, n: -1)",
+                                                         start + "(mode: -2147483648, n: 2147483647)"));
+    }
+    EXPECT_FALSE(unlocks(threads));
 }
 
 TEST(CThreadStuff, DoLock_WhoseUnlockFails_LogsTheErrorAndReturns) {
@@ -164,28 +146,29 @@ TEST(CThreadStuff, DoLock_WhoseUnlockFails_LogsTheErrorAndReturns) {
     const LogCapture log;
     threads.doLock(2, 0);
     EXPECT_THAT(log.getLines(),
-                testing::ElementsAre(testing::AllOf(
-                    testing::HasSubstr("Error while trying to lock/unlock openssl mutex (mode: 2, n: 0)"),
-                    testing::HasSubstr("Mutex is not locked by the calling thread."))));
+                testing::ElementsAre("ERROR: Error while trying to lock/unlock openssl mutex (mode: 2, n: 0): "
+                                     "Mutex is not locked by the calling thread."));
 }
 
 TEST(CThreadStuff, DoLock_WhoseUnlockComesFromAnotherThread_LeavesTheMutexLocked) {
     ThreadAccess threads;
-    const LogCapture log;
     threads.doLock(1, 0);
-    std::thread([&] { threads.doLock(2, 0); }).join();
-    EXPECT_EQ(log.getLines().size(), 1U);
-    EXPECT_FALSE(isFree(threads));
-    threads.doLock(2, 0);
+    bool hasUnlocked = true;
+    std::thread([&] { hasUnlocked = unlocks(threads); }).join();
+    EXPECT_FALSE(hasUnlocked);
+    EXPECT_TRUE(unlocks(threads));
 }
 
 TEST(CThreadStuff, Copy_SharesTheMutex) {
     ThreadAccess source;
     ThreadAccess copy(source);
+    ThreadAccess assigned;
+    assigned = source;
     source.doLock(1, 0);
-    EXPECT_FALSE(isFree(copy));
-    copy.doLock(2, 0);
-    EXPECT_TRUE(isFree(source));
+    EXPECT_TRUE(unlocks(copy));
+    source.doLock(1, 0);
+    EXPECT_TRUE(unlocks(assigned));
+    EXPECT_FALSE(unlocks(source));
 }
 
 TEST(CThreadStuff, ThreadIDFunc_IsTheCallersIdCutToUnsignedLong) {
@@ -195,19 +178,53 @@ TEST(CThreadStuff, ThreadIDFunc_IsTheCallersIdCutToUnsignedLong) {
     EXPECT_NE(other, ThreadAccess::threadIDFunc());
 }
 
+// What is disposed stays so, and what exists stays there: each of these needs a process of its own.
+
+TEST(COpenSSLInitDeathTest, DisposeGlobalInstance_HasNoEffect) {
+    expectInNewProcess([] {
+        const auto* const before = COpenSSLInit::get().get();
+        InitAccess::disposeGlobalInstance();
+        EXPECT_EQ(COpenSSLInit::get().get(), before);
+        EXPECT_FALSE(isCleanerDisposed());
+        EXPECT_FALSE(isThreadStuffDisposed());
+    });
+}
+
+TEST(CCleanerDeathTest, DisposeGlobalInstance_CalledTwice_StaysDisposedAndRaisesNothing) {
+    expectInNewProcess([] {
+        EXPECT_FALSE(isCleanerDisposed());
+        CleanerAccess::disposeGlobalInstance();
+        EXPECT_TRUE(isCleanerDisposed());
+        EXPECT_NO_THROW(CleanerAccess::disposeGlobalInstance());
+        EXPECT_TRUE(isCleanerDisposed());
+        EXPECT_FALSE(isThreadStuffDisposed());
+    });
+}
+
+TEST(CThreadStuffDeathTest, DisposeGlobalInstance_OnlyMarksTheInstance_WhichStaysUsable) {
+    expectInNewProcess([] {
+        EXPECT_FALSE(isThreadStuffDisposed());
+        ThreadAccess::disposeGlobalInstance();
+        EXPECT_TRUE(isThreadStuffDisposed());
+        EXPECT_NO_THROW(ThreadAccess::disposeGlobalInstance());
+        EXPECT_FALSE(isCleanerDisposed());
+        const LogCapture log;
+        ThreadAccess::lockFunc(1, 0, nullptr, 0);
+        ThreadAccess::lockFunc(2, 0, nullptr, 0);
+        EXPECT_TRUE(log.getLines().empty());
+    });
+}
+
 TEST(CThreadStuffDeathTest, LockFunc_BeforeAnyOtherUse_CreatesTheInstanceAndLocksItsMutex) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_EXIT(
-        {
-            const LogCapture log;
-            ThreadAccess::lockFunc(1, 0, nullptr, 0);
-            // Only a mutex that this thread holds can be unlocked without a line in the log.
-            ThreadAccess::lockFunc(2, 0, nullptr, 0);
-            const bool wasLocked = log.getLines().empty();
-            ThreadAccess::lockFunc(2, 0, nullptr, 0);
-            std::exit(wasLocked && log.getLines().size() == 1 ? 0 : 1);
-        },
-        testing::ExitedWithCode(0), "");
+    expectInNewProcess([] {
+        const LogCapture log;
+        ThreadAccess::lockFunc(1, 0, nullptr, 0);
+        // Only a mutex that this thread holds can be unlocked without a line in the log.
+        ThreadAccess::lockFunc(2, 0, nullptr, 0);
+        EXPECT_TRUE(log.getLines().empty());
+        ThreadAccess::lockFunc(2, 0, nullptr, 0);
+        EXPECT_EQ(log.getLines().size(), 1U);
+    });
 }
 
 } // namespace sarn_test
