@@ -22,10 +22,9 @@ class TDigest_Checksum : public ul::CBase, public virtual IDigest {
 public:
     /// A running digest of `type`.
     explicit TDigest_Checksum(const Type* type);
+    /// The copy goes on by itself. Moving copies, too: there is nothing to take away.
     TDigest_Checksum(const TDigest_Checksum&) = default;
-    TDigest_Checksum(TDigest_Checksum&&) = default;
     TDigest_Checksum& operator=(const TDigest_Checksum&) = default;
-    TDigest_Checksum& operator=(TDigest_Checksum&&) = default;
     ~TDigest_Checksum() override;
 
     ul::PC<IDigestType> getType() override;
@@ -55,10 +54,10 @@ class SARN_EXPORT CDigest_Adler32 : public TDigest_Checksum<CDigestType_Adler32>
 public:
     /// A running digest of `type`.
     explicit CDigest_Adler32(const CDigestType_Adler32* type);
-    CDigest_Adler32(const CDigest_Adler32&) = default;
-    CDigest_Adler32(CDigest_Adler32&&) = default;
-    CDigest_Adler32& operator=(const CDigest_Adler32&) = default;
-    CDigest_Adler32& operator=(CDigest_Adler32&&) = default;
+    CDigest_Adler32(const CDigest_Adler32&);
+    CDigest_Adler32(CDigest_Adler32&&) noexcept;
+    CDigest_Adler32& operator=(const CDigest_Adler32&);
+    CDigest_Adler32& operator=(CDigest_Adler32&&) noexcept;
     ~CDigest_Adler32() override;
 };
 
@@ -67,10 +66,10 @@ class SARN_EXPORT CDigest_CRC32 : public TDigest_Checksum<CDigestType_CRC32> {
 public:
     /// A running digest of `type`.
     explicit CDigest_CRC32(const CDigestType_CRC32* type);
-    CDigest_CRC32(const CDigest_CRC32&) = default;
-    CDigest_CRC32(CDigest_CRC32&&) = default;
-    CDigest_CRC32& operator=(const CDigest_CRC32&) = default;
-    CDigest_CRC32& operator=(CDigest_CRC32&&) = default;
+    CDigest_CRC32(const CDigest_CRC32&);
+    CDigest_CRC32(CDigest_CRC32&&) noexcept;
+    CDigest_CRC32& operator=(const CDigest_CRC32&);
+    CDigest_CRC32& operator=(CDigest_CRC32&&) noexcept;
     ~CDigest_CRC32() override;
 };
 

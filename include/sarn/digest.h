@@ -17,6 +17,13 @@ namespace sarn {
 /// "md4": MD4 (RFC 1320), 16 bytes. For data of old backups.
 class SARN_EXPORT CDigestType_MD4 : public ul::CBase, public virtual IDigestType {
 public:
+    CDigestType_MD4();
+    CDigestType_MD4(const CDigestType_MD4&);
+    CDigestType_MD4(CDigestType_MD4&&) noexcept;
+    CDigestType_MD4& operator=(const CDigestType_MD4&);
+    CDigestType_MD4& operator=(CDigestType_MD4&&) noexcept;
+    ~CDigestType_MD4() override;
+
     ul::String getID() override;
     int getDigestSize() const override;
     ul::P<IDigest> createDigest() override;
@@ -25,6 +32,13 @@ public:
 /// "md5": MD5 (RFC 1321), 16 bytes. For data of old backups.
 class SARN_EXPORT CDigestType_MD5 : public ul::CBase, public virtual IDigestType {
 public:
+    CDigestType_MD5();
+    CDigestType_MD5(const CDigestType_MD5&);
+    CDigestType_MD5(CDigestType_MD5&&) noexcept;
+    CDigestType_MD5& operator=(const CDigestType_MD5&);
+    CDigestType_MD5& operator=(CDigestType_MD5&&) noexcept;
+    ~CDigestType_MD5() override;
+
     ul::String getID() override;
     int getDigestSize() const override;
     ul::P<IDigest> createDigest() override;
@@ -33,6 +47,13 @@ public:
 /// "sha1": SHA-1 (FIPS 180), 20 bytes.
 class SARN_EXPORT CDigestType_SHA1 : public ul::CBase, public virtual IDigestType {
 public:
+    CDigestType_SHA1();
+    CDigestType_SHA1(const CDigestType_SHA1&);
+    CDigestType_SHA1(CDigestType_SHA1&&) noexcept;
+    CDigestType_SHA1& operator=(const CDigestType_SHA1&);
+    CDigestType_SHA1& operator=(CDigestType_SHA1&&) noexcept;
+    ~CDigestType_SHA1() override;
+
     ul::String getID() override;
     int getDigestSize() const override;
     ul::P<IDigest> createDigest() override;
@@ -41,6 +62,13 @@ public:
 /// "sha256": SHA-256 (FIPS 180), 32 bytes.
 class SARN_EXPORT CDigestType_SHA256 : public ul::CBase, public virtual IDigestType {
 public:
+    CDigestType_SHA256();
+    CDigestType_SHA256(const CDigestType_SHA256&);
+    CDigestType_SHA256(CDigestType_SHA256&&) noexcept;
+    CDigestType_SHA256& operator=(const CDigestType_SHA256&);
+    CDigestType_SHA256& operator=(CDigestType_SHA256&&) noexcept;
+    ~CDigestType_SHA256() override;
+
     ul::String getID() override;
     int getDigestSize() const override;
     ul::P<IDigest> createDigest() override;
@@ -49,6 +77,13 @@ public:
 /// "adler32": Adler-32 (RFC 1950), 4 bytes, the least significant first.
 class SARN_EXPORT CDigestType_Adler32 : public ul::CBase, public virtual IDigestType {
 public:
+    CDigestType_Adler32();
+    CDigestType_Adler32(const CDigestType_Adler32&);
+    CDigestType_Adler32(CDigestType_Adler32&&) noexcept;
+    CDigestType_Adler32& operator=(const CDigestType_Adler32&);
+    CDigestType_Adler32& operator=(CDigestType_Adler32&&) noexcept;
+    ~CDigestType_Adler32() override;
+
     ul::String getID() override;
     int getDigestSize() const override;
     ul::P<IDigest> createDigest() override;
@@ -57,6 +92,13 @@ public:
 /// "crc32": CRC-32 (RFC 1952), 4 bytes, the least significant first.
 class SARN_EXPORT CDigestType_CRC32 : public ul::CBase, public virtual IDigestType {
 public:
+    CDigestType_CRC32();
+    CDigestType_CRC32(const CDigestType_CRC32&);
+    CDigestType_CRC32(CDigestType_CRC32&&) noexcept;
+    CDigestType_CRC32& operator=(const CDigestType_CRC32&);
+    CDigestType_CRC32& operator=(CDigestType_CRC32&&) noexcept;
+    ~CDigestType_CRC32() override;
+
     ul::String getID() override;
     int getDigestSize() const override;
     ul::P<IDigest> createDigest() override;
@@ -66,13 +108,9 @@ public:
 class SARN_EXPORT CDigestType_MD4_SHA1 : public TDigestTypeCombiner<CDigestType_MD4, CDigestType_SHA1> {
 public:
     CDigestType_MD4_SHA1();
-    /// The copy shares the types that it combines.
     CDigestType_MD4_SHA1(const CDigestType_MD4_SHA1&);
-    /// As a copy does.
     CDigestType_MD4_SHA1(CDigestType_MD4_SHA1&&) noexcept;
-    /// Takes over the types of the other.
     CDigestType_MD4_SHA1& operator=(const CDigestType_MD4_SHA1&);
-    /// As a copy does.
     CDigestType_MD4_SHA1& operator=(CDigestType_MD4_SHA1&&) noexcept;
     ~CDigestType_MD4_SHA1() override;
 };
@@ -81,13 +119,9 @@ public:
 class SARN_EXPORT CDigestType_MD4_SHA1_Adler32 : public TDigestTypeCombiner<CDigestType_MD4_SHA1, CDigestType_Adler32> {
 public:
     CDigestType_MD4_SHA1_Adler32();
-    /// The copy shares the types that it combines.
     CDigestType_MD4_SHA1_Adler32(const CDigestType_MD4_SHA1_Adler32&);
-    /// As a copy does.
     CDigestType_MD4_SHA1_Adler32(CDigestType_MD4_SHA1_Adler32&&) noexcept;
-    /// Takes over the types of the other.
     CDigestType_MD4_SHA1_Adler32& operator=(const CDigestType_MD4_SHA1_Adler32&);
-    /// As a copy does.
     CDigestType_MD4_SHA1_Adler32& operator=(CDigestType_MD4_SHA1_Adler32&&) noexcept;
     ~CDigestType_MD4_SHA1_Adler32() override;
 };

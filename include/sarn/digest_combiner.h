@@ -58,6 +58,11 @@ extern template class SARN_EXPORT TDigestCombiner<IDigest, IDigest>;
 template <class A, class B>
 class TDigestTypeCombiner : public ul::CBase, public virtual IDigestType {
 public:
+    TDigestTypeCombiner() = default;
+    /// The copy has copies of the two types. Moving copies, too: there is nothing to take away.
+    TDigestTypeCombiner(const TDigestTypeCombiner&) = default;
+    TDigestTypeCombiner& operator=(const TDigestTypeCombiner&) = default;
+
     /// The two identifiers with "-" between them.
     ul::String getID() override { return m_first.getID() + "-" + m_second.getID(); }
     /// The sum of the two sizes.

@@ -15,11 +15,11 @@ class IDigest;
 /// of threads may use one object at once.
 class SARN_EXPORT IDigestType : public virtual ul::IBase {
 public:
-    IDigestType() = default;
-    IDigestType(const IDigestType&) = default;
-    IDigestType(IDigestType&&) = default;
-    IDigestType& operator=(const IDigestType&) = default;
-    IDigestType& operator=(IDigestType&&) = default;
+    IDigestType();
+    IDigestType(const IDigestType&);
+    IDigestType(IDigestType&&) noexcept;
+    IDigestType& operator=(const IDigestType&);
+    IDigestType& operator=(IDigestType&&) noexcept;
     ~IDigestType() override;
 
     /// The identifier, for example "sha1".
@@ -37,11 +37,11 @@ public:
 /// raises ul::CBadStateError "IDigest::finish has not been called yet.".
 class SARN_EXPORT IDigest : public virtual ul::IBase {
 public:
-    IDigest() = default;
-    IDigest(const IDigest&) = default;
-    IDigest(IDigest&&) = default;
-    IDigest& operator=(const IDigest&) = default;
-    IDigest& operator=(IDigest&&) = default;
+    IDigest();
+    IDigest(const IDigest&);
+    IDigest(IDigest&&) noexcept;
+    IDigest& operator=(const IDigest&);
+    IDigest& operator=(IDigest&&) noexcept;
     ~IDigest() override;
 
     /// The type that created this digest.

@@ -21,8 +21,8 @@ public:
     /// \param actualVersion   the version in the stream
     /// \param expectedVersion the only one that is read
     COpenSSLVersionMismatchError(const ul::String& object, int actualVersion, int expectedVersion);
-    COpenSSLVersionMismatchError(const COpenSSLVersionMismatchError&) = default;
-    COpenSSLVersionMismatchError& operator=(const COpenSSLVersionMismatchError&) = default;
+    COpenSSLVersionMismatchError(const COpenSSLVersionMismatchError&);
+    COpenSSLVersionMismatchError& operator=(const COpenSSLVersionMismatchError&);
     ~COpenSSLVersionMismatchError() override;
 
     ul::P<ul::CError> clone() override;

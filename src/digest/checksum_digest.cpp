@@ -124,9 +124,21 @@ template class TDigest_Checksum<CDigestType_Adler32>;
 template class TDigest_Checksum<CDigestType_CRC32>;
 
 CDigest_Adler32::CDigest_Adler32(const CDigestType_Adler32* type) : TDigest_Checksum(type) {}
+CDigest_Adler32::CDigest_Adler32(const CDigest_Adler32&) = default;
+CDigest_Adler32::CDigest_Adler32(CDigest_Adler32&&) noexcept = default;
+CDigest_Adler32& CDigest_Adler32::operator=(const CDigest_Adler32&) = default;
+CDigest_Adler32& CDigest_Adler32::operator=(CDigest_Adler32&& other) noexcept {
+    return *this = other;
+}
 CDigest_Adler32::~CDigest_Adler32() = default;
 
 CDigest_CRC32::CDigest_CRC32(const CDigestType_CRC32* type) : TDigest_Checksum(type) {}
+CDigest_CRC32::CDigest_CRC32(const CDigest_CRC32&) = default;
+CDigest_CRC32::CDigest_CRC32(CDigest_CRC32&&) noexcept = default;
+CDigest_CRC32& CDigest_CRC32::operator=(const CDigest_CRC32&) = default;
+CDigest_CRC32& CDigest_CRC32::operator=(CDigest_CRC32&& other) noexcept {
+    return *this = other;
+}
 CDigest_CRC32::~CDigest_CRC32() = default;
 
 } // namespace sarn

@@ -3,6 +3,15 @@
 
 namespace sarn {
 
+CDigestType_Adler32::CDigestType_Adler32() = default;
+CDigestType_Adler32::CDigestType_Adler32(const CDigestType_Adler32&) = default;
+CDigestType_Adler32::CDigestType_Adler32(CDigestType_Adler32&&) noexcept = default;
+CDigestType_Adler32& CDigestType_Adler32::operator=(const CDigestType_Adler32&) = default;
+CDigestType_Adler32& CDigestType_Adler32::operator=(CDigestType_Adler32&&) noexcept {
+    return *this;
+}
+CDigestType_Adler32::~CDigestType_Adler32() = default;
+
 ul::String CDigestType_Adler32::getID() {
     return "adler32";
 }
@@ -14,6 +23,15 @@ int CDigestType_Adler32::getDigestSize() const {
 ul::P<IDigest> CDigestType_Adler32::createDigest() {
     return ul::make<CDigest_Adler32>(this);
 }
+
+CDigestType_CRC32::CDigestType_CRC32() = default;
+CDigestType_CRC32::CDigestType_CRC32(const CDigestType_CRC32&) = default;
+CDigestType_CRC32::CDigestType_CRC32(CDigestType_CRC32&&) noexcept = default;
+CDigestType_CRC32& CDigestType_CRC32::operator=(const CDigestType_CRC32&) = default;
+CDigestType_CRC32& CDigestType_CRC32::operator=(CDigestType_CRC32&&) noexcept {
+    return *this;
+}
+CDigestType_CRC32::~CDigestType_CRC32() = default;
 
 ul::String CDigestType_CRC32::getID() {
     return "crc32";

@@ -140,19 +140,4 @@ void TDigestCombiner<A, B>::loadState(ul::CDataInStream& stream) {
 
 template class TDigestCombiner<IDigest, IDigest>;
 
-CDigestType_MD4_SHA1::CDigestType_MD4_SHA1() = default;
-CDigestType_MD4_SHA1::CDigestType_MD4_SHA1(const CDigestType_MD4_SHA1&) = default;
-CDigestType_MD4_SHA1::CDigestType_MD4_SHA1(CDigestType_MD4_SHA1&&) noexcept = default;
-CDigestType_MD4_SHA1& CDigestType_MD4_SHA1::operator=(const CDigestType_MD4_SHA1&) = default;
-CDigestType_MD4_SHA1& CDigestType_MD4_SHA1::operator=(CDigestType_MD4_SHA1&&) noexcept = default;
-CDigestType_MD4_SHA1::~CDigestType_MD4_SHA1() = default;
-
-CDigestType_MD4_SHA1_Adler32::CDigestType_MD4_SHA1_Adler32() = default;
-CDigestType_MD4_SHA1_Adler32::CDigestType_MD4_SHA1_Adler32(const CDigestType_MD4_SHA1_Adler32&) = default;
-CDigestType_MD4_SHA1_Adler32::CDigestType_MD4_SHA1_Adler32(CDigestType_MD4_SHA1_Adler32&&) noexcept = default;
-CDigestType_MD4_SHA1_Adler32& CDigestType_MD4_SHA1_Adler32::operator=(const CDigestType_MD4_SHA1_Adler32&) = default;
-CDigestType_MD4_SHA1_Adler32& CDigestType_MD4_SHA1_Adler32::operator=(CDigestType_MD4_SHA1_Adler32&&) noexcept =
-    default;
-CDigestType_MD4_SHA1_Adler32::~CDigestType_MD4_SHA1_Adler32() = default;
-
 } // namespace sarn

@@ -28,6 +28,8 @@ COpenSSLVersionMismatchError::COpenSSLVersionMismatchError(const ul::String& obj
                      .add("expectedVersion", toVersionText(expectedVersion)),
                  nullptr) {}
 
+COpenSSLVersionMismatchError::COpenSSLVersionMismatchError(const COpenSSLVersionMismatchError&) = default;
+COpenSSLVersionMismatchError& COpenSSLVersionMismatchError::operator=(const COpenSSLVersionMismatchError&) = default;
 COpenSSLVersionMismatchError::~COpenSSLVersionMismatchError() = default;
 
 ul::P<ul::CError> COpenSSLVersionMismatchError::clone() {

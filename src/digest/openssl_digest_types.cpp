@@ -22,6 +22,15 @@ using Digest_SHA256 = TDigest_OpenSSL<SHA256_CTX, SHA256_DIGEST_LENGTH, SHA256_I
 
 } // namespace
 
+CDigestType_MD4::CDigestType_MD4() = default;
+CDigestType_MD4::CDigestType_MD4(const CDigestType_MD4&) = default;
+CDigestType_MD4::CDigestType_MD4(CDigestType_MD4&&) noexcept = default;
+CDigestType_MD4& CDigestType_MD4::operator=(const CDigestType_MD4&) = default;
+CDigestType_MD4& CDigestType_MD4::operator=(CDigestType_MD4&&) noexcept {
+    return *this;
+}
+CDigestType_MD4::~CDigestType_MD4() = default;
+
 ul::String CDigestType_MD4::getID() {
     return "md4";
 }
@@ -33,6 +42,15 @@ int CDigestType_MD4::getDigestSize() const {
 ul::P<IDigest> CDigestType_MD4::createDigest() {
     return ul::make<Digest_MD4>(this);
 }
+
+CDigestType_MD5::CDigestType_MD5() = default;
+CDigestType_MD5::CDigestType_MD5(const CDigestType_MD5&) = default;
+CDigestType_MD5::CDigestType_MD5(CDigestType_MD5&&) noexcept = default;
+CDigestType_MD5& CDigestType_MD5::operator=(const CDigestType_MD5&) = default;
+CDigestType_MD5& CDigestType_MD5::operator=(CDigestType_MD5&&) noexcept {
+    return *this;
+}
+CDigestType_MD5::~CDigestType_MD5() = default;
 
 ul::String CDigestType_MD5::getID() {
     return "md5";
@@ -46,6 +64,15 @@ ul::P<IDigest> CDigestType_MD5::createDigest() {
     return ul::make<Digest_MD5>(this);
 }
 
+CDigestType_SHA1::CDigestType_SHA1() = default;
+CDigestType_SHA1::CDigestType_SHA1(const CDigestType_SHA1&) = default;
+CDigestType_SHA1::CDigestType_SHA1(CDigestType_SHA1&&) noexcept = default;
+CDigestType_SHA1& CDigestType_SHA1::operator=(const CDigestType_SHA1&) = default;
+CDigestType_SHA1& CDigestType_SHA1::operator=(CDigestType_SHA1&&) noexcept {
+    return *this;
+}
+CDigestType_SHA1::~CDigestType_SHA1() = default;
+
 ul::String CDigestType_SHA1::getID() {
     return "sha1";
 }
@@ -57,6 +84,15 @@ int CDigestType_SHA1::getDigestSize() const {
 ul::P<IDigest> CDigestType_SHA1::createDigest() {
     return ul::make<Digest_SHA1>(this);
 }
+
+CDigestType_SHA256::CDigestType_SHA256() = default;
+CDigestType_SHA256::CDigestType_SHA256(const CDigestType_SHA256&) = default;
+CDigestType_SHA256::CDigestType_SHA256(CDigestType_SHA256&&) noexcept = default;
+CDigestType_SHA256& CDigestType_SHA256::operator=(const CDigestType_SHA256&) = default;
+CDigestType_SHA256& CDigestType_SHA256::operator=(CDigestType_SHA256&&) noexcept {
+    return *this;
+}
+CDigestType_SHA256::~CDigestType_SHA256() = default;
 
 ul::String CDigestType_SHA256::getID() {
     return "sha256";
