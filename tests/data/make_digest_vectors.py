@@ -117,7 +117,7 @@ def write_states():
         print(f"\n[{name}]")
         for size, finished, read, again in ((0, 0, 0, -1), (3, 0, 0, -1), (63, 0, 0, -1), (64, 0, 0, -1),
                                             (100, 0, 0, -1), (300, 0, 0, -1), (0, 1, 0, -1), (100, 1, 0, -1),
-                                            (100, 1, 1, -1), (100, 1, 1, 3)):
+                                            (100, 1, 1, -1), (100, 1, 1, 3), (100, 1, 0, 3), (100, 0, 0, 3)):
             moment = Moment(pattern(size), bool(finished), bool(read), None if again < 0 else pattern(again))
             print(f"size = {size}\nfinished = {finished}\nread = {read}\nagain = {again}")
             print(f"state = {get_state(name, moment).hex()}\n")

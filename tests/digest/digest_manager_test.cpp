@@ -3,7 +3,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstdlib>
+#include <functional>
+#include <future>
 #include <stdexcept>
 #include <thread>
 #include <type_traits>
@@ -52,7 +55,51 @@ private:
     int& m_living;
 };
 
+/// A type that does something while the registry asks for its name.
+class BusyType : public sarn::CDigestType_SHA1 {
+public:
+    explicit BusyType(std::function<void()> work) : m_work(std::move(work)) {}
+    ul::String getID() override {
+        if (const auto work = std::exchange(m_work, nullptr))
+            work();
+        return "busy";
+    }
+
+private:
+    std::function<void()> m_work;
+};
+
+/// Whether `action` ends on another thread within `time`. It ends in any case before `pending` does.
+bool isDoneWithin(std::chrono::milliseconds time, std::future<void>& pending, std::function<void()> action) {
+    pending = std::async(std::launch::async, std::move(action));
+    return pending.wait_for(time) == std::future_status::ready;
+}
+
 } // namespace
+
+TEST(CDigestManager, LookUps_WaitWhileATypeIsAdded) {
+    const ul::P<CDigestManager> manager = ul::make<CDigestManager>();
+    std::future<void> finding;
+    std::future<void> getting;
+    manager->addType(ul::make<BusyType>([&] {
+                         const std::chrono::milliseconds briefly(50);
+                         EXPECT_FALSE(isDoneWithin(briefly, finding, [&] { manager->findType("md5"); }));
+                         EXPECT_FALSE(isDoneWithin(briefly, getting, [&] { manager->getType("md5"); }));
+                     }).get());
+    finding.get();
+    getting.get();
+    EXPECT_TRUE(manager->findType("busy"));
+}
+
+TEST(CDigestManager, Dispose_TakesNoLock) {
+    const ul::P<CDigestManager> manager = ul::make<CDigestManager>();
+    std::future<void> disposing;
+    manager->addType(ul::make<BusyType>([&] {
+                         EXPECT_TRUE(isDoneWithin(std::chrono::minutes(1), disposing, [&] { manager->dispose(); }));
+                     }).get());
+    EXPECT_EQ(manager->findType("md5"), nullptr);
+    EXPECT_TRUE(manager->findType("busy"));
+}
 
 TEST(CDigestManager, FreshRegistry_KnowsTheEightTypesAndTheirSizes) {
     const std::pair<const char*, int> types[] = {

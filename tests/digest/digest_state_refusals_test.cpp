@@ -83,6 +83,29 @@ TEST(OpenSSLDigestState, FillOutsideTheBlock_IsRefused) {
     }
 }
 
+TEST(OpenSSLDigestState, BadFlagsAndABadFillTogether_AreRefusedForTheFlags) {
+    Bytes state = withWord(getRunningState("md5"), contextAt + 88, 64);
+    for (const std::size_t fromEnd : {1U, 2U}) {
+        Bytes damaged = state;
+        damaged.at(state.size() - fromEnd) = 2;
+        const ul::P<sarn::IDigest> digest = createDigest("md5");
+        expectErrorOf<ul::CError>("Invalid boolean in data stream.", [&] { loadState(*digest, damaged); });
+    }
+    state.pop_back();
+    const ul::P<sarn::IDigest> digest = createDigest("md5");
+    expectErrorOf<ul::CError>("Unexpected end of stream.", [&] { loadState(*digest, state); });
+}
+
+TEST(OpenSSLDigestState, ThatIsNotInitialized_IsStoredSoAgainAndResetMakesItUsable) {
+    Bytes state = getRunningState("md5");
+    state.at(state.size() - 2) = 0;
+    const ul::P<sarn::IDigest> digest = createDigest("md5");
+    EXPECT_EQ(loadState(*digest, state), 0);
+    EXPECT_EQ(toHex(storeState(*digest)), toHex(state));
+    digest->reset();
+    EXPECT_EQ(toHex(storeState(*digest)), toHex(storeState(*createDigest("md5"))));
+}
+
 TEST(OpenSSLDigestState, OfAnotherResultSizeInItsContext_IsRefused) {
     for (const unsigned size : {0U, 28U, 33U, 0xFFFFFFFFU})
         expectRefused("sha256", withWord(getRunningState("sha256"), contextAt + 108, size),
@@ -154,6 +177,19 @@ TEST(CombinerState, WithAForeignComponent_PassesItsErrorOn) {
     EXPECT_THROW(loadState(*digest, state), sarn::COpenSSLVersionMismatchError);
     digest->reset();
     EXPECT_EQ(finish(*digest), getDigest("md4-sha1", {}));
+}
+
+TEST(CombinerState, FinishedOverARunningComponent_RaisesOnReadingAndKeepsTheLengthOfTheResult) {
+    const ul::P<sarn::IDigest> source = createDigest("md4-sha1");
+    feed(*source, makePattern(100));
+    Bytes state = storeState(*source);
+    state.at(state.size() - 2) = 1;
+    const ul::P<sarn::IDigest> digest = createDigest("md4-sha1");
+    loadState(*digest, state);
+    EXPECT_THROW(digest->getDigestData(), ul::CBadStateError);
+    Bytes expected = withWord(state, state.size() - 6, 36);
+    expected.insert(expected.end() - 2, 36, 0);
+    EXPECT_EQ(toHex(storeState(*digest)), toHex(expected));
 }
 
 TEST(CombinerState, WithAReadyResult_DeliversThatAsItIs) {

@@ -3,6 +3,7 @@
 #include "faults/libcrypto_faults.h"
 #include "support/allocation_failures.h"
 #include "support/digest_test_data.h"
+#include "support/new_process.h"
 
 #include <gtest/gtest.h>
 
@@ -11,6 +12,22 @@ namespace sarn_test {
 namespace {
 
 const Bytes md5OfAbc = fromHex("900150983cd24fb0d6963f7d28e17f72");
+const Bytes md5OfNothing = fromHex("d41d8cd98f00b204e9800998ecf8427e");
+
+/// Expects the set-up of libcrypto to exist: what exists already takes no memory.
+void expectOpenSSLIsInitialized() {
+    const AllocationFailure failure(0);
+    EXPECT_NO_THROW(sarn::COpenSSLInit::ensureInitialized());
+    EXPECT_FALSE(failure.hasHappened());
+}
+
+template <class Type>
+void expectInitializedBy() {
+    expectInNewProcess([] {
+        Type().createDigest();
+        expectOpenSSLIsInitialized();
+    });
+}
 
 } // namespace
 
@@ -51,6 +68,7 @@ TEST(DigestFaults, Reset_WhoseFinalOrInitFails_RaisesTheDocumentedError) {
     expectError("Error finalizing OpenSSL digest.", [&] { digest->reset(); });
     faults.failCall("MD5_Init");
     expectError("Error initializing OpenSSL digest.", [&] { digest->reset(); });
+    EXPECT_EQ(getResult(*digest), md5OfNothing) << "it was finished, and is running again once Init has succeeded";
     digest->reset();
     digest->update("abc", 3);
     EXPECT_EQ(finish(*digest), md5OfAbc);
@@ -73,6 +91,39 @@ TEST(DigestFaults, RunningDigest_IsFinalisedOnceByResetAndByItsEnd) {
     }
     EXPECT_EQ(faults.getCallCount("MD5_Final"), 3) << "a finished one is not finalised again";
     EXPECT_EQ(faults.getCallCount("MD5_Init"), 3);
+}
+
+TEST(DigestFaults, DigestLoadedAsNotInitialized_IsNotFinalised) {
+    sarn::CDigestType_MD5 type;
+    const ul::P<sarn::IDigest> source = type.createDigest();
+    Bytes state = storeState(*source);
+    state.at(state.size() - 2) = 0;
+    LibcryptoFaults faults;
+    for (const bool isReset : {false, true}) {
+        ul::P<sarn::IDigest> digest = type.createDigest();
+        loadState(*digest, state);
+        if (isReset)
+            digest->reset();
+        EXPECT_EQ(faults.getCallCount("MD5_Final"), 0);
+        digest = nullptr;
+        EXPECT_EQ(faults.getCallCount("MD5_Final"), isReset ? 1 : 0);
+    }
+}
+
+TEST(DigestFaultsDeathTest, FirstHashOfAProcess_InitializesOpenSSL) {
+    expectInitializedBy<sarn::CDigestType_MD4>();
+    expectInitializedBy<sarn::CDigestType_MD5>();
+    expectInitializedBy<sarn::CDigestType_SHA1>();
+    expectInitializedBy<sarn::CDigestType_SHA256>();
+}
+
+TEST(DigestFaultsDeathTest, FirstHashOfAProcess_InitializesOpenSSLBeforeItCallsIt) {
+    expectInNewProcess([] {
+        LibcryptoFaults faults;
+        faults.failCall("MD5_Init");
+        EXPECT_THROW(sarn::CDigestType_MD5().createDigest(), ul::CError);
+        expectOpenSSLIsInitialized();
+    });
 }
 
 TEST(DigestFaultsDeathTest, DestructorWhoseFinalFails_EndsTheProcess) {
