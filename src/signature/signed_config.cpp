@@ -15,19 +15,26 @@ namespace sarn {
 
 namespace {
 
-/// Parses a file that holds Base64 text.
-ul::P<ul::CINIContent> parseBase64File(const ul::CWindowsPath& path) {
+/// The bytes of a file that holds Base64 text, read at once.
+void readBase64File(const ul::CWindowsPath& path, ul::TBuffer<unsigned char>& content) {
     ul::CWindowsFileInStream stream(path);
     const std::int64_t length = stream.getLength();
     if (length > INT_MAX)
         throw ul::CFileError("read file", path.getString(), "it is too large to be held in memory", -1);
-    ul::TBuffer<unsigned char> content(static_cast<int>(length), -1);
+    content.setUsed(static_cast<int>(length));
     stream.read(content.getData(), content.getUsed());
-    const ul::String text = ul::String::fromUTF8(reinterpret_cast<const char*>(content.getData()),
-                                                 static_cast<std::size_t>(content.getUsed()));
-    ul::TBuffer<unsigned char> decoded;
-    base64Decode(text, decoded);
-    return ul::CINIContent::parseData(decoded);
+}
+
+void decodeContent(const ul::CWindowsPath& path, ul::TBuffer<unsigned char>& content) {
+    const ul::String text = ul::decodeUTF8(content, path);
+    base64Decode(text, content);
+}
+
+bool isSignatureOf(const ul::TBuffer<unsigned char>& content, const ul::String& publicKey,
+                   const ul::TBuffer<unsigned char>& signature) {
+    const ul::P<IVerifier> verifier = createRSA_SHA1()->beginVerify(publicKey);
+    verifier->update(content.getData(), content.getUsed());
+    return verifier->finish(signature);
 }
 
 } // namespace
@@ -35,6 +42,8 @@ ul::P<ul::CINIContent> parseBase64File(const ul::CWindowsPath& path) {
 CSignedConfigSignatureError::CSignedConfigSignatureError(const ul::TPathImpl<ul::CWindowsPathTraits>& path)
     : ul::CError("Invalid signature for config file.", "", -1, ul::CProps().add("path", path.getString()), nullptr) {}
 
+CSignedConfigSignatureError::CSignedConfigSignatureError(const CSignedConfigSignatureError&) = default;
+CSignedConfigSignatureError& CSignedConfigSignatureError::operator=(const CSignedConfigSignatureError&) = default;
 CSignedConfigSignatureError::~CSignedConfigSignatureError() = default;
 
 ul::P<ul::CError> CSignedConfigSignatureError::clone() {
@@ -48,11 +57,26 @@ void CSignedConfigSignatureError::throwClone() const {
 // NOLINTNEXTLINE(performance-unnecessary-value-param): hosts are compiled against a path that is passed by value
 CSignedConfig::CSignedConfig(ul::TPathImpl<ul::CWindowsPathTraits> path, const ul::String& publicKey,
                              bool base64Encoded) {
-    const ul::CWindowsPath signaturePath(path.getString() + ".sig");
-    if (!verifyFileSignature_RSA_SHA1(path, publicKey, signaturePath))
+    ul::TBuffer<unsigned char> signature;
+    loadSignatureBase64(ul::CWindowsPath(path.getString() + ".sig"), signature);
+    if (!verifyFileSignature_RSA_SHA1(path, publicKey, signature))
         throw CSignedConfigSignatureError(path);
-    m_ini = base64Encoded ? parseBase64File(path) : ul::CINIContent::parseFile(path);
+    // Only a file that has verified is read into memory whole. Somebody may have put another one in its place
+    // meanwhile, so what is parsed are bytes that have verified themselves.
+    ul::TBuffer<unsigned char> content;
+    if (base64Encoded)
+        readBase64File(path, content);
+    else
+        ul::CINIContent::readFile(path, content);
+    if (!isSignatureOf(content, publicKey, signature))
+        throw CSignedConfigSignatureError(path);
+    if (base64Encoded)
+        decodeContent(path, content);
+    m_ini = ul::CINIContent::parseData(content, path);
 }
+
+CSignedConfig::CSignedConfig(const CSignedConfig&) = default;
+CSignedConfig& CSignedConfig::operator=(const CSignedConfig&) = default;
 
 CSignedConfig::~CSignedConfig() = default;
 
@@ -67,7 +91,9 @@ bool CSignedConfig::getValue(const ul::String& key, ul::String& value) const {
     ul::String section;
     ul::String name;
     splitKey(key, section, name);
-    return m_ini->tryGetSectionValue(value, section, name);
+    // A value before the first section belongs to the section named "".
+    return m_ini->tryGetSectionValue(value, section, name) ||
+           (section == "/" && m_ini->tryGetSectionValue(value, ul::getEmptyString(), name));
 }
 
 void CSignedConfig::getValueNamesWithPrefix(ul::TArray<ul::String>& names, const ul::String& prefix) const {

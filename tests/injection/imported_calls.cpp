@@ -47,7 +47,10 @@ void record(const std::string& step) {
         steps.push_back(step);
 }
 
+BeforeOpening* activeHook = nullptr;
+
 int openFile(const char* path, int flags) {
+    BeforeOpening::note(path);
     return ::open(path, flags);
 }
 
@@ -334,6 +337,20 @@ PretendedOwner::PretendedOwner(unsigned owner) {
 
 PretendedOwner::~PretendedOwner() {
     pretendedOwner.reset();
+}
+
+BeforeOpening::BeforeOpening(std::string file, int index, std::function<void()> action)
+    : m_file(std::move(file)), m_index(index), m_action(std::move(action)) {
+    activeHook = this;
+}
+
+BeforeOpening::~BeforeOpening() {
+    activeHook = nullptr;
+}
+
+void BeforeOpening::note(const char* file) {
+    if (activeHook && activeHook->m_file == file && activeHook->m_count++ == activeHook->m_index)
+        activeHook->m_action();
 }
 
 PretendedSize::PretendedSize(const std::string& file, long long size) {

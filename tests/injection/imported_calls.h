@@ -5,6 +5,7 @@
 // a replacement of the same type, which fails when its turn has come and else calls the function it stands for.
 #pragma once
 
+#include <functional>
 #include <set>
 #include <string>
 #include <vector>
@@ -100,6 +101,27 @@ public:
     PretendedOwner(const PretendedOwner&) = delete;
     PretendedOwner& operator=(const PretendedOwner&) = delete;
     ~PretendedOwner();
+};
+
+/// While it lives, something happens right before the libraries open a certain file. One at a time.
+class BeforeOpening {
+public:
+    /// Before the `index`th opening of `file` from now on, counted from 0.
+    BeforeOpening(std::string file, int index, std::function<void()> action);
+    BeforeOpening(const BeforeOpening&) = delete;
+    BeforeOpening& operator=(const BeforeOpening&) = delete;
+    ~BeforeOpening();
+    /// How often the file has been opened.
+    int getCount() const { return m_count; }
+
+    /// For the replacement.
+    static void note(const char* file);
+
+private:
+    std::string m_file;
+    int m_index;
+    std::function<void()> m_action;
+    int m_count = 0;
 };
 
 /// While it lives, the system tells another size of one file than it has.

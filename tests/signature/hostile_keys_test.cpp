@@ -53,9 +53,8 @@ TEST(HostileKeys, DSAKeyOfGenerator1_VerifiesWhatNobodySigned_SoNoHostMayAcceptI
 }
 
 TEST(HostileKeys, DSAKeyWithoutASignature_IsASignErrorInsteadOfNoEnd) {
-    for (const char* const name :
-         {"dsa_p1", "dsa_q1", "dsa_g_is_p", "dsa_p_is_g_squared", "dsa_q2", "dsa_q3", "dsa_p0", "dsa_q0", "dsa_g0",
-          "dsa_g1_x_of_abc", "dsa_g_has_order_2", "dsa_q_divides_p", "dsa_x0_q_of_abc"}) {
+    for (const char* const name : {"dsa_p1", "dsa_q1", "dsa_g_is_p", "dsa_p_is_g_squared", "dsa_q2", "dsa_q3", "dsa_p0",
+                                   "dsa_q0", "dsa_g0", "dsa_g1_x_of_abc", "dsa_g_has_order_2", "dsa_q_divides_p"}) {
         SCOPED_TRACE(name);
         const ul::P<sarn::ISigner> signer = sarn::createDSS_SHA1()->beginSign(readHostileKey(name), "");
         signer->update("abc", 3);

@@ -57,8 +57,9 @@ protected:
         return sarn::base64Encode(text.data(), static_cast<int>(text.size()), true, lineBreaks).toLatin1();
     }
 
-    static void expectBadSignature(const ul::CWindowsPath& path) {
-        const ul::P<ul::CError> error = catchError<sarn::CSignedConfigSignatureError>([&] { load(path); });
+    static void expectBadSignature(const ul::CWindowsPath& path, bool base64Encoded = false) {
+        const ul::P<ul::CError> error =
+            catchError<sarn::CSignedConfigSignatureError>([&] { load(path, base64Encoded); });
         ASSERT_TRUE(error);
         EXPECT_STREQ(error->what(), "Invalid signature for config file.");
         EXPECT_TRUE(error->getText().isEmpty());
@@ -88,6 +89,10 @@ TEST_F(SignedConfig, KeyWithoutSection_ReadsTheSectionNamedSlashAndValuesAheadOf
     EXPECT_TRUE(config->getValue("/c") == "in slash");
     EXPECT_TRUE(config->getValue("b") == "ahead");
     EXPECT_TRUE(config->getValue("//b") == "ahead");
+    config->setValueNonPersistent("b", "set");
+    EXPECT_TRUE(config->getValue("b") == "set") << "the section named slash comes first";
+    EXPECT_TRUE(config->getValue("//b") == "ahead");
+    EXPECT_EQ(list(*config, ""), (std::vector<std::string>{"//b", "///c", "///b"}));
 }
 
 TEST_F(SignedConfig, MissingValue_IsAnErrorThatNamesTheKeyOrFalse) {
@@ -161,6 +166,16 @@ TEST_F(SignedConfig, ChangedConfiguration_IsRefused) {
     expectBadSignature(path);
 }
 
+TEST_F(SignedConfig, ChangedConfigurationThatIsNoINI_IsRefusedBeforeItIsParsed) {
+    for (const bool base64Encoded : {false, true}) {
+        const ul::CWindowsPath path = write(base64Encoded ? toBase64(sample, true) : sample);
+        for (const char* const content : {"[a\n", "x\n", "[a]\nx=\xFF\n", ""}) {
+            m_folder.write("a.ini", content);
+            expectBadSignature(path, base64Encoded);
+        }
+    }
+}
+
 TEST_F(SignedConfig, SignatureOfAnotherKeyOrFile_IsRefused) {
     const ul::CWindowsPath path = write(sample);
     const std::string own = m_folder.read("a.ini.sig");
@@ -216,6 +231,17 @@ TEST_F(SignedConfig, ConfigurationThatIsNoINI_PassesThatErrorOn) {
     const ul::CWindowsPath path = write("[a\n");
     expectError("Invalid INI text in line 1: the section header has no ']'.",
                 {"line", "1", "path", path.getString().toUTF8().c_str()}, [&] { load(path); });
+}
+
+TEST_F(SignedConfig, Base64ConfigurationThatIsNoINI_PassesThatErrorOnWithThePath) {
+    const ul::CWindowsPath path = write(toBase64("[a\n", true));
+    const std::string text = path.getString().toUTF8();
+    expectError("Invalid INI text in line 1: the section header has no ']'.", {"line", "1", "path", text.c_str()},
+                [&] { load(path, true); });
+    write("\xFF");
+    expectError("Invalid UTF-8 text.", {"position", "0", "path", text.c_str()}, [&] { load(path, true); });
+    write("\xEF\xBB\xBF" + toBase64(sample, true));
+    expectInvalidArg("base64Decode", "invalid base64 data", [&] { load(path, true); });
 }
 
 TEST_F(SignedConfig, Base64Configuration_IsSignedAsItLiesOnTheDisk) {

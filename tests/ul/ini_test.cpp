@@ -90,12 +90,12 @@ TEST(CINIContent, TryGetSectionValue_OfAMissingValue_LeavesTheOutputAlone) {
     EXPECT_TRUE(value == "1");
 }
 
-TEST(CINIContent, ValueAheadOfAnySection_IsFoundInTheSectionsNamedSlashAndNothing) {
+TEST(CINIContent, ValueAheadOfAnySection_IsFoundInTheSectionNamedNothingAlone) {
     const ul::P<ul::CINIContent> content = parse("x=1\ny=2\n[/]\ny=3\n");
     ul::String value;
-    EXPECT_TRUE(content->tryGetSectionValue(value, "/", "x") && value == "1");
+    EXPECT_FALSE(content->tryGetSectionValue(value, "/", "x"));
     EXPECT_TRUE(content->tryGetSectionValue(value, "", "x") && value == "1");
-    EXPECT_TRUE(content->tryGetSectionValue(value, "/", "y") && value == "3") << "the section itself comes first";
+    EXPECT_TRUE(content->tryGetSectionValue(value, "/", "y") && value == "3");
     EXPECT_TRUE(content->tryGetSectionValue(value, "", "y") && value == "2");
 }
 
@@ -133,6 +133,20 @@ TEST(CINIContent, ParseFile_NamesTheFileInItsErrors) {
     expectError("Invalid INI text in line 1: the section header has no ']'.", {"line", "1", "path", text.c_str()},
                 [&] { ul::CINIContent::parseFile(path); });
     EXPECT_THROW(ul::CINIContent::parseFile(folder.getPath("none")), ul::CFileError);
+}
+
+TEST(CINIContent, BytesReadFromAFile_AreParsedWithItsNameInTheErrors) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("a.ini", "\xEF\xBB\xBF[a]\r\nx=1\r\n");
+    ul::TBuffer<unsigned char> data(3, -1);
+    ul::CINIContent::readFile(path, data);
+    EXPECT_EQ(data.getUsed(), 3 + 10);
+    EXPECT_EQ(list(*ul::CINIContent::parseData(data, path)), std::vector<std::string>{"/a/x=1"});
+    const std::string text = path.getString().toUTF8();
+    data.getData()[4] = 0xFF;
+    expectError("Invalid UTF-8 text.", {"position", "1", "path", text.c_str()},
+                [&] { ul::CINIContent::parseData(data, path); });
+    EXPECT_THROW(ul::CINIContent::readFile(folder.getPath("none"), data), ul::CFileError);
 }
 
 TEST(CINIContent, ManyNames_AreReadInLittleTime) {

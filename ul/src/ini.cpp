@@ -64,8 +64,16 @@ CINIContent::~CINIContent() = default;
 
 P<CINIContent> CINIContent::parseFile(const TPathImpl<CWindowsPathTraits>& path) {
     TBuffer<unsigned char> content;
-    readWholeFile(path, content);
-    return nameFileInErrors(path, [&] { return parseData(content); });
+    readFile(path, content);
+    return parseData(content, path);
+}
+
+void CINIContent::readFile(const TPathImpl<CWindowsPathTraits>& path, TBuffer<unsigned char>& data) {
+    readWholeFile(path, data);
+}
+
+P<CINIContent> CINIContent::parseData(const TBuffer<unsigned char>& data, const TPathImpl<CWindowsPathTraits>& path) {
+    return nameFileInErrors(path, [&] { return parseData(data); });
 }
 
 P<CINIContent> CINIContent::parseData(const TBuffer<unsigned char>& data) {
@@ -110,8 +118,6 @@ bool CINIContent::tryGetSectionValue(String& value, const String& section, const
     const String* const found = values ? values->find(name) : nullptr;
     if (found)
         value = *found;
-    else if (section == "/")
-        return tryGetSectionValue(value, getEmptyString(), name);
     return found != nullptr;
 }
 

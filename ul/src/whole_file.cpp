@@ -77,4 +77,11 @@ String makeTemporaryName() {
     return name + ".tmp";
 }
 
+String decodeUTF8(const TBuffer<unsigned char>& content, const TPathImpl<CWindowsPathTraits>& path) {
+    return nameFileInErrors(path, [&] {
+        return String::fromUTF8(reinterpret_cast<const char*>(content.getData()),
+                                static_cast<std::size_t>(content.getUsed()));
+    });
+}
+
 } // namespace ul

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "ul/base.h"
+#include "ul/buffer.h"
 #include "ul/path.h"
 #include "ul/stream.h"
 #include "ul/string.h"
@@ -74,5 +75,9 @@ UL_EXPORT String readUTF8TextFile(const TPathImpl<CWindowsPathTraits>& path, int
 ///         a link has the name; the old file is as it was then. CError "Text cannot be encoded as UTF-8." before
 ///         anything is written.
 UL_EXPORT void writeUTF8TextFile(const TPathImpl<CWindowsPathTraits>& path, const String& text);
+
+/// Decodes all bytes that were read from a file, a byte order mark too, as UTF-8.
+/// \throws CError "Invalid UTF-8 text." with the properties "position" and "path".
+UL_EXPORT String decodeUTF8(const TBuffer<unsigned char>& content, const TPathImpl<CWindowsPathTraits>& path);
 
 } // namespace ul

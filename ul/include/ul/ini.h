@@ -31,11 +31,16 @@ public:
     /// \throws CError "Invalid UTF-8 text."; CError "Invalid INI text in line N: ..." with the property "line", N
     ///         counted from 1.
     static P<CINIContent> parseData(const TBuffer<unsigned char>& data);
+    /// The same for bytes that come from a file, for whoever looks at them before they are parsed. Errors have the
+    /// property "path".
+    static P<CINIContent> parseData(const TBuffer<unsigned char>& data, const TPathImpl<CWindowsPathTraits>& path);
+    /// Reads the bytes that parseFile() would parse into `data`, in place of what it held.
+    /// \throws CFileError if the file cannot be read.
+    static void readFile(const TPathImpl<CWindowsPathTraits>& path, TBuffer<unsigned char>& data);
 
     ~CINIContent() override;
 
-    /// Puts the value called `name` into `value`; returns false and leaves it alone if there is none. In the section
-    /// named "/" a value that is missing is looked for in the section named "" as well.
+    /// Puts the value called `name` into `value`; returns false and leaves it alone if there is none.
     bool tryGetSectionValue(String& value, const String& section, const String& name) const;
 
     /// Sets a value in memory; a new section or name goes to the end.
