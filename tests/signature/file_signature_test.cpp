@@ -9,6 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace sarn_test {
 
 namespace {
@@ -111,10 +113,19 @@ TEST(FileSignature, SignatureFileInAnyShape_IsRead) {
         crlf += character == '\n' ? std::string("\r\n") : std::string(1, character);
     const std::string oneLine = sarn::base64Encode(signature.data(), 256, true, false).toLatin1();
     const std::string unpadded = sarn::base64Encode(signature.data(), 256, false, false).toLatin1();
-    for (const std::string& text : {lines, crlf, oneLine, unpadded, "\xEF\xBB\xBF" + lines}) {
+    const std::string spaced = "\t" + std::string(lines).insert(10, " ");
+    for (const std::string& text : {lines, crlf, spaced, oneLine, oneLine + "\n", unpadded, "\xEF\xBB\xBF" + lines}) {
         folder.write("f.sig", text);
         EXPECT_TRUE(sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey("rsa2048"), folder.getPath("f.sig")))
             << text;
+    }
+    std::string carriageReturns = lines;
+    std::replace(carriageReturns.begin(), carriageReturns.end(), '\n', '\r');
+    for (const std::string& text : {carriageReturns, std::string(oneLine).insert(10, " "), unpadded + "\n"}) {
+        folder.write("f.sig", text);
+        Buffer loaded;
+        expectInvalidArg("base64Decode", "invalid base64 data",
+                         [&] { sarn::loadSignatureBase64(folder.getPath("f.sig"), loaded); });
     }
 }
 
