@@ -97,8 +97,10 @@ void COpenSSLSignatureAlgo::CSigner::finish(void* signature, int& size) {
     ErrorQueueMark mark;
     unsigned length = 0;
     const auto largest = static_cast<unsigned>(getMaxSignatureSize());
-    // libcrypto 3.0 reports success and a length below zero when it has no memory to encode a DSA signature in.
-    if (EVP_SignFinal(m_ctx, static_cast<unsigned char*>(signature), &length, m_key) <= 0 || length > largest)
+    // libcrypto 3.0 reports success for a key of no size, and success with a length below zero when it has no memory to
+    // encode a DSA signature in.
+    if (largest == 0 || EVP_SignFinal(m_ctx, static_cast<unsigned char*>(signature), &length, m_key) <= 0 ||
+        length > largest)
         mark.raise(signFailed);
     size = static_cast<int>(length);
 }

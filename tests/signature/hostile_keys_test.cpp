@@ -73,6 +73,13 @@ TEST(HostileKeys, RSAKeyOfOneByte_HasThatSizeAndCannotSign) {
     expectError("OpenSSL sign error.", [&] { signer->finish(signature); });
 }
 
+TEST(HostileKeys, RSAKeyOfNoSize_SaysSoAndCannotSign) {
+    const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readHostileKey("rsa_n0"), "");
+    EXPECT_EQ(signer->getMaxSignatureSize(), 0);
+    ul::TBuffer<unsigned char> signature;
+    expectError("OpenSSL sign error.", [&] { signer->finish(signature); });
+}
+
 TEST(HostileKeys, DSAKeyThatIsOddButSigns_StillSigns) {
     const ul::P<sarn::ISigner> signer = sarn::createDSS_SHA1()->beginSign(readHostileKey("dsa_g1"), "");
     signer->update("abc", 3);

@@ -4,9 +4,8 @@
 #include "support/temp_folder.h"
 
 #include "sarn/encoding.h"
-#include "sarn/signed_config.h"
-
 #include "sarn/signature.h"
+#include "sarn/signed_config.h"
 
 #include <gtest/gtest.h>
 
@@ -20,7 +19,8 @@ namespace sarn_test {
 
 namespace {
 
-constexpr int loadCount = 3000;
+// In each of the two forms.
+constexpr int loadCount = 1500;
 
 /// Puts two files in the place of a third in turns, until it is killed.
 class Exchanger {
