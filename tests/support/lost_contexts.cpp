@@ -9,7 +9,7 @@
 extern "C" {
 
 // Stands before libcrypto's own for everything in the process.
-EVP_MD_CTX* EVP_MD_CTX_new() {
+__attribute__((visibility("default"))) EVP_MD_CTX* EVP_MD_CTX_new() {
     using Function = EVP_MD_CTX* (*)();
     static const auto real = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "EVP_MD_CTX_new"));
     EVP_MD_CTX* const context = real();

@@ -66,7 +66,7 @@ TEST(WriteUTF8TextFile, InAFolderThatTakesNoFiles_IsAFileError) {
 }
 
 TEST(WriteUTF8TextFile, AtTheTopOfAFileSystem_GoesThroughThatOneOnly) {
-    ASSERT_TRUE(fs::is_directory("/dev/shm")) << "there is no file system of its own to write to";
+    ASSERT_TRUE(fs::is_directory("/dev/shm")) << "this test needs a file system of its own to write to";
     const std::string name = "/dev/shm/sarn-test-" + std::to_string(::getpid());
     ul::writeUTF8TextFile(ul::CWindowsPath(name.c_str()), "text");
     EXPECT_EQ(fs::file_size(name), 4U);
