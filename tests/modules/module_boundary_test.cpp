@@ -95,7 +95,7 @@ TEST_F(ModuleBoundary, CipherRegisteredByOneModule_IsFoundByTheOthers) {
     getFirst().registerCipher("of the first");
     getSecond().registerCipher("of the second");
     const ul::P<sarn::ICipher> cipher = sarn::CCipherManager::get()->getCipher("of the first");
-    EXPECT_TRUE(cipher->getID() == "of the first");
+    EXPECT_EQ(cipher->getID(), "of the first");
     EXPECT_NE(dynamic_cast<sarn::CCipher_Null*>(cipher.get()), nullptr);
     EXPECT_TRUE(sarn::CCipherManager::get()->findCipher("of the second"));
 }

@@ -2,6 +2,7 @@
 // Expectations about errors and buffers.
 #pragma once
 
+#include "support/print.h"
 #include "support/vectors.h"
 
 #include "ul/buffer.h"
@@ -52,8 +53,8 @@ void expectError(const char* message, const std::vector<const char*>& props, Act
     const ul::P<ul::CError> error = catchError<ul::CError>(action);
     ASSERT_TRUE(error);
     EXPECT_STREQ(error->what(), message);
-    EXPECT_TRUE(error->getMessage() == message);
-    EXPECT_TRUE(error->getText().isEmpty());
+    EXPECT_EQ(error->getMessage(), message);
+    EXPECT_EQ(error->getText(), "");
     EXPECT_EQ(error->getCode(), -1);
     EXPECT_EQ(error->getCause(), nullptr);
     std::vector<std::string> actual;
