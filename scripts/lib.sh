@@ -199,12 +199,12 @@ build() {
     quietly "building $preset" "build-$preset" cmake --build --preset "$preset" -j "$jobs" --target "$@"
 }
 
-# Runs the tests of that preset: run_ctest [CTEST_OPTION...]
+# Runs all tests of that preset.
 run_ctest() {
     local log=$logs/test-$preset.log
     say "running the tests of $preset"
     # Each test that passes is a line in the log; on the screen a line now and then is enough.
-    ctest --preset "$preset" -j "$jobs" --no-tests=error "$@" </dev/null | tee "$log" |
+    ctest --preset "$preset" -j "$jobs" --no-tests=error </dev/null | tee "$log" |
         awk '/ Passed /  { if (++passed % 50 == 0) print "    " passed " passed"; fflush(); next }
              /^ *Start / { next }
              { print; fflush() }'
