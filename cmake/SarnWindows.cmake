@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# What a program on Windows needs beside the libraries: the DLLs that they stand on, and everybody's licences.
+# What a program on Windows needs beside the libraries: the DLLs they depend on, and third-party licences.
 set(licences "${CMAKE_INSTALL_DOCDIR}/licences")
 
 # Installs DLLs, and the file with the licence that they ship under.
