@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// The entry of a fuzzer. FUZZ_TARGET is the function that it runs.
+// The entry of a fuzzer. FUZZ_TARGET is the name of the target that it runs.
 #include "targets.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    sarn_fuzz::FUZZ_TARGET(data, size);
+    constexpr sarn_fuzz::Target run = sarn_fuzz::findTarget(FUZZ_TARGET);
+    static_assert(run != nullptr, "targets.h has a row for each target of CMakeLists.txt");
+    run(data, size);
     return 0;
 }

@@ -12,15 +12,9 @@
 
 namespace {
 
-constexpr std::chrono::milliseconds limit{1000};
+static_assert(std::size(sarn_fuzz::targets) == SARN_FUZZ_TARGETS, "CMakeLists.txt lists each target of targets.h");
 
-sarn_fuzz::Target find(const std::string& name) {
-    for (const sarn_fuzz::NamedTarget& target : sarn_fuzz::targets) {
-        if (target.name == name)
-            return target.run;
-    }
-    return nullptr;
-}
+constexpr std::chrono::milliseconds limit{1000};
 
 std::vector<char> read(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
@@ -43,14 +37,14 @@ bool runFile(sarn_fuzz::Target run, const std::filesystem::path& path) {
 } // namespace
 
 int main(int count, char** arguments) {
-    const sarn_fuzz::Target run = count == 3 ? find(arguments[1]) : nullptr;
+    const sarn_fuzz::Target run = count == 3 ? sarn_fuzz::findTarget(arguments[1]) : nullptr;
     if (!run) {
         std::fprintf(stderr, "usage: sarn_fuzz_replay TARGET FOLDER\n");
         return 2;
     }
     int files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(arguments[2])) {
-        // Ahead of the run, so that the input of a crash is known.
+        // Before the run, so that the input of a crash is known.
         std::printf("%s\n", entry.path().filename().string().c_str());
         std::fflush(stdout);
         if (!runFile(run, entry.path()))

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string_view>
 
 namespace sarn_fuzz {
 
@@ -31,7 +32,7 @@ void fuzzStateOfCombination(const std::uint8_t* data, std::size_t size);
 void fuzzStateOfDigest(const std::uint8_t* data, std::size_t size);
 void fuzzUTF8(const std::uint8_t* data, std::size_t size);
 
-/// The names are those of the folders of kept inputs.
+/// The names are those of the folders in corpus/ and of the list in CMakeLists.txt.
 constexpr NamedTarget targets[] = {
     {"base64", fuzzBase64},
     {"buffer", fuzzBuffer},
@@ -50,5 +51,14 @@ constexpr NamedTarget targets[] = {
     {"state_of_digest", fuzzStateOfDigest},
     {"utf8", fuzzUTF8},
 };
+
+/// The target of that name, or null.
+constexpr Target findTarget(std::string_view name) {
+    for (const NamedTarget& target : targets) {
+        if (target.name == name)
+            return target.run;
+    }
+    return nullptr;
+}
 
 } // namespace sarn_fuzz
