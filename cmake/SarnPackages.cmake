@@ -46,8 +46,8 @@ set(CPACK_DEBIAN_LIBUL_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_LIBSARN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
-# The trigger runs ldconfig, so the scripts that CPack adds for it are not needed. CPack has no switch for them, but adds
-# none where some are named, and leaves out those that do not exist.
+# The trigger runs ldconfig, so CPack's own scripts are not needed. CPack has no switch for them, but adds none where
+# some are named, and leaves out those that do not exist.
 set(CPACK_DEBIAN_LIBUL_PACKAGE_CONTROL_EXTRA
   "${PROJECT_SOURCE_DIR}/cmake/debian/triggers;${PROJECT_BINARY_DIR}/none/postinst;${PROJECT_BINARY_DIR}/none/postrm")
 set(CPACK_DEBIAN_LIBSARN_PACKAGE_CONTROL_EXTRA "${CPACK_DEBIAN_LIBUL_PACKAGE_CONTROL_EXTRA}")
