@@ -53,6 +53,12 @@ TEST_F(PretendedSizes, TextFileLargerThanAnInt_IsAFileErrorThatSaysSo) {
     expectTooLarge(INT_MAX - 65535LL, [&] { ul::readUTF8TextFile(m_file); });
 }
 
+TEST_F(PretendedSizes, TextFileWhoseSizeIsAboveTheLimit_IsRefusedBeforeItIsRead) {
+    const PretendedSize pretended(m_folder.getNative("config"), 1001);
+    EXPECT_THROW(ul::readUTF8TextFile(m_file, 1000), ul::CFileError);
+    EXPECT_NO_THROW(ul::readUTF8TextFile(m_file, 1001));
+}
+
 TEST_F(PretendedSizes, TextFileThatIsShorterThanItsSize_IsReadToItsEnd) {
     const ul::String text = ul::readUTF8TextFile(m_file);
     for (const long long size : {0LL, 1LL, 1000LL, INT_MAX - 65536LL}) {

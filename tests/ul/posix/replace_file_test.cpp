@@ -104,14 +104,16 @@ TEST_F(ReplacedFile, OfTheCaller_NeverKeepsMoreThanPermissionBits) {
 }
 
 TEST_F(ReplacedFile, PreparedBySomebodyElse_GivesHimNoRightsOfTheCaller) {
-    const ul::CWindowsPath path = m_folder.write("f", "old");
-    const bool isForeign = setOwner("f", nobody, nobody);
-    EXPECT_EQ(isForeign, ::geteuid() == 0);
-    setMode("f", 06777);
-    ul::writeUTF8TextFile(path, "new");
-    EXPECT_EQ(m_folder.read("f"), "new");
-    EXPECT_EQ(getStatus("f").st_uid, ::geteuid());
-    EXPECT_EQ(getMode("f"), isForeign ? 0644U : 0777U);
+    for (const mode_t mode : {06777U, 0600U}) {
+        const ul::CWindowsPath path = m_folder.write("f", "old");
+        const bool isForeign = setOwner("f", nobody, nobody);
+        EXPECT_EQ(isForeign, ::geteuid() == 0);
+        setMode("f", mode);
+        ul::writeUTF8TextFile(path, "new");
+        EXPECT_EQ(m_folder.read("f"), "new");
+        EXPECT_EQ(getStatus("f").st_uid, ::geteuid());
+        EXPECT_EQ(getMode("f"), isForeign ? 0644U : mode & 0777);
+    }
 }
 
 TEST_F(ReplacedFile, OfTheCallerAndAnotherGroup_GivesTheNewGroupNoMoreThanItHad) {
@@ -213,6 +215,7 @@ TEST_F(ReplacedFile, ThatIsADevice_IsRefused) {
 TEST_F(ReplacedFile, ThatIsAFolder_IsRefused) {
     fs::create_directory(m_folder.getNative("d"));
     expectFileError("write file", "d", EISDIR, [&] { ul::writeUTF8TextFile(m_folder.getPath("d"), "x"); });
+    expectFileError("open file", "d", EISDIR, [&] { ul::readUTF8TextFile(m_folder.getPath("d")); });
     EXPECT_EQ(m_folder.list(), std::vector<std::string>{"d"});
     const ul::P<ul::CError> error =
         catchError<ul::CFileError>([] { ul::writeUTF8TextFile(ul::CWindowsPath("/"), "x"); });
