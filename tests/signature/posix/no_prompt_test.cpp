@@ -52,7 +52,7 @@ Streams openPipes() {
     return {input[0], output[1], input[1], output[0]};
 }
 
-/// Writes lines until no more fit, so that whoever reads one leaves a gap.
+/// Writes lines until no more fit: a process that waits for one never gets to the end.
 void fillPipe(int file) {
     ::fcntl(file, F_SETFL, O_NONBLOCK);
     while (::write(file, "x\n", 2) > 0) {

@@ -31,8 +31,7 @@ public:
     /// \throws CError "Invalid UTF-8 text."; CError "Invalid INI text in line N: ..." with the property "line", N
     ///         counted from 1.
     static P<CINIContent> parseData(const TBuffer<unsigned char>& data);
-    /// The same for bytes that come from a file, for whoever looks at them before they are parsed. Errors have the
-    /// property "path".
+    /// The same for bytes that a caller has read from a file and inspected. Errors have the property "path".
     static P<CINIContent> parseData(const TBuffer<unsigned char>& data, const TPathImpl<CWindowsPathTraits>& path);
     /// Reads the bytes that parseFile() would parse into `data`, in place of what it held.
     /// \throws CFileError if the file cannot be read.
