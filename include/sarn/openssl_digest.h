@@ -3,6 +3,7 @@
 /// Digests over libcrypto's low-level hash functions.
 #pragma once
 
+#include "sarn/digest_context.h"
 #include "sarn/digest_interfaces.h"
 #include "sarn/digest_support.h"
 #include "sarn/openssl_init.h"
@@ -39,41 +40,12 @@ SARN_EXPORT void storeOpenSSLDigestHeader(ul::CDataOutStream& stream, int digest
 ///         OpenSSL digest size in state stream.", "Bad OpenSSL digest context size in state stream."
 SARN_EXPORT void checkOpenSSLDigestHeader(ul::CDataInStream& stream, int digestSize, int contextSize);
 
-/// Size in bytes of the block that a hash context fills. The last argument prefers the first form over the second,
-/// SHA-512's.
-template <class CTX>
-constexpr auto getContextBlockSize(const CTX& context, int) -> decltype(sizeof context.data) {
-    return sizeof context.data;
-}
-/// The same for a context whose block is a union.
-template <class CTX>
-constexpr auto getContextBlockSize(const CTX& context, long) -> decltype(sizeof context.u) {
-    return sizeof context.u;
-}
-
-/// Whether a hash context that states its result's length states this one; one that states none does.
-template <class CTX>
-constexpr auto hasContextDigestSize(const CTX& context, int digestSize, int) -> decltype(context.md_len, bool()) {
-    return context.md_len == static_cast<unsigned>(digestSize);
-}
-/// The same for a context that states none.
-template <class CTX>
-constexpr bool hasContextDigestSize(const CTX&, int, long) {
-    return true;
-}
-
-/// Whether libcrypto may be handed a hash context that came from outside. It writes behind the bytes that it believes
-/// to be in the block already, and as long a result as the context states.
-template <class CTX>
-constexpr bool isUsableContext(const CTX& context, int digestSize) {
-    return context.num < getContextBlockSize(context, 0) && hasContextDigestSize(context, digestSize, 0);
-}
-
 } // namespace detail
 
 /// A digest over a hash context of libcrypto, which is also its saved state. See docs/digest-state.md for the format.
 ///
-/// \tparam CTX        the context: plain data, without pointers
+/// \tparam CTX        the context: plain data without pointers, in the order of libcrypto's own for SHA-1, SHA-512 and
+///                    the like: numbers as wide as `Nl`, the block, numbers as wide as `num`
 /// \tparam DigestSize length of the result in bytes
 /// \tparam Init, Update, Final libcrypto's functions for it, which return 0 on failure
 template <class CTX, int DigestSize, int (*Init)(CTX*), int (*Update)(CTX*, const void*, std::size_t),
@@ -143,7 +115,8 @@ public:
 
     void storeState(ul::CDataOutStream& stream) const override {
         detail::storeOpenSSLDigestHeader(stream, DigestSize, sizeof m_context);
-        stream.write(&m_context, sizeof m_context);
+        const CTX context = detail::exchangeContext(m_context);
+        stream.write(&context, sizeof context);
         detail::storeDigestResult(stream, m_result);
         stream.writeBool(m_initialized).writeBool(m_finished);
     }
@@ -157,6 +130,7 @@ public:
         detail::checkOpenSSLDigestHeader(stream, DigestSize, sizeof m_context);
         CTX context;
         stream.read(&context, sizeof context);
+        context = detail::exchangeContext(context);
         ul::TBuffer<unsigned char> result;
         detail::loadDigestResult(stream, result, DigestSize);
         const bool initialized = stream.readBool();
