@@ -27,13 +27,21 @@ public:
     TDigest_Checksum& operator=(const TDigest_Checksum&) = default;
     ~TDigest_Checksum() override;
 
+    /// The type given to the constructor.
     ul::PC<IDigestType> getType() override;
+    /// 4.
     int getDigestSize() const override;
+    /// Feeds bytes. Takes no memory.
     void update(const void* data, int length) override;
+    /// Ends the input. Nothing is computed.
     void finish() override;
+    /// Goes back to the initial value.
     void reset() override;
+    /// The 4 bytes in this object.
     const unsigned char* getDigestData() const override;
+    /// Copies the 4 bytes.
     void storeDigestData(unsigned char* out) const override;
+    /// Writes 9 bytes.
     void storeState(ul::CDataOutStream& stream) const override;
     /// \throws ul::CError "Unsupported Adler32 digest state data version." or "Unsupported CRC32 digest state data
     ///         version."

@@ -44,7 +44,7 @@ public:
     ul::P<IDigest> createDigest() override;
 };
 
-/// "sha1": SHA-1 (FIPS 180), 20 bytes.
+/// "sha1": SHA-1 (FIPS 180), 20 bytes. For data of old backups.
 class SARN_EXPORT CDigestType_SHA1 : public ul::CBase, public virtual IDigestType {
 public:
     CDigestType_SHA1();
@@ -104,7 +104,8 @@ public:
     ul::P<IDigest> createDigest() override;
 };
 
-/// "md4-sha1": MD4 and SHA-1, 36 bytes.
+/// "md4-sha1": MD4 and SHA-1, 36 bytes. For data of old backups: hardly stronger than SHA-1 alone. It has a type object
+/// of its own for each, and a copy has copies of them.
 class SARN_EXPORT CDigestType_MD4_SHA1 : public TDigestTypeCombiner<CDigestType_MD4, CDigestType_SHA1> {
 public:
     CDigestType_MD4_SHA1();
@@ -115,7 +116,7 @@ public:
     ~CDigestType_MD4_SHA1() override;
 };
 
-/// "md4-sha1-adler32": MD4, SHA-1 and Adler-32, 40 bytes.
+/// "md4-sha1-adler32": MD4, SHA-1 and Adler-32, 40 bytes. As CDigestType_MD4_SHA1.
 class SARN_EXPORT CDigestType_MD4_SHA1_Adler32 : public TDigestTypeCombiner<CDigestType_MD4_SHA1, CDigestType_Adler32> {
 public:
     CDigestType_MD4_SHA1_Adler32();
