@@ -1,86 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whose file takes the place of another, with which rights, and what is not replaced.
-#include "support/expect.h"
-#include "support/other_user.h"
-#include "support/temp_folder.h"
+// Whose file takes the place of another, and with which rights.
+#include "replaced_file.h"
 
-#include "ul/file.h"
-
-#include <gtest/gtest.h>
-
+#include <algorithm>
 #include <cerrno>
-#include <fstream>
 #include <thread>
-
-#include <sys/socket.h>
-#include <sys/stat.h>
-#include <sys/sysmacros.h>
-#include <sys/un.h>
-#include <unistd.h>
 
 namespace sarn_test {
 
 namespace fs = std::filesystem;
-
-namespace {
-
-class ReplacedFile : public testing::Test {
-protected:
-    ~ReplacedFile() override { ::umask(m_previousMask); }
-
-    struct stat getStatus(const std::string& name) const {
-        struct stat status {};
-        EXPECT_EQ(::lstat(m_folder.getNative(name).c_str(), &status), 0);
-        return status;
-    }
-    mode_t getMode(const std::string& name) const { return getStatus(name).st_mode & 07777; }
-    void setMode(const std::string& name, mode_t mode) const {
-        ASSERT_EQ(::chmod(m_folder.getNative(name).c_str(), mode), 0);
-    }
-    /// False if the process may not do that.
-    bool setOwner(const std::string& name, uid_t owner, gid_t group) const {
-        return ::chown(m_folder.getNative(name).c_str(), owner, group) == 0;
-    }
-    /// Lets an ordinary user work in the folder, who owns it.
-    void openFolder() const {
-        if (::geteuid() == 0) {
-            ASSERT_TRUE(setOwner("", nobody, nobody));
-        }
-    }
-
-    /// Expects that something that is not a regular file is neither replaced nor opened.
-    void expectRefused(const std::string& name) const {
-        const struct stat before = getStatus(name);
-        const std::vector<std::string> names = m_folder.list();
-        expectFileError("write file", name, -1, [&] { ul::writeUTF8TextFile(m_folder.getPath(name), "x"); });
-        expectFileError("open file", name, -1, [&] { ul::readUTF8TextFile(m_folder.getPath(name)); });
-        EXPECT_EQ(getStatus(name).st_mode, before.st_mode);
-        EXPECT_EQ(getStatus(name).st_ino, before.st_ino);
-        EXPECT_EQ(m_folder.list(), names);
-    }
-
-    template <class Action>
-    void expectFileError(const std::string& operation, const std::string& name, int code, Action action) const {
-        const ul::P<ul::CError> error = catchError<ul::CFileError>(action);
-        ASSERT_TRUE(error);
-        const std::string path = m_folder.getPath(name).getString().toUTF8();
-        const std::string start = "Cannot " + operation + " '" + path + "': ";
-        const std::string message = error->what();
-        EXPECT_EQ(message.compare(0, start.size(), start), 0) << message;
-        ul::String property;
-        EXPECT_TRUE(error->getProps().tryGet("path", property));
-        EXPECT_EQ(property.toUTF8(), path);
-        EXPECT_EQ(error->getCode(), code) << message;
-        if (code == -1) {
-            EXPECT_EQ(message, start + "it is not a regular file.");
-        }
-    }
-
-    const TempFolder m_folder;
-    const mode_t m_previousMask = ::umask(0022);
-};
-
-} // namespace
 
 TEST_F(ReplacedFile, OfTheCaller_KeepsItsPermissionBits) {
     ::umask(0077);
@@ -162,65 +90,6 @@ TEST_F(ReplacedFile, InAFolderThatMayOnlyBeWritten_IsReplacedWithoutAnError) {
             EXPECT_EQ(m_folder.list(), (std::vector<std::string>{"f", "g"}));
         });
     }
-}
-
-TEST_F(ReplacedFile, ThatIsALink_LeavesWhatItLeadsToAndTakesNoRightsFromIt) {
-    m_folder.write("target", "old");
-    setMode("target", 06777);
-    for (const char* const target : {"target", "none", "."}) {
-        fs::create_symlink(target, m_folder.getNative("link"));
-        ul::writeUTF8TextFile(m_folder.getPath("link"), "new");
-        EXPECT_EQ(m_folder.read("link"), "new");
-        EXPECT_FALSE(fs::is_symlink(m_folder.getNative("link")));
-        EXPECT_EQ(getMode("link"), 0644U);
-        EXPECT_EQ(m_folder.read("target"), "old");
-        EXPECT_EQ(getMode("target"), 06777U);
-        fs::remove(m_folder.getNative("link"));
-    }
-    EXPECT_EQ(m_folder.list(), std::vector<std::string>{"target"});
-}
-
-TEST_F(ReplacedFile, ThatIsAFIFO_IsRefusedWithoutWaiting) {
-    ASSERT_EQ(::mkfifo(m_folder.getNative("fifo").c_str(), 0666), 0);
-    expectRefused("fifo");
-    fs::create_symlink("fifo", m_folder.getNative("link"));
-    expectFileError("open file", "link", -1, [&] { ul::readUTF8TextFile(m_folder.getPath("link")); });
-}
-
-TEST_F(ReplacedFile, ThatIsASocket_IsRefused) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    m_folder.getNative("socket").string().copy(address.sun_path, sizeof address.sun_path - 1);
-    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
-    ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
-    expectRefused("socket");
-    ::close(socket);
-}
-
-TEST_F(ReplacedFile, ThatIsADevice_IsRefused) {
-    if (::geteuid() == 0) {
-        // Not the system's own, which would be gone if this failed.
-        ASSERT_EQ(::mknod(m_folder.getNative("null").c_str(), S_IFCHR | 0666, makedev(1, 3)), 0);
-        expectRefused("null");
-    } else {
-        const ul::P<ul::CError> error =
-            catchError<ul::CFileError>([] { ul::writeUTF8TextFile(ul::CWindowsPath("/dev/null"), "x"); });
-        ASSERT_TRUE(error);
-        EXPECT_STREQ(error->what(), "Cannot write file 'Z:\\dev\\null': it is not a regular file.");
-    }
-    for (const char* const device : {"/dev/zero", "/dev/null", "/dev/tty"})
-        EXPECT_THROW(ul::CWindowsFileInStream stream{ul::CWindowsPath(device)}, ul::CFileError) << device;
-}
-
-TEST_F(ReplacedFile, ThatIsAFolder_IsRefused) {
-    fs::create_directory(m_folder.getNative("d"));
-    expectFileError("write file", "d", EISDIR, [&] { ul::writeUTF8TextFile(m_folder.getPath("d"), "x"); });
-    expectFileError("open file", "d", EISDIR, [&] { ul::readUTF8TextFile(m_folder.getPath("d")); });
-    EXPECT_EQ(m_folder.list(), std::vector<std::string>{"d"});
-    const ul::P<ul::CError> error =
-        catchError<ul::CFileError>([] { ul::writeUTF8TextFile(ul::CWindowsPath("/"), "x"); });
-    ASSERT_TRUE(error);
-    EXPECT_EQ(error->getCode(), EISDIR);
 }
 
 TEST_F(ReplacedFile, InAFolderThatIsNotThere_IsNamedInTheError) {
