@@ -128,7 +128,8 @@ void Replacement::write(const std::string& bytes) {
     if (::renameat(getFolder(), m_temporaryName.c_str(), getFolder(), m_name.c_str()) != 0)
         raise(errno);
     m_isLeftOver = false;
-    // The new name is on the disk when its folder is. That this cannot always be had is no failure: the file is there.
+    // The new name is on the disk when its folder is. A folder that cannot be flushed is not a failure: the file is
+    // there.
     retryInterrupted([&] { return ::fsync(getFolder()); });
 }
 
