@@ -15,7 +15,8 @@ namespace sarn {
 
 /// Feeds a digest with what a file holds from where `file` stands to its end, which may move meanwhile.
 /// \param progress called after each piece with the bytes fed by this call and those that it will have fed as the file
-///                 is now, both std::int64_t, the second never the smaller one and never 0; what it throws ends the call
+///                 is now, both std::int64_t, the second never the smaller one and never 0; what it throws ends the
+///                 call
 /// \throws ul::CFileError; as IDigest::update() does
 template <class Progress>
 void feedFile(IDigest& digest, ul::CWindowsFileInStream& file, Progress&& progress) {

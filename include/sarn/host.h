@@ -4,11 +4,12 @@
 /// documented operations; docs/host.md has both side by side.
 #pragma once
 
-#include "sarn/cipher_stream.h"
 #include "sarn/config_values.h"
 #include "sarn/digest_file.h"
 #include "sarn/one_call.h"
 #include "sarn/sarn.h"
 #include "sarn/sign_file.h"
+#include "sarn/stream_decryptor.h"
+#include "sarn/stream_encryptor.h"
 
 #include "ul/host.h"

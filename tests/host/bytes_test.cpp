@@ -141,8 +141,8 @@ TEST(FromHex, OfEitherCase_IsTheSame) {
 }
 
 TEST(FromHex, OfAnythingElse_IsRefused) {
-    for (const char* const text : {"0", "abc", "0g", "g0", " 00", "00 ", "0x00", "-1", "+1", "@@", "``", "//", "::", "G0",
-                                   "\xC3\xA4", "1\xC1"})
+    for (const char* const text :
+         {"0", "abc", "0g", "g0", " 00", "00 ", "0x00", "-1", "+1", "@@", "``", "//", "::", "G0", "\xC3\xA4", "1\xC1"})
         expectInvalidArg("fromHex", "invalid hexadecimal text", [&] { ul::fromHex(text); });
 }
 

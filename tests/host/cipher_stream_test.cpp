@@ -134,7 +134,8 @@ TEST_P(CStreams, InPiecesOfAllMagnitudes_GiveTheBytesOfOneCall) {
     const Bytes encrypted = encryptAtOnce(plain);
     constexpr std::size_t batch = 1 << 19;
     const std::vector<std::vector<std::size_t>> cases = {
-        {batch}, {batch - 1}, {batch + 1}, {batch, 2 * batch}, {5, batch}, {5, batch + 5, 2 * batch + 5}, {2 * batch + 8}};
+        {batch},        {batch - 1}, {batch + 1}, {batch, 2 * batch}, {5, batch}, {5, batch + 5, 2 * batch + 5},
+        {2 * batch + 8}};
     for (const std::vector<std::size_t>& cuts : cases)
         ASSERT_NO_FATAL_FAILURE(expectSameInPieces(plain, cuts, encrypted, cuts));
     for (int i = 0; i < 3; ++i)
@@ -187,8 +188,7 @@ TEST_P(CStreams, OfBothDirectionsBehindEachOther_NeedNoCopies) {
     EXPECT_EQ(result, plain);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, CStreams, testing::ValuesIn(getCipherIDs()),
-                         [](const auto& test) { return test.param; });
+INSTANTIATE_TEST_SUITE_P(All, CStreams, testing::ValuesIn(getCipherIDs()), [](const auto& test) { return test.param; });
 
 TEST(CStreamDecryptor, OfAStreamCutInsideABlock_RaisesTheDocumentedError) {
     const TestKey key(32);
@@ -233,6 +233,8 @@ TEST(CStreamEncryptor, OfAnUnknownCipherOrABadKeyOrIV_IsRefusedAtOnce) {
                      [&] { sarn::CStreamEncryptor(aes, TestKey(32), makePattern(15)); });
     expectInvalidArg("COpenSSLCipher::encryptWithoutPadding", "invalid key size",
                      [&] { sarn::CStreamDecryptor(aes, TestKey(31)); });
+    expectInvalidArg("CStreamEncryptor", "cipher cannot be NULL",
+                     [&] { sarn::CStreamEncryptor(ul::P<sarn::ICipher>(), TestKey(32)); });
     expectInvalidArg("CStreamDecryptor", "invalid IV size",
                      [&] { sarn::CStreamDecryptor(aes, TestKey(32), makePattern(17)); });
 }

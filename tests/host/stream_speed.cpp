@@ -113,7 +113,7 @@ int main(int count, char** words) try {
         runLong(std::atol(words[2]));
     else
         for (const char* const id : {"aes256cbc", "aes128cbc", "bfcbc", "cast128cbc", "null"})
-            compareCipher(id, 4 << 20);
+            compareCipher(id, 16 << 20);
 } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", ul::formatError(error).c_str());
     return 1;

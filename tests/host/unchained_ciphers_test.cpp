@@ -23,8 +23,8 @@ public:
         const int start = append ? out.getUsed() : 0;
         out.setUsed(start + size);
         for (int i = 0; i < size; ++i)
-            out.getData()[start + i] =
-                static_cast<unsigned char>(static_cast<const unsigned char*>(data)[i] ^ (m_fault == Fault::Fails ? 0 : i));
+            out.getData()[start + i] = static_cast<unsigned char>(static_cast<const unsigned char*>(data)[i] ^
+                                                                  (m_fault == Fault::Fails ? 0 : i));
     }
 
 private:

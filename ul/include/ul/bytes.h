@@ -62,17 +62,29 @@ public:
     CBytes(char (&array)[size]) = delete;
 
     /// The first byte; may be null if there is none.
-    const unsigned char* data() const noexcept { return m_data; }
+    const unsigned char* data() const noexcept {
+        return m_data;
+    }
     /// Number of bytes.
-    std::size_t size() const noexcept { return m_size; }
+    std::size_t size() const noexcept {
+        return m_size;
+    }
     /// Whether there is no byte.
-    bool empty() const noexcept { return m_size == 0; }
+    bool empty() const noexcept {
+        return m_size == 0;
+    }
     /// The first byte, for range-based loops.
-    const unsigned char* begin() const noexcept { return m_data; }
+    const unsigned char* begin() const noexcept {
+        return m_data;
+    }
     /// The place after the last byte.
-    const unsigned char* end() const noexcept { return m_data + m_size; }
+    const unsigned char* end() const noexcept {
+        return m_data + m_size;
+    }
     /// The same bytes as characters, to be written to a stream.
-    std::string_view asText() const noexcept { return {reinterpret_cast<const char*>(m_data), m_size}; }
+    std::string_view asText() const noexcept {
+        return {reinterpret_cast<const char*>(m_data), m_size};
+    }
 
     /// The size for an operation that takes an `int`.
     /// \param where qualified name of the operation, for the error
@@ -94,7 +106,9 @@ public:
         return difference == 0;
     }
     /// The opposite.
-    friend bool operator!=(CBytes left, CBytes right) noexcept { return !(left == right); }
+    friend bool operator!=(CBytes left, CBytes right) noexcept {
+        return !(left == right);
+    }
 
 private:
     const unsigned char* m_data = nullptr;

@@ -67,7 +67,8 @@ inline bool needsVerbatimForm(const std::filesystem::path& native) {
     const std::filesystem::path names = native.relative_path();
     return std::any_of(names.begin(), names.end(), [](const std::filesystem::path& name) {
         const auto& characters = name.native();
-        return !characters.empty() && name != "." && name != ".." && (characters.back() == '.' || characters.back() == ' ');
+        return !characters.empty() && name != "." && name != ".." &&
+               (characters.back() == '.' || characters.back() == ' ');
     });
 }
 
