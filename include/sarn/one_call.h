@@ -65,10 +65,10 @@ inline ul::TBuffer<unsigned char> digest(const ul::CText& id, ul::CBytes bytes) 
     return finish(*running);
 }
 
-/// calcHMAC_SHA1(): 20 bytes. The key comes first here; it is of a type of its own, so that the two are not exchanged.
-/// \throws as calcHMAC() does
-inline ul::TBuffer<unsigned char> hmacSHA1(const ul::TCryptBuffer<unsigned char>& key, ul::CBytes message) {
-    ul::TBuffer<unsigned char> out;
+/// calcHMAC_SHA1(): 20 bytes, which wipe themselves, since they may serve as a key. The key comes first here; it is of
+/// a type of its own, so that the two are not exchanged. \throws as calcHMAC() does
+inline ul::TCryptBuffer<unsigned char> hmacSHA1(const ul::TCryptBuffer<unsigned char>& key, ul::CBytes message) {
+    ul::TCryptBuffer<unsigned char> out;
     calcHMAC_SHA1(out, message.data(), message.getIntSize("hmacSHA1"), key.getData(), key.getUsed());
     return out;
 }

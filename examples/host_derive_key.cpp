@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+// Derives a key from a password in a file. Without a salt it draws one, which is stored beside the data.
+#include <sarn/host.h>
+
+#include <iostream>
+
+int main(int count, char** words) try {
+    if (count < 2 || count > 3)
+        throw std::runtime_error("usage: host_derive_key PASSWORD_FILE [SALT_IN_HEX]");
+    const ul::CSecretText password = ul::readSecretLine(ul::path(words[1]));
+    const auto salt = count == 3 ? ul::fromHex(words[2]) : ul::makeRandomBytes(16);
+    const auto key = sarn::deriveKey(password.toUTF8(), salt, 100000, 32);
+    // The key itself is shown to nobody; that it is the same one, this shows.
+    std::cout << "salt  " << ul::toHex(salt) << "\ncheck " << sarn::base64(sarn::hmacSHA1(key, "key check")) << "\n";
+} catch (const std::exception& error) {
+    std::cerr << ul::formatError(error) << "\n";
+    return 1;
+}
