@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Random bytes drawn ahead of use, seen from the system's side: how often it is asked, and what is in the block.
-#include "random_reserve.h"
-#include "system_random.h"
+#include "random/random_reserve.h"
+#include "random/system_random.h"
 
 #include "ul/error.h"
 

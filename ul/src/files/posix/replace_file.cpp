@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "files/file_handle.h"
+#include "files/posix/interrupted_call.h"
+#include "files/posix/native_path.h"
+#include "errors/raise.h"
+
+#include <cerrno>
+#include <cstdio>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace ul {
+
+namespace {
+
+/// A new file in the folder of the one that it is to replace; removed again if it never does.
+///
+/// Everything happens by names in the opened folder: the new name may be longer than the old one where the whole path
+/// has no room for that, and a folder that is exchanged meanwhile changes nothing.
+class Replacement {
+public:
+    explicit Replacement(const CWindowsPath& target);
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+    ~Replacement() {
+        if (m_isLeftOver)
+            ::unlinkat(getFolder(), m_temporaryName.c_str(), 0);
+    }
+
+    void write(const std::string& bytes);
+
+private:
+    int getFolder() const noexcept { return static_cast<int>(m_folder.get()); }
+    int getFile() const noexcept { return static_cast<int>(m_file.get()); }
+    [[noreturn]] void raise(int code) const { raiseFileError("write file", m_file.getPath(), code); }
+
+    void openFolder(const std::string& native);
+    bool tryGetOld(struct stat& old) const;
+    void checkReplaceable(const struct stat& old) const;
+    void create();
+    void takeRights(const struct stat& old);
+
+    std::string m_name;
+    std::string m_temporaryName;
+    FileHandle m_folder;
+    FileHandle m_file;
+    bool m_isLeftOver = false;
+};
+
+Replacement::Replacement(const CWindowsPath& target)
+    : m_temporaryName(makeTemporaryName().toLatin1()), m_folder(target), m_file(target) {
+    const std::string native = toNativePath("write file", target);
+    const std::size_t nameStart = native.rfind('/') + 1;
+    m_name = native.substr(nameStart);
+    if (m_name.empty())
+        raise(EISDIR);
+    openFolder(native.substr(0, nameStart));
+}
+
+void Replacement::openFolder(const std::string& native) {
+    const auto open = [&](int access) {
+        return retryInterrupted([&] { return ::open(native.c_str(), access | O_DIRECTORY | O_CLOEXEC); });
+    };
+    int folder = open(O_RDONLY);
+    // Files can be put into a folder that may not be read; only flushing it is impossible then.
+    if (folder < 0 && errno == EACCES)
+        folder = open(O_PATH);
+    if (folder < 0)
+        raise(errno);
+    m_folder.adopt(folder);
+}
+
+/// The status of what has the name now; false if nothing has.
+bool Replacement::tryGetOld(struct stat& old) const {
+    if (::fstatat(getFolder(), m_name.c_str(), &old, AT_SYMLINK_NOFOLLOW) == 0)
+        return true;
+    if (errno != ENOENT)
+        raise(errno);
+    return false;
+}
+
+void Replacement::checkReplaceable(const struct stat& old) const {
+    if (S_ISDIR(old.st_mode))
+        raise(EISDIR);
+    if (!S_ISREG(old.st_mode))
+        throw CFileError("write file", m_file.getPath(), notRegular, -1);
+    // Renaming asks for the folder's permission only.
+    if (::faccessat(getFolder(), m_name.c_str(), W_OK, AT_EACCESS) != 0)
+        raise(errno);
+}
+
+void Replacement::create() {
+    struct stat old;
+    // A link is replaced whatever it leads to, and gives no rights.
+    const bool isOld = tryGetOld(old) && !S_ISLNK(old.st_mode);
+    if (isOld)
+        checkReplaceable(old);
+    // The rights that somebody else gave would let him do to the caller's file what he could do to his own.
+    const bool isOwn = isOld && old.st_uid == ::geteuid();
+    const mode_t mode = isOwn ? old.st_mode & 0666 : 0666;
+    constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    const int file = retryInterrupted([&] { return ::openat(getFolder(), m_temporaryName.c_str(), flags, mode); });
+    if (file < 0)
+        raise(errno);
+    m_isLeftOver = true;
+    m_file.adopt(file);
+    if (isOwn)
+        takeRights(old);
+}
+
+/// Gives the new file the old one's permission bits, unless they would be those of another group.
+void Replacement::takeRights(const struct stat& old) {
+    struct stat status;
+    if (::fstat(getFile(), &status) != 0)
+        raise(errno);
+    const bool isSameOwner = status.st_uid == old.st_uid && status.st_gid == old.st_gid;
+    if (isSameOwner && ::fchmod(getFile(), old.st_mode & 0777) != 0)
+        raise(errno);
+}
+
+void Replacement::write(const std::string& bytes) {
+    create();
+    m_file.write(bytes.data(), bytes.size());
+    m_file.sync();
+    m_file.close();
+    if (::renameat(getFolder(), m_temporaryName.c_str(), getFolder(), m_name.c_str()) != 0)
+        raise(errno);
+    m_isLeftOver = false;
+    // The new name is on the disk when its folder is. A folder that cannot be flushed is not a failure: the file is
+    // there.
+    retryInterrupted([&] { return ::fsync(getFolder()); });
+}
+
+} // namespace
+
+void replaceFile(const CWindowsPath& target, const std::string& bytes) {
+    Replacement(target).write(bytes);
+}
+
+} // namespace ul

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "files/file_handle.h"
+#include "files/windows/native_path.h"
+#include "errors/raise.h"
+
+#include <windows.h>
+
+namespace ul {
+
+namespace {
+
+/// A new file in the folder of the one that it is to replace; removed again if it never does.
+class Replacement {
+public:
+    explicit Replacement(const CWindowsPath& target)
+        : m_target(toNativePath(target)),
+          m_temporary(m_target.substr(0, m_target.rfind(L'\\') + 1) + makeTemporaryName().toStdWString()),
+          m_file(target) {}
+    Replacement(const Replacement&) = delete;
+    Replacement& operator=(const Replacement&) = delete;
+    ~Replacement() {
+        m_file.close();
+        if (m_isLeftOver)
+            ::DeleteFileW(m_temporary.c_str());
+    }
+
+    void write(const std::string& bytes) {
+        checkReplaceable();
+        create();
+        m_file.write(bytes.data(), bytes.size());
+        m_file.sync();
+        m_file.close();
+        if (!::MoveFileExW(m_temporary.c_str(), m_target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+            raise(::GetLastError());
+        m_isLeftOver = false;
+    }
+
+private:
+    [[noreturn]] void raise(DWORD code) const {
+        raiseFileError("write file", m_file.getPath(), static_cast<int>(code));
+    }
+
+    void checkReplaceable() const {
+        const DWORD attributes = ::GetFileAttributesW(m_target.c_str());
+        // A link is replaced, whatever its attributes are. What cannot be found out is seen when it is replaced.
+        if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
+            return;
+        if ((attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE)) != 0)
+            raise(ERROR_ACCESS_DENIED);
+    }
+
+    void create() {
+        // Permissions come from the folder.
+        constexpr DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+        const HANDLE file = ::CreateFileW(m_temporary.c_str(), GENERIC_WRITE, sharing, nullptr, CREATE_NEW,
+                                          FILE_ATTRIBUTE_NORMAL, nullptr);
+        if (file == INVALID_HANDLE_VALUE)
+            raise(::GetLastError());
+        m_isLeftOver = true;
+        m_file.adopt(reinterpret_cast<std::intptr_t>(file));
+    }
+
+    std::wstring m_target;
+    std::wstring m_temporary;
+    FileHandle m_file;
+    bool m_isLeftOver = false;
+};
+
+} // namespace
+
+void replaceFile(const CWindowsPath& target, const std::string& bytes) {
+    Replacement(target).write(bytes);
+}
+
+} // namespace ul

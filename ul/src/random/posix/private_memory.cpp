@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "random/private_memory.h"
+
+#include <sys/mman.h>
+
+namespace ul {
+
+void* allocatePrivateMemory(std::size_t size) noexcept {
+#ifdef MADV_WIPEONFORK
+    void* const memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED)
+        return nullptr;
+    if (::madvise(memory, size, MADV_WIPEONFORK) == 0) {
+        // What lies there is secret until it is used; a core file must not keep it. Not vital, so a refusal is ignored.
+        ::madvise(memory, size, MADV_DONTDUMP);
+        return memory;
+    }
+    ::munmap(memory, size);
+#else
+    static_cast<void>(size);
+#endif
+    return nullptr;
+}
+
+void freePrivateMemory(void* memory, std::size_t size) noexcept {
+    if (memory)
+        ::munmap(memory, size);
+}
+
+} // namespace ul
