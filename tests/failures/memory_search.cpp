@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "failures/memory_search.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+namespace sarn_test {
+
+namespace {
+
+// Read where it is used, so that the compiler cannot keep unmasked bytes.
+volatile unsigned char mask = 0xA5;
+
+constexpr std::size_t pieceSize = 16;
+
+struct Region {
+    const unsigned char* begin;
+    std::size_t size;
+    std::string name;
+};
+
+/// All memory that can be read and written.
+std::vector<Region> listRegions() {
+    std::vector<Region> regions;
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);) {
+        std::istringstream fields(line);
+        std::uintptr_t begin = 0;
+        std::uintptr_t end = 0;
+        char dash = 0;
+        std::string rights;
+        std::string skipped;
+        std::string name;
+        fields >> std::hex >> begin >> dash >> end >> rights >> skipped >> skipped >> skipped >> name;
+        if (rights.compare(0, 2, "rw") == 0)
+            regions.push_back({reinterpret_cast<const unsigned char*>(begin), end - begin, name});
+    }
+    return regions;
+}
+
+/// A window into the process's memory. It reads by way of the system, because what was listed may have gone meanwhile,
+/// and lies in memory of its own, shared so that the system joins it with no other, which is not looked at.
+class Window {
+public:
+    static constexpr std::size_t size = 1 << 20;
+
+    Window() {
+        void* const memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        m_file = ::open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
+        if (memory == MAP_FAILED || m_file < 0)
+            throw std::runtime_error("the process's memory cannot be read");
+        m_memory = static_cast<unsigned char*>(memory);
+    }
+    Window(const Window&) = delete;
+    Window& operator=(const Window&) = delete;
+    ~Window() {
+        ::munmap(m_memory, size);
+        ::close(m_file);
+    }
+
+    /// Copies what lies at `from`. Returns how many bytes there are.
+    std::size_t read(const unsigned char* from, std::size_t count) {
+        const ssize_t done = ::pread(m_file, m_memory, std::min(count, size),
+                                     static_cast<off_t>(reinterpret_cast<std::uintptr_t>(from)));
+        return done < 0 ? 0 : static_cast<std::size_t>(done);
+    }
+    const unsigned char* getData() const { return m_memory; }
+    bool isWithin(const Region& region) const {
+        return m_memory >= region.begin && m_memory < region.begin + region.size;
+    }
+
+private:
+    unsigned char* m_memory;
+    int m_file;
+};
+
+using CanariesByByte = std::array<std::vector<const Canary*>, 256>;
+
+/// The canaries by the bytes that their pieces begin with.
+CanariesByByte sortByFirstByte(const std::vector<Canary>& canaries) {
+    CanariesByByte sorted;
+    for (const Canary& canary : canaries) {
+        for (const bool ofLastHalf : {false, true})
+            sorted[canary.getFirst(ofLastHalf)].push_back(&canary);
+    }
+    return sorted;
+}
+
+/// Whether a piece of a canary stands in the bytes.
+bool holds(const CanariesByByte& canaries, const unsigned char* data, std::size_t size) {
+    for (std::size_t i = 0; i + pieceSize <= size; ++i) {
+        for (const Canary* const canary : canaries[data[i]]) {
+            if (canary->standsAt(data + i, size - i))
+                return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
+Canary::Canary(unsigned char kind) {
+    for (int i = 0; i < size; ++i) {
+        // Printable, different from place to place, and no null character: it serves as a password too.
+        const auto byte = static_cast<unsigned char>('!' + (kind * 31 + i * i * 7 + i * 3) % 90);
+        m_masked[static_cast<std::size_t>(i)] = static_cast<unsigned char>(byte ^ mask);
+    }
+}
+
+Canary Canary::of(const void* secret) {
+    const auto* const bytes = static_cast<const unsigned char*>(secret);
+    Canary canary(0);
+    for (std::size_t i = 0; i < size; ++i)
+        canary.m_masked[i] = static_cast<unsigned char>(bytes[i] ^ mask);
+    return canary;
+}
+
+void Canary::write(unsigned char* out) const {
+    for (std::size_t i = 0; i < size; ++i)
+        out[i] = static_cast<unsigned char>(m_masked[i] ^ mask);
+}
+
+unsigned char Canary::getFirst(bool ofLastHalf) const {
+    return static_cast<unsigned char>(m_masked[ofLastHalf ? pieceSize : 0] ^ mask);
+}
+
+bool Canary::standsAt(const unsigned char* at, std::size_t available) const {
+    const auto matches = [&](std::size_t start) {
+        for (std::size_t i = 0; i < pieceSize; ++i) {
+            if (at[i] != static_cast<unsigned char>(m_masked[start + i] ^ mask))
+                return false;
+        }
+        return true;
+    };
+    return available >= pieceSize && (matches(0) || matches(pieceSize));
+}
+
+std::vector<std::string> findInMemory(const std::vector<Canary>& canaries) {
+    const CanariesByByte sorted = sortByFirstByte(canaries);
+    std::vector<std::string> places;
+    Window window;
+    for (const Region& region : listRegions()) {
+        if (window.isWithin(region))
+            continue;
+        // Windows overlap by less than a piece, so that none is missed and none counted twice.
+        for (std::size_t offset = 0; offset < region.size; offset += Window::size - pieceSize + 1) {
+            const std::size_t size = window.read(region.begin + offset, region.size - offset);
+            if (holds(sorted, window.getData(), size))
+                places.push_back(region.name.empty() ? "unnamed memory" : region.name);
+        }
+    }
+    return places;
+}
+
+} // namespace sarn_test

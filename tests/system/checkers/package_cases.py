@@ -1,0 +1,107 @@
+# SPDX-License-Identifier: Apache-2.0
+"""What is handed to others: exports, headers, the bill of materials, projects that use the libraries."""
+from case import add
+
+# A library of two functions and its list of exports.
+def build_library(at, source):
+    at.write("library.cpp", source)
+    at.make("{cxx}", "-shared", "-fPIC", "-nostdlib", "-o", "library.so", "library.cpp")
+
+
+def make_library_and_list(at):
+    build_library(at, "namespace ul { int add(int a) { return a; } int sub(int a) { return a; } }")
+    at.make(*EXPORTS, "-DUPDATE=1", "-P", EXPORTS_SCRIPT)
+
+
+def add_foreign_symbol(at):
+    build_library(at, "namespace ul { int add(int a) { return a; } } extern \"C\" int EVP_mine() { return 1; }")
+    at.make(*EXPORTS, "-DUPDATE=1", "-P", EXPORTS_SCRIPT)
+
+
+EXPORTS = ["{cmake}", "-DLIBRARY={work}/library.so", "-DLIST={work}/list.txt", "-DNM={nm}", "-DOBJDUMP={objdump}"]
+EXPORTS_SCRIPT = "{source}/tests/system/package/check_exports.cmake"
+add("Exports", [*EXPORTS, "-P", EXPORTS_SCRIPT], make_library_and_list, [
+    ("SymbolThatIsGone", lambda at: at.append("list.txt", "_ZN2ul3mulEi\n"), r"gone: _ZN2ul3mulEi new:"),
+    ("SymbolThatNobodyListed", lambda at: at.replace("list.txt", r"^_ZN2ul3addEi\n", ""), r"new: _ZN2ul3addEi If"),
+    ("SymbolThatIsNotOurs", add_foreign_symbol, r"exports EVP_mine, which is not its own"),
+])
+
+
+def build_with_initialiser(at):
+    at.write("library.cpp", "struct Object { Object(); int value; }; Object::Object() : value(1) {} Object object;")
+    at.make("{cxx}", "-shared", "-fPIC", "-o", "library.so", "library.cpp")
+
+
+def build_without_initialiser(at):
+    at.write("library.cpp", "int object = 1;")
+    at.make("{cxx}", "-shared", "-fPIC", "-o", "library.so", "library.cpp")
+
+
+add("Initialisers", ["{cmake}", "-DOUTPUT=[.]init_array +00000008 ", "-P", "{source}/tests/support/expect_output.cmake",
+                     "--", "{objdump}", "-h", "-j", ".init_array", "{work}/library.so"], build_without_initialiser, [
+    ("ObjectThatIsConstructedOnLoading", build_with_initialiser, "unexpected output"),
+])
+
+# Public headers.
+HEADERS = "tests/system/package/broken_headers"
+
+
+def choose_header(name):
+    return lambda at: at.make("{cmake}", "-S", f"{{source}}/{HEADERS}", "-B", "build", "-G", "Ninja",
+                              "-DCMAKE_CXX_COMPILER={cxx}", f"-DHEADER={name}")
+
+
+add("HeaderAlone", ["{cmake}", "--build", "build"], choose_header("whole.h"), [
+    ("WithoutAnInclude", choose_header("without_an_include.h"), "'string' in namespace 'std' does not name a type"),
+    ("OfAFileThatIsGone", choose_header("of_a_file_that_is_gone.h"), "moved_away.h: No such file"),
+    ("OfAnUndeclaredType", choose_header("of_an_undeclared_type.h"), "'Undeclared' does not name a type"),
+])
+add("HeaderReaches", ["{cmake}", "-DCXX={cxx}", "-DINCLUDES={openssl_include}", "-DFOLDERS={work}/headers", "-P",
+                      "{source}/tests/system/package/check_public_headers.cmake"],
+    lambda at: at.copy(f"{HEADERS}/include/whole.h", to="headers"), [
+    ("LibcryptoByAnotherHeader",
+     lambda at: at.copy(f"{HEADERS}/reaching/reaches_libcrypto.h", f"{HEADERS}/reaching/on_the_way.h", to="headers"),
+     r"headers/reaches_libcrypto\.h reaches \S*openssl/"),
+    ("Zlib", lambda at: at.append("headers/whole.h", "#include <zlib.h>\n"), r"headers/whole\.h reaches \S*/zlib\.h"),
+    ("NothingForThereAreNone", lambda at: at.remove("headers/whole.h"), "there are no headers in"),
+])
+
+# The bill of materials, whose maker is damaged: a program that calls the real one and then changes what it wrote.
+MAKE_SBOM = """#!/bin/sh
+set -e
+{source}/scripts/make-sbom "$1" "$2"
+"""
+
+
+def change_sbom(change):
+    return lambda at: at.append("make-sbom", f"sed -i '{change}' \"$2\"\n")
+
+
+add("BillOfMaterials", ["{python}", "{source}/tests/system/package/check_sbom.py", "{work}/make-sbom", "{build}",
+                        "{work}/sarn.spdx.json"],
+    lambda at: at.write("make-sbom", MAKE_SBOM.format(**at.values), 0o755), [
+    ("ChecksumThatIsWrong", change_sbom('s/"checksumValue": "./"checksumValue": "x/'), r"AssertionError: \S+\.so"),
+    ("PackageThatIsMissing", change_sbom('s/"name": "zlib"/"name": "another"/'), "AssertionError: .*another"),
+    ("RelationToNothing", change_sbom('s/"relatedSpdxElement": "SPDXRef-zlib"/"relatedSpdxElement": "SPDXRef-none"/'),
+     "AssertionError: .*SPDXRef-none"),
+    ("DateOfItsOwn", change_sbom('s/"created": "2023/"created": "2024/'), "the date is the one that was given"),
+])
+
+# A project that takes this one in as a subdirectory.
+PROJECT = """cmake_minimum_required(VERSION 3.16)
+project(host LANGUAGES NONE)
+include(globals.cmake)
+remember_globals()
+# taken in
+compare_globals()
+"""
+add("ConsumerGlobals", ["{cmake}", "-S", ".", "-B", "build"],
+    lambda at: (at.copy("tests/system/package/consumer/remember_globals.cmake"), at.write("CMakeLists.txt", PROJECT),
+                at.write("globals.cmake", at.read("tests/system/package/consumer/remember_globals.cmake"))), [
+    ("VariableThatChanges", lambda at: at.replace("CMakeLists.txt", "# taken in", "set(CMAKE_CXX_STANDARD 17)"),
+     "CMAKE_CXX_STANDARD was '' and is '17'"),
+    ("OptionOfTheFolder", lambda at: at.replace("CMakeLists.txt", "# taken in", "add_compile_options(-Wall)"),
+     "COMPILE_OPTIONS was '' and is '-Wall'"),
+    ("TargetForDevelopers", lambda at: at.replace("CMakeLists.txt", "# taken in", "add_custom_target(sarn_tests)"),
+     "sarn_tests is built"),
+])

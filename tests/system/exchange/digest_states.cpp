@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "system/exchange/bundle.h"
+#include "support/digest_test_data.h"
+
+namespace sarn_test {
+
+namespace {
+
+// Around the blocks of the hashes and around the longest run that Adler-32 takes without a division.
+constexpr int offsets[] = {0, 1, 55, 56, 63, 64, 65, 127, 128, 1000, 5551, 5552, 5553};
+constexpr int totalSize = 6000;
+
+std::string getName(const char* id, int offset, const char* kind) {
+    return std::string("digest/") + id + "/" + std::to_string(offset) + "/" + kind;
+}
+
+Bytes getFront(const Bytes& bytes, int size) {
+    return Bytes(bytes.begin(), bytes.begin() + size);
+}
+
+Bytes getRest(const Bytes& bytes, int size) {
+    return Bytes(bytes.begin() + size, bytes.end());
+}
+
+} // namespace
+
+void addDigestStates(Bundle& bundle) {
+    const Bytes data = makePattern(totalSize);
+    for (const char* const id : digestIDs) {
+        for (const int offset : offsets) {
+            const ul::P<sarn::IDigest> digest = createDigest(id);
+            feed(*digest, getFront(data, offset));
+            bundle.exact[getName(id, offset, "running")] = storeState(*digest);
+            digest->finish();
+            bundle.exact[getName(id, offset, "finished")] = storeState(*digest);
+        }
+    }
+}
+
+int checkDigestStates(const Bundle& bundle) {
+    const Bytes data = makePattern(totalSize);
+    int count = 0;
+    for (const char* const id : digestIDs) {
+        const Bytes whole = getDigest(id, data);
+        for (const int offset : offsets) {
+            const std::string running = getName(id, offset, "running");
+            const ul::P<sarn::IDigest> digest = createDigest(id);
+            require(loadState(*digest, getItem(bundle.exact, running)) == 0, running);
+            feed(*digest, getRest(data, offset));
+            require(finish(*digest) == whole, running);
+
+            const std::string finished = getName(id, offset, "finished");
+            require(loadState(*digest, getItem(bundle.exact, finished)) == 0, finished);
+            require(getResult(*digest) == getDigest(id, getFront(data, offset)), finished);
+            count += 2;
+        }
+    }
+    return count;
+}
+
+} // namespace sarn_test

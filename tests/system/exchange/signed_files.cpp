@@ -1,0 +1,88 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "system/exchange/bundle.h"
+#include "support/key_files.h"
+#include "support/temp_folder.h"
+
+#include "sarn/encoding.h"
+#include "sarn/signature.h"
+#include "sarn/signed_config.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+namespace sarn_test {
+
+namespace {
+
+constexpr const char* keys[] = {"rsa1024", "rsa2048", "rsa3072", "rsa4096", "dsa1024", "dsa2048"};
+constexpr int sizes[] = {0, 1, 8191, 8192, 8193, 16384, 100000};
+constexpr char config[] = "top=0\n[backup]\nfolder=\xC3\xBC\nkeep/days=30\n";
+
+struct ConfigForm {
+    const char* name;
+    bool isBase64;
+};
+
+constexpr ConfigForm configForms[] = {{"plain.ini", false}, {"base64.ini", true}};
+
+ul::CWindowsPath getPath(const std::string& folder, const std::string& name) {
+    return TempFolder::toPath(std::filesystem::absolute(std::filesystem::u8path(folder + "/" + name)));
+}
+
+void write(const std::string& folder, const std::string& name, const std::string& content) {
+    std::ofstream(folder + "/" + name, std::ios::binary)
+        .write(content.data(), static_cast<std::streamsize>(content.size()));
+}
+
+void sign(const std::string& folder, const std::string& file, const std::string& key,
+          const std::string& signatureFile) {
+    ul::TBuffer<unsigned char> signature;
+    sarn::createFileSignature_RSA_SHA1(getPath(folder, file), readKey(key), signature);
+    sarn::storeSignatureBase64(getPath(folder, signatureFile), signature);
+}
+
+std::string getDataName(int size) {
+    return "data" + std::to_string(size);
+}
+
+} // namespace
+
+void writeSignedFiles(const std::string& folder) {
+    for (const int size : sizes) {
+        const std::string name = getDataName(size);
+        const Bytes data = makePattern(size);
+        write(folder, name, std::string(data.begin(), data.end()));
+        for (const char* const key : keys)
+            sign(folder, name, key, name + "." + key + ".sig");
+    }
+    for (const ConfigForm& form : configForms) {
+        const ul::String text = sarn::base64Encode(config, sizeof(config) - 1, true, true);
+        write(folder, form.name, form.isBase64 ? text.toLatin1() : config);
+        sign(folder, form.name, "rsa2048", std::string(form.name) + ".sig");
+    }
+}
+
+int checkSignedFiles(const std::string& folder) {
+    for (const int size : sizes) {
+        const std::string name = getDataName(size);
+        for (const char* const key : keys) {
+            const std::string signatureName = name + "." + key + ".sig";
+            require(sarn::verifyFileSignature_RSA_SHA1(getPath(folder, name), readPublicKey(key),
+                                                       getPath(folder, signatureName)),
+                    signatureName);
+        }
+        require(!sarn::verifyFileSignature_RSA_SHA1(getPath(folder, name), readPublicKey("rsa2048"),
+                                                    getPath(folder, name + ".rsa1024.sig")),
+                name + " with the signature of another key");
+    }
+    for (const ConfigForm& form : configForms) {
+        sarn::CSignedConfig content(getPath(folder, form.name), readPublicKey("rsa2048"), form.isBase64);
+        require(content.getValue("backup/folder").toUTF8() == "\xC3\xBC", form.name);
+        require(content.getValue("backup/keep/days") == "30", form.name);
+        require(content.getValue("top") == "0", form.name);
+    }
+    return static_cast<int>(std::size(sizes) * std::size(keys) + std::size(configForms));
+}
+
+} // namespace sarn_test

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: Apache-2.0
+// A host that knows the library only through a module that it loads and unloads again and again, and that ends from a
+// thread which is not its first one.
+#include "system/modules/module.h"
+#include "system/modules/shared_library.h"
+
+#include <cstdlib>
+#include <iostream>
+#include <string>
+#include <thread>
+
+namespace {
+
+bool useModule(const std::string& path) {
+    const sarn_test::SharedLibrary library(path);
+    return library.find<const sarn_test::Module* (*)()>("getModule")()->useEveryFamily();
+}
+
+} // namespace
+
+int main(int count, char** words) {
+    if (count != 3) {
+        std::cerr << "usage: load_and_unload MODULE TIMES\n";
+        return 2;
+    }
+    const std::string path = words[1];
+    for (int times = std::stoi(words[2]); times > 0; --times) {
+        if (!useModule(path)) {
+            std::cerr << "wrong result\n";
+            return 1;
+        }
+    }
+    std::thread last([&] {
+        const sarn_test::SharedLibrary library(path);
+        const auto* const module = library.find<const sarn_test::Module* (*)()>("getModule")();
+        std::exit(module->useEveryFamily() ? 0 : 1);
+    });
+    last.join();
+    return 1;
+}

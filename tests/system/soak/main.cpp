@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+// Threads, forks, first uses and ends of processes, as many as asked for: sarn_soak threads|forks|first-use|ends COUNT
+#include "system/soak/ends.h"
+#include "system/soak/first_use.h"
+#include "system/soak/forks.h"
+#include "system/soak/operations.h"
+
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <mutex>
+#include <string>
+#include <thread>
+
+namespace {
+
+using namespace sarn_soak;
+
+constexpr int threadCount = 64;
+
+/// `count` checked operations on 64 threads. Returns how many initialisation vectors they drew.
+std::size_t runThreads(long count) {
+    const Shared shared;
+    std::atomic<long> left{count};
+    std::mutex mutex;
+    std::vector<IV> all;
+    std::exception_ptr error;
+    const auto work = [&](unsigned seed) {
+        std::mt19937 random(seed);
+        std::vector<IV> ivs;
+        try {
+            while (--left >= 0)
+                shared.use(random, ivs);
+        } catch (...) {
+            const std::lock_guard<std::mutex> lock(mutex);
+            error = std::current_exception();
+            left = 0;
+        }
+        const std::lock_guard<std::mutex> lock(mutex);
+        all.insert(all.end(), ivs.begin(), ivs.end());
+    };
+    std::vector<std::thread> threads;
+    for (unsigned i = 0; i < threadCount; ++i)
+        threads.emplace_back(work, i);
+    for (std::thread& thread : threads)
+        thread.join();
+    if (error)
+        std::rethrow_exception(error);
+    checkNoneIsRepeated(all);
+    return all.size();
+}
+
+int run(const std::string& what, long count) {
+    if (what == "threads") {
+        const auto start = std::chrono::steady_clock::now();
+        const std::size_t drawn = runThreads(count);
+        const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
+        std::printf(
+            "%ld checked operations on %d threads in %.1f s, none wrong; %zu initialisation vectors, none twice\n",
+            count, threadCount, time.count(), drawn);
+    } else if (what == "forks") {
+        const std::size_t drawn = runForks(static_cast<int>(count));
+        std::printf("%ld forks at random moments, no hang; %zu draws of parent and children, none twice\n", count,
+                    drawn);
+    } else if (what == "first-use") {
+        runFirstUses(static_cast<int>(count), threadCount);
+        std::printf("%ld processes in which %d threads first used every process-wide object at once, none wrong\n",
+                    count, threadCount);
+    } else if (what == "ends") {
+        runEnds(static_cast<int>(count));
+        std::printf("%ld processes whose main returned while four threads encrypted, none ended abnormally\n", count);
+    } else {
+        return 2;
+    }
+    return 0;
+}
+
+} // namespace
+
+int main(int count, char** arguments) {
+    try {
+        const int status = count == 3 ? run(arguments[1], std::atol(arguments[2])) : 2;
+        if (status == 2)
+            std::fprintf(stderr, "usage: sarn_soak threads|forks|first-use|ends COUNT\n");
+        return status;
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return 1;
+    }
+}

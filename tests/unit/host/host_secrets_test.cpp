@@ -1,0 +1,133 @@
+// SPDX-License-Identifier: Apache-2.0
+// Keys, pass phrases and plaintexts stand nowhere in the process once the short forms that held them have gone.
+#include "failures/memory_search.h"
+#include "support/temp_folder.h"
+
+#include "sarn/host.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <memory>
+#include <string>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace sarn_test {
+
+namespace {
+
+using Key = ul::TCryptBuffer<unsigned char>;
+
+constexpr int textSize = 64;
+
+/// A text that is known to this object alone, and only masked.
+class SecretText {
+public:
+    SecretText() {
+        Key text = makeText();
+        m_narrow = std::make_unique<Canary>(Canary::of(text.getData()));
+        Key wide(Canary::size, 0);
+        for (int i = 0; wide.getUsed() < Canary::size; ++i) {
+            const wchar_t character = text.getData()[i];
+            wide.insert(wide.getUsed(), &character, sizeof character);
+        }
+        m_wide = std::make_unique<Canary>(Canary::of(wide.getData()));
+        const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        EXPECT_EQ(::write(file, text.getData(), textSize), textSize);
+        ::close(file);
+    }
+
+    ul::CWindowsPath getPath() const { return ul::path(path); }
+
+    void expectThere() const { EXPECT_FALSE(findInMemory(*m_narrow).empty() && findInMemory(*m_wide).empty()); }
+
+    void expectGone() const {
+        for (const Canary* const canary : {m_narrow.get(), m_wide.get()})
+            for (const std::string& place : findInMemory(*canary))
+                ADD_FAILURE() << (canary == m_wide.get() ? "the wide secret" : "the secret") << " stands in " << place;
+    }
+
+private:
+    static Key makeText() {
+        Key text = ul::makeRandomBytes(textSize);
+        std::transform(text.getData(), text.getData() + textSize, text.getData(),
+                       [](unsigned char byte) { return static_cast<unsigned char>('A' + byte % 50); });
+        return text;
+    }
+
+    const TempFolder folder;
+    const std::filesystem::path path = folder.getNative("secret");
+    std::unique_ptr<Canary> m_narrow;
+    std::unique_ptr<Canary> m_wide;
+};
+
+} // namespace
+
+TEST(SecretsOfHosts, ReadAsTextAndUsed_AreGoneAfterwards) {
+    const SecretText secret;
+    {
+        const ul::CSecretText text = ul::readSecretTextFile(secret.getPath());
+        const ul::CSecretText line = ul::readSecretLine(secret.getPath());
+        sarn::deriveKey(text.toUTF8(), "salt", 2, 32);
+        sarn::checkPassPhrase(line);
+        secret.expectThere();
+    }
+    secret.expectGone();
+}
+
+TEST(SecretsOfHosts, ReadAsBytes_AreGoneAfterwards) {
+    const SecretText secret;
+    {
+        const Key key = ul::readSecretFile(secret.getPath());
+        sarn::hmacSHA1(key, "message");
+        sarn::hmacSHA1(ul::toCryptBuffer(key), "message");
+        secret.expectThere();
+    }
+    secret.expectGone();
+}
+
+TEST(SecretsOfHosts, PlaintextOfStreams_IsGoneAfterwards) {
+    for (const char* const id : {"aes256cbc", "bfcbc"}) {
+        const SecretText secret;
+        const Key key = ul::makeRandomBytes(id[0] == 'a' ? 32 : 16);
+        const std::string filler(3000000, 'f');
+        {
+            sarn::CStreamEncryptor encryptor(id, key);
+            sarn::CStreamDecryptor decryptor(id, key);
+            const auto send = [&](ul::CBytes bytes) { decryptor.update(encryptor.update(bytes)); };
+            // The secret waits for others, then it is in a result, then in one that must grow.
+            send(ul::readSecretFile(secret.getPath()));
+            send(filler);
+            send(ul::readSecretFile(secret.getPath()));
+            decryptor.update(encryptor.finish());
+            decryptor.finish();
+            secret.expectThere();
+        }
+        secret.expectGone();
+        const auto encrypted = sarn::encrypt(id, key, ul::readSecretFile(secret.getPath()));
+        EXPECT_EQ(sarn::decrypt(id, key, encrypted).getUsed(), textSize);
+        secret.expectGone();
+    }
+}
+
+TEST(SecretsOfHosts, PlaintextInAResultThatGrows_DoesNotStayInTheOldBlock) {
+    const SecretText secret;
+    const Key key = ul::makeRandomBytes(32);
+    sarn::CStreamEncryptor encryptor("aes256cbc", key);
+    ul::TBuffer<unsigned char> encrypted;
+    const auto add = [&](ul::CBytes bytes) {
+        encrypted.insert(encrypted.getUsed(), bytes.data(), static_cast<int>(bytes.size()));
+    };
+    add(encryptor.update(ul::readSecretFile(secret.getPath())));
+    add(encryptor.update(std::string(3000000, 'f')));
+    sarn::CStreamDecryptor decryptor("aes256cbc", key);
+    decryptor.update({encrypted.getData(), 200});
+    secret.expectThere();
+    decryptor.update({encrypted.getData() + 200, encrypted.getUsed() - 200});
+    secret.expectGone();
+}
+
+} // namespace sarn_test
