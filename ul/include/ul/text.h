@@ -3,6 +3,7 @@
 /// Text of today's programs, which is UTF-8, and names of files. Header-only.
 #pragma once
 
+#include "ul/error.h"
 #include "ul/path.h"
 #include "ul/string.h"
 
