@@ -123,6 +123,7 @@ bool operator<(const P<T>& left, const P<T>& right) noexcept {
 /// \throws std::bad_alloc if there is no memory, and whatever the constructor throws; nothing leaks then.
 template <class T, class... Args>
 P<T> make(Args&&... args) {
+    static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__, "the allocator knows no larger alignment");
     return P<T>::adopt(new (CBase::RawNew{}) T(std::forward<Args>(args)...));
 }
 

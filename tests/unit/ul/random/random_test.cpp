@@ -22,6 +22,28 @@ Block draw() {
     return block;
 }
 
+Block drawWithoutTheMutex() {
+    Block block{};
+    ul::CMTRand::getGlobal()->randData(block.data(), 16);
+    return block;
+}
+
+void expectDifferentBlocksOnThreads(Block (*drawBlock)()) {
+    std::vector<std::vector<Block>> drawn(8);
+    std::vector<std::thread> threads;
+    for (std::vector<Block>& blocks : drawn)
+        threads.emplace_back([&blocks, drawBlock] {
+            for (int i = 0; i < 1000; ++i)
+                blocks.push_back(drawBlock());
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    std::set<Block> all;
+    for (const std::vector<Block>& blocks : drawn)
+        all.insert(blocks.begin(), blocks.end());
+    EXPECT_EQ(all.size(), 8000U);
+}
+
 } // namespace
 
 TEST(CMTRand, Global_IsTheSameInstanceAndMutexEveryTime) {
@@ -73,18 +95,10 @@ TEST(CMTRand, LargeRequests_AreFilledToTheEnd) {
     EXPECT_LT(zeros, 512) << "256 are to be expected";
 }
 
+TEST(CMTRand, BlocksOfManyThreadsWithoutTheMutex_AreAllDifferent) {
+    expectDifferentBlocksOnThreads(drawWithoutTheMutex);
+}
+
 TEST(CMTRand, BlocksOfManyThreads_AreAllDifferent) {
-    std::vector<std::vector<Block>> drawn(8);
-    std::vector<std::thread> threads;
-    for (std::vector<Block>& blocks : drawn)
-        threads.emplace_back([&blocks] {
-            for (int i = 0; i < 1000; ++i)
-                blocks.push_back(draw());
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    std::set<Block> all;
-    for (const std::vector<Block>& blocks : drawn)
-        all.insert(blocks.begin(), blocks.end());
-    EXPECT_EQ(all.size(), 8000U);
+    expectDifferentBlocksOnThreads(draw);
 }
