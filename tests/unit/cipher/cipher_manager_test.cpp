@@ -117,6 +117,34 @@ TEST(CCipherManager, AddCipher_ThatEndsACipherWhichUsesTheRegistry_DoesNotLockUp
     EXPECT_TRUE(manager.findCipher("null"));
 }
 
+TEST(CCipherManager, Dispose_OfCiphersThatUseTheRegistryAsTheyEnd_FindsItEmptyAndKeepsWhatTheyAdd) {
+    class LastWishCipher : public sarn::CCipher_Null {
+    public:
+        LastWishCipher(sarn::CCipherManager& manager, int number, int& found)
+            : m_manager(manager), m_number(number), m_found(found) {}
+        LastWishCipher(const LastWishCipher&) = delete;
+        LastWishCipher& operator=(const LastWishCipher&) = delete;
+        ~LastWishCipher() override {
+            m_found += m_manager.findCipher("aes256cbc") ? 1 : 0;
+            m_manager.addCipher(ul::make<sarn::CCipher_Null>().get());
+        }
+        ul::String getID() override { return "wish " + ul::toString(m_number); }
+
+    private:
+        sarn::CCipherManager& m_manager;
+        int m_number;
+        int& m_found;
+    };
+    const auto manager = ul::make<sarn::CCipherManager>();
+    int found = 0;
+    for (int i = 0; i < 9; ++i)
+        manager->addCipher(ul::make<LastWishCipher>(*manager, i, found).get());
+    (manager.get()->*(&ManagerAccess::dispose))();
+    EXPECT_EQ(found, 0);
+    EXPECT_TRUE(manager->findCipher("null"));
+    EXPECT_FALSE(manager->findCipher("wish 0"));
+}
+
 TEST(CCipherManager, Dispose_ReleasesEveryCipher) {
     int living = 0;
     const auto manager = ul::make<sarn::CCipherManager>();
