@@ -17,16 +17,24 @@ namespace sarn {
 
 /// A symmetric cipher. It keeps no state between calls: any number of threads may use one object at once.
 ///
-/// The four data operations share their arguments. All sizes are in bytes.
+/// The four data operations share their arguments. All sizes are in bytes and are `int`: a host that has more than
+/// 2^31 - 1 bytes works in pieces.
 /// - `key`: the key; its used size must be getKeySize(). It is neither copied nor wiped.
 /// - `data`, `size`: the input.
-/// - `out`: receives the result, ahead of which nothing is touched. The result replaces the content if `append` is
+/// - `out`: receives the result, before which nothing is touched. The result replaces the content if `append` is
 ///   false, else it follows what `out` holds. The block grows at most once.
 /// - `iv`: initialisation vector of getIVSize() bytes, or null, which each operation reads in its own way. It may lie
 ///   in `out`.
 ///
-/// `data` may lie in `out` if it ends before the place of the result or starts exactly there, and if `out` need not
-/// grow. An argument that is refused leaves `out` untouched; after any other error its content is undefined.
+/// `data` may lie in `out` if `out` need not grow and the data end before the place of the result, or start exactly
+/// where what is made of them goes: for encrypt() without `iv` that is behind the room for the IV. Of what decrypt() is
+/// given without `iv` the first getIVSize() bytes are not data in this sense.
+///
+/// All operations throw ul::CInvalidArgError for a key of another size, a size below zero or a result of more than
+/// 2^31 - 1 bytes, for `data` or `key` in the way of `out`, and for a missing or short `iv`: `out` is untouched then.
+/// They throw ul::CError if the data cannot be processed: what `out` held before the result is still there, the used
+/// size and the rest are undefined. A wrong key is no error by itself: decrypt() notices it by the padding, which one
+/// wrong key in 256 passes by chance.
 class SARN_EXPORT ICipher : public virtual ul::IBase {
 public:
     ICipher();
@@ -67,13 +75,17 @@ public:
 /// A cipher over one of libcrypto's CBC ciphers.
 ///
 /// Beside the errors of each operation all raise ul::CInvalidArgError "invalid key size" first of all, "invalid input
-/// data size" for a negative size, "input data is too large" if the result would exceed 2^31 - 1 bytes, and "input
-/// overlaps output" if the input lies in `out` where it would be overwritten before it is read; ul::CError "OpenSSL
-/// encrypt init error." if libcrypto refuses the cipher, on the decrypting paths as well.
+/// data size" for a negative size, "input data is too large" if the result could exceed 2^31 - 1 bytes, "key overlaps
+/// output" if `out` is the key, and "input overlaps output" if the input lies in `out` where it would be overwritten
+/// before it is read; ul::CError "OpenSSL encrypt init error." if libcrypto refuses the cipher, on the decrypting paths
+/// as well.
 class SARN_EXPORT COpenSSLCipher : public ul::CBase, public virtual ICipher {
 public:
     /// \param cipher libcrypto's description of the cipher, which must outlive this object
     /// \param id     the identifier
+    /// \throws ul::CInvalidArgError "cipher cannot be NULL"; "cipher is not in CBC mode", also of one that
+    /// authenticates;
+    ///         "IV is too long" if it takes more than 16 bytes
     COpenSSLCipher(const EVP_CIPHER* cipher, const ul::String& id);
     COpenSSLCipher(const COpenSSLCipher&);
     COpenSSLCipher(COpenSSLCipher&&);
@@ -86,7 +98,8 @@ public:
     int getIVSize() const override;
     int getBlockSize() const override;
 
-    /// \throws ul::CError "OpenSSL encrypt error."
+    /// \throws ul::CError "OpenSSL encrypt error."; "Random bytes are not available." with "reason" if `iv` is null and
+    ///         the system has none to give
     void encrypt(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
                  ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
 
@@ -170,8 +183,9 @@ public:
     CCipher_IDEACBC& operator=(CCipher_IDEACBC&&);
 };
 
-/// "null": copies data unchanged. It takes a key and an initialisation vector of any size and ignores them; its sizes
-/// are 0, 0 and a block of 1 byte.
+/// "null": copies data unchanged, wherever they lie. It takes a key and an initialisation vector of any size and
+/// ignores them; its sizes are 0, 0 and a block of 1 byte. It refuses what no cipher can work with, with
+/// COpenSSLCipher's messages: a negative size, a result of more than 2^31 - 1 bytes, and the key as `out`.
 class SARN_EXPORT CCipher_Null : public ul::CBase, public virtual ICipher {
 public:
     CCipher_Null();
@@ -197,7 +211,8 @@ public:
 };
 
 /// The process-wide registry of ciphers by identifier. It starts with "aes256cbc", "aes128cbc", "bfcbc", "cast128cbc"
-/// and "null". Identifiers are compared exactly, case included. All operations are safe from any thread.
+/// and "null". Identifiers are compared exactly, case included. All operations are safe from any thread, but for
+/// dispose() and disposeGlobalInstance().
 class SARN_EXPORT CCipherManager : public ul::CBase {
 public:
     /// The registry, created on first use.
@@ -209,7 +224,8 @@ public:
     ~CCipherManager() override;
 
     /// Registers `cipher` under its identifier, in place of the one that stood there. The registry adds a reference of
-    /// its own.
+    /// its own. Other threads wait while getID() and the destructor of the replaced cipher run: neither may wait for a
+    /// thread that uses the registry.
     /// \throws ul::CInvalidArgError "cipher cannot be NULL"; whatever getID() of `cipher` throws. The registry is
     ///         unchanged then.
     void addCipher(ICipher* cipher);
@@ -225,7 +241,7 @@ protected:
     /// Drops all ciphers. Takes no lock: no other thread may use the registry meanwhile.
     void dispose();
 
-    /// Drops all ciphers of the process-wide registry, which stays empty from then on. Takes no lock.
+    /// Drops all ciphers of the process-wide registry, which stays empty but for what the host adds. Takes no lock.
     static void disposeGlobalInstance();
 
 private:

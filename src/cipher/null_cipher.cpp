@@ -1,13 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "sarn/cipher.h"
 
+#include "cipher/arguments.h"
+
 namespace sarn {
 
 namespace {
 
-void copy(const void* data, int size, ul::TBuffer<unsigned char>& out, bool append) {
+void copy(const char* where, const Key& key, const void* data, int size, Buffer& out, bool append) {
+    const int start = getStart(out, append);
+    checkArguments(where, key, size, out, start, size);
     if (append)
-        out.insert(out.getUsed(), data, size);
+        out.insert(start, data, size);
     else
         out.init(static_cast<const unsigned char*>(data), size);
 }
@@ -40,24 +44,22 @@ int CCipher_Null::getBlockSize() const {
     return 1;
 }
 
-void CCipher_Null::encrypt(const ul::TCryptBuffer<unsigned char>&, const void* data, int size,
-                           ul::TBuffer<unsigned char>& out, bool append, const unsigned char*) {
-    copy(data, size, out, append);
+void CCipher_Null::encrypt(const Key& key, const void* data, int size, Buffer& out, bool append, const unsigned char*) {
+    copy("CCipher_Null::encrypt", key, data, size, out, append);
 }
 
-void CCipher_Null::decrypt(const ul::TCryptBuffer<unsigned char>&, const void* data, int size,
-                           ul::TBuffer<unsigned char>& out, bool append, const unsigned char*) {
-    copy(data, size, out, append);
+void CCipher_Null::decrypt(const Key& key, const void* data, int size, Buffer& out, bool append, const unsigned char*) {
+    copy("CCipher_Null::decrypt", key, data, size, out, append);
 }
 
-void CCipher_Null::encryptWithoutPadding(const ul::TCryptBuffer<unsigned char>&, const void* data, int size,
-                                         ul::TBuffer<unsigned char>& out, bool append, const unsigned char*) {
-    copy(data, size, out, append);
+void CCipher_Null::encryptWithoutPadding(const Key& key, const void* data, int size, Buffer& out, bool append,
+                                         const unsigned char*) {
+    copy("CCipher_Null::encryptWithoutPadding", key, data, size, out, append);
 }
 
-void CCipher_Null::decryptWithoutPadding(const ul::TCryptBuffer<unsigned char>&, const void* data, int size,
-                                         ul::TBuffer<unsigned char>& out, bool append, const unsigned char*) {
-    copy(data, size, out, append);
+void CCipher_Null::decryptWithoutPadding(const Key& key, const void* data, int size, Buffer& out, bool append,
+                                         const unsigned char*) {
+    copy("CCipher_Null::decryptWithoutPadding", key, data, size, out, append);
 }
 
 } // namespace sarn

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "sarn/cipher.h"
 
+#include "cipher/arguments.h"
 #include "frame/error_queue_mark.h"
 #include "frame/openssl_owners.h"
 #include "frame/overlap.h"
@@ -22,10 +23,8 @@ namespace sarn {
 
 namespace {
 
-using Key = ul::TCryptBuffer<unsigned char>;
-using Buffer = ul::TBuffer<unsigned char>;
-
-constexpr char encryptInitFailed[] = "OpenSSL encrypt init error.";
+// Also on decrypting paths: hosts match this text.
+constexpr char initFailed[] = "OpenSSL encrypt init error.";
 constexpr char encryptFailed[] = "OpenSSL encrypt error.";
 constexpr char decryptFailed[] = "OpenSSL decrypt error.";
 
@@ -49,30 +48,31 @@ IVCopy copyIV(const unsigned char* iv, int ivSize) {
     return copy;
 }
 
-int getStart(const Buffer& out, bool append) {
-    return append ? out.getUsed() : 0;
-}
-
-/// Refuses input that cannot be processed whatever the cipher.
+/// Refuses what cannot be processed whatever the cipher.
 /// \param start      where the operation begins to write in `out`
 /// \param position   where the first byte made from the input goes
 /// \param outputSize how many bytes it may write from `start` on
 void checkRoom(const char* where, const Key& key, const Input& input, const Buffer& out, int start, int position,
                long long outputSize) {
-    if (input.size < 0)
-        raiseInvalidArg(where, "invalid input data size");
-    if (start + outputSize > INT_MAX)
-        raiseInvalidArg(where, "input data is too large");
-    if (&key == &out)
-        raiseInvalidArg(where, "key overlaps output");
+    checkArguments(where, key, input.size, out, start, outputSize);
     if (!overlaps(input.data, input.size, out))
         return;
-    const auto* const begin = static_cast<const unsigned char*>(static_cast<const void*>(input.data));
     const bool mustGrow = start + outputSize > out.getAllocated();
-    const bool isBefore = begin + input.size <= out.getData() + start;
-    const bool isInPlace = begin == out.getData() + position;
+    const bool isBefore = input.data + input.size <= out.getData() + start;
+    const bool isInPlace = input.data == out.getData() + position;
     if (mustGrow || !(isBefore || isInPlace))
         raiseInvalidArg(where, "input overlaps output");
+}
+
+void checkDescription(const EVP_CIPHER* cipher) {
+    constexpr char where[] = "COpenSSLCipher::COpenSSLCipher";
+    if (!cipher)
+        raiseInvalidArg(where, "cipher cannot be NULL");
+    // What authenticates would drop its tag, and data without it cannot be decrypted.
+    if (EVP_CIPHER_mode(cipher) != EVP_CIPH_CBC_MODE || (EVP_CIPHER_flags(cipher) & EVP_CIPH_FLAG_AEAD_CIPHER) != 0)
+        raiseInvalidArg(where, "cipher is not in CBC mode");
+    if (EVP_CIPHER_iv_length(cipher) > EVP_MAX_IV_LENGTH)
+        raiseInvalidArg(where, "IV is too long");
 }
 
 CipherContextPtr createContext() {
@@ -97,6 +97,7 @@ void checkTotal(const char* message, int written, int expected) {
 
 COpenSSLCipher::COpenSSLCipher(const EVP_CIPHER* cipher, const ul::String& id) {
     COpenSSLInit::ensureInitialized();
+    checkDescription(cipher);
     m_cipher = cipher;
     m_id = id;
     m_keySize = EVP_CIPHER_key_length(cipher);
@@ -142,6 +143,8 @@ void COpenSSLCipher::encrypt(const Key& key, const void* data, int size, Buffer&
                              const unsigned char* iv) {
     constexpr char where[] = "COpenSSLCipher::encrypt";
     checkKey(key, where);
+    // Unlike the operations without padding, the padded pair creates its context before it looks at the other
+    // arguments.
     ErrorQueueMark mark;
     const CipherContextPtr context = createContext();
     const Input input(data, size);
@@ -150,18 +153,18 @@ void COpenSSLCipher::encrypt(const Key& key, const void* data, int size, Buffer&
     const long long outputSize = static_cast<long long>(size) + m_blockSize + ownIVSize;
     checkRoom(where, key, input, out, start, start + ownIVSize, outputSize);
 
+    // Copied before the block moves, in which it may lie.
     IVCopy ivCopy;
-    if (iv) {
+    if (iv)
         ivCopy = copyIV(iv, m_ivSize);
-        out.ensureAllocated(start + static_cast<int>(outputSize));
-    } else {
-        out.ensureAllocated(start + static_cast<int>(outputSize));
+    out.ensureAllocated(start + static_cast<int>(outputSize));
+    if (!iv) {
         fillWithRandomBytes(out.getData() + start, m_ivSize);
         ivCopy = copyIV(out.getData() + start, m_ivSize);
         start += m_ivSize;
     }
     if (!context || !EVP_EncryptInit(context.get(), m_cipher, key.getData(), ivCopy.data()))
-        mark.raise(encryptInitFailed);
+        mark.raise(initFailed);
 
     int written = 0;
     if (input.size > 0 && !EVP_EncryptUpdate(context.get(), out.getData() + start, &written, input.data, input.size))
@@ -176,6 +179,7 @@ void COpenSSLCipher::decrypt(const Key& key, const void* data, int size, Buffer&
                              const unsigned char* iv) {
     constexpr char where[] = "COpenSSLCipher::decrypt";
     checkKey(key, where);
+    // Before the other arguments are looked at, as in encrypt().
     ErrorQueueMark mark;
     const CipherContextPtr context = createContext();
     Input input(data, size);
@@ -186,11 +190,14 @@ void COpenSSLCipher::decrypt(const Key& key, const void* data, int size, Buffer&
         input = Input(input.data + m_ivSize, size - m_ivSize);
     }
     const int start = getStart(out, append);
-    const long long outputSize = static_cast<long long>(m_blockSize) + input.size;
+    // libcrypto is given room for a block more, but never writes more than it reads: the last sizes go without.
+    long long outputSize = static_cast<long long>(m_blockSize) + input.size;
+    if (start + outputSize > INT_MAX)
+        outputSize = std::max(INT_MAX - start, input.size);
     checkRoom(where, key, input, out, start, start, outputSize);
 
     if (!context || !EVP_DecryptInit(context.get(), m_cipher, key.getData(), iv))
-        mark.raise(encryptInitFailed);
+        mark.raise(initFailed);
     out.ensureAllocated(start + static_cast<int>(outputSize));
 
     int written = 0;
@@ -209,14 +216,14 @@ void COpenSSLCipher::encryptWithoutPadding(const Key& key, const void* data, int
     if (!iv)
         raiseInvalidArg(where, "IV cannot be NULL");
     const int start = getStart(out, append);
-    if (size == 0) {
-        out.setUsed(start);
-        return;
-    }
     const Input input(data, size);
     const long long filled = static_cast<long long>(size) - 1 + m_blockSize;
     const long long paddedSize = filled - filled % m_blockSize;
     checkRoom(where, key, input, out, start, start, paddedSize);
+    if (size == 0) {
+        out.setUsed(start);
+        return;
+    }
     const int expected = static_cast<int>(paddedSize);
 
     ErrorQueueMark mark;
@@ -225,7 +232,7 @@ void COpenSSLCipher::encryptWithoutPadding(const Key& key, const void* data, int
     out.setUsed(start + expected);
     if (!context || !EVP_EncryptInit(context.get(), m_cipher, key.getData(), ivCopy.data()) ||
         !EVP_CIPHER_CTX_set_padding(context.get(), 0))
-        mark.raise(encryptInitFailed);
+        mark.raise(initFailed);
 
     unsigned char* const result = out.getData() + start;
     int total = 0;
@@ -251,18 +258,18 @@ void COpenSSLCipher::decryptWithoutPadding(const Key& key, const void* data, int
     if (size % m_blockSize != 0)
         raiseInvalidArg(where, "data size must be a multiple of the block size");
     const int start = getStart(out, append);
+    const Input input(data, size);
+    checkRoom(where, key, input, out, start, start, input.size);
     if (size == 0) {
         out.setUsed(start);
         return;
     }
-    const Input input(data, size);
-    checkRoom(where, key, input, out, start, start, input.size);
 
     ErrorQueueMark mark;
     const CipherContextPtr context = createContext();
     if (!context || !EVP_DecryptInit(context.get(), m_cipher, key.getData(), iv) ||
         !EVP_CIPHER_CTX_set_padding(context.get(), 0))
-        mark.raise(encryptInitFailed);
+        mark.raise(initFailed);
 
     out.setUsed(start + input.size);
     unsigned char* const result = out.getData() + start;

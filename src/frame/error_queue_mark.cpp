@@ -5,17 +5,17 @@
 
 namespace sarn {
 
-bool ErrorQueueMark::moveHostsAside() noexcept {
+bool ErrorQueueMark::moveAside(ERR_STATE& hosts) noexcept {
     // There is a queue: it has errors.
     ERR_STATE& queue = *ERR_get_state();
-    m_hosts = queue;
+    hosts = queue;
     queue = ERR_STATE();
     return true;
 }
 
-void ErrorQueueMark::restoreHosts() noexcept {
+void ErrorQueueMark::putBack(const ERR_STATE& hosts) noexcept {
     ERR_clear_error();
-    *ERR_get_state() = m_hosts;
+    *ERR_get_state() = hosts;
 }
 
 } // namespace sarn

@@ -18,7 +18,7 @@ public:
     ~ErrorQueueMark() {
         // Mostly the queue was empty, and an operation that succeeds adds nothing: there is nothing to do.
         if (m_holdsHosts)
-            restoreHosts();
+            restore();
     }
 
     /// Drops what was queued since and throws a ul::CError.
@@ -31,12 +31,13 @@ public:
     void drop() noexcept;
 
 private:
-    void restoreHosts() noexcept;
+    void restore() noexcept;
 
 #if OPENSSL_VERSION_NUMBER < 0x30000000L
     // A mark is a flag of one error there. One of ours would take a mark of the host's with it, and is lost when
     // libcrypto sets and pops one in between; so the host's errors are moved aside, and libcrypto finds an empty queue.
-    bool moveHostsAside() noexcept;
+    static bool moveAside(ERR_STATE& hosts) noexcept;
+    static void putBack(const ERR_STATE& hosts) noexcept;
 
     ERR_STATE m_hosts;
 #endif
@@ -46,7 +47,11 @@ private:
 
 #if OPENSSL_VERSION_NUMBER < 0x30000000L
 
-inline ErrorQueueMark::ErrorQueueMark() noexcept : m_holdsHosts(ERR_peek_error() != 0 && moveHostsAside()) {}
+inline ErrorQueueMark::ErrorQueueMark() noexcept : m_holdsHosts(ERR_peek_error() != 0 && moveAside(m_hosts)) {}
+
+inline void ErrorQueueMark::restore() noexcept {
+    putBack(m_hosts);
+}
 
 inline void ErrorQueueMark::drop() noexcept {
     if (ERR_peek_error() != 0)
@@ -57,7 +62,7 @@ inline void ErrorQueueMark::drop() noexcept {
 
 inline ErrorQueueMark::ErrorQueueMark() noexcept : m_holdsHosts(ERR_set_mark() != 0) {}
 
-inline void ErrorQueueMark::restoreHosts() noexcept {
+inline void ErrorQueueMark::restore() noexcept {
     ERR_pop_to_mark();
 }
 

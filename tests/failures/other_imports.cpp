@@ -19,7 +19,9 @@ bool isOneOf(const std::string& name, const char* words) {
 // They return a constant, their argument, what is known to exist, or a number every value of which is a result.
 constexpr char alwaysSucceeding[] =
     "BIO_f_base64 BIO_s_mem BIO_push EVP_aes_128_cbc EVP_aes_256_cbc EVP_bf_cbc EVP_cast5_cbc EVP_idea_cbc EVP_md5 "
-    "EVP_sha1 EVP_CIPHER_block_size EVP_CIPHER_iv_length EVP_CIPHER_key_length EVP_CIPHER_get_block_size "
+    "EVP_sha1 EVP_CIPHER_flags EVP_CIPHER_get_flags EVP_CIPHER_get_mode EVP_CIPHER_block_size EVP_CIPHER_iv_length "
+    "EVP_CIPHER_key_length "
+    "EVP_CIPHER_get_block_size "
     "EVP_CIPHER_get_iv_length EVP_CIPHER_get_key_length EVP_PKEY_size EVP_PKEY_get_size BN_num_bits DSA_OpenSSL "
     "DSA_get0_pqg DSA_get_method DSA_set_method DSA_meth_get_sign DSA_meth_set_sign DSA_meth_set_bn_mod_exp "
     "EVP_PKEY_get0_DSA ERR_get_state ERR_peek_error OPENSSL_init_crypto OpenSSL_version OpenSSL_version_num adler32 "

@@ -236,6 +236,8 @@ TEST(CipherFaults, OperationsWithoutMemoryForTheResult_PassTheErrorOnAndFreeThei
     const Bytes iv(16);
     sarn::CCipher_AES256CBC cipher;
     ul::TBuffer<unsigned char> encrypted;
+    // The random generator, too, is created on first use.
+    cipher.encrypt(key, "data", 4, encrypted, false, nullptr);
     cipher.encrypt(key, "data", 4, encrypted, false, iv.data());
     const auto expectPassed = [&](auto operation) {
         LibcryptoFaults faults;
@@ -243,7 +245,7 @@ TEST(CipherFaults, OperationsWithoutMemoryForTheResult_PassTheErrorOnAndFreeThei
             ul::TBuffer<unsigned char> out;
             operation(out);
         });
-        EXPECT_GT(failed, 0);
+        EXPECT_EQ(failed, 1) << "the result's block is allocated once, in its full size";
         EXPECT_EQ(faults.getCallCount("EVP_CIPHER_CTX_free"), faults.getCallCount("EVP_CIPHER_CTX_new"));
     };
     expectPassed([&](auto& out) { cipher.encrypt(key, "data", 4, out, false, iv.data()); });

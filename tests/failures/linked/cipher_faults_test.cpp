@@ -3,6 +3,11 @@
 #include "failures/linked/libcrypto_faults.h"
 #include "support/cipher_test_data.h"
 
+#include <openssl/err.h>
+
+#include <climits>
+#include <memory>
+
 namespace sarn_test {
 
 namespace {
@@ -25,6 +30,7 @@ void expectFailure(const char* call, int index, const char* message, Operation o
     LibcryptoFaults faults;
     faults.failCall(call, index);
     expectError(message, operation);
+    EXPECT_EQ(ERR_get_error(), 0U);
     EXPECT_EQ(faults.getCallCount("EVP_CIPHER_CTX_new"), 1);
     const int contexts = std::string(call) == "EVP_CIPHER_CTX_new" ? 0 : 1;
     EXPECT_EQ(faults.getCallCount("EVP_CIPHER_CTX_free"), contexts);
@@ -136,12 +142,62 @@ TEST(CipherFaults, SuccessfulOperations_CallLibcryptoInTheDocumentedOrder) {
     EXPECT_EQ(unpadded,
               (Names{"EVP_CIPHER_CTX_new", "EVP_CIPHER_CTX_reset", "EVP_EncryptInit", "EVP_CIPHER_CTX_set_padding",
                      "EVP_EncryptUpdate", "EVP_EncryptFinal", "EVP_CIPHER_CTX_reset", "EVP_CIPHER_CTX_free"}));
+    const Names twoUpdates =
+        record([&](Buffer& out) { cipher->encryptWithoutPadding(key32, iv16.data(), 15, out, false, iv16.data()); });
+    EXPECT_EQ(twoUpdates, (Names{"EVP_CIPHER_CTX_new", "EVP_CIPHER_CTX_reset", "EVP_EncryptInit",
+                                 "EVP_CIPHER_CTX_set_padding", "EVP_EncryptUpdate", "EVP_EncryptUpdate",
+                                 "EVP_EncryptFinal", "EVP_CIPHER_CTX_reset", "EVP_CIPHER_CTX_free"}));
+    Buffer padded;
+    cipher->encrypt(key32, "data", 4, padded, false, iv16.data());
+    const Names decrypt =
+        record([&](Buffer& out) { cipher->decrypt(key32, padded.getData(), 16, out, false, iv16.data()); });
+    EXPECT_EQ(decrypt, (Names{"EVP_CIPHER_CTX_new", "EVP_CIPHER_CTX_reset", "EVP_DecryptInit", "EVP_DecryptUpdate",
+                              "EVP_DecryptFinal", "EVP_CIPHER_CTX_reset", "EVP_CIPHER_CTX_free"}));
+    const Names decryptUnpadded =
+        record([&](Buffer& out) { cipher->decryptWithoutPadding(key32, iv16.data(), 16, out, false, iv16.data()); });
+    EXPECT_EQ(decryptUnpadded,
+              (Names{"EVP_CIPHER_CTX_new", "EVP_CIPHER_CTX_reset", "EVP_DecryptInit", "EVP_CIPHER_CTX_set_padding",
+                     "EVP_DecryptUpdate", "EVP_DecryptFinal", "EVP_CIPHER_CTX_reset", "EVP_CIPHER_CTX_free"}));
     const Names nothing =
         record([&](Buffer& out) { cipher->encryptWithoutPadding(key32, nullptr, 0, out, false, iv16.data()); });
     EXPECT_TRUE(nothing.empty());
     const Names alsoNothing =
         record([&](Buffer& out) { cipher->decryptWithoutPadding(key32, nullptr, 0, out, false, iv16.data()); });
     EXPECT_TRUE(alsoNothing.empty());
+}
+
+TEST(CipherFaults, Decrypt_OfNothing_UpdatesAllTheSame_AndHandsOverNoNullPointer) {
+    const ul::P<sarn::ICipher> cipher = makeCipher();
+    LibcryptoFaults faults;
+    Buffer out;
+    EXPECT_THROW(cipher->decrypt(key32, nullptr, 0, out, false, iv16.data()), ul::CError);
+    EXPECT_EQ(faults.getCallCount("EVP_DecryptUpdate"), 1);
+    EXPECT_EQ(faults.getCallCount("EVP_DecryptUpdate of a null pointer"), 0);
+}
+
+TEST(CipherFaults, DecryptWithoutPadding_WhoseInitFails_LeavesTheUsedSizeOfOut) {
+    const ul::P<sarn::ICipher> cipher = makeCipher();
+    Buffer out;
+    fill(out, {9, 8, 7});
+    LibcryptoFaults faults;
+    faults.failCall("EVP_DecryptInit");
+    EXPECT_THROW(cipher->decryptWithoutPadding(key32, iv16.data(), 16, out, false, iv16.data()), ul::CError);
+    EXPECT_EQ(toBytes(out), (Bytes{9, 8, 7}));
+}
+
+TEST(CipherFaults, Decrypt_OfTheLargestCiphertexts_IsNotRefused) {
+    const ul::P<sarn::ICipher> cipher = makeCipher();
+    // It ends where libcrypto would read that much; by then there is room for the result.
+    const std::unique_ptr<unsigned char[]> data(new unsigned char[INT_MAX]);
+    for (const int before : {0, 15}) {
+        Buffer out;
+        fill(out, makePattern(before));
+        LibcryptoFaults faults;
+        faults.failCall("EVP_DecryptUpdate");
+        expectError("OpenSSL decrypt error.",
+                    [&] { cipher->decrypt(key32, data.get(), INT_MAX - 15, out, true, iv16.data()); });
+        EXPECT_EQ(out.getAllocated(), INT_MAX);
+    }
 }
 
 } // namespace sarn_test

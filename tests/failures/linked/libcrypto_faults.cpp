@@ -4,6 +4,7 @@
 
 #include "failures/linked/libcrypto_faults.h"
 
+#include <openssl/err.h>
 #include <openssl/evp.h>
 #include <openssl/md5.h>
 
@@ -49,7 +50,10 @@ bool LibcryptoFaults::mustFail(const char* name) {
     const int index = g_active->getCallCount(name);
     g_active->m_calls.at(static_cast<std::size_t>(g_active->m_callCount++)) = name;
     const auto failing = g_active->m_failing.find(name);
-    return failing != g_active->m_failing.end() && failing->second == index;
+    if (failing == g_active->m_failing.end() || failing->second != index)
+        return false;
+    ERR_put_error(ERR_LIB_USER, 0, 1, __FILE__, __LINE__);
+    return true;
 }
 
 int LibcryptoFaults::getShortening(const char* name) {
@@ -121,6 +125,8 @@ int __real_EVP_DecryptUpdate(EVP_CIPHER_CTX* context, unsigned char* out, int* w
                              int size);
 int __wrap_EVP_DecryptUpdate(EVP_CIPHER_CTX* context, unsigned char* out, int* written, const unsigned char* in,
                              int size) {
+    if (!in)
+        sarn_test::LibcryptoFaults::mustFail("EVP_DecryptUpdate of a null pointer");
     return sarn_test::LibcryptoFaults::mustFail("EVP_DecryptUpdate")
                ? 0
                : __real_EVP_DecryptUpdate(context, out, written, in, size);

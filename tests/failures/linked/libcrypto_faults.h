@@ -19,7 +19,7 @@ public:
     LibcryptoFaults& operator=(const LibcryptoFaults&) = delete;
     ~LibcryptoFaults();
 
-    /// Lets the `index`th call of `name` from now on fail, counted from 0.
+    /// Lets the `index`th call of `name` from now on fail, counted from 0, and queue an error as libcrypto does.
     void failCall(const std::string& name, int index = 0);
     /// Lets each call of `name` report `count` bytes less than it wrote.
     void shortenOutput(const std::string& name, int count);

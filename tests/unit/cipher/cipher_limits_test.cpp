@@ -53,7 +53,6 @@ TEST(CipherLimits, ResultBeyondTheRangeOfInt_IsRefusedByEveryOperation_AndNothin
     Buffer out;
     fill(out, makePattern(16));
     const unsigned char* const iv = iv16.data();
-    const int wholeBlocks = INT_MAX - 15;
     expectInvalidArg("COpenSSLCipher::encrypt", "input data is too large",
                      [&] { cipher->encrypt(key32, "x", INT_MAX, out, false, iv); });
     expectInvalidArg("COpenSSLCipher::encrypt", "input data is too large",
@@ -61,7 +60,7 @@ TEST(CipherLimits, ResultBeyondTheRangeOfInt_IsRefusedByEveryOperation_AndNothin
     expectInvalidArg("COpenSSLCipher::encrypt", "input data is too large",
                      [&] { cipher->encrypt(key32, "x", INT_MAX - 31, out, false, nullptr); });
     expectInvalidArg("COpenSSLCipher::decrypt", "input data is too large",
-                     [&] { cipher->decrypt(key32, "x", wholeBlocks, out, false, iv); });
+                     [&] { cipher->decrypt(key32, "x", INT_MAX - 15, out, true, iv); });
     expectInvalidArg("COpenSSLCipher::encryptWithoutPadding", "input data is too large",
                      [&] { cipher->encryptWithoutPadding(key32, "x", INT_MAX, out, false, iv); });
     expectInvalidArg("COpenSSLCipher::decryptWithoutPadding", "input data is too large",
@@ -151,6 +150,40 @@ TEST(CipherLimits, IvInTheOutput_IsReadBeforeTheBlockMovesOrIsOverwritten) {
     EXPECT_EQ(toBytes(wiping), toBytes(plain));
 }
 
+TEST(CipherLimits, IvInTheOutputOfDecrypt_IsReadBeforeTheBlockMovesOrIsWiped) {
+    const Bytes data = makePattern(1000);
+    const Bytes padded = encryptElsewhere(data);
+    Buffer buffer;
+    fill(buffer, iv16);
+    getAES256()->decrypt(key32, padded.data(), static_cast<int>(padded.size()), buffer, false, buffer.getData());
+    EXPECT_EQ(toBytes(buffer), data);
+
+    ul::TCryptBuffer<unsigned char> wiping;
+    fill(wiping, iv16);
+    getAES256()->decrypt(key32, padded.data(), static_cast<int>(padded.size()), wiping, false, wiping.getData());
+    EXPECT_EQ(toBytes(wiping), data);
+
+    // The IV lies behind the result, where a buffer that shrinks is wiped.
+    Buffer unpadded;
+    getAES256()->encryptWithoutPadding(key32, data.data(), 16, unpadded, false, iv16.data());
+    ul::TCryptBuffer<unsigned char> shrinking;
+    fill(shrinking, makePattern(64));
+    std::copy(iv16.begin(), iv16.end(), shrinking.getData() + 48);
+    getAES256()->decryptWithoutPadding(key32, unpadded.getData(), 16, shrinking, false, shrinking.getData() + 48);
+    EXPECT_EQ(toBytes(shrinking), Bytes(data.begin(), data.begin() + 16));
+}
+
+TEST(CipherLimits, KeyInABufferWithSpareRoom_IsTakenByItsUsedSize) {
+    TestKey key(32);
+    key.ensureAllocated(100);
+    Buffer out;
+    getAES256()->encrypt(key, "data", 4, out, false, iv16.data());
+    EXPECT_EQ(toBytes(out), encryptElsewhere(toBytes("data")));
+    key.setUsed(31);
+    expectInvalidArg("COpenSSLCipher::encrypt", "invalid key size",
+                     [&] { getAES256()->encrypt(key, "data", 4, out, false, iv16.data()); });
+}
+
 TEST(CipherLimits, OverlappingInput_IsRefusedByEveryOperation_AndNothingIsWritten) {
     const ul::P<sarn::ICipher> cipher = getAES256();
     const Bytes data = makePattern(80);
@@ -191,8 +224,14 @@ TEST(CipherLimits, KeyAsOutput_IsRefused) {
     TestKey key(32);
     expectInvalidArg("COpenSSLCipher::encrypt", "key overlaps output",
                      [&] { getAES256()->encrypt(key, "data", 4, key, false, nullptr); });
-    expectInvalidArg("COpenSSLCipher::decryptWithoutPadding", "key overlaps output",
-                     [&] { getAES256()->decryptWithoutPadding(key, iv16.data(), 16, key, true, iv16.data()); });
+    expectInvalidArg("COpenSSLCipher::decrypt", "key overlaps output",
+                     [&] { getAES256()->decrypt(key, iv16.data(), 16, key, false, nullptr); });
+    for (const int size : {0, 16}) {
+        expectInvalidArg("COpenSSLCipher::encryptWithoutPadding", "key overlaps output",
+                         [&] { getAES256()->encryptWithoutPadding(key, iv16.data(), size, key, false, iv16.data()); });
+        expectInvalidArg("COpenSSLCipher::decryptWithoutPadding", "key overlaps output",
+                         [&] { getAES256()->decryptWithoutPadding(key, iv16.data(), size, key, false, iv16.data()); });
+    }
     EXPECT_EQ(toBytes(key), makePattern(32));
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/cipher_test_data.h"
 
+#include <climits>
+
 namespace sarn_test {
 
 namespace {
@@ -11,6 +13,8 @@ using Operation = void (sarn::ICipher::*)(const ul::TCryptBuffer<unsigned char>&
 
 const Operation operations[] = {&sarn::ICipher::encrypt, &sarn::ICipher::decrypt, &sarn::ICipher::encryptWithoutPadding,
                                 &sarn::ICipher::decryptWithoutPadding};
+const char* const names[] = {"CCipher_Null::encrypt", "CCipher_Null::decrypt", "CCipher_Null::encryptWithoutPadding",
+                             "CCipher_Null::decryptWithoutPadding"};
 
 } // namespace
 
@@ -60,16 +64,26 @@ TEST(CCipher_Null, InputInTheOutput_IsCopiedRight) {
     EXPECT_EQ(toBytes(out), toBytes("efcde"));
 }
 
-TEST(CCipher_Null, NegativeSize_IsRefused_AndNothingIsWritten) {
+TEST(CCipher_Null, WhatNoCipherCanWorkWith_IsRefusedByEveryOperation_AndNothingIsWritten) {
     sarn::CCipher_Null cipher;
-    const ul::TCryptBuffer<unsigned char> noKey;
+    TestKey key(7);
     Buffer out;
     fill(out, toBytes("old"));
-    for (const Operation operation : operations) {
-        EXPECT_THROW((cipher.*operation)(noKey, "input", -1, out, true, nullptr), ul::CInvalidArgError);
-        EXPECT_THROW((cipher.*operation)(noKey, "input", -1, out, false, nullptr), ul::CInvalidArgError);
+    for (int i = 0; i < 4; ++i) {
+        const auto expectRefusal = [&](const char* message, Buffer& target, int size, bool append) {
+            expectInvalidArg(names[i], message,
+                             [&] { (cipher.*operations[i])(key, "input", size, target, append, nullptr); });
+        };
+        for (const bool append : {false, true}) {
+            expectRefusal("invalid input data size", out, -1, append);
+            expectRefusal("invalid input data size", out, INT_MIN, append);
+            expectRefusal("key overlaps output", key, 5, append);
+            expectRefusal("key overlaps output", key, 0, append);
+        }
+        expectRefusal("input data is too large", out, INT_MAX - 2, true);
     }
     EXPECT_EQ(toBytes(out), toBytes("old"));
+    EXPECT_EQ(toBytes(key), makePattern(7));
 }
 
 } // namespace sarn_test

@@ -98,6 +98,21 @@ TEST(ObjectModel, MovedCipher_EncryptsAsItsSourceDid) {
     EXPECT_EQ(out.getUsed(), 8);
 }
 
+TEST(ObjectModel, CipherThatWasMovedFrom_KeepsWhatItEncryptsWith) {
+    sarn::CCipher_Cast128CBC source;
+    const sarn::CCipher_Cast128CBC target(std::move(source));
+    sarn::CCipher_Cast128CBC assigned;
+    assigned = std::move(source);
+    EXPECT_EQ(source.getBlockSize(), 8);
+    // A partial block needs the zero block.
+    const Bytes iv(8);
+    ul::TBuffer<unsigned char> out;
+    source.encryptWithoutPadding(TestKey(16), "abc", 3, out, false, iv.data());
+    ul::TBuffer<unsigned char> expected;
+    assigned.encryptWithoutPadding(TestKey(16), "abc", 3, expected, false, iv.data());
+    EXPECT_EQ(toBytes(out), toBytes(expected));
+}
+
 TEST(ObjectModel, ErrorHeldByPointer_ThrowsItsOwnTypeAgain) {
     ul::P<ul::CError> held;
     try {
