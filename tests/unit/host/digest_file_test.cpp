@@ -47,6 +47,17 @@ TEST(DigestFile, Progress_GrowsToTheWholeAndIsNotCalledForAnEmptyFile) {
     EXPECT_EQ(calls, expected);
 }
 
+#ifdef __linux__
+TEST(DigestFile, Progress_OfAFileWithoutASize_IsNeverMoreThanTheWhole) {
+    int calls = 0;
+    sarn::digestFile("sha1", ul::path("/proc/self/status"), [&](std::int64_t done, std::int64_t whole) {
+        ++calls;
+        EXPECT_LE(done, whole);
+    });
+    EXPECT_GE(calls, 1);
+}
+#endif
+
 TEST(DigestFile, WhatTheProgressThrows_EndsTheCall) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("file", makeText(150000));
