@@ -101,7 +101,9 @@ foreach(position 0 8 13 500 1048620 1048640)
 endforeach()
 
 # A text that ends in a digest of what is ahead of it is a text like any other: cut or not.
-execute_process(COMMAND printf "\\343\\260\\304\\102\\230\\374\\034\\024\\232\\373\\364\\310\\231\\157\\271\\044\\047\\256\\101\\344\\144\\233\\223\\114\\244\\225\\231\\033\\170\\122\\270\\125"
+string(CONCAT digest "\\343\\260\\304\\102\\230\\374\\034\\024\\232\\373\\364\\310\\231\\157\\271\\044"
+  "\\047\\256\\101\\344\\144\\233\\223\\114\\244\\225\\231\\033\\170\\122\\270\\125")
+execute_process(COMMAND printf "${digest}"
   OUTPUT_FILE "${WORK_DIR}/plain" COMMAND_ERROR_IS_FATAL ANY)
 run(0 encrypt plain encrypted secret)
 run(0 decrypt encrypted restored secret)
