@@ -7,6 +7,8 @@
 
 #include "ul/file.h"
 
+#include <cstdint>
+
 namespace sarn {
 
 /// Returns the pass phrase if it can be one. ISignatureAlgo::beginSign() takes Latin-1, reads '?' for every other
@@ -16,7 +18,7 @@ inline const ul::String& checkPassPhrase(const ul::String& passPhrase) {
     for (const wchar_t character : passPhrase.toStdWString()) {
         if (character == L'\0')
             throw ul::CInvalidArgError("checkPassPhrase", "pass phrase has a null character", ul::CProps());
-        if (character < 0 || character > 0xFF)
+        if (static_cast<std::uint32_t>(character) > 0xFF)
             throw ul::CInvalidArgError("checkPassPhrase", "pass phrase has a character outside Latin-1", ul::CProps());
     }
     return passPhrase;

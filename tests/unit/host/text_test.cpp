@@ -55,9 +55,9 @@ TEST(Path, OfUTF8_IsThatOfTheDecodedText) {
 
 TEST(Path, OfANativePath_NamesTheSameFileThereAndBack) {
     const TempFolder folder;
-    std::vector<std::string> names = {"plain", "with space", umlautInUTF8, faceInUTF8, ".hidden", "a:b"};
+    std::vector<std::string> names = {"plain", "with space", umlautInUTF8, faceInUTF8, ".hidden"};
 #ifndef _WIN32
-    names.insert(names.end(), {"dot.", "dots...", "space ", "...", " ", "NUL"});
+    names.insert(names.end(), {"a:b", "dot.", "dots...", "space ", "...", " ", "NUL"});
 #endif
     for (const std::string& name : names) {
         const std::filesystem::path native = folder.getNative(name);
