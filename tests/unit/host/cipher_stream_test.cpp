@@ -224,34 +224,6 @@ TEST(CStreamEncryptor, KeyOfTheCaller_IsNotNeededAfterTheConstruction) {
     EXPECT_EQ(send(encryptor, toBytes("data"), {2}), toBytes(atOnce));
 }
 
-TEST(CStreamEncryptor, OfAnUnknownCipherOrABadKeyOrIV_IsRefusedAtOnce) {
-    expectError("Unknown cipher id 'rot13'.", [] { sarn::CStreamEncryptor("rot13", TestKey(32)); });
-    const ul::P<sarn::ICipher> aes = getAnyCipher("aes256cbc");
-    expectInvalidArg("COpenSSLCipher::encryptWithoutPadding", "invalid key size",
-                     [&] { sarn::CStreamEncryptor(aes, TestKey(31)); });
-    expectInvalidArg("CStreamEncryptor", "invalid IV size",
-                     [&] { sarn::CStreamEncryptor(aes, TestKey(32), makePattern(15)); });
-    expectInvalidArg("COpenSSLCipher::encryptWithoutPadding", "invalid key size",
-                     [&] { sarn::CStreamDecryptor(aes, TestKey(31)); });
-    expectInvalidArg("CStreamEncryptor", "cipher cannot be NULL",
-                     [&] { sarn::CStreamEncryptor(ul::P<sarn::ICipher>(), TestKey(32)); });
-    expectInvalidArg("CStreamDecryptor", "invalid IV size",
-                     [&] { sarn::CStreamDecryptor(aes, TestKey(32), makePattern(17)); });
-}
-
-TEST(CStreamEncryptor, AfterItsEnd_RefusesEveryCall) {
-    const TestKey key(32);
-    sarn::CStreamEncryptor encryptor("aes256cbc", key);
-    sarn::CStreamDecryptor decryptor("aes256cbc", key);
-    decryptor.update(encryptor.finish());
-    decryptor.finish();
-    constexpr char message[] = "The cipher stream has ended.";
-    expectErrorOf<ul::CBadStateError>(message, [&] { encryptor.update("more"); });
-    expectErrorOf<ul::CBadStateError>(message, [&] { encryptor.finish(); });
-    expectErrorOf<ul::CBadStateError>(message, [&] { decryptor.update("more"); });
-    expectErrorOf<ul::CBadStateError>(message, [&] { decryptor.finish(); });
-}
-
 TEST(CStreamEncryptor, AfterItRefusedAPieceThatIsTooLarge_GoesOn) {
     const Bytes iv = makePattern(16);
     sarn::CStreamEncryptor encryptor(getAnyCipher("aes256cbc"), TestKey(32), iv);

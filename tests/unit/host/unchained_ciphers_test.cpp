@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Ciphers of hosts in streams: what one call gives and what chained calls give must be the same, or there is no stream.
+// What streams refuse: ciphers whose calls cannot be chained, bad arguments, calls after their end.
 #include "support/cipher_test_data.h"
 
 #include "sarn/host.h"
@@ -70,6 +70,34 @@ TEST(CStreamEncryptor, AfterItsCipherFailed_IsClosed) {
     encryptor.update("good");
     expectError("The device is gone.", [&] { encryptor.update(makePattern(1000)); });
     expectErrorOf<ul::CBadStateError>("The cipher stream has ended.", [&] { encryptor.finish(); });
+}
+
+TEST(CStreamEncryptor, OfAnUnknownCipherOrABadKeyOrIV_IsRefusedAtOnce) {
+    expectError("Unknown cipher id 'rot13'.", [] { sarn::CStreamEncryptor("rot13", TestKey(32)); });
+    const ul::P<sarn::ICipher> aes = getAnyCipher("aes256cbc");
+    expectInvalidArg("COpenSSLCipher::encryptWithoutPadding", "invalid key size",
+                     [&] { sarn::CStreamEncryptor(aes, TestKey(31)); });
+    expectInvalidArg("CStreamEncryptor", "invalid IV size",
+                     [&] { sarn::CStreamEncryptor(aes, TestKey(32), makePattern(15)); });
+    expectInvalidArg("COpenSSLCipher::encryptWithoutPadding", "invalid key size",
+                     [&] { sarn::CStreamDecryptor(aes, TestKey(31)); });
+    expectInvalidArg("CStreamEncryptor", "cipher cannot be NULL",
+                     [&] { sarn::CStreamEncryptor(ul::P<sarn::ICipher>(), TestKey(32)); });
+    expectInvalidArg("CStreamDecryptor", "invalid IV size",
+                     [&] { sarn::CStreamDecryptor(aes, TestKey(32), makePattern(17)); });
+}
+
+TEST(CStreamEncryptor, AfterItsEnd_RefusesEveryCall) {
+    const TestKey key(32);
+    sarn::CStreamEncryptor encryptor("aes256cbc", key);
+    sarn::CStreamDecryptor decryptor("aes256cbc", key);
+    decryptor.update(encryptor.finish());
+    decryptor.finish();
+    constexpr char message[] = "The cipher stream has ended.";
+    expectErrorOf<ul::CBadStateError>(message, [&] { encryptor.update("more"); });
+    expectErrorOf<ul::CBadStateError>(message, [&] { encryptor.finish(); });
+    expectErrorOf<ul::CBadStateError>(message, [&] { decryptor.update("more"); });
+    expectErrorOf<ul::CBadStateError>(message, [&] { decryptor.finish(); });
 }
 
 } // namespace sarn_test
