@@ -29,6 +29,7 @@ void expectFailure(const char* call, int index, const char* message, Operation o
     SCOPED_TRACE(std::string(call) + " " + std::to_string(index));
     LibcryptoFaults faults;
     faults.failCall(call, index);
+    ERR_clear_error();
     expectError(message, operation);
     EXPECT_EQ(ERR_get_error(), 0U);
     EXPECT_EQ(faults.getCallCount("EVP_CIPHER_CTX_new"), 1);

@@ -40,6 +40,7 @@ public:
 TEST(GetInstance, WhoseConstructorThrows_PassesTheErrorOnAndTriesAgain) {
     using Throwing = Instance<1>;
     static ul::CSafeGlobalSlot slot;
+    Throwing::constructions = 0;
     Throwing::failures = 2;
     EXPECT_THROW(sarn::getInstance<Throwing>(slot), std::runtime_error);
     EXPECT_THROW(sarn::getInstance<Throwing>(slot), std::runtime_error);
@@ -50,6 +51,7 @@ TEST(GetInstance, WhoseConstructorThrows_PassesTheErrorOnAndTriesAgain) {
 
 TEST(GetInstance, FromManyThreadsAtOnce_CreatesOneInstance) {
     using Shared = Instance<2>;
+    Shared::constructions = 0;
     static ul::CSafeGlobalSlot slot;
     std::atomic<int> different{0};
     std::vector<std::thread> threads;
