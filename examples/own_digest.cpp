@@ -4,6 +4,8 @@
 
 #include <sarn/sarn.h>
 
+#include <ul/hex.h>
+
 #include <openssl/sha.h>
 
 #include <iostream>
@@ -16,12 +18,6 @@ public:
     int getDigestSize() const override { return 64; }
     ul::P<sarn::IDigest> createDigest() override { return ul::make<Digest_SHA512>(this); }
 };
-
-void print(const sarn::IDigest& digest) {
-    for (int i = 0; i < digest.getDigestSize(); ++i)
-        std::cout << ul::toHexString(0x100 | digest.getDigestData()[i]).Mid(1).toLatin1();
-    std::cout << "\n";
-}
 
 int main() {
     const ul::P<sarn::IDigestType> sha512 = ul::make<DigestType_SHA512>();
@@ -41,5 +37,5 @@ int main() {
     second->loadState(in);
     second->update("bc", 2);
     second->finish();
-    print(*second); // that of "abc"
+    std::cout << ul::toHex({second->getDigestData(), second->getDigestSize()}) << "\n"; // that of "abc"
 }

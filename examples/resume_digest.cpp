@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <sarn/sarn.h>
 
+#include <ul/hex.h>
+
 #include <iostream>
 
 int main() {
@@ -20,8 +22,6 @@ int main() {
     second->update("copy", 4);
     second->finish();
 
-    std::cout << state.getUsed() << " bytes of state, digest ";
-    for (int i = 0; i < second->getDigestSize(); ++i)
-        std::cout << ul::toHexString(0x100 | second->getDigestData()[i]).Mid(1).toLatin1();
-    std::cout << "\n";
+    std::cout << state.getUsed() << " bytes of state, digest "
+              << ul::toHex({second->getDigestData(), second->getDigestSize()}) << "\n";
 }
