@@ -33,6 +33,11 @@ void addDigestStates(Bundle& bundle) {
             bundle.exact[getName(id, offset, "running")] = storeState(*digest);
             digest->finish();
             bundle.exact[getName(id, offset, "finished")] = storeState(*digest);
+            digest->getDigestData();
+            bundle.exact[getName(id, offset, "read")] = storeState(*digest);
+            digest->reset();
+            feed(*digest, getFront(data, offset));
+            bundle.exact[getName(id, offset, "reset")] = storeState(*digest);
         }
     }
 }
@@ -43,16 +48,20 @@ int checkDigestStates(const Bundle& bundle) {
     for (const char* const id : digestIDs) {
         const Bytes whole = getDigest(id, data);
         for (const int offset : offsets) {
-            const std::string running = getName(id, offset, "running");
-            const ul::P<sarn::IDigest> digest = createDigest(id);
-            require(loadState(*digest, getItem(bundle.exact, running)) == 0, running);
-            feed(*digest, getRest(data, offset));
-            require(finish(*digest) == whole, running);
-
-            const std::string finished = getName(id, offset, "finished");
-            require(loadState(*digest, getItem(bundle.exact, finished)) == 0, finished);
-            require(getResult(*digest) == getDigest(id, getFront(data, offset)), finished);
-            count += 2;
+            for (const char* const kind : {"running", "reset"}) {
+                const std::string name = getName(id, offset, kind);
+                const ul::P<sarn::IDigest> digest = createDigest(id);
+                require(loadState(*digest, getItem(bundle.exact, name)) == 0, name);
+                feed(*digest, getRest(data, offset));
+                require(finish(*digest) == whole, name);
+            }
+            for (const char* const kind : {"finished", "read"}) {
+                const std::string name = getName(id, offset, kind);
+                const ul::P<sarn::IDigest> digest = createDigest(id);
+                require(loadState(*digest, getItem(bundle.exact, name)) == 0, name);
+                require(getResult(*digest) == getDigest(id, getFront(data, offset)), name);
+            }
+            count += 4;
         }
     }
     return count;
