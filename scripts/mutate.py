@@ -33,7 +33,7 @@ ADDRESS_SPACE = 8 << 30
 
 # Where every mutant must be noticed.
 CRITICAL = re.compile(r"src/(cipher/(openssl|null)_cipher|digest/(openssl_digest|checksum_digest|digest_combiner|"
-                      r"digest_support)|signature/)|include/sarn/(openssl_digest|digest_combiner)")
+                      r"digest_support|saved_record)|signature/)|include/sarn/(openssl_digest|digest_combiner)")
 
 OPERATORS = {
     " < ": [" <= "], " <= ": [" < "], " > ": [" >= "], " >= ": [" > "], " == ": [" != "], " != ": [" == "],

@@ -4,8 +4,7 @@
 #pragma once
 
 #include "sarn/digest_interfaces.h"
-
-#include <array>
+#include "sarn/saved_record.h"
 
 namespace sarn {
 
@@ -49,9 +48,7 @@ public:
 
 private:
     ul::PC<IDigestType> m_type;
-    // The least significant first, whatever the processor.
-    std::array<unsigned char, 4> m_checksum;
-    bool m_finished = false;
+    detail::ChecksumState m_state;
 };
 
 extern template class SARN_EXPORT TDigest_Checksum<CDigestType_Adler32>;

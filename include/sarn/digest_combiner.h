@@ -4,6 +4,7 @@
 #pragma once
 
 #include "sarn/digest_interfaces.h"
+#include "sarn/saved_record.h"
 
 #include <utility>
 
@@ -44,11 +45,7 @@ private:
     int m_firstSize;
     ul::P<B> m_second;
     int m_secondSize;
-    // Filled by each getDigestData().
-    mutable ul::TBuffer<unsigned char> m_result;
-    bool m_finished = false;
-    // Whether m_result came from a stream and is to be delivered as it is.
-    bool m_resultReady = false;
+    detail::CombinationState m_state;
 };
 
 extern template class SARN_EXPORT TDigestCombiner<IDigest, IDigest>;

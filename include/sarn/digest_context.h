@@ -19,6 +19,12 @@ constexpr auto getContextBlock(CTX& context, long) -> decltype((context.u)) {
     return context.u;
 }
 
+/// Whether the bytes that a hash context believes to be in its block already fit into it.
+template <class CTX>
+constexpr auto isContextFillInBlock(const CTX& context, int)
+    -> decltype(context.num < sizeof getContextBlock(context, 0)) {
+    return context.num < sizeof getContextBlock(context, 0);
+}
 /// Whether a hash context that states its result's length states this one; one that states none does.
 template <class CTX>
 constexpr auto hasContextDigestSize(const CTX& context, int digestSize, int) -> decltype(context.md_len, bool()) {
@@ -30,18 +36,12 @@ constexpr bool hasContextDigestSize(const CTX&, int, long) {
     return true;
 }
 
-/// Whether libcrypto may be handed a hash context that came from outside. It writes after the bytes that it believes
-/// to be in the block already, and as long a result as the context states.
-template <class CTX>
-constexpr bool isUsableContext(const CTX& context, int digestSize) {
-    return context.num < sizeof getContextBlock(context, 0) && hasContextDigestSize(context, digestSize, 0);
-}
-
-/// Exchanges each number from `begin` to `end` between the processor's byte order and that of saved states, the least
-/// significant byte first; which way makes no difference.
+/// Exchanges each whole number from `begin` to `end` between the processor's byte order and that of saved states, the
+/// least significant byte first; which way makes no difference.
 template <class Number>
 void exchangeByteOrder(void* begin, const void* end) {
-    for (auto* at = static_cast<unsigned char*>(begin); at != end; at += sizeof(Number)) {
+    auto* at = static_cast<unsigned char*>(begin);
+    for (; static_cast<const unsigned char*>(end) - at >= std::ptrdiff_t{sizeof(Number)}; at += sizeof(Number)) {
         Number number;
         std::memcpy(&number, at, sizeof number);
         for (std::size_t i = 0; i < sizeof number; ++i)
@@ -51,11 +51,34 @@ void exchangeByteOrder(void* begin, const void* end) {
 
 /// A hash context between memory and saved states: numbers, the block of bytes, and numbers again.
 template <class CTX>
-CTX exchangeContext(CTX context) {
+auto exchangeContext(CTX& context, int) -> decltype(context.Nl, context.num, void(getContextBlock(context, 0))) {
     auto& block = getContextBlock(context, 0);
     exchangeByteOrder<decltype(context.Nl)>(&context, &block);
     exchangeByteOrder<decltype(context.num)>(&block + 1, &context + 1);
-    return context;
+}
+
+/// A hash context of whichever type, for code that is compiled once for all of them.
+struct HashContext {
+    /// The context.
+    void* data;
+    /// Its size in bytes.
+    int size;
+    /// Exchanges it between memory and saved states, in place.
+    void (*exchange)(void* data);
+    /// Whether libcrypto may be handed it if it came from outside. It writes after the bytes that it believes to be in
+    /// the block already, and as long a result as the context states.
+    bool (*isUsable)(const void* data, int digestSize);
+};
+
+/// Views a context, which must outlive the view.
+template <class CTX>
+HashContext viewContext(CTX& context) {
+    return {&context, static_cast<int>(sizeof context),
+            [](void* data) { exchangeContext(*static_cast<CTX*>(data), 0); },
+            [](const void* data, int digestSize) {
+                const auto& viewed = *static_cast<const CTX*>(data);
+                return isContextFillInBlock(viewed, 0) && hasContextDigestSize(viewed, digestSize, 0);
+            }};
 }
 
 } // namespace sarn::detail

@@ -3,14 +3,15 @@
 /// Digests over libcrypto's low-level hash functions.
 #pragma once
 
-#include "sarn/digest_context.h"
 #include "sarn/digest_interfaces.h"
 #include "sarn/digest_support.h"
 #include "sarn/openssl_init.h"
+#include "sarn/saved_record.h"
 
 #include <cstddef>
 #include <cstring>
 #include <type_traits>
+#include <utility>
 
 namespace sarn {
 
@@ -30,18 +31,6 @@ public:
     [[noreturn]] void throwClone() const override;
 };
 
-namespace detail {
-
-/// Writes the four numbers ahead of the context of a hash.
-SARN_EXPORT void storeOpenSSLDigestHeader(ul::CDataOutStream& stream, int digestSize, int contextSize);
-
-/// Reads and checks them, in this order.
-/// \throws ul::CError "Unsupported OpenSSL digest state data version."; COpenSSLVersionMismatchError; ul::CError "Bad
-///         OpenSSL digest size in state stream.", "Bad OpenSSL digest context size in state stream."
-SARN_EXPORT void checkOpenSSLDigestHeader(ul::CDataInStream& stream, int digestSize, int contextSize);
-
-} // namespace detail
-
 /// A digest over a hash context of libcrypto, which is also its saved state. See docs/digest-state.md for the format.
 ///
 /// \tparam CTX        the context: plain data without pointers, in the order of libcrypto's own for SHA-1, SHA-512 and
@@ -56,7 +45,7 @@ class TDigest_OpenSSL final : public ul::CBase, public virtual IDigest {
 public:
     /// \throws ul::CError "Error initializing OpenSSL digest."
     explicit TDigest_OpenSSL(const IDigestType* type) : m_type(type) {
-        m_result.ensureAllocated(DigestSize);
+        m_state.result.ensureAllocated(DigestSize);
         COpenSSLInit::ensureInitialized();
         reset();
     }
@@ -64,7 +53,7 @@ public:
     TDigest_OpenSSL& operator=(const TDigest_OpenSSL&) = delete;
     /// Finalises a running context, so that libcrypto sees the end of each that was set up. A failure ends the process.
     ~TDigest_OpenSSL() override {
-        if (m_initialized)
+        if (m_state.initialized)
             finish();
     }
 
@@ -73,7 +62,7 @@ public:
 
     /// \throws ul::CError "Error updating OpenSSL digest."
     void update(const void* data, int length) override {
-        if (m_finished)
+        if (m_state.finished)
             detail::raiseDigestIsFinished();
         if (length < 0)
             detail::raiseBadDigestDataSize("TDigest_OpenSSL::update");
@@ -83,28 +72,28 @@ public:
 
     /// \throws ul::CError "Error finalizing OpenSSL digest."
     void finish() override {
-        if (m_finished)
+        if (m_state.finished)
             return;
-        m_result.setUsed(DigestSize);
-        if (!Final(m_result.getData(), &m_context))
+        m_state.result.setUsed(DigestSize);
+        if (!Final(m_state.result.getData(), &m_context))
             detail::raiseDigestError("Error finalizing OpenSSL digest.");
-        m_finished = true;
+        m_state.finished = true;
     }
 
     /// \throws ul::CError "Error initializing OpenSSL digest.", or as finish() if the digest is running
     void reset() override {
-        if (m_initialized)
+        if (m_state.initialized)
             finish();
         if (!Init(&m_context))
             detail::raiseDigestError("Error initializing OpenSSL digest.");
-        m_initialized = true;
-        m_finished = false;
+        m_state.initialized = true;
+        m_state.finished = false;
     }
 
     const unsigned char* getDigestData() const override {
-        if (!m_finished)
+        if (!m_state.finished)
             detail::raiseDigestIsNotFinished();
-        return m_result.getData();
+        return m_state.result.getData();
     }
 
     void storeDigestData(unsigned char* out) const override {
@@ -114,42 +103,26 @@ public:
     }
 
     void storeState(ul::CDataOutStream& stream) const override {
-        detail::storeOpenSSLDigestHeader(stream, DigestSize, sizeof m_context);
-        const CTX context = detail::exchangeContext(m_context);
-        stream.write(&context, sizeof context);
-        detail::storeDigestResult(stream, m_result);
-        stream.writeBool(m_initialized).writeBool(m_finished);
+        CTX context = m_context;
+        detail::storeHash(stream, detail::viewContext(context), DigestSize, m_state);
     }
 
     /// \throws ul::CError "Unsupported OpenSSL digest state data version."; COpenSSLVersionMismatchError; ul::CError
-    /// "Bad
-    ///         OpenSSL digest size in state stream.", "Bad OpenSSL digest context size in state stream.", "Bad digest
-    ///         result length in state stream."; "Bad OpenSSL digest context in state stream." if libcrypto could not
-    ///         work with the context
+    ///         "Bad OpenSSL digest size in state stream.", "Bad OpenSSL digest context size in state stream.", "Bad
+    ///         digest result length in state stream."; "Bad OpenSSL digest context in state stream." if libcrypto could
+    ///         not work with the context
     void loadState(ul::CDataInStream& stream) override {
-        detail::checkOpenSSLDigestHeader(stream, DigestSize, sizeof m_context);
         CTX context;
-        stream.read(&context, sizeof context);
-        context = detail::exchangeContext(context);
-        ul::TBuffer<unsigned char> result;
-        detail::loadDigestResult(stream, result, DigestSize);
-        const bool initialized = stream.readBool();
-        const bool finished = stream.readBool();
-        if (!detail::isUsableContext(context, DigestSize))
-            detail::raiseDigestError("Bad OpenSSL digest context in state stream.");
+        detail::HashState state = detail::loadHash(stream, detail::viewContext(context), DigestSize);
         // Only now, so that a stream that is refused leaves the digest as it was.
-        detail::replaceDigestResult(m_result, result, DigestSize);
         m_context = context;
-        m_initialized = initialized;
-        m_finished = finished;
+        m_state = std::move(state);
     }
 
 private:
     ul::PC<IDigestType> m_type;
     CTX m_context;
-    ul::TBuffer<unsigned char> m_result;
-    bool m_initialized = false;
-    bool m_finished = false;
+    detail::HashState m_state;
 };
 
 } // namespace sarn

@@ -11,8 +11,6 @@ namespace sarn {
 
 namespace {
 
-constexpr int stateVersion = 1;
-
 /// The least significant byte first, whatever the processor.
 using ChecksumBytes = std::array<unsigned char, 4>;
 
@@ -56,7 +54,7 @@ ChecksumBytes getInitialChecksum() {
 } // namespace
 
 template <class Type>
-TDigest_Checksum<Type>::TDigest_Checksum(const Type* type) : m_type(type), m_checksum(getInitialChecksum<Type>()) {}
+TDigest_Checksum<Type>::TDigest_Checksum(const Type* type) : m_type(type), m_state{getInitialChecksum<Type>()} {}
 
 template <class Type>
 TDigest_Checksum<Type>::~TDigest_Checksum() = default;
@@ -68,56 +66,52 @@ ul::PC<IDigestType> TDigest_Checksum<Type>::getType() {
 
 template <class Type>
 int TDigest_Checksum<Type>::getDigestSize() const {
-    return sizeof m_checksum;
+    return sizeof m_state.checksum;
 }
 
 template <class Type>
 void TDigest_Checksum<Type>::update(const void* data, int length) {
-    if (m_finished)
+    if (m_state.finished)
         detail::raiseDigestIsFinished();
     if (data && length < 0)
         detail::raiseBadDigestDataSize(Kind<Type>::update);
     // zlib takes null data for a request of the initial value, except that adler32() reads a single byte unasked.
     const unsigned size = data ? static_cast<unsigned>(length) : 0;
     const auto* const bytes = static_cast<const unsigned char*>(data);
-    m_checksum = toBytes(Kind<Type>::function(toNumber(m_checksum), bytes, size));
+    m_state.checksum = toBytes(Kind<Type>::function(toNumber(m_state.checksum), bytes, size));
 }
 
 template <class Type>
 void TDigest_Checksum<Type>::finish() {
-    m_finished = true;
+    m_state.finished = true;
 }
 
 template <class Type>
 void TDigest_Checksum<Type>::reset() {
-    m_checksum = getInitialChecksum<Type>();
-    m_finished = false;
+    m_state.checksum = getInitialChecksum<Type>();
+    m_state.finished = false;
 }
 
 template <class Type>
 const unsigned char* TDigest_Checksum<Type>::getDigestData() const {
-    if (!m_finished)
+    if (!m_state.finished)
         detail::raiseDigestIsNotFinished();
-    return m_checksum.data();
+    return m_state.checksum.data();
 }
 
 template <class Type>
 void TDigest_Checksum<Type>::storeDigestData(unsigned char* out) const {
-    std::copy_n(getDigestData(), sizeof m_checksum, out);
+    std::copy_n(getDigestData(), sizeof m_state.checksum, out);
 }
 
 template <class Type>
 void TDigest_Checksum<Type>::storeState(ul::CDataOutStream& stream) const {
-    stream.writeInt32(stateVersion).writeUInt32(toNumber(m_checksum)).writeBool(m_finished);
+    detail::storeChecksum(stream, m_state);
 }
 
 template <class Type>
 void TDigest_Checksum<Type>::loadState(ul::CDataInStream& stream) {
-    if (stream.readInt32() != stateVersion)
-        detail::raiseDigestError(Kind<Type>::badVersion);
-    const std::uint32_t checksum = stream.readUInt32();
-    m_finished = stream.readBool();
-    m_checksum = toBytes(checksum);
+    m_state = detail::loadChecksum(stream, Kind<Type>::badVersion);
 }
 
 template class TDigest_Checksum<CDigestType_Adler32>;
