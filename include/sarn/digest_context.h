@@ -25,6 +25,12 @@ constexpr auto isContextFillInBlock(const CTX& context, int)
     -> decltype(context.num < sizeof getContextBlock(context, 0)) {
     return context.num < sizeof getContextBlock(context, 0);
 }
+/// The same for a context that has no such number or no block: nothing is known of it.
+template <class CTX>
+constexpr bool isContextFillInBlock(const CTX&, long) {
+    return true;
+}
+
 /// Whether a hash context that states its result's length states this one; one that states none does.
 template <class CTX>
 constexpr auto hasContextDigestSize(const CTX& context, int digestSize, int) -> decltype(context.md_len, bool()) {
@@ -56,6 +62,9 @@ auto exchangeContext(CTX& context, int) -> decltype(context.Nl, context.num, voi
     exchangeByteOrder<decltype(context.Nl)>(&context, &block);
     exchangeByteOrder<decltype(context.num)>(&block + 1, &context + 1);
 }
+/// The same for a context in an order of its own, which is saved as it lies in memory.
+template <class CTX>
+void exchangeContext(CTX&, long) {}
 
 /// A hash context of whichever type, for code that is compiled once for all of them.
 struct HashContext {

@@ -33,8 +33,13 @@ public:
 
 /// A digest over a hash context of libcrypto, which is also its saved state. See docs/digest-state.md for the format.
 ///
-/// \tparam CTX        the context: plain data without pointers, in the order of libcrypto's own for SHA-1, SHA-512 and
-///                    the like: numbers as wide as `Nl`, the block, numbers as wide as `num`
+/// A state is refused if its context has a member `num` beside a block `data` or `u` and counts more bytes in that
+/// block than fit, or if it has a member `md_len` that is not the result's length. Of another context nothing is known:
+/// libcrypto is handed whatever the state says, so load only states that you wrote.
+///
+/// \tparam CTX        the context: plain data without pointers. One with a member `Nl` is in the order of libcrypto's
+///                    own for SHA-1, SHA-512 and the like: numbers as wide as `Nl`, the block, numbers as wide as
+///                    `num`; its states are the same on every processor. Any other is saved as it lies in memory.
 /// \tparam DigestSize length of the result in bytes
 /// \tparam Init, Update, Final libcrypto's functions for it, which return 0 on failure
 template <class CTX, int DigestSize, int (*Init)(CTX*), int (*Update)(CTX*, const void*, std::size_t),
@@ -121,7 +126,8 @@ public:
 
 private:
     ul::PC<IDigestType> m_type;
-    CTX m_context;
+    // Zeros where Init leaves the block alone: a saved state holds nothing that lay there before.
+    CTX m_context{};
     detail::HashState m_state;
 };
 
