@@ -2,7 +2,7 @@
 #include "sarn/cipher.h"
 
 #include "frame/global_instance.h"
-#include "frame/raise.h"
+#include "frame/registry.h"
 
 namespace sarn {
 
@@ -42,24 +42,15 @@ CCipherManager::CCipherManager() {
 CCipherManager::~CCipherManager() = default;
 
 void CCipherManager::addCipher(ICipher* cipher) {
-    const ul::CMutexLock lock(m_mutex);
-    if (!cipher)
-        raiseInvalidArg("CCipherManager::addCipher", "cipher cannot be NULL");
-    m_ciphers.set(cipher->getID(), cipher);
+    addItem(m_mutex, m_ciphers, cipher, "CCipherManager::addCipher", "cipher cannot be NULL");
 }
 
 ul::P<ICipher> CCipherManager::findCipher(const ul::String& id) {
-    const ul::CMutexLock lock(m_mutex);
-    const ul::P<ICipher>* const found = m_ciphers.find(id);
-    return found ? *found : nullptr;
+    return findItem(m_mutex, m_ciphers, id);
 }
 
 ul::P<ICipher> CCipherManager::getCipher(const ul::String& id) {
-    const ul::CMutexLock lock(m_mutex);
-    ul::P<ICipher> cipher = findCipher(id);
-    if (!cipher)
-        raiseError("Unknown cipher id '" + id + "'.");
-    return cipher;
+    return getItem(m_mutex, m_ciphers, id, "Unknown cipher id '");
 }
 
 void CCipherManager::dispose() {

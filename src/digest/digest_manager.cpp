@@ -2,7 +2,7 @@
 #include "sarn/digest.h"
 
 #include "frame/global_instance.h"
-#include "frame/raise.h"
+#include "frame/registry.h"
 
 namespace sarn {
 
@@ -36,24 +36,15 @@ CDigestManager::CDigestManager() {
 CDigestManager::~CDigestManager() = default;
 
 void CDigestManager::addType(IDigestType* type) {
-    const ul::CMutexLock lock(m_mutex);
-    if (!type)
-        raiseInvalidArg("CDigestManager::addType", "type cannot be NULL");
-    m_types.set(type->getID(), type);
+    addItem(m_mutex, m_types, type, "CDigestManager::addType", "type cannot be NULL");
 }
 
 ul::P<IDigestType> CDigestManager::findType(const ul::String& id) {
-    const ul::CMutexLock lock(m_mutex);
-    const ul::P<IDigestType>* const found = m_types.find(id);
-    return found ? *found : nullptr;
+    return findItem(m_mutex, m_types, id);
 }
 
 ul::P<IDigestType> CDigestManager::getType(const ul::String& id) {
-    const ul::CMutexLock lock(m_mutex);
-    ul::P<IDigestType> type = findType(id);
-    if (!type)
-        raiseError("Unknown digest type id '" + id + "'.");
-    return type;
+    return getItem(m_mutex, m_types, id, "Unknown digest type id '");
 }
 
 void CDigestManager::dispose() {

@@ -5,14 +5,14 @@
 usage: check_errors.py ROOT
 
 A message is a text of several words that starts with a capital letter, wherever it stands, or any text of several words
-that is given to a function raise...() or to the constructor of an error.
+that is given to a function raise...(), to the constructor of an error, or to addItem(), which refuses null with it.
 """
 import pathlib
 import re
 import sys
 
 TOKEN = re.compile(r'//[^\n]*|/\*.*?\*/|^[ ]*#[^\n]*|(?:L|u8)?"((?:[^"\\\n]|\\.)*)"|\'(?:[^\'\\]|\\.)+\'|([;{}])|.', re.M | re.S)
-RAISING = re.compile(r"\braise\w*\(|\bC\w*Error\(")
+RAISING = re.compile(r"\b(?:raise\w*|addItem|C\w*Error)\(")
 # These put what they are given into a message of their own.
 COMPOSING = re.compile(r"\b(?:CFileError|COpenSSLVersionMismatchError|raiseFileError|raiseLastError|raiseInvalidLine)\(")
 LOGGING = re.compile(r"\b(?:logError|writeLine|static_assert)\(|\bline \+=|\bString line =")

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: Apache-2.0
+// What the registries of ciphers and of digest types do alike.
+#pragma once
+
+#include "frame/raise.h"
+
+#include "ul/map.h"
+#include "ul/mutex.h"
+#include "ul/pointer.h"
+#include "ul/string.h"
+
+namespace sarn {
+
+/// The objects of a registry by their identifiers.
+template <class T>
+using TRegistryItems = ul::TMap<ul::String, ul::P<T>>;
+
+/// Registers `item` under its identifier.
+/// \param where    qualified name of the operation that refuses null
+/// \param nullText its message
+template <class T>
+void addItem(ul::CMutex& mutex, TRegistryItems<T>& items, T* item, const char* where, const char* nullText) {
+    const ul::CMutexLock lock(mutex);
+    if (!item)
+        raiseInvalidArg(where, nullText);
+    items.set(item->getID(), item);
+}
+
+/// The item registered under `id`, or null.
+template <class T>
+ul::P<T> findItem(ul::CMutex& mutex, TRegistryItems<T>& items, const ul::String& id) {
+    const ul::CMutexLock lock(mutex);
+    const ul::P<T>* const found = items.find(id);
+    return found ? *found : nullptr;
+}
+
+/// The item registered under `id`.
+/// \throws ul::CError `unknown`, then the identifier and "'.", if there is none
+template <class T>
+ul::P<T> getItem(ul::CMutex& mutex, TRegistryItems<T>& items, const ul::String& id, const char* unknown) {
+    const ul::CMutexLock lock(mutex);
+    ul::P<T> item = findItem(mutex, items, id);
+    if (!item)
+        raiseError(unknown + id + "'.");
+    return item;
+}
+
+} // namespace sarn
