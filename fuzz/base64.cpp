@@ -5,7 +5,7 @@
 #include "support/base64_steps.h"
 #include "targets.h"
 
-#include "sarn/encoding.h"
+#include "sarn/base64.h"
 
 namespace sarn_fuzz {
 

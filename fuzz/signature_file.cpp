@@ -4,7 +4,7 @@
 #include "support/temp_folder.h"
 #include "targets.h"
 
-#include "sarn/encoding.h"
+#include "sarn/base64.h"
 
 namespace sarn_fuzz {
 

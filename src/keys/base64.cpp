@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "sarn/encoding.h"
+#include "sarn/base64.h"
 
 #include "frame/error_queue_mark.h"
 #include "frame/openssl_owners.h"

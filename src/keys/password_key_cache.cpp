@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "sarn/password_key_cache.h"
 
-#include "sarn/encoding.h"
+#include "sarn/key_derivation.h"
 
 #include <array>
 

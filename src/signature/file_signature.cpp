@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "sarn/encoding.h"
+#include "sarn/base64.h"
 #include "sarn/signature.h"
 
 #include "ul/file.h"

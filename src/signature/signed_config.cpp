@@ -3,7 +3,7 @@
 
 #include "frame/raise.h"
 
-#include "sarn/encoding.h"
+#include "sarn/base64.h"
 #include "sarn/signature.h"
 
 #include "ul/file.h"

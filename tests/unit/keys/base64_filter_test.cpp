@@ -4,7 +4,7 @@
 #include "support/expect.h"
 #include "support/vectors.h"
 
-#include "sarn/encoding.h"
+#include "sarn/base64.h"
 
 #include <gtest/gtest.h>
 

@@ -2,7 +2,7 @@
 #include "support/expect.h"
 #include "support/vectors.h"
 
-#include "sarn/encoding.h"
+#include "sarn/hmac.h"
 
 #include <openssl/err.h>
 #include <openssl/evp.h>
