@@ -2,8 +2,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """Changes the libraries' sources in one place at a time and sees whether the tests notice.
 
-usage: scripts/mutate COUNT WORK_FOLDER LIBCRYPTO_ROOT [--only PREFIX] [--rest] [--again SURVIVORS] [--list]
-       scripts/mutate --check    only looks whether each entry of tests/data/kept_mutants.txt names one mutant
+usage: scripts/mutate.py COUNT WORK_FOLDER LIBCRYPTO_ROOT [--only PREFIX] [--rest] [--again SURVIVORS] [--list]
+       scripts/mutate.py --check    only looks whether each entry of tests/data/kept_mutants.txt names one mutant
 
 Takes COUNT mutants, spread evenly over the sources, and all of those in the code that must not be wrong anywhere:
 padding, the loading of states, verification and the trust in configurations. Writes the survivors to

@@ -8,7 +8,7 @@ CODE = "int a() { return 1; }\n"
 
 def make_tree(at):
     """The smallest tree that keeps all rules."""
-    at.copy("scripts/check-tree", "scripts/mutate", "scripts/coverage.py", "scripts/source_places.py")
+    at.copy("scripts/check-tree", "scripts/mutate.py", "scripts/coverage.py", "scripts/source_places.py")
     for name in ("src/a.cpp", "include/sarn/a.h", "ul/src/a.cpp", "ul/include/ul/a.h", "tests/a_test.cpp"):
         at.write(name, LICENCE + CODE)
     at.write("tests/CMakeLists.txt", LICENCE.replace("//", "#") + "add_executable(tests a_test.cpp)\n")
@@ -33,7 +33,7 @@ add("Tree", ["sh", "-c", "git add --all && scripts/check-tree"], make_tree, [
     ("ComparisonThatTakesItsTime", write("src/b.cpp", "bool f() { return memcmp(a, b, 1); }\n"), "secrets are compared"),
     ("ComparisonInAHeader", write("include/sarn/b.h", "bool f() { return memcmp(a, b, 1); }\n"), "secrets are compared"),
     ("UnsafeCall", write("src/b.cpp", "void f() { strcpy(a, b); }\n"), "unsafe call"),
-    ("ObjectByNew", write("src/b.cpp", "P<A> f() { return new A(); }\n"), "objects are created by ul::make"),
+    ("ObjectByNew", write("src/b.cpp", "P<CA> f() { return new ul::CA(); }\n"), "objects are created by ul::make"),
     ("Tab", write("src/b.cpp", "\tint b;\n"), "tabs"),
     ("WhiteSpaceAtTheEnd", write("src/b.cpp", "int b; \n"), "white space at the end of a line"),
     ("LongLineOfCMake", append("tests/CMakeLists.txt", "# " + "x" * 120 + "\n"), "more than 120 characters"),

@@ -101,9 +101,9 @@ foreach(position 0 8 13 500 1048620 1048640)
 endforeach()
 
 # A text that ends in a digest of what is ahead of it is a text like any other: cut or not.
-string(CONCAT digest "\\343\\260\\304\\102\\230\\374\\034\\024\\232\\373\\364\\310\\231\\157\\271\\044"
-  "\\047\\256\\101\\344\\144\\233\\223\\114\\244\\225\\231\\033\\170\\122\\270\\125")
-execute_process(COMMAND printf "${digest}"
+execute_process(COMMAND printf "%b%b"
+    "\\0343\\0260\\0304\\0102\\0230\\0374\\0034\\0024\\0232\\0373\\0364\\0310\\0231\\0157\\0271\\0044"
+    "\\0047\\0256\\0101\\0344\\0144\\0233\\0223\\0114\\0244\\0225\\0231\\0033\\0170\\0122\\0270\\0125"
   OUTPUT_FILE "${WORK_DIR}/plain" COMMAND_ERROR_IS_FATAL ANY)
 run(0 encrypt plain encrypted secret)
 run(0 decrypt encrypted restored secret)

@@ -126,6 +126,6 @@ expect("${errors}" "Invalid signature for config file")
 # Errors
 run(0 host_show_errors)
 expect("${output}" "^The job 'données' failed.\r?\n$")
-string(CONCAT whole "^The job 'données' failed. .job=données. Caused by: Cannot open file '[^\n]*no such file': "
-  "[^\n]*, reason=[^\n]* Code 2[.]\r?\n  job: données\r?\n$")
-expect("${errors}" "${whole}")
+string(CONCAT expected "^The job 'données' failed. .job=données. Caused by: Cannot open file "
+  "'[^\n]*no such file': [^\n]*, reason=[^\n]* Code 2[.]\r?\n  job: données\r?\n$")
+expect("${errors}" "${expected}")
