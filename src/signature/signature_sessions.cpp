@@ -54,12 +54,6 @@ void checkKey(ErrorQueueMark& mark, const EVP_PKEY* key, EVP_MD_CTX* context) {
     }
 }
 
-void freeSession(EVP_PKEY* key, EVP_MD_CTX* context) {
-    EVP_MD_CTX_reset(context);
-    EVP_MD_CTX_free(context);
-    EVP_PKEY_free(key);
-}
-
 void updateDigest(EVP_MD_CTX* context, const void* data, int size, const char* where, const char* failed) {
     if (size < 0)
         raiseInvalidArg(where, "invalid data size");
@@ -82,7 +76,7 @@ COpenSSLSignatureAlgo::CSigner::CSigner(const CSigner&) = default;
 COpenSSLSignatureAlgo::CSigner& COpenSSLSignatureAlgo::CSigner::operator=(const CSigner&) = default;
 
 COpenSSLSignatureAlgo::CSigner::~CSigner() {
-    freeSession(m_key, m_ctx);
+    freeSession(m_ctx, m_key);
 }
 
 int COpenSSLSignatureAlgo::CSigner::getMaxSignatureSize() const {
@@ -116,7 +110,7 @@ COpenSSLSignatureAlgo::CVerifier::CVerifier(const CVerifier&) = default;
 COpenSSLSignatureAlgo::CVerifier& COpenSSLSignatureAlgo::CVerifier::operator=(const CVerifier&) = default;
 
 COpenSSLSignatureAlgo::CVerifier::~CVerifier() {
-    freeSession(m_key, m_ctx);
+    freeSession(m_ctx, m_key);
 }
 
 void COpenSSLSignatureAlgo::CVerifier::update(const void* data, int size) {

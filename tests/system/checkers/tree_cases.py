@@ -11,6 +11,7 @@ def make_tree(at):
     at.copy("scripts/check-tree", "scripts/mutate.py", "scripts/coverage.py", "scripts/source_places.py")
     for name in ("src/a.cpp", "include/sarn/a.h", "ul/src/a.cpp", "ul/include/ul/a.h", "tests/a_test.cpp"):
         at.write(name, LICENCE + CODE)
+    at.write("src/frame/openssl_owners.h", LICENCE + "void f() { BIO_free_all(a); }\n")
     at.write("tests/CMakeLists.txt", LICENCE.replace("//", "#") + "add_executable(tests a_test.cpp)\n")
     at.write("tests/data/kept_mutants.txt", "src/a.cpp: a: int a() { return 1; } => int a() { return 2; }  # why not\n")
     at.write("tests/data/uncovered.txt", "src/a.cpp: a: int a() { return 1; }  # why not\n")
@@ -34,6 +35,8 @@ add("Tree", ["sh", "-c", "git add --all && scripts/check-tree"], make_tree, [
     ("ComparisonInAHeader", write("include/sarn/b.h", "bool f() { return memcmp(a, b, 1); }\n"), "secrets are compared"),
     ("UnsafeCall", write("src/b.cpp", "void f() { strcpy(a, b); }\n"), "unsafe call"),
     ("ObjectByNew", write("src/b.cpp", "P<CA> f() { return new ul::CA(); }\n"), "objects are created by ul::make"),
+    ("FreeOutsideOfTheOwners", write("src/b.cpp", "void f() { EVP_MD_CTX_free(a); }\n"), "freed by their owners"),
+    ("FreeOfAChain", write("src/frame/b.h", "void f() { BIO_free_all(a); }\n"), "freed by their owners"),
     ("Tab", write("src/b.cpp", "\tint b;\n"), "tabs"),
     ("WhiteSpaceAtTheEnd", write("src/b.cpp", "int b; \n"), "white space at the end of a line"),
     ("LongLineOfCMake", append("tests/CMakeLists.txt", "# " + "x" * 120 + "\n"), "more than 120 characters"),
