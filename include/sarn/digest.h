@@ -152,7 +152,8 @@ public:
     /// \throws ul::CError "Unknown digest type id '<id>'." if there is none
     ul::P<IDigestType> getType(const ul::String& id);
 
-    /// Drops all types. Takes no lock: no other thread may use the registry meanwhile.
+    /// Drops all types. Takes no lock: no other thread may use the registry meanwhile. Public, unlike
+    /// CCipherManager::dispose(): hosts are compiled against both as they are.
     void dispose();
 
 protected:

@@ -53,6 +53,8 @@ COpenSSLInit& COpenSSLInit::operator=(const COpenSSLInit&) = default;
 COpenSSLInit& COpenSSLInit::operator=(COpenSSLInit&&) noexcept = default;
 COpenSSLInit::~COpenSSLInit() = default;
 
+// Does nothing on purpose: the anchor has nothing to release, and the companions have such a function of their own.
+// Hosts call it at shutdown and go on using the library.
 void COpenSSLInit::disposeGlobalInstance() {}
 
 const ul::P<COpenSSLInit::CCleaner>& COpenSSLInit::CCleaner::get() {

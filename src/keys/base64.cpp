@@ -122,7 +122,8 @@ ul::String base64Encode(const void* data, int size, bool keepPadding, bool lineB
     // Whatever went wrong in the chain, no part of a text is taken for the whole.
     if (length != getEncodedLength(size, lineBreaks))
         mark.raise(encodeError);
-    // With line breaks a line feed is the last character, so that the padding stays.
+    // With line breaks the last character is a line feed, so the padding stays although the caller asked for none. Keep
+    // it so: texts that hosts have stored, and compare, were written this way.
     while (!keepPadding && length > 0 && text[length - 1] == '=')
         --length;
     return ul::String(text, static_cast<std::size_t>(length));
@@ -150,8 +151,9 @@ void base64Decode(const ul::String& text, ul::TBuffer<unsigned char>& out) {
     out.ensureAllocated(expected);
     const int read = BIO_read(chain.get(), out.getData(), expected);
     mark.drop();
-    // The padding counted as significant, so that up to three bytes may be missing. Where at most two are expected a
-    // failing read would pass for that.
+    // Padding counted as significant, so a sound text may give fewer bytes than expected. Keep the tolerance of three,
+    // although damage may pass for padding: hosts load old files that need it. The first comparison is for texts of
+    // which at most two bytes are expected, where a failing read, -1, would pass the second.
     if (read < 0 || read < expected - 3 || read > expected)
         raiseInvalidArg("base64Decode", "invalid base64 data");
     out.setUsed(read);

@@ -12,7 +12,8 @@ namespace sarn {
 
 void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* data, int dataSize, const void* key,
               int keySize) {
-    // Without COpenSSLInit: HMAC needs nothing of it, and a caller that passes a digest has set libcrypto up.
+    // Unlike its neighbours this does not call COpenSSLInit::ensureInitialized(): HMAC needs nothing of it, and hosts
+    // rely on an HMAC creating none of the process-wide objects.
     if (dataSize < 0)
         raiseInvalidArg("calcHMAC", "invalid data size");
     if (out.getAllocated() < EVP_MAX_MD_SIZE && (overlaps(data, dataSize, out) || overlaps(key, keySize, out)))

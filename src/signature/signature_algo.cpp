@@ -60,7 +60,8 @@ bool IVerifier::finish(const ul::TBuffer<unsigned char>& signature) {
 }
 
 COpenSSLSignatureAlgo::COpenSSLSignatureAlgo(const EVP_MD* md) {
-    // Spelled out rather than left to ensureInitialized(): sessions rely on these two, in this order, and on no more.
+    // The two lines of ensureInitialized(), spelled out: sessions rely on these two objects, in this order, and on no
+    // more, even if that function sets up more one day.
     COpenSSLInit::CThreadStuff::get();
     COpenSSLInit::CCleaner::get();
     m_md = md;
@@ -78,7 +79,7 @@ ul::P<IVerifier> COpenSSLSignatureAlgo::beginVerify(const ul::String& publicKey)
     return ul::make<CVerifier>(m_md, SecretText(publicKey).c_str());
 }
 
-// The kind of key decides, so the two are the same. They stay two functions: a host says which one it means.
+// The two are the same on purpose: the kind of key decides on the scheme. Hosts call the one that names their key.
 ul::P<ISignatureAlgo> createRSA_SHA1() {
     return ul::make<COpenSSLSignatureAlgo>(EVP_sha1());
 }

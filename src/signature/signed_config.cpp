@@ -15,7 +15,8 @@ namespace sarn {
 
 namespace {
 
-/// The bytes of a file that holds Base64 text, read at once.
+/// The bytes of a file that holds Base64 text. The length is asked once and then read exactly, unlike
+/// CINIContent::readFile(): a file that shrinks meanwhile is an error of the stream, not a shorter text.
 void readBase64File(const ul::CWindowsPath& path, ul::TBuffer<unsigned char>& content) {
     ul::CWindowsFileInStream stream(path);
     const std::int64_t length = stream.getLength();
