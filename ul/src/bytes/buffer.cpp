@@ -8,7 +8,6 @@
 #include <climits>
 #include <cstring>
 #include <functional>
-#include <new>
 #include <typeinfo>
 #include <utility>
 
