@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "failures/imported_calls.h"
+#include "failures/injection.h"
 #include "failures/scenarios.h"
 #include "support/expect.h"
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // In which steps a file is replaced, and how the failure of each is reported.
-#include "failures/imported_calls.h"
+#include "failures/call_watch.h"
+#include "failures/injection.h"
 #include "support/expect.h"
 #include "support/temp_folder.h"
 
@@ -10,6 +11,7 @@
 
 #include <functional>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,8 +21,6 @@ namespace {
 
 class FileStepsTest : public testing::Test {
 protected:
-    FileStepsTest() { installReplacements(); }
-
     /// Lets each system call of `action` fail, with all that come after it, so that cleaning up fails, too. The error
     /// must be that of the first, about the file that was asked for.
     void expectEachFailureReported(const std::function<void()>& action) {
@@ -57,10 +57,16 @@ protected:
 } // namespace
 
 TEST_F(FileStepsTest, NewContent_IsOnTheDiskBeforeItGetsTheNameAndThenTheNameIs) {
-    const FileSteps steps;
+    const CallWatch watch;
     ul::writeUTF8TextFile(m_file, "new");
-    EXPECT_EQ(steps.get(),
-              (std::vector<std::string>{"create as the only one", "flush file", "rename", "flush folder"}));
+    std::string steps;
+    for (const Call& call : watch.getCalls()) {
+        for (const std::string step : {"openat", "fsync", "renameat", "fsync of a folder"})
+            steps += call.function->name == step ? step + "; " : "";
+    }
+    EXPECT_EQ(steps, "openat; fsync; renameat; fsync of a folder; ");
+    constexpr int asTheOnlyOne = O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    EXPECT_EQ(watch.getCalls("openat").at(0).arguments[2] & asTheOnlyOne, asTheOnlyOne);
 }
 
 TEST_F(FileStepsTest, EachFailureOfWriting_IsReportedWithItsReasonAndTheFileThatWasAskedFor) {
@@ -82,7 +88,8 @@ TEST_F(FileStepsTest, FileOfSomebodyElse_GivesTheNewOneNoRights) {
         return status.st_mode & 07777;
     };
     EXPECT_EQ(writeAndGetMode(), 0777U);
-    const PretendedOwner somebodyElse(::geteuid() + 1);
+    CallWatch watch;
+    watch.after("fstatat", [](const Call& call) { call.getPointer<struct stat>(2)->st_uid = ::geteuid() + 1; });
     EXPECT_EQ(writeAndGetMode(), 0644U);
     ::umask(mask);
 }

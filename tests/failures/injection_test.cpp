@@ -2,6 +2,7 @@
 // Every allocation, and every call of libcrypto and of the system's files that every scenario makes, fails: once, and
 // from there on. What comes of it is the right result or a documented error, and the next use works.
 #include "failures/imported_calls.h"
+#include "failures/injection.h"
 #include "failures/scenarios.h"
 #include "support/log_capture.h"
 
@@ -66,7 +67,6 @@ std::string getScenarioName(const testing::TestParamInfo<Scenario>& info) {
 class Injections : public testing::TestWithParam<Scenario> {
 protected:
     void SetUp() override {
-        installReplacements();
         m_run = GetParam().prepare();
         // What is created once in a process is created here; that it can fail has a test of its own.
         m_expected = m_run();
@@ -137,7 +137,6 @@ TEST(InjectionsTable, EveryImportedFunctionOfLibcryptoZlibAndFiles_IsAmongThoseT
 }
 
 TEST(InjectionsTable, FilesInSmallPieces_InterruptedBySignals_AreReadAndWrittenWhole) {
-    installReplacements();
     int count = 0;
     for (const Scenario& scenario : getScenarios()) {
         const sarn_test::Run run = scenario.prepare();

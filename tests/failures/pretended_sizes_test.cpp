@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Files whose size is not what the system told: larger than memory, or grown and cut meanwhile.
-#include "failures/imported_calls.h"
+#include "failures/call_watch.h"
 #include "support/expect.h"
 #include "support/key_files.h"
 #include "support/temp_folder.h"
@@ -14,15 +14,35 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <stdexcept>
+
+#include <sys/stat.h>
 
 namespace sarn_test {
 
 namespace {
 
+/// While it lives, the system reports another size of one file than it has.
+class PretendedSize {
+public:
+    PretendedSize(const std::string& file, long long size) {
+        struct stat pretending {};
+        if (::stat(file.c_str(), &pretending) != 0)
+            throw std::runtime_error("no such file: " + file);
+        m_watch.after("fstat", [size, number = pretending.st_ino](const Call& call) {
+            auto* const status = call.getPointer<struct stat>(1);
+            if (status->st_ino == number)
+                status->st_size = size;
+        });
+    }
+
+private:
+    CallWatch m_watch;
+};
+
 class PretendedSizes : public testing::Test {
 protected:
     PretendedSizes() : m_file(m_folder.write("config", sarn::base64Encode("[a]\nb=c\n", 8, true, true).toUTF8())) {
-        installReplacements();
         ul::TBuffer<unsigned char> signature;
         sarn::createFileSignature_RSA_SHA1(m_file, readKey("rsa1024"), signature);
         sarn::storeSignatureBase64(m_folder.getPath("config.sig"), signature);

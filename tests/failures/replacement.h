@@ -2,12 +2,33 @@
 // What is called instead of an imported function, made from the type of that function.
 #pragma once
 
+#include "failures/call_watch.h"
 #include "failures/imported_calls.h"
+#include "failures/injection.h"
 
 #include <cerrno>
 #include <new>
+#include <type_traits>
 
 namespace sarn_test {
+
+template <class T>
+std::intptr_t toNumber(T value) {
+    if constexpr (std::is_pointer_v<T>)
+        return reinterpret_cast<std::intptr_t>(value);
+    else if constexpr (std::is_integral_v<T>)
+        return static_cast<std::intptr_t>(value);
+    else
+        return 0;
+}
+
+template <class T>
+T fromNumber(std::intptr_t number) {
+    if constexpr (std::is_pointer_v<T>)
+        return reinterpret_cast<T>(number); // NOLINT(performance-no-int-to-ptr): that is how a failure is described
+    else
+        return static_cast<T>(number);
+}
 
 template <auto function, class Type = decltype(function)>
 struct Replacement;
@@ -15,65 +36,73 @@ struct Replacement;
 template <auto function, class Result, class... Arguments>
 struct Replacement<function, Result (*)(Arguments...)> {
     static inline const ImportedCall* description = nullptr;
-    static inline Result failure{};
-    static inline int error = 0;
-    static inline bool isDoneAllTheSame = false;
 
     static Result call(Arguments... arguments) {
-        if (!Injection::mustFail(*description))
-            return function(arguments...);
-        if (isDoneAllTheSame) {
+        Call made{description, {toNumber(arguments)...}};
+        // Both see each call.
+        const bool isFailedByWatch = CallWatch::begin(made);
+        const bool fails = Injection::mustFail(*description) || isFailedByWatch;
+        if constexpr (std::is_void_v<Result>) {
+            function(arguments...);
+            CallWatch::end(made);
+        } else if (fails) {
+            return fail(made, arguments...);
+        } else {
             const Result result = function(arguments...);
-            static_cast<void>(result);
+            made.result = toNumber(result);
+            CallWatch::end(made);
+            return result;
         }
-        if (error != 0)
-            errno = error;
-        return failure;
     }
 
-    static Result callOrThrow(Arguments... arguments) {
-        if (Injection::mustFail(*description))
+private:
+    static Result fail(Call& made, Arguments... arguments) {
+        if (description->isDoneAllTheSame)
+            [[maybe_unused]] const Result result = function(arguments...);
+        CallWatch::end(made);
+        if (description->throws)
             throw std::bad_alloc();
-        return function(arguments...);
+        if (description->error != 0)
+            errno = description->error;
+        return fromNumber<Result>(made.result);
     }
 };
 
 template <auto function, class Result, class... Arguments>
 struct Replacement<function, Result (*)(Arguments...) noexcept> : Replacement<function, Result (*)(Arguments...)> {};
 
-template <class Function>
-void* toAddress(Function* function) {
-    return reinterpret_cast<void*>(function);
-}
-
-/// Describes an imported function that tells of a failure by returning `failure` and, if it is not 0, `errno`.
-template <auto function, class Result>
-ImportedCall describe(const char* name, CallKind kind, Result failure, bool isIgnored = false, int error = 0) {
-    using Calls = Replacement<function>;
-    Calls::failure = static_cast<decltype(Calls::failure)>(failure);
-    Calls::error = error;
-    return {name, kind, isIgnored, toAddress(&Calls::call), &Calls::description, error};
-}
-
-/// Describes one that tells of a failure although it has done its work.
-template <auto function, class Result>
-ImportedCall describeDone(const char* name, CallKind kind, Result failure, bool isIgnored, int error) {
-    Replacement<function>::isDoneAllTheSame = true;
-    return describe<function>(name, kind, failure, isIgnored, error);
-}
-
-/// Describes one whose replacement decides itself whether it fails.
-template <class Function>
-ImportedCall describeOwn(const char* name, CallKind kind, bool isIgnored, int error, Function* replacement,
-                         const ImportedCall*& description) {
-    return {name, kind, isIgnored, toAddress(replacement), &description, error};
-}
-
-/// Describes an operator new.
+/// Describes an imported function that reports a failure by returning `failure`, a number or an address, and, if it is
+/// not 0, `error` in `errno`.
 template <auto function>
-ImportedCall describeThrowing(const char* name, CallKind kind) {
+ImportedCall describe(CallKind kind, const char* name, std::intptr_t failure, int error = 0) {
     using Calls = Replacement<function>;
-    return {name, kind, false, toAddress(&Calls::callOrThrow), &Calls::description};
+    return {name, kind, reinterpret_cast<void*>(&Calls::call), &Calls::description, failure, error};
+}
+
+/// Describes one that cannot fail, and is replaced to be seen.
+template <auto function>
+ImportedCall watched(CallKind kind, const char* name) {
+    ImportedCall call = describe<function>(kind, name, 0);
+    call.canFail = false;
+    return call;
+}
+
+/// Describes one whose failure the library passes over on purpose.
+inline ImportedCall ignored(ImportedCall call) {
+    call.isIgnored = true;
+    return call;
+}
+
+/// Describes one that reports a failure although it has done its work.
+inline ImportedCall done(ImportedCall call) {
+    call.isDoneAllTheSame = true;
+    return call;
+}
+
+/// Describes one that reports a failure as operator new does.
+inline ImportedCall throwing(ImportedCall call) {
+    call.throws = true;
+    return call;
 }
 
 } // namespace sarn_test

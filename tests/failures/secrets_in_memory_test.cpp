@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // Keys, passwords and plaintexts stand nowhere in the process once their holders have gone: after each success, and
 // after the failure of each allocation and of each call of a dependency on the way.
-#include "failures/imported_calls.h"
+#include "failures/injection.h"
 #include "failures/memory_search.h"
 #include "support/key_files.h"
 #include "support/log_capture.h"
@@ -206,10 +206,7 @@ void runAnyway(const SecretUse& use) {
 
 class SecretsInMemory : public testing::TestWithParam<SecretUse> {
 protected:
-    void SetUp() override {
-        installReplacements();
-        runAnyway(GetParam());
-    }
+    void SetUp() override { runAnyway(GetParam()); }
 
     void expectGone(const std::string& when) {
         const std::vector<Canary>& secrets = GetParam().isKeyFile ? getKeyCanaries() : getSecrets();

@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: Apache-2.0
+// The calls that the libraries make into others, recorded, and single ones made to fail.
+#pragma once
+
+#include "failures/imported_calls.h"
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace sarn_test {
+
+/// One call.
+struct Call {
+    const ImportedCall* function;
+    /// Pointers as addresses.
+    std::array<std::intptr_t, 7> arguments;
+    std::intptr_t result = 0;
+
+    template <class T>
+    T* getPointer(std::size_t index) const {
+        return reinterpret_cast<T*>(arguments[index]); // NOLINT(performance-no-int-to-ptr): the other way of above
+    }
+};
+
+/// While it lives, records the calls of all threads in their order, may let some of them fail, and lets a test have a
+/// hand in others. One at a time; it does not count as a call what the test itself does.
+class CallWatch {
+public:
+    using Action = std::function<void(const Call&)>;
+
+    CallWatch();
+    CallWatch(const CallWatch&) = delete;
+    CallWatch& operator=(const CallWatch&) = delete;
+    ~CallWatch();
+
+    /// Lets the `index`th call of `name` from now on fail, counted from 0.
+    void fail(const char* name, int index = 0);
+    /// Lets it return `result` instead of what it returns when it fails.
+    void failWith(std::intptr_t result, const char* name, int index = 0);
+    /// Calls `action` before each call of `name`, or after it.
+    void before(const char* name, Action action) { m_hooks.push_back({name, false, std::move(action)}); }
+    void after(const char* name, Action action) { m_hooks.push_back({name, true, std::move(action)}); }
+
+    const std::vector<Call>& getCalls() const { return m_calls; }
+    /// The calls of one function.
+    std::vector<Call> getCalls(std::string_view name) const;
+    int count(std::string_view name) const { return static_cast<int>(getCalls(name).size()); }
+    /// The calls of libcrypto in their order, separated by spaces. The host's error queue, which is left as it was
+    /// found around all of them, is not looked at, nor is the kind of a key.
+    std::string getLibcryptoCalls() const;
+    /// How many things the functions `made` have made that those called `ended` were not given.
+    int countLeft(const std::set<std::string_view>& made, const std::set<std::string_view>& ended) const;
+
+    /// For the replacements: whether a call that is about to be made must fail. Sets its result then.
+    static bool begin(Call& call);
+    /// For the replacements: records a call that was made.
+    static void end(const Call& call);
+
+private:
+    struct Hook {
+        std::string_view name;
+        bool isAfter;
+        Action action;
+    };
+    struct Failure {
+        std::string_view name;
+        int callsBefore;
+        std::intptr_t result;
+    };
+
+    void run(const Call& call, bool isAfter) const;
+    bool takeFailure(Call& call);
+
+    std::mutex m_mutex;
+    std::vector<Call> m_calls;
+    std::vector<Hook> m_hooks;
+    std::vector<Failure> m_failures;
+};
+
+} // namespace sarn_test
