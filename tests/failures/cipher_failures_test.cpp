@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a cipher leaves behind when a call of libcrypto fails or does less than it should, or when there is no memory.
+#include "failures/call_watch.h"
+#include "failures/injection.h"
+#include "support/cipher_test_data.h"
+
+#include <climits>
+
+namespace sarn_test {
+
+namespace {
+
+using Buffer = ul::TBuffer<unsigned char>;
+
+const Bytes iv = makePattern(16);
+
+class CipherFailures : public testing::Test {
+protected:
+    /// Lets libcrypto report that its last call wrote `count` bytes less than it did.
+    void shorten(const char* call, int count) {
+        m_watch.after(call, [count](const Call& final) { *final.getPointer<int>(2) -= count; });
+    }
+
+    const TestKey m_key{32};
+    sarn::CCipher_AES256CBC m_cipher;
+    Buffer m_out;
+    CallWatch m_watch;
+};
+
+} // namespace
+
+TEST_F(CipherFailures, WithoutPadding_OfTooLittleOutput_RaiseAnErrorWithBothSizes) {
+    shorten("EVP_EncryptFinal", 3);
+    shorten("EVP_DecryptFinal", 16);
+    expectError("OpenSSL encrypt error: output size does not match expected value",
+                {"outSize", "29", "expectedOutSize", "32"},
+                [&] { m_cipher.encryptWithoutPadding(m_key, "12345678901234567890", 20, m_out, false, iv.data()); });
+    expectError("OpenSSL decrypt error: decrypted size does not match expected value",
+                {"outSize", "0", "expectedOutSize", "16"},
+                [&] { m_cipher.decryptWithoutPadding(m_key, iv.data(), 16, m_out, false, iv.data()); });
+    EXPECT_EQ(m_watch.count("EVP_CIPHER_CTX_free"), 2);
+}
+
+TEST_F(CipherFailures, WithoutPadding_LeaveTheFullExpectedSizeInTheOutput) {
+    m_watch.fail("EVP_EncryptInit");
+    EXPECT_THROW(m_cipher.encryptWithoutPadding(m_key, "data", 4, m_out, false, iv.data()), ul::CError);
+    EXPECT_EQ(m_out.getUsed(), 16);
+    m_watch.fail("EVP_DecryptUpdate");
+    EXPECT_THROW(m_cipher.decryptWithoutPadding(m_key, makePattern(48).data(), 48, m_out, false, iv.data()),
+                 ul::CError);
+    EXPECT_EQ(m_out.getUsed(), 48);
+}
+
+TEST_F(CipherFailures, OfTheInit_AreWhereTheLargestResultOfAnIntEnds) {
+    // There is room for it; it ends where libcrypto would read that much.
+    constexpr char message[] = "OpenSSL encrypt init error.";
+    m_watch.fail("EVP_EncryptInit");
+    expectError(message, [&] { m_cipher.encrypt(m_key, "x", INT_MAX - 16, m_out, false, iv.data()); });
+    m_watch.fail("EVP_DecryptInit");
+    expectError(message, [&] { m_cipher.decrypt(m_key, "x", INT_MAX - 16, m_out, false, iv.data()); });
+    EXPECT_EQ(m_watch.count("EVP_EncryptInit") + m_watch.count("EVP_DecryptInit"), 2);
+}
+
+TEST_F(CipherFailures, OfMemoryForTheResult_ArePassedOnAndFreeTheContext) {
+    Buffer encrypted;
+    m_cipher.encrypt(m_key, "data", 4, encrypted, false, iv.data());
+    const auto expectPassedOn = [&](auto operation) {
+        EXPECT_GT(failEachAllocation([&] {
+                      Buffer out;
+                      operation(out);
+                  }),
+                  0);
+        EXPECT_EQ(m_watch.countLeft({"EVP_CIPHER_CTX_new"}, {"EVP_CIPHER_CTX_free"}), 0);
+    };
+    const unsigned char* const data = encrypted.getData();
+    expectPassedOn([&](Buffer& out) { m_cipher.encrypt(m_key, "data", 4, out, false, iv.data()); });
+    expectPassedOn([&](Buffer& out) { m_cipher.encrypt(m_key, "data", 4, out, false, nullptr); });
+    expectPassedOn([&](Buffer& out) { m_cipher.encryptWithoutPadding(m_key, "data", 4, out, false, iv.data()); });
+    expectPassedOn([&](Buffer& out) { m_cipher.decrypt(m_key, data, 16, out, false, iv.data()); });
+    expectPassedOn([&](Buffer& out) { m_cipher.decryptWithoutPadding(m_key, data, 16, out, false, iv.data()); });
+}
+
+} // namespace sarn_test

@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a digest is after a call of libcrypto has failed. One hash stands for all: they are one template.
+#include "failures/call_watch.h"
+#include "failures/injection.h"
+#include "support/digest_test_data.h"
+
+#include <gtest/gtest.h>
+
+namespace sarn_test {
+
+namespace {
+
+const Bytes md5OfAbc = fromHex("900150983cd24fb0d6963f7d28e17f72");
+const Bytes md5OfNothing = fromHex("d41d8cd98f00b204e9800998ecf8427e");
+
+class DigestFailures : public testing::Test {
+protected:
+    const ul::P<sarn::IDigestType> m_type = ul::make<sarn::CDigestType_MD5>();
+    CallWatch m_watch;
+};
+
+using DigestFailuresDeathTest = DigestFailures;
+
+} // namespace
+
+TEST_F(DigestFailures, OfUpdate_LeaveTheDigestRunning) {
+    const ul::P<sarn::IDigest> digest = m_type->createDigest();
+    m_watch.fail("MD5_Update");
+    expectError("Error updating OpenSSL digest.", [&] { digest->update("abc", 3); });
+    digest->update("abc", 3);
+    EXPECT_EQ(finish(*digest), md5OfAbc);
+}
+
+TEST_F(DigestFailures, OfFinish_LeaveTheDigestRunning) {
+    const ul::P<sarn::IDigest> digest = m_type->createDigest();
+    digest->update("abc", 3);
+    m_watch.fail("MD5_Final");
+    expectError("Error finalizing OpenSSL digest.", [&] { digest->finish(); });
+    EXPECT_THROW(digest->getDigestData(), ul::CBadStateError);
+    EXPECT_EQ(finish(*digest), md5OfAbc);
+}
+
+TEST_F(DigestFailures, OfReset_AreThoseOfFinalAndOfInit) {
+    const ul::P<sarn::IDigest> digest = m_type->createDigest();
+    m_watch.fail("MD5_Final");
+    expectError("Error finalizing OpenSSL digest.", [&] { digest->reset(); });
+    m_watch.fail("MD5_Init");
+    expectError("Error initializing OpenSSL digest.", [&] { digest->reset(); });
+    EXPECT_EQ(getResult(*digest), md5OfNothing) << "it was finished, and is running again once Init has succeeded";
+    digest->reset();
+    digest->update("abc", 3);
+    EXPECT_EQ(finish(*digest), md5OfAbc);
+}
+
+TEST_F(DigestFailuresDeathTest, OfTheEndOfARunningDigest_EndTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            ul::P<sarn::IDigest> digest = m_type->createDigest();
+            m_watch.fail("MD5_Final");
+            digest = nullptr;
+        },
+        "");
+}
+
+TEST_F(DigestFailures, OfAllocations_LeaveADigestThatLoadsAStateAsItWas) {
+    for (const char* const id : digestIDs) {
+        const ul::P<sarn::IDigest> source = createDigest(id);
+        feed(*source, makePattern(100));
+        finish(*source);
+        const Bytes state = storeState(*source);
+        const ul::P<sarn::IDigest> digest = createDigest(id);
+        feed(*digest, makePattern(70));
+        const Bytes before = storeState(*digest);
+        const int failures = failEachAllocation([&] {
+            EXPECT_EQ(toHex(storeState(*digest)), toHex(before)) << id;
+            loadState(*digest, state);
+        });
+        EXPECT_EQ(toHex(storeState(*digest)), toHex(state)) << id << ", after " << failures << " failures";
+    }
+}
+
+TEST_F(DigestFailures, OfAllocations_CannotHappenInAnUpdate) {
+    const Bytes input = makePattern(10000);
+    for (const char* const id : digestIDs) {
+        const ul::P<sarn::IDigest> digest = createDigest(id);
+        const AllocationFailure failure(0);
+        digest->update(input.data(), 10000);
+        digest->finish();
+        EXPECT_FALSE(failure.hasHappened()) << id;
+    }
+}
+
+TEST_F(DigestFailures, RunningDigest_IsFinalisedOnceByResetAndByItsEnd) {
+    {
+        const ul::P<sarn::IDigest> digest = m_type->createDigest();
+        EXPECT_EQ(m_watch.getLibcryptoCalls(), "MD5_Init");
+        digest->reset();
+        EXPECT_EQ(m_watch.getLibcryptoCalls(), "MD5_Init MD5_Final MD5_Init");
+    }
+    EXPECT_EQ(m_watch.count("MD5_Final"), 2);
+    {
+        const ul::P<sarn::IDigest> digest = m_type->createDigest();
+        digest->finish();
+        digest->finish();
+    }
+    EXPECT_EQ(m_watch.count("MD5_Final"), 3) << "a finished one is not finalised again";
+    EXPECT_EQ(m_watch.count("MD5_Init"), 3);
+}
+
+TEST_F(DigestFailures, DigestLoadedAsNotInitialized_IsNotFinalised) {
+    Bytes state = storeState(*m_type->createDigest());
+    state.at(state.size() - 2) = 0;
+    int finals = m_watch.count("MD5_Final");
+    for (const bool isReset : {false, true}) {
+        ul::P<sarn::IDigest> digest = m_type->createDigest();
+        loadState(*digest, state);
+        if (isReset)
+            digest->reset();
+        EXPECT_EQ(m_watch.count("MD5_Final"), finals);
+        digest = nullptr;
+        finals += isReset;
+        EXPECT_EQ(m_watch.count("MD5_Final"), finals);
+    }
+}
+
+} // namespace sarn_test

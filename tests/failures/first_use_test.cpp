@@ -1,0 +1,208 @@
+// SPDX-License-Identifier: Apache-2.0
+// Which process-wide objects the first use of something creates, in which order, and what comes of it without memory.
+// What exists once in a process stays, so each check has a process of its own.
+#include "failures/call_watch.h"
+#include "failures/injection.h"
+#include "support/expect.h"
+#include "support/log_capture.h"
+#include "support/new_process.h"
+
+#include "sarn/cipher.h"
+#include "sarn/digest.h"
+#include "sarn/encoding.h"
+#include "sarn/openssl_init.h"
+#include "sarn/signature.h"
+
+#include <functional>
+#include <ostream>
+
+namespace sarn_test {
+
+namespace {
+
+using sarn::COpenSSLInit;
+
+struct InitAccess : COpenSSLInit {
+    using COpenSSLInit::disposeGlobalInstance;
+};
+
+struct CleanerAccess : COpenSSLInit::CCleaner {
+    using CCleaner::disposeGlobalInstance;
+};
+
+struct ThreadAccess : COpenSSLInit::CThreadStuff {
+    using CThreadStuff::disposeGlobalInstance;
+    using CThreadStuff::doLock;
+};
+
+/// Whether the object that `get` gives is there: else it takes memory to create it, of which there is none.
+template <class Get>
+bool isThere(Get get) {
+    const AllocationFailure failure(0);
+    try {
+        get();
+    } catch (const ul::CError& error) {
+        EXPECT_STREQ(error.what(), "Global object could not be created.");
+    }
+    return !failure.hasHappened();
+}
+
+std::string listInstances() {
+    return std::string(isThere(COpenSSLInit::CThreadStuff::get) ? "thread stuff, " : "") +
+           (isThere(COpenSSLInit::CCleaner::get) ? "cleaner, " : "") + (isThere(COpenSSLInit::get) ? "anchor, " : "");
+}
+
+void calculateHMAC() {
+    ul::TBuffer<unsigned char> out;
+    sarn::calcHMAC_SHA1(out, "x", 1, "k", 1);
+}
+
+void decode() {
+    ul::TBuffer<unsigned char> out;
+    sarn::base64Decode("QUJD", out);
+}
+
+void derive() {
+    unsigned char key[20];
+    sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("p", 1, "s", 1, 1, 20, key);
+}
+
+/// The set-up comes before the first call of libcrypto.
+void failToCreateMD5() {
+    CallWatch watch;
+    watch.fail("MD5_Init");
+    EXPECT_THROW(sarn::CDigestType_MD5().createDigest(), ul::CError);
+}
+
+constexpr char companions[] = "thread stuff, cleaner, ";
+
+struct FirstUse {
+    const char* name;
+    std::function<void()> call;
+    const char* created;
+};
+
+/// For messages of failures.
+void PrintTo(const FirstUse& use, std::ostream* out) {
+    *out << use.name;
+}
+
+const FirstUse firstUses[] = {
+    {"EnsureInitialized", COpenSSLInit::ensureInitialized, companions},
+    {"Get", [] { COpenSSLInit::get(); }, "thread stuff, cleaner, anchor, "},
+    {"Cipher", [] { ul::make<sarn::CCipher_AES256CBC>(); }, companions},
+    {"MD4", [] { sarn::CDigestType_MD4().createDigest(); }, companions},
+    {"MD5", [] { sarn::CDigestType_MD5().createDigest(); }, companions},
+    {"SHA1", [] { sarn::CDigestType_SHA1().createDigest(); }, companions},
+    {"SHA256", [] { sarn::CDigestType_SHA256().createDigest(); }, companions},
+    {"MD5WhoseInitFails", failToCreateMD5, companions},
+    {"SignatureAlgorithm", [] { sarn::createRSA_SHA1(); }, companions},
+    {"Base64Encode", [] { sarn::base64Encode("x", 1, true, true); }, companions},
+    {"Base64Decode", decode, companions},
+    {"DeriveKey", derive, companions},
+    {"CalcHMAC", calculateHMAC, ""},
+    {"DisposalOfTheAnchor", [] { InitAccess::disposeGlobalInstance(); }, ""},
+    {"DisposalOfTheCleaner", [] { CleanerAccess::disposeGlobalInstance(); }, "cleaner, "},
+    {"DisposalOfTheThreadStuff", [] { ThreadAccess::disposeGlobalInstance(); }, "thread stuff, "},
+};
+
+class FirstUseDeathTest : public testing::TestWithParam<FirstUse> {};
+
+/// Tries `action` with memory for one thing more each time, until it succeeds, and calls `check` after each failure.
+/// Returns how many there were.
+template <class Action, class Check>
+int tryWithMoreMemory(Action action, Check check) {
+    for (int index = 0;; ++index) {
+        try {
+            const Injection noMore(true, index, Injection::Duration::FromThenOn);
+            action();
+            return index;
+        } catch (const std::exception&) {
+            // The next one gets further.
+        }
+        check();
+    }
+}
+
+} // namespace
+
+TEST_P(FirstUseDeathTest, CreatesWhatItNeedsAndNothingElse) {
+    expectInNewProcess([] {
+        GetParam().call();
+        EXPECT_EQ(listInstances(), GetParam().created);
+    });
+}
+
+INSTANTIATE_TEST_SUITE_P(All, FirstUseDeathTest, testing::ValuesIn(firstUses),
+                         [](const auto& use) { return std::string(use.param.name); });
+
+TEST(FirstUsesDeathTest, CreateTheThreadStuffAndThenTheCleaner) {
+    for (void (*const action)() : {&COpenSSLInit::ensureInitialized, +[] { sarn::createRSA_SHA1(); }}) {
+        expectInNewProcess([action] {
+            std::string created;
+            tryWithMoreMemory(action, [&] { created = listInstances(); });
+            EXPECT_EQ(created, "thread stuff, ") << "there was a moment at which it was alone";
+            EXPECT_EQ(listInstances(), companions);
+        });
+    }
+}
+
+TEST(FirstUsesDeathTest, OfTheAnchor_CreateItBeforeItsCompanions) {
+    expectInNewProcess([] {
+        {
+            const Injection afterHolderAndObject(true, 2, Injection::Duration::FromThenOn);
+            EXPECT_ANY_THROW(COpenSSLInit::get());
+        }
+        EXPECT_EQ(listInstances(), "");
+        COpenSSLInit::ensureInitialized();
+        EXPECT_TRUE(isThere(COpenSSLInit::get));
+    });
+}
+
+TEST(FirstUsesDeathTest, WithoutMemory_GiveBackWhatTheyTookAndAreTriedAgain) {
+    expectInNewProcess([] {
+        CallWatch watch;
+        const auto expectNothing = [&] {
+            EXPECT_EQ(watch.countLeft({"_Znwm", "_ZnwmRKSt9nothrow_t"}, {"_ZdlPv", "_ZdlPvm"}), 0);
+            EXPECT_EQ(listInstances(), "");
+        };
+        EXPECT_GT(tryWithMoreMemory(COpenSSLInit::CThreadStuff::get, expectNothing), 2);
+        EXPECT_EQ(listInstances(), "thread stuff, ");
+    });
+}
+
+TEST(FirstUsesDeathTest, OfARegistryWithoutMemory_RaiseAndAreTriedAgain) {
+    expectInNewProcess([] {
+        EXPECT_GT(tryWithMoreMemory(sarn::CCipherManager::get, [] {}), 10);
+        EXPECT_TRUE(sarn::CCipherManager::get()->findCipher("null"));
+    });
+}
+
+TEST(CThreadStuffWithoutMemory, DoLock_LocksAndUnlocks) {
+    ThreadAccess threads;
+    const LogCapture log;
+    {
+        const AllocationFailure failure(0);
+        threads.doLock(1, 0);
+        threads.doLock(2, 0);
+        EXPECT_FALSE(failure.hasHappened());
+    }
+    EXPECT_TRUE(log.getLines().empty());
+}
+
+TEST(CThreadStuffWithoutMemory, DoLock_WhoseLogLineCannotBeMade_ThrowsNothing) {
+    ThreadAccess threads;
+    const LogCapture log;
+    const auto countFailures = [&](int mode, int n) {
+        for (int index = 0;; ++index) {
+            const AllocationFailure failure(index);
+            EXPECT_NO_THROW(threads.doLock(mode, n));
+            if (!failure.hasHappened())
+                return index;
+        }
+    };
+    EXPECT_GT(countFailures(1, 1), 0);
+    EXPECT_GT(countFailures(2, 0), 0);
+}
+
+} // namespace sarn_test

@@ -1,0 +1,101 @@
+// SPDX-License-Identifier: Apache-2.0
+// What encodings, HMAC and keys leave behind when a call of libcrypto or memory fails, and what they hand to libcrypto.
+#include "failures/call_watch.h"
+#include "failures/injection.h"
+#include "support/expect.h"
+#include "support/threads.h"
+
+#include "sarn/encoding.h"
+#include "sarn/password_key_cache.h"
+
+#include <gtest/gtest.h>
+
+namespace sarn_test {
+
+namespace {
+
+using Buffer = ul::TBuffer<unsigned char>;
+
+constexpr char deriveError[] = "Error deriving cryptographic key from password.";
+
+class KeyFailures : public testing::Test {
+protected:
+    KeyFailures() { fill(m_buffer, toBytes(std::string("hello"))); }
+    ~KeyFailures() override { EXPECT_EQ(m_buffer.getUsed(), 5) << "the used size stays"; }
+
+    /// Expects `text` to be refused when the read of it fails.
+    void expectRefused(const char* text) {
+        m_watch.fail("BIO_read");
+        expectInvalidArg("base64Decode", "invalid base64 data", [&] { sarn::base64Decode(text, m_buffer); });
+    }
+
+    CallWatch m_watch;
+    Buffer m_buffer;
+};
+
+ul::P<sarn::CPasswordKeyCache> makeCache() {
+    ul::TCryptBuffer<char> password;
+    password.init("password", 8);
+    return ul::make<sarn::CPasswordKeyCache>(password);
+}
+
+} // namespace
+
+TEST_F(KeyFailures, OfEncoding_LeaveTheBuffer) {
+    m_watch.fail("BIO_write");
+    expectError("Internal error: error during base64 encode.", [&] { sarn::base64EncodeBufferWithCRLF(m_buffer); });
+    EXPECT_EQ(toBytes(m_buffer), toBytes(std::string("hello")));
+}
+
+TEST_F(KeyFailures, OfDecoding_LeaveTheUsedSize) {
+    for (const char* const call : {"BIO_new", "BIO_new_mem_buf"}) {
+        m_watch.fail(call);
+        expectError("Internal error: error during base64 decode.", [&] { sarn::base64Decode("aGVsbG8=", m_buffer); });
+    }
+    expectRefused("aGVsbG8=");
+}
+
+TEST_F(KeyFailures, OfAReadFromWhichFewBytesAreExpected_AreStillNoticed) {
+    for (const char* const text : {"", "QQ", "QQ==", "QUI", "QUI="})
+        expectRefused(text);
+}
+
+TEST_F(KeyFailures, OfHMAC_LeaveTheUsedSize) {
+    m_watch.fail("HMAC");
+    expectError("Error computing HMAC digest.", [&] { sarn::calcHMAC_SHA1(m_buffer, "x", 1, "k", 1); });
+}
+
+TEST_F(KeyFailures, OfADerivation_AreNotCached) {
+    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+    m_watch.fail("PKCS5_PBKDF2_HMAC_SHA1");
+    expectError(deriveError, [&] { cache->getKey(32, 258, 1000); });
+    const auto key = cache->getKey(32, 258, 1000);
+    EXPECT_TRUE(key);
+    EXPECT_EQ(cache->getKey(32, 258, 1000), key);
+    EXPECT_EQ(m_watch.count("PKCS5_PBKDF2_HMAC_SHA1"), 2) << "the cached key took no third";
+}
+
+TEST_F(KeyFailures, OfAllocationsForANewKey_AreTriedAgain) {
+    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+    EXPECT_GT(failEachAllocation([&] { cache->getKey(32, 258, 1); }), 1);
+    EXPECT_TRUE(cache->getKey(32, 258, 1));
+}
+
+TEST_F(KeyFailures, EmptyKeyAndPassword_ReachLibcryptoAsEmptyStringsNotAsNull) {
+    unsigned char key[20];
+    Buffer out;
+    sarn::calcHMAC_SHA1(out, "x", 1, nullptr, 0);
+    sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1(nullptr, 0, "salt", 4, 1, 20, key);
+    const Call hmac = m_watch.getCalls("HMAC").at(0);
+    const Call derivation = m_watch.getCalls("PKCS5_PBKDF2_HMAC_SHA1").at(0);
+    EXPECT_STREQ(hmac.getPointer<char>(1), "");
+    EXPECT_STREQ(derivation.getPointer<char>(0), "");
+}
+
+TEST_F(KeyFailures, EightThreadsThatAskForTheSameNewKey_DeriveItOnce) {
+    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+    runOnThreads(8, [&](int) { cache->getKey(32, 258, 50000); });
+    EXPECT_EQ(m_watch.count("PKCS5_PBKDF2_HMAC_SHA1"), 1);
+}
+
+} // namespace sarn_test

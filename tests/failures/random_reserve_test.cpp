@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: Apache-2.0
+// Random bytes drawn ahead of use, seen from the system's side: how often it is asked, and what is in the block.
+#include "failures/call_watch.h"
+#include "support/expect.h"
+
+#include "ul/random.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <functional>
+#include <utility>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace sarn_test {
+
+namespace {
+
+using Piece = std::array<unsigned char, 16>;
+
+constexpr Piece zero{};
+
+bool isZero(const unsigned char* data, std::size_t size) {
+    return std::all_of(data, data + size, [](int byte) { return byte == 0; });
+}
+
+/// Runs `check` in a forked process; whether it returned true there.
+template <class Check>
+bool holdsInChild(Check check) {
+    const pid_t child = ::fork();
+    if (child == 0)
+        ::_exit(check() ? 0 : 1);
+    int status = -1;
+    ::waitpid(child, &status, 0);
+    return status == 0;
+}
+
+/// A generator has a block of its own.
+class RandomReserve : public testing::Test {
+protected:
+    RandomReserve() {
+        m_watch.after("getrandom", [this](const Call& call) {
+            m_block = call.getPointer<unsigned char>(0);
+            m_blockSize = static_cast<std::size_t>(call.arguments[1]);
+            if (const std::function<void()> duringFill = std::exchange(m_duringFill, nullptr))
+                duringFill();
+        });
+        m_watch.before("memcpy", [this](const Call& call) {
+            const auto* const from = call.getPointer<unsigned char>(1);
+            if (from >= m_block && from < m_block + m_blockSize && std::exchange(m_isForkedBeforeCopy, false))
+                wipeBlock();
+        });
+    }
+
+    Piece take() {
+        if (!m_generator)
+            m_generator = ul::make<ul::CMTRand>();
+        Piece piece{};
+        m_generator->randData(piece.data(), sizeof piece);
+        return piece;
+    }
+
+    /// Leaves the page of the block as a process finds it that is forked by a signal handler at this moment: zero.
+    void wipeBlock() const {
+        constexpr std::uintptr_t pageSize = 4096;
+        const std::uintptr_t inPage = reinterpret_cast<std::uintptr_t>(m_block) % pageSize;
+        std::memset(m_block - inPage, 0, pageSize);
+    }
+
+    int countSystemCalls() const { return m_watch.count("getrandom"); }
+
+    CallWatch m_watch;
+    ul::P<ul::CMTRand> m_generator;
+    unsigned char* m_block = nullptr;
+    std::size_t m_blockSize = 0;
+    std::function<void()> m_duringFill;
+    bool m_isForkedBeforeCopy = false;
+};
+
+} // namespace
+
+TEST_F(RandomReserve, ManySmallRequests_AskTheSystemOncePerBlock) {
+    take();
+    const int perBlock = static_cast<int>(m_blockSize / sizeof(Piece));
+    EXPECT_GT(perBlock, 200);
+    for (int i = 1; i < perBlock; ++i)
+        take();
+    EXPECT_EQ(countSystemCalls(), 1);
+    take();
+    EXPECT_EQ(countSystemCalls(), 2);
+}
+
+TEST_F(RandomReserve, BytesThatWereHandedOut_AreWiped) {
+    const Piece piece = take();
+    EXPECT_NE(piece, zero);
+    EXPECT_TRUE(isZero(m_block + m_blockSize - sizeof piece, sizeof piece));
+    EXPECT_EQ(std::search(m_block, m_block + m_blockSize, piece.begin(), piece.end()), m_block + m_blockSize);
+    EXPECT_FALSE(isZero(m_block, 256));
+}
+
+TEST_F(RandomReserve, ForkedProcess_FindsTheBlockEmptyAndDrawsItsOwn) {
+    take();
+    EXPECT_TRUE(holdsInChild([&] {
+        const bool isEmpty = isZero(m_block, m_blockSize);
+        const int callsBefore = countSystemCalls();
+        return isEmpty && take() != zero && countSystemCalls() == callsBefore + 1;
+    }));
+    take();
+    EXPECT_EQ(countSystemCalls(), 1) << "the parent goes on with its block";
+}
+
+TEST_F(RandomReserve, ForkWhileTheBlockIsFilled_IsNoticedAndItIsFilledAgain) {
+    m_duringFill = [&] { wipeBlock(); };
+    EXPECT_NE(take(), zero);
+    EXPECT_EQ(countSystemCalls(), 2);
+}
+
+TEST_F(RandomReserve, ForkBetweenTheLookAndTheCopy_IsNoticedAndOtherBytesAreDrawn) {
+    take();
+    m_isForkedBeforeCopy = true;
+    EXPECT_NE(take(), zero);
+    EXPECT_FALSE(m_isForkedBeforeCopy);
+    EXPECT_EQ(countSystemCalls(), 2);
+}
+
+TEST_F(RandomReserve, RequestWhileAnotherIsServed_GoesToTheSystemAndWaitsForNobody) {
+    Piece meanwhile{};
+    m_duringFill = [&] { meanwhile = take(); };
+    const Piece piece = take();
+    EXPECT_NE(meanwhile, zero);
+    EXPECT_NE(piece, meanwhile);
+    EXPECT_EQ(countSystemCalls(), 2);
+    take();
+    EXPECT_EQ(countSystemCalls(), 2) << "the block is there for the next";
+}
+
+TEST_F(RandomReserve, ForkWhileAnotherThreadIsServed_LetsTheChildDrawForEver) {
+    bool isDrawn = false;
+    // The fork comes in the middle of the other request, which the child never ends.
+    m_duringFill = [&] {
+        isDrawn = holdsInChild([&] {
+            const Piece first = take();
+            return first != zero && take() != first;
+        });
+    };
+    take();
+    EXPECT_TRUE(isDrawn);
+}
+
+TEST_F(RandomReserve, SystemThatCannotWipeOnFork_IsAskedEachTime) {
+    m_watch.fail("madvise");
+    for (int i = 0; i < 3; ++i)
+        take();
+    EXPECT_EQ(countSystemCalls(), 3);
+    EXPECT_EQ(m_blockSize, sizeof(Piece));
+    std::array<unsigned char, 64> bytes{};
+    for (unsigned char& byte : bytes)
+        m_generator->randData(&byte, 1);
+    EXPECT_FALSE(isZero(bytes.data(), bytes.size())) << "bytes that come alone are random as well";
+    EXPECT_EQ(countSystemCalls(), 3 + 64);
+}
+
+TEST_F(RandomReserve, LargeRequests_GoToTheSystemDirectly) {
+    take();
+    std::array<unsigned char, 257> bytes{};
+    m_generator->randData(bytes.data(), 256);
+    EXPECT_NE(m_block, bytes.data());
+    m_generator->randData(bytes.data(), 257);
+    EXPECT_EQ(m_block, bytes.data());
+}
+
+TEST_F(RandomReserve, SystemThatFails_RaisesAndIsAskedAgainNextTime) {
+    m_watch.fail("getrandom");
+    EXPECT_THROW(take(), ul::CError);
+    EXPECT_NE(take(), zero);
+    EXPECT_EQ(countSystemCalls(), 2);
+}
+
+} // namespace sarn_test

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: Apache-2.0
+// What a session makes of a failed end, and how files are fed to it.
+#include "failures/call_watch.h"
+#include "support/expect.h"
+#include "support/key_files.h"
+#include "support/temp_folder.h"
+
+#include "sarn/signature.h"
+
+#include <gtest/gtest.h>
+
+namespace sarn_test {
+
+namespace {
+
+using Buffer = ul::TBuffer<unsigned char>;
+
+class SignatureFailures : public testing::Test {
+protected:
+    ul::P<sarn::ISigner> beginSign() const { return sarn::createRSA_SHA1()->beginSign(m_privateKey, ""); }
+
+    /// Signs a file of `size` bytes and verifies it. Returns the sizes of the pieces that were fed to libcrypto.
+    std::vector<std::intptr_t> feedFileOf(int size) const {
+        const TempFolder folder;
+        const ul::CWindowsPath path = folder.write("f", std::string(static_cast<std::size_t>(size), 'x'));
+        const CallWatch watch;
+        Buffer signature;
+        sarn::createFileSignature_RSA_SHA1(path, m_privateKey, signature);
+        EXPECT_TRUE(sarn::verifyFileSignature_RSA_SHA1(path, m_publicKey, signature));
+        std::vector<std::intptr_t> sizes;
+        for (const Call& update : watch.getCalls("EVP_DigestUpdate"))
+            sizes.push_back(update.arguments[2]);
+        return sizes;
+    }
+
+    const ul::String m_privateKey = readKey("rsa1024");
+    const ul::String m_publicKey = readPublicKey("rsa1024");
+};
+
+} // namespace
+
+TEST_F(SignatureFailures, OfSigning_LeaveTheSizeAndABufferOfTheLargest) {
+    const ul::P<sarn::ISigner> signer = beginSign();
+    CallWatch watch;
+    watch.fail("EVP_SignFinal");
+    unsigned char room[128];
+    int size = -7;
+    expectError("OpenSSL sign error.", [&] { signer->finish(room, size); });
+    EXPECT_EQ(size, -7);
+    watch.fail("EVP_SignFinal");
+    Buffer signature;
+    expectError("OpenSSL sign error.", [&] { signer->finish(signature); });
+    EXPECT_EQ(signature.getUsed(), 128);
+}
+
+TEST_F(SignatureFailures, OfVerifying_AreMinusOne_AndNothingButOneIsAMatch) {
+    Buffer signature;
+    beginSign()->finish(signature);
+    CallWatch watch;
+    const auto finishWith = [&](int result) {
+        const ul::P<sarn::IVerifier> verifier = sarn::createRSA_SHA1()->beginVerify(m_publicKey);
+        watch.failWith(result, "EVP_VerifyFinal");
+        return verifier->finish(signature);
+    };
+    expectError("OpenSSL verify error.", [&] { finishWith(-1); });
+    for (const int result : {0, -2, -100, 2})
+        EXPECT_FALSE(finishWith(result)) << result;
+    EXPECT_TRUE(finishWith(1));
+}
+
+TEST_F(SignatureFailures, EmptyFile_GivesNoUpdate) {
+    EXPECT_EQ(feedFileOf(0), std::vector<std::intptr_t>());
+}
+
+TEST_F(SignatureFailures, File_GivesAnUpdateForEachOfItsChunks) {
+    EXPECT_EQ(feedFileOf(20000), (std::vector<std::intptr_t>{8192, 8192, 3616, 8192, 8192, 3616}));
+}
+
+} // namespace sarn_test
