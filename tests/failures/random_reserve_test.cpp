@@ -134,6 +134,7 @@ TEST_F(RandomReserve, RequestWhileAnotherIsServed_GoesToTheSystemAndWaitsForNobo
     EXPECT_NE(meanwhile, zero);
     EXPECT_NE(piece, meanwhile);
     EXPECT_EQ(countSystemCalls(), 2);
+    EXPECT_EQ(m_watch.getCalls("getrandom").at(0).arguments[1], sizeof meanwhile) << "the other one is not done yet";
     take();
     EXPECT_EQ(countSystemCalls(), 2) << "the block is there for the next";
 }
