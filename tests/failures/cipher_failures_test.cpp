@@ -5,6 +5,7 @@
 #include "support/cipher_test_data.h"
 
 #include <climits>
+#include <memory>
 
 namespace sarn_test {
 
@@ -51,6 +52,32 @@ TEST_F(CipherFailures, WithoutPadding_LeaveTheFullExpectedSizeInTheOutput) {
     EXPECT_EQ(m_out.getUsed(), 48);
 }
 
+TEST_F(CipherFailures, OfTheInitOfDecryptWithoutPadding_LeaveTheUsedSizeOfTheOutput) {
+    m_out.setUsed(3);
+    m_watch.fail("EVP_DecryptInit");
+    EXPECT_THROW(m_cipher.decryptWithoutPadding(m_key, iv.data(), 16, m_out, false, iv.data()), ul::CError);
+    EXPECT_EQ(m_out.getUsed(), 3);
+}
+
+TEST_F(CipherFailures, OfDecryptingNothing_ComeAfterAnUpdateWithoutANullPointer) {
+    EXPECT_THROW(m_cipher.decrypt(m_key, nullptr, 0, m_out, false, iv.data()), ul::CError);
+    ASSERT_EQ(m_watch.count("EVP_DecryptUpdate"), 1);
+    EXPECT_NE(m_watch.getCalls("EVP_DecryptUpdate")[0].arguments[3], 0);
+}
+
+TEST_F(CipherFailures, OfTheUpdate_AreWhereTheLargestCiphertextEnds) {
+    // There is room for the result; it ends where libcrypto would read that much.
+    const std::unique_ptr<unsigned char[]> data(new unsigned char[INT_MAX]);
+    for (const int before : {0, 15}) {
+        Buffer out;
+        out.setUsed(before);
+        m_watch.fail("EVP_DecryptUpdate");
+        expectError("OpenSSL decrypt error.",
+                    [&] { m_cipher.decrypt(m_key, data.get(), INT_MAX - 15, out, true, iv.data()); });
+        EXPECT_EQ(out.getAllocated(), INT_MAX);
+    }
+}
+
 TEST_F(CipherFailures, OfTheInit_AreWhereTheLargestResultOfAnIntEnds) {
     // There is room for it; it ends where libcrypto would read that much.
     constexpr char message[] = "OpenSSL encrypt init error.";
@@ -63,13 +90,16 @@ TEST_F(CipherFailures, OfTheInit_AreWhereTheLargestResultOfAnIntEnds) {
 
 TEST_F(CipherFailures, OfMemoryForTheResult_ArePassedOnAndFreeTheContext) {
     Buffer encrypted;
+    // The random generator is created on first use, and not counted here.
+    m_cipher.encrypt(m_key, "data", 4, encrypted, false, nullptr);
     m_cipher.encrypt(m_key, "data", 4, encrypted, false, iv.data());
     const auto expectPassedOn = [&](auto operation) {
-        EXPECT_GT(failEachAllocation([&] {
+        EXPECT_EQ(failEachAllocation([&] {
                       Buffer out;
                       operation(out);
                   }),
-                  0);
+                  1)
+            << "the result's block is allocated once, in its full size";
         EXPECT_EQ(m_watch.countLeft({"EVP_CIPHER_CTX_new"}, {"EVP_CIPHER_CTX_free"}), 0);
     };
     const unsigned char* const data = encrypted.getData();
