@@ -37,6 +37,7 @@ add("Tree", ["sh", "-c", "git add --all && scripts/check-tree"], make_tree, [
     ("ObjectByNew", write("src/b.cpp", "P<CA> f() { return new ul::CA(); }\n"), "objects are created by ul::make"),
     ("FreeOutsideOfTheOwners", write("src/b.cpp", "void f() { EVP_MD_CTX_free(a); }\n"), "freed by their owners"),
     ("FreeOfAChain", write("src/frame/b.h", "void f() { BIO_free_all(a); }\n"), "freed by their owners"),
+    ("ClassWithoutItsPrefix", write("include/sarn/b.h", "class SARN_EXPORT Cipher {};\n"), "exported classes are C"),
     ("Tab", write("src/b.cpp", "\tint b;\n"), "tabs"),
     ("WhiteSpaceAtTheEnd", write("src/b.cpp", "int b; \n"), "white space at the end of a line"),
     ("LongLineOfCMake", append("tests/CMakeLists.txt", "# " + "x" * 120 + "\n"), "more than 120 characters"),

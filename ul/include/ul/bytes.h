@@ -55,11 +55,11 @@ public:
     template <class T>
     CBytes(const TBuffer<T>& buffer) : CBytes(buffer.getData(), buffer.getUsed()) {}
     /// All bytes of an array.
-    template <std::size_t size>
-    CBytes(const unsigned char (&array)[size]) noexcept : CBytes(static_cast<const void*>(array), size) {}
+    template <std::size_t Size>
+    CBytes(const unsigned char (&array)[Size]) noexcept : CBytes(static_cast<const void*>(array), Size) {}
     /// The size of the content is not known.
-    template <std::size_t size>
-    CBytes(char (&array)[size]) = delete;
+    template <std::size_t Size>
+    CBytes(char (&array)[Size]) = delete;
 
     /// The first byte; may be null if there is none.
     const unsigned char* data() const noexcept {
