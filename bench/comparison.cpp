@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "comparison.h"
+
 #include "results.h"
 
 #include <benchmark/benchmark.h>

@@ -10,16 +10,14 @@
 #include <sarn/digest.h>
 
 #include <benchmark/benchmark.h>
-
 #include <openssl/md4.h>
 #include <openssl/md5.h>
 #include <openssl/sha.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <memory>
 #include <vector>
-
-#include <zlib.h>
 
 namespace bench {
 

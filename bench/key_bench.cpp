@@ -8,7 +8,6 @@
 #include <sarn/password_key_cache.h>
 
 #include <benchmark/benchmark.h>
-
 #include <openssl/bio.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>

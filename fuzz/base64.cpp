@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // A text decodes to what libcrypto's filter makes of it by the documented steps, and encodes to a text that decodes to
 // the same.
+#include "sarn/base64.h"
+
 #include "property.h"
 #include "support/base64_steps.h"
 #include "targets.h"
-
-#include "sarn/base64.h"
 
 namespace sarn_fuzz {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a configuration holds can be written down and read again.
+#include "ul/ini.h"
+
 #include "property.h"
 #include "targets.h"
-
-#include "ul/ini.h"
 
 namespace sarn_fuzz {
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // A path is its own normal form, and absolute.
+#include "ul/path.h"
+
 #include "property.h"
 #include "targets.h"
-
-#include "ul/path.h"
 
 namespace sarn_fuzz {
 

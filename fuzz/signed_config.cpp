@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // A configuration is read if and only if it is signed, and holds what its text says.
+#include "sarn/signed_config.h"
+
 #include "signed_text.h"
 #include "support/temp_folder.h"
 #include "targets.h"
 
 #include "sarn/base64.h"
-#include "sarn/signed_config.h"
 
 #include "ul/ini.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "sarn/cipher.h"
-
 #include "cipher/arguments.h"
+
+#include "sarn/cipher.h"
 
 namespace sarn {
 

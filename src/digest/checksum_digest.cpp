@@ -2,10 +2,10 @@
 #include "sarn/digest.h"
 #include "sarn/digest_support.h"
 
+#include <zlib.h>
+
 #include <algorithm>
 #include <cstdint>
-
-#include <zlib.h>
 
 namespace sarn {
 

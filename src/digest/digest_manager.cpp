@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "sarn/digest.h"
-
 #include "frame/global_instance.h"
 #include "frame/registry.h"
+
+#include "sarn/digest.h"
 
 namespace sarn {
 

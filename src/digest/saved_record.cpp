@@ -2,6 +2,7 @@
 #include "sarn/saved_record.h"
 
 #include "frame/raise.h"
+
 #include "sarn/openssl_digest.h"
 
 #include "ul/buffer_stream.h"

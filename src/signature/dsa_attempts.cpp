@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "signature/dsa_attempts.h"
 
-#include <new>
-
 #include <openssl/bn.h>
 #include <openssl/dsa.h>
+
+#include <new>
 
 namespace sarn {
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "sarn/signature.h"
-
 #include "sarn/openssl_init.h"
+#include "sarn/signature.h"
 
 #include <openssl/evp.h>
 

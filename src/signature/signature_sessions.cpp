@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // The two sessions. A construction that fails leaves its context, reset if the key was at fault, to nobody: that is so
 // on purpose, see CSigner.
-#include "sarn/signature.h"
-
 #include "frame/error_queue_mark.h"
 #include "frame/openssl_owners.h"
 #include "frame/raise.h"
 #include "signature/dsa_attempts.h"
+
+#include "sarn/signature.h"
 
 #include <openssl/evp.h>
 #include <openssl/pem.h>

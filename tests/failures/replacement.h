@@ -57,8 +57,8 @@ struct Replacement<function, Result (*)(Arguments...)> {
 
 private:
     static Result fail(Call& made, Arguments... arguments) {
-        if (description->isDoneAllTheSame)
-            [[maybe_unused]] const Result result = function(arguments...);
+        if (description->isDoneAllTheSame) [[maybe_unused]]
+            const Result result = function(arguments...);
         CallWatch::end(made);
         if (description->throws)
             throw std::bad_alloc();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "system/exchange/bundle.h"
 #include "support/digest_test_data.h"
+#include "system/exchange/bundle.h"
 
 namespace sarn_test {
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "system/exchange/bundle.h"
 #include "support/expect.h"
+#include "system/exchange/bundle.h"
 
 #include "sarn/encoding.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "system/exchange/bundle.h"
 #include "support/key_files.h"
 #include "support/temp_folder.h"
+#include "system/exchange/bundle.h"
 
 #include "sarn/encoding.h"
 #include "sarn/signature.h"

@@ -5,9 +5,9 @@
 #include "sarn/encoding.h"
 #include "sarn/password_key_cache.h"
 
-#include <functional>
-
 #include <valgrind/callgrind.h>
+
+#include <functional>
 
 namespace {
 

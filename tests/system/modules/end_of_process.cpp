@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // A static object that is older than every process-wide one, and so destroyed after whatever the end of the process
 // destroys. Its destructor uses the library.
+#include "support/key_files.h"
+
 #include "sarn/cipher.h"
 #include "sarn/digest.h"
 #include "sarn/signature.h"
-#include "support/key_files.h"
 
 #include "ul/error.h"
 #include "ul/log.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Two shared libraries and a program that use the library together: what one of them makes, the others can use, catch
 // and release.
+#include "support/expect.h"
 #include "system/modules/module.h"
 #include "system/modules/shared_library.h"
-#include "support/expect.h"
 
 #include "sarn/openssl_init.h"
 

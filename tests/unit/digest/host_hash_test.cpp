@@ -5,10 +5,9 @@
 #include "support/digest_test_data.h"
 
 #include <gtest/gtest.h>
+#include <openssl/sha.h>
 
 #include <cstdint>
-
-#include <openssl/sha.h>
 
 namespace sarn_test {
 

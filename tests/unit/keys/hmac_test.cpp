@@ -4,10 +4,9 @@
 
 #include "sarn/hmac.h"
 
+#include <gtest/gtest.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <climits>

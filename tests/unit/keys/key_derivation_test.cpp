@@ -4,10 +4,9 @@
 
 #include "sarn/key_derivation.h"
 
+#include <gtest/gtest.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
-
-#include <gtest/gtest.h>
 
 #include <climits>
 

@@ -5,9 +5,8 @@
 
 #include "sarn/signature.h"
 
-#include <openssl/sha.h>
-
 #include <gtest/gtest.h>
+#include <openssl/sha.h>
 
 #include <algorithm>
 

@@ -5,10 +5,9 @@
 
 #include "sarn/signature.h"
 
+#include <gtest/gtest.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
-
-#include <gtest/gtest.h>
 
 #include <climits>
 #include <thread>

@@ -31,7 +31,8 @@ public:
 
     /// Fills `size` bytes. Safe from any thread, with the mutex above or without, from a
     /// signal handler, and in a process that was forked at any moment: it waits for nobody.
-    /// \throws CInvalidArgError "invalid size" if `size` is negative; CError "Random bytes are not available." with property "reason" if the operating system refuses.
+    /// \throws CInvalidArgError "invalid size" if `size` is negative; CError "Random bytes are not available." with
+    /// property "reason" if the operating system refuses.
     void randData(unsigned char* data, int size);
 
 private:

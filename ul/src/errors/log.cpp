@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ul/log.h"
 
+#include "text/utf8_text.h"
+
 #include "ul/error.h"
 #include "ul/global_slot.h"
-#include "text/utf8_text.h"
 
 #include <algorithm>
 #include <cstdint>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ul/file.h"
 
-#include "files/file_handle.h"
 #include "errors/raise.h"
+#include "files/file_handle.h"
 #include "files/whole_file.h"
 
 #include <algorithm>

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "files/whole_file.h"
 
-#include "files/file_handle.h"
 #include "errors/raise.h"
+#include "files/file_handle.h"
 #include "random/system_random.h"
+
 #include "ul/file.h"
 
 #include <algorithm>

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "errors/raise.h"
+
 #include "ul/buffer.h"
 #include "ul/path.h"
 

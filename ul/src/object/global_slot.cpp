@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ul/global_slot.h"
 
-#include "object/immortal.h"
 #include "errors/raise.h"
+#include "object/immortal.h"
+
 #include "ul/thread.h"
 
 #include <condition_variable>

@@ -3,6 +3,7 @@
 
 #include "errors/raise.h"
 #include "random/random_reserve.h"
+
 #include "ul/global_slot.h"
 
 namespace ul {

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "ul/string.h"
 
-#include "object/immortal.h"
 #include "errors/raise.h"
-#include "ul/buffer.h"
+#include "object/immortal.h"
 #include "text/utf8_text.h"
+
+#include "ul/buffer.h"
 
 #include <algorithm>
 #include <array>

@@ -3,6 +3,7 @@
 
 #include "errors/raise.h"
 #include "threads/thread_identity.h"
+
 #include "ul/log.h"
 
 namespace ul {

@@ -7,9 +7,8 @@
 #include "sarn/signature.h"
 #include "sarn/signed_config.h"
 
-#include <openssl/evp.h>
-
 #include <gtest/gtest.h>
+#include <openssl/evp.h>
 
 #include <cstdlib>
 #include <functional>

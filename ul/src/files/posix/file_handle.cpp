@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "files/file_handle.h"
 
+#include "errors/raise.h"
 #include "files/posix/interrupted_call.h"
 #include "files/posix/native_path.h"
-#include "errors/raise.h"
 
 #include <cerrno>
 #include <utility>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "errors/raise.h"
 #include "files/file_handle.h"
 #include "files/posix/interrupted_call.h"
 #include "files/posix/native_path.h"
-#include "errors/raise.h"
 
 #include <cerrno>
 #include <cstdio>

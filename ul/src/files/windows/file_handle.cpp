@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "files/file_handle.h"
 
-#include "files/windows/native_path.h"
 #include "errors/raise.h"
+#include "files/windows/native_path.h"
 
 #include <algorithm>
 #include <utility>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "errors/raise.h"
 #include "files/file_handle.h"
 #include "files/windows/native_path.h"
-#include "errors/raise.h"
 
 #include <windows.h>
 

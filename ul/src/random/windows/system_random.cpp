@@ -4,7 +4,6 @@
 #include "errors/raise.h"
 
 #include <windows.h>
-
 #include <bcrypt.h>
 
 namespace ul {
