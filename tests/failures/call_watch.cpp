@@ -3,12 +3,23 @@
 
 #include <algorithm>
 #include <atomic>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
 
 namespace sarn_test {
 
 namespace {
 
 std::atomic<CallWatch*> activeWatch{nullptr};
+
+const ImportedCall& find(std::string_view name) {
+    for (const ImportedCall& call : getImportedCalls()) {
+        if (call.name == name)
+            return call;
+    }
+    throw std::invalid_argument("no such call: " + std::string(name));
+}
 
 } // namespace
 
@@ -21,27 +32,32 @@ CallWatch::~CallWatch() {
     activeWatch = nullptr;
 }
 
-void CallWatch::fail(const char* name, int index) {
-    const std::vector<ImportedCall>& all = getImportedCalls();
-    const auto called = std::find_if(all.begin(), all.end(),
-                                     [&](const ImportedCall& call) { return call.name == std::string_view(name); });
-    failWith(called->failure, name, index);
+void CallWatch::fail(std::string_view name, int index) {
+    failWith(find(name).failure, name, index);
 }
 
-void CallWatch::failWith(std::intptr_t result, const char* name, int index) {
-    m_failures.push_back({name, index, result});
+void CallWatch::failWith(std::intptr_t result, std::string_view name, int index) {
+    m_failures.push_back({&find(name), index, result});
+}
+
+void CallWatch::before(std::string_view name, Action action) {
+    m_hooks.push_back({&find(name), false, std::move(action)});
+}
+
+void CallWatch::after(std::string_view name, Action action) {
+    m_hooks.push_back({&find(name), true, std::move(action)});
 }
 
 std::vector<Call> CallWatch::getCalls(std::string_view name) const {
     std::vector<Call> calls;
     std::copy_if(m_calls.begin(), m_calls.end(), std::back_inserter(calls),
-                 [&](const Call& call) { return call.function->name == name; });
+                 [function = &find(name)](const Call& call) { return call.function == function; });
     return calls;
 }
 
 std::string CallWatch::getLibcryptoCalls() const {
     std::string names;
-    for (const Call& call : m_calls) {
+    for (const Call& call : getCalls()) {
         const std::string_view name = call.function->name;
         if (call.function->kind == CallKind::Libcrypto && name.rfind("ERR_", 0) != 0 && name != "EVP_PKEY_base_id")
             names.append(names.empty() ? "" : " ").append(name);
@@ -60,7 +76,7 @@ int CallWatch::countLeft(const std::set<std::string_view>& made, const std::set<
 
 void CallWatch::run(const Call& call, bool isAfter) const {
     for (const Hook& hook : m_hooks) {
-        if (hook.isAfter == isAfter && hook.name == call.function->name)
+        if (hook.isAfter == isAfter && hook.function == call.function)
             hook.action(call);
     }
 }
@@ -69,7 +85,7 @@ bool CallWatch::takeFailure(Call& call) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     bool fails = false;
     for (Failure& failure : m_failures) {
-        if (failure.name == call.function->name && failure.callsBefore-- == 0) {
+        if (failure.function == call.function && failure.callsBefore-- == 0) {
             call.result = failure.result;
             fails = true;
         }

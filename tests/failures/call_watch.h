@@ -28,8 +28,9 @@ struct Call {
     }
 };
 
-/// While it lives, records the calls of all threads in their order, may let some of them fail, and lets a test have a
-/// hand in others. One at a time; it does not count as a call what the test itself does.
+/// While it lives, records the libraries' calls of all threads in their order, may let some of them fail, and lets a
+/// test act before and after others. One at a time. A name that is not among the functions that are replaced is
+/// refused.
 class CallWatch {
 public:
     using Action = std::function<void(const Call&)>;
@@ -40,14 +41,16 @@ public:
     ~CallWatch();
 
     /// Lets the `index`th call of `name` from now on fail, counted from 0.
-    void fail(const char* name, int index = 0);
+    void fail(std::string_view name, int index = 0);
     /// Lets it return `result` instead of what it returns when it fails.
-    void failWith(std::intptr_t result, const char* name, int index = 0);
+    void failWith(std::intptr_t result, std::string_view name, int index = 0);
     /// Calls `action` before each call of `name`, or after it.
-    void before(const char* name, Action action) { m_hooks.push_back({name, false, std::move(action)}); }
-    void after(const char* name, Action action) { m_hooks.push_back({name, true, std::move(action)}); }
+    void before(std::string_view name, Action action);
+    void after(std::string_view name, Action action);
 
-    const std::vector<Call>& getCalls() const { return m_calls; }
+    /// All calls so far. A copy: a text that the test makes meanwhile is a call of the C++ runtime's, which is
+    /// recorded.
+    std::vector<Call> getCalls() const { return m_calls; }
     /// The calls of one function.
     std::vector<Call> getCalls(std::string_view name) const;
     int count(std::string_view name) const { return static_cast<int>(getCalls(name).size()); }
@@ -64,12 +67,12 @@ public:
 
 private:
     struct Hook {
-        std::string_view name;
+        const ImportedCall* function;
         bool isAfter;
         Action action;
     };
     struct Failure {
-        std::string_view name;
+        const ImportedCall* function;
         int callsBefore;
         std::intptr_t result;
     };
