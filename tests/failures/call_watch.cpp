@@ -65,13 +65,15 @@ std::string CallWatch::getLibcryptoCalls() const {
     return names;
 }
 
-int CallWatch::countLeft(const std::set<std::string_view>& made, const std::set<std::string_view>& ended) const {
-    int left = 0;
+int CallWatch::countLeft(std::string_view made, const std::set<std::string_view>& ended) const {
+    std::set<std::intptr_t> left;
     for (const Call& call : m_calls) {
-        left += made.count(call.function->name) > 0 && call.result != 0;
-        left -= ended.count(call.function->name) > 0 && call.arguments[0] != 0;
+        if (call.function->name == made && call.result != 0)
+            left.insert(call.result);
+        else if (ended.count(call.function->name) > 0)
+            left.erase(call.arguments[0]);
     }
-    return left;
+    return static_cast<int>(left.size());
 }
 
 void CallWatch::run(const Call& call, bool isAfter) const {

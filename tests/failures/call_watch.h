@@ -57,8 +57,8 @@ public:
     /// The calls of libcrypto in their order, separated by spaces. The host's error queue, which is left as it was
     /// found around all of them, is not looked at, nor is the kind of a key.
     std::string getLibcryptoCalls() const;
-    /// How many things the functions `made` have made that those called `ended` were not given.
-    int countLeft(const std::set<std::string_view>& made, const std::set<std::string_view>& ended) const;
+    /// How many of the things that `made` returned no function of `ended` was given afterwards.
+    int countLeft(std::string_view made, const std::set<std::string_view>& ended) const;
 
     /// For the replacements: whether a call that is about to be made must fail. Sets its result then.
     static bool begin(Call& call);

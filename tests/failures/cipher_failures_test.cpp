@@ -100,7 +100,7 @@ TEST_F(CipherFailures, OfMemoryForTheResult_ArePassedOnAndFreeTheContext) {
                   }),
                   1)
             << "the result's block is allocated once, in its full size";
-        EXPECT_EQ(m_watch.countLeft({"EVP_CIPHER_CTX_new"}, {"EVP_CIPHER_CTX_free"}), 0);
+        EXPECT_EQ(m_watch.countLeft("EVP_CIPHER_CTX_new", {"EVP_CIPHER_CTX_free"}), 0);
     };
     const unsigned char* const data = encrypted.getData();
     expectPassedOn([&](Buffer& out) { m_cipher.encrypt(m_key, "data", 4, out, false, iv.data()); });
