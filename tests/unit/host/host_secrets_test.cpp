@@ -52,11 +52,11 @@ public:
         return plaintext;
     }
 
-    void expectThere() const { EXPECT_FALSE(findInMemory(*m_narrow).empty() && findInMemory(*m_wide).empty()); }
+    void expectThere() const { EXPECT_FALSE(findInMemory({*m_narrow}).empty() && findInMemory({*m_wide}).empty()); }
 
     void expectGone() const {
         for (const Canary* const canary : {m_narrow.get(), m_wide.get()})
-            for (const std::string& place : findInMemory(*canary))
+            for (const std::string& place : findInMemory({*canary}))
                 ADD_FAILURE() << (canary == m_wide.get() ? "the wide secret" : "the secret") << " stands in " << place;
     }
 
