@@ -109,6 +109,8 @@ TEST(CCipherManager, AddCipher_ThatEndsACipherWhichUsesTheRegistry_DoesNotLockUp
     public:
         explicit ReentrantCipher(sarn::CCipherManager& manager) : m_manager(manager) {}
         ~ReentrantCipher() override { m_manager.findCipher("aes256cbc"); }
+
+    private:
         sarn::CCipherManager& m_manager;
     };
     sarn::CCipherManager manager;

@@ -92,11 +92,11 @@ protected:
 std::vector<std::pair<int, const void*>> created;
 
 /// A type that writes down when it creates a digest.
-template <int index>
+template <int Index>
 class RecordingType : public sarn::CDigestType_CRC32 {
 public:
     ul::P<sarn::IDigest> createDigest() override {
-        created.push_back({index, this});
+        created.push_back({Index, this});
         return sarn::CDigestType_CRC32::createDigest();
     }
 };

@@ -68,7 +68,7 @@ void compareCipher(const char* id, std::size_t size) {
         cipher->decrypt(key, encrypted.getData(), encrypted.getUsed(), decrypted, false, nullptr);
     };
     std::printf("%s, %zu KiB in pieces of 64 KiB\n", id, size / 1024);
-    for (const std::size_t offset : {0, 5}) {
+    for (const std::size_t offset : {std::size_t{0}, std::size_t{5}}) {
         const Times encryption = compare(encrypt, [&] { run<sarn::CStreamEncryptor>(id, key, plain, offset); });
         report(offset ? "encrypted, pieces across blocks" : "encrypted", encryption, size);
         const Times decryption = compare(decrypt, [&] { run<sarn::CStreamDecryptor>(id, key, encrypted, offset); });

@@ -93,10 +93,9 @@ TEST(CPasswordKeyCache, ArgumentsOutOfTheOrdinary_GoToTheDerivationAsTheyAre) {
         }
         return result;
     };
-    for (const auto& [size, iterations] :
-         {std::pair(0, 1), std::pair(32, 0), std::pair(32, -1), std::pair(32, INT_MIN)})
-        EXPECT_EQ(getOrRefuse([&] { return toHexText(cache->getKey(size, 0, iterations)); }),
-                  getOrRefuse([&] { return derive("password", Bytes(8), iterations, size); }));
+    for (const auto& odd : {std::pair(0, 1), std::pair(32, 0), std::pair(32, -1), std::pair(32, INT_MIN)})
+        EXPECT_EQ(getOrRefuse([&] { return toHexText(cache->getKey(odd.first, 0, odd.second)); }),
+                  getOrRefuse([&] { return derive("password", Bytes(8), odd.second, odd.first); }));
 }
 
 TEST(CPasswordKeyCache, EmptyPassword_IsTaken) {

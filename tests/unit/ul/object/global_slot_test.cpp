@@ -19,10 +19,10 @@ std::atomic<int> createCalls{0};
 std::vector<int> destroyed;
 ul::CSafeGlobalSlot* slotInUse = nullptr;
 
-template <int number>
+template <int Number>
 void* create() {
     ++createCalls;
-    return new int(number);
+    return new int(Number);
 }
 
 void destroy(void* object) {
