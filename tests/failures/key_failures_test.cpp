@@ -77,6 +77,8 @@ TEST_F(KeyFailures, OfADerivation_AreNotCached) {
 
 TEST_F(KeyFailures, OfAllocationsForANewKey_AreTriedAgain) {
     const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+    // What libcrypto sets up on first use, and can do without, is not counted here.
+    cache->getKey(16, 258, 1);
     EXPECT_GT(failEachAllocation([&] { cache->getKey(32, 258, 1); }), 1);
     EXPECT_TRUE(cache->getKey(32, 258, 1));
 }

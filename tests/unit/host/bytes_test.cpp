@@ -176,7 +176,7 @@ TEST(MakeRandomBytes, OfASize_AreThatManyAndOthersEachTime) {
     EXPECT_EQ(ul::makeRandomBytes(0).getUsed(), 0);
     EXPECT_EQ(ul::makeRandomBytes(100).getUsed(), 100);
     EXPECT_NE(toBytes(ul::makeRandomBytes(16)), toBytes(ul::makeRandomBytes(16)));
-    expectInvalidArg("TBuffer", "invalid size", [] { ul::makeRandomBytes(-1); });
+    expectInvalidArg("TBuffer::setUsed", "invalid size", [] { ul::makeRandomBytes(-1); });
 }
 
 } // namespace sarn_test
