@@ -1,32 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "sarn/cipher_manager.h"
+
+#include "cipher/cipher_table.h"
 #include "frame/global_instance.h"
 #include "frame/registry.h"
 
-#include "sarn/cipher.h"
+#include "sarn/null_cipher.h"
 
 namespace sarn {
-
-namespace {
-
-template <class Cipher>
-ul::P<ICipher> create() {
-    return ul::make<Cipher>();
-}
-
-// The built-in ciphers. CCipher_IDEACBC is left out: old data that needs it is rare enough for a host to ask for it.
-constexpr ul::P<ICipher> (*builtInCiphers[])() = {
-    create<CCipher_AES256CBC>,  create<CCipher_AES128CBC>, create<CCipher_BlowFishCBC>,
-    create<CCipher_Cast128CBC>, create<CCipher_Null>,
-};
-
-} // namespace
-
-ICipher::ICipher() = default;
-ICipher::ICipher(const ICipher&) = default;
-ICipher::ICipher(ICipher&&) noexcept = default;
-ICipher& ICipher::operator=(const ICipher&) = default;
-ICipher& ICipher::operator=(ICipher&&) noexcept = default;
-ICipher::~ICipher() = default;
 
 ul::CSafeGlobalSlot CCipherManager::g_pInstanceSlot;
 
@@ -35,8 +16,11 @@ const ul::P<CCipherManager>& CCipherManager::get() {
 }
 
 CCipherManager::CCipherManager() {
-    for (const auto createCipher : builtInCiphers)
-        addCipher(createCipher().get());
+    for (const CipherRow& row : getCipherTable()) {
+        if (row.isOffered)
+            addCipher(row.create().get());
+    }
+    addCipher(ul::make<CCipher_Null>().get());
 }
 
 CCipherManager::~CCipherManager() = default;

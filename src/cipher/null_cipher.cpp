@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "cipher/arguments.h"
+#include "sarn/null_cipher.h"
 
-#include "sarn/cipher.h"
+#include "cipher/arguments.h"
 
 namespace sarn {
 

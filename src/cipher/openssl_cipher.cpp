@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "sarn/openssl_cipher.h"
+
 #include "cipher/arguments.h"
 #include "frame/error_queue_mark.h"
 #include "frame/openssl_owners.h"
 #include "frame/overlap.h"
 #include "frame/raise.h"
 
-#include "sarn/cipher.h"
 #include "sarn/openssl_init.h"
 
 #include "ul/random.h"

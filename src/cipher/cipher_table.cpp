@@ -1,0 +1,141 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cipher/cipher_table.h"
+
+#include "frame/error_queue_mark.h"
+#include "frame/raise.h"
+
+#include "sarn/openssl_init.h"
+
+#include <openssl/evp.h>
+
+#if OPENSSL_VERSION_NUMBER >= 0x30000000L
+#include "ul/log.h"
+
+#include <openssl/provider.h>
+#endif
+
+namespace sarn {
+
+namespace {
+
+const EVP_CIPHER* getBuiltInIDEA() {
+#ifdef OPENSSL_NO_IDEA
+    return nullptr;
+#else
+    return EVP_idea_cbc();
+#endif
+}
+
+template <class Cipher>
+ul::P<ICipher> create() {
+    return ul::make<Cipher>();
+}
+
+enum RowIndex { aes256cbc, aes128cbc, bfcbc, cast128cbc, ideacbc };
+
+// Data under IDEA are old and rare enough for a host to ask for it.
+// clang-format off
+constexpr std::array<CipherRow, 5> table = {{
+    // identifier, libcrypto's name, its own description, legacy, offered, class
+    {"aes256cbc", "AES-256-CBC", EVP_aes_256_cbc, false, true, create<CCipher_AES256CBC>},
+    {"aes128cbc", "AES-128-CBC", EVP_aes_128_cbc, false, true, create<CCipher_AES128CBC>},
+    {"bfcbc", "BF-CBC", EVP_bf_cbc, true, true, create<CCipher_BlowFishCBC>},
+    {"cast128cbc", "CAST5-CBC", EVP_cast5_cbc, true, true, create<CCipher_Cast128CBC>},
+    {"ideacbc", "IDEA-CBC", getBuiltInIDEA, true, false, create<CCipher_IDEACBC>},
+}};
+// clang-format on
+
+#if OPENSSL_VERSION_NUMBER >= 0x30000000L
+
+/// A library context with the default and the legacy provider, or null if there is no memory for one. It lives as long
+/// as the process: libcrypto's own clean-up at exit may come first, after which nothing of it could be freed safely.
+OSSL_LIB_CTX* createLibraryContext() {
+    OSSL_LIB_CTX* const context = OSSL_LIB_CTX_new();
+    if (context) {
+        OSSL_PROVIDER_load(context, "default");
+        // Without the legacy module the ciphers that need it fail when they are used, the others work.
+        OSSL_PROVIDER_load(context, "legacy");
+    }
+    return context;
+}
+
+/// Says once why a cipher will fail: the error of its use does not know.
+void logIfWithoutLegacyProvider(OSSL_LIB_CTX* context, const char* name) {
+    if (!OSSL_PROVIDER_available(context, "legacy"))
+        ul::logError(ul::String("OpenSSL cannot load its legacy provider, so ") + name + " will fail.");
+}
+
+/// Fetches a cipher by name. The built-in description, which knows the sizes but looks for its code in the host's
+/// providers on each use, stands in if that fails.
+const EVP_CIPHER* select(const CipherRow& row) {
+    COpenSSLInit::ensureInitialized();
+    ErrorQueueMark mark;
+    static OSSL_LIB_CTX* const context = createLibraryContext();
+    const EVP_CIPHER* const fetched = context ? EVP_CIPHER_fetch(context, row.libcryptoName, nullptr) : nullptr;
+    mark.drop();
+    if (fetched)
+        return fetched;
+    const EVP_CIPHER* const builtIn = row.getBuiltIn();
+    if (context && builtIn && row.isLegacy)
+        logIfWithoutLegacyProvider(context, row.libcryptoName);
+    return builtIn;
+}
+
+#else
+
+const EVP_CIPHER* select(const CipherRow& row) {
+    return row.getBuiltIn();
+}
+
+#endif
+
+/// What a cipher is made of, found once. Valid for the life of the process.
+template <RowIndex row>
+const EVP_CIPHER* describe() {
+    static const EVP_CIPHER* const description = select(table[row]);
+    return description;
+}
+
+const EVP_CIPHER* requireIDEA(const EVP_CIPHER* description) {
+    if (!description)
+        raiseError("IDEA is not available in this OpenSSL.");
+    return description;
+}
+
+} // namespace
+
+const std::array<CipherRow, 5>& getCipherTable() {
+    return table;
+}
+
+CCipher_AES256CBC::CCipher_AES256CBC() : COpenSSLCipher(describe<aes256cbc>(), table[aes256cbc].id) {}
+CCipher_AES256CBC::CCipher_AES256CBC(const CCipher_AES256CBC&) = default;
+CCipher_AES256CBC::CCipher_AES256CBC(CCipher_AES256CBC&&) = default;
+CCipher_AES256CBC& CCipher_AES256CBC::operator=(const CCipher_AES256CBC&) = default;
+CCipher_AES256CBC& CCipher_AES256CBC::operator=(CCipher_AES256CBC&&) = default;
+
+CCipher_AES128CBC::CCipher_AES128CBC() : COpenSSLCipher(describe<aes128cbc>(), table[aes128cbc].id) {}
+CCipher_AES128CBC::CCipher_AES128CBC(const CCipher_AES128CBC&) = default;
+CCipher_AES128CBC::CCipher_AES128CBC(CCipher_AES128CBC&&) = default;
+CCipher_AES128CBC& CCipher_AES128CBC::operator=(const CCipher_AES128CBC&) = default;
+CCipher_AES128CBC& CCipher_AES128CBC::operator=(CCipher_AES128CBC&&) = default;
+
+CCipher_BlowFishCBC::CCipher_BlowFishCBC() : COpenSSLCipher(describe<bfcbc>(), table[bfcbc].id) {}
+CCipher_BlowFishCBC::CCipher_BlowFishCBC(const CCipher_BlowFishCBC&) = default;
+CCipher_BlowFishCBC::CCipher_BlowFishCBC(CCipher_BlowFishCBC&&) = default;
+CCipher_BlowFishCBC& CCipher_BlowFishCBC::operator=(const CCipher_BlowFishCBC&) = default;
+CCipher_BlowFishCBC& CCipher_BlowFishCBC::operator=(CCipher_BlowFishCBC&&) = default;
+
+CCipher_Cast128CBC::CCipher_Cast128CBC() : COpenSSLCipher(describe<cast128cbc>(), table[cast128cbc].id) {}
+CCipher_Cast128CBC::CCipher_Cast128CBC(const CCipher_Cast128CBC&) = default;
+CCipher_Cast128CBC::CCipher_Cast128CBC(CCipher_Cast128CBC&&) = default;
+CCipher_Cast128CBC& CCipher_Cast128CBC::operator=(const CCipher_Cast128CBC&) = default;
+CCipher_Cast128CBC& CCipher_Cast128CBC::operator=(CCipher_Cast128CBC&&) = default;
+
+CCipher_IDEACBC::CCipher_IDEACBC() : COpenSSLCipher(requireIDEA(describe<ideacbc>()), table[ideacbc].id) {}
+CCipher_IDEACBC::CCipher_IDEACBC(const CCipher_IDEACBC&) = default;
+CCipher_IDEACBC::CCipher_IDEACBC(CCipher_IDEACBC&&) = default;
+CCipher_IDEACBC& CCipher_IDEACBC::operator=(const CCipher_IDEACBC&) = default;
+CCipher_IDEACBC& CCipher_IDEACBC::operator=(CCipher_IDEACBC&&) = default;
+
+} // namespace sarn
