@@ -7,6 +7,7 @@
 #include "ul/random.h"
 
 #include <climits>
+#include <cstddef>
 #include <type_traits>
 
 namespace ul {
@@ -18,8 +19,9 @@ void randomize(T& value) {
     static_assert(std::is_trivially_copyable_v<T>, "its bytes must be its value");
     static_assert(!std::is_pointer_v<T>, "the pointer itself would be filled");
     static_assert(!std::is_same_v<std::remove_all_extents_t<T>, bool>, "a bool is not any byte");
-    static_assert(sizeof(T) <= INT_MAX);
-    CMTRand::getGlobal()->randData(reinterpret_cast<unsigned char*>(&value), static_cast<int>(sizeof(T)));
+    constexpr std::size_t size = sizeof(T);
+    static_assert(size <= INT_MAX, "sizes are int");
+    CMTRand::getGlobal()->randData(reinterpret_cast<unsigned char*>(&value), static_cast<int>(size));
 }
 
 /// `size` random bytes, for a key for example. See CMTRand::randData().
