@@ -95,6 +95,11 @@ template <class Native, class = std::enable_if_t<std::is_same_v<Native, std::fil
 CWindowsPath path(const Native& native) {
     if (native.empty())
         throw CBadPathError("");
+#ifdef _WIN32
+    // Absolute already, and nothing that std::filesystem knows of.
+    if (String(native.native()).StartsWith(detail::verbatimPrefix))
+        return CWindowsPath(native.native());
+#endif
     std::filesystem::path absolute = std::filesystem::absolute(native);
 #ifdef _WIN32
     const String name = absolute.make_preferred().native();
