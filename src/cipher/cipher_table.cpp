@@ -31,7 +31,7 @@ ul::P<ICipher> create() {
     return ul::make<Cipher>();
 }
 
-enum RowIndex { aes256cbc, aes128cbc, bfcbc, cast128cbc, ideacbc };
+enum RowIndex { Aes256, Aes128, Blowfish, Cast128, Idea };
 
 // Data under IDEA are old and rare enough for a host to ask for it.
 // clang-format off
@@ -90,9 +90,9 @@ const EVP_CIPHER* select(const CipherRow& row) {
 #endif
 
 /// What a cipher is made of, found once. Valid for the life of the process.
-template <RowIndex row>
+template <RowIndex Index>
 const EVP_CIPHER* describe() {
-    static const EVP_CIPHER* const description = select(table[row]);
+    static const EVP_CIPHER* const description = select(table[Index]);
     return description;
 }
 
@@ -108,31 +108,31 @@ const std::array<CipherRow, 5>& getCipherTable() {
     return table;
 }
 
-CCipher_AES256CBC::CCipher_AES256CBC() : COpenSSLCipher(describe<aes256cbc>(), table[aes256cbc].id) {}
+CCipher_AES256CBC::CCipher_AES256CBC() : COpenSSLCipher(describe<Aes256>(), table[Aes256].id) {}
 CCipher_AES256CBC::CCipher_AES256CBC(const CCipher_AES256CBC&) = default;
 CCipher_AES256CBC::CCipher_AES256CBC(CCipher_AES256CBC&&) = default;
 CCipher_AES256CBC& CCipher_AES256CBC::operator=(const CCipher_AES256CBC&) = default;
 CCipher_AES256CBC& CCipher_AES256CBC::operator=(CCipher_AES256CBC&&) = default;
 
-CCipher_AES128CBC::CCipher_AES128CBC() : COpenSSLCipher(describe<aes128cbc>(), table[aes128cbc].id) {}
+CCipher_AES128CBC::CCipher_AES128CBC() : COpenSSLCipher(describe<Aes128>(), table[Aes128].id) {}
 CCipher_AES128CBC::CCipher_AES128CBC(const CCipher_AES128CBC&) = default;
 CCipher_AES128CBC::CCipher_AES128CBC(CCipher_AES128CBC&&) = default;
 CCipher_AES128CBC& CCipher_AES128CBC::operator=(const CCipher_AES128CBC&) = default;
 CCipher_AES128CBC& CCipher_AES128CBC::operator=(CCipher_AES128CBC&&) = default;
 
-CCipher_BlowFishCBC::CCipher_BlowFishCBC() : COpenSSLCipher(describe<bfcbc>(), table[bfcbc].id) {}
+CCipher_BlowFishCBC::CCipher_BlowFishCBC() : COpenSSLCipher(describe<Blowfish>(), table[Blowfish].id) {}
 CCipher_BlowFishCBC::CCipher_BlowFishCBC(const CCipher_BlowFishCBC&) = default;
 CCipher_BlowFishCBC::CCipher_BlowFishCBC(CCipher_BlowFishCBC&&) = default;
 CCipher_BlowFishCBC& CCipher_BlowFishCBC::operator=(const CCipher_BlowFishCBC&) = default;
 CCipher_BlowFishCBC& CCipher_BlowFishCBC::operator=(CCipher_BlowFishCBC&&) = default;
 
-CCipher_Cast128CBC::CCipher_Cast128CBC() : COpenSSLCipher(describe<cast128cbc>(), table[cast128cbc].id) {}
+CCipher_Cast128CBC::CCipher_Cast128CBC() : COpenSSLCipher(describe<Cast128>(), table[Cast128].id) {}
 CCipher_Cast128CBC::CCipher_Cast128CBC(const CCipher_Cast128CBC&) = default;
 CCipher_Cast128CBC::CCipher_Cast128CBC(CCipher_Cast128CBC&&) = default;
 CCipher_Cast128CBC& CCipher_Cast128CBC::operator=(const CCipher_Cast128CBC&) = default;
 CCipher_Cast128CBC& CCipher_Cast128CBC::operator=(CCipher_Cast128CBC&&) = default;
 
-CCipher_IDEACBC::CCipher_IDEACBC() : COpenSSLCipher(requireIDEA(describe<ideacbc>()), table[ideacbc].id) {}
+CCipher_IDEACBC::CCipher_IDEACBC() : COpenSSLCipher(requireIDEA(describe<Idea>()), table[Idea].id) {}
 CCipher_IDEACBC::CCipher_IDEACBC(const CCipher_IDEACBC&) = default;
 CCipher_IDEACBC::CCipher_IDEACBC(CCipher_IDEACBC&&) = default;
 CCipher_IDEACBC& CCipher_IDEACBC::operator=(const CCipher_IDEACBC&) = default;
