@@ -33,8 +33,10 @@ public:
     /// Stores `value` under `key`, in place of what stood there, which ends after that: its destructor may use the map.
     /// If storing a new entry fails the map is unchanged.
     void set(const K& key, V value) {
-        const auto [entry, isNew] = m_items.try_emplace(key, std::move(value));
-        if (!isNew)
+        const auto entry = m_items.find(key);
+        if (entry == m_items.end())
+            m_items.emplace(key, std::move(value));
+        else
             std::swap(entry->second, value);
     }
 

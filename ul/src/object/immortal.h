@@ -2,8 +2,6 @@
 // Objects that outlive everybody who may still use them.
 #pragma once
 
-#include <new>
-
 namespace ul {
 
 /// Holds a `T` that is never destroyed. For local statics: at the end of the process the destructor of another static
@@ -11,15 +9,18 @@ namespace ul {
 template <class T>
 class Immortal {
 public:
-    Immortal() : m_object(new (m_memory) T) {}
+    Immortal() : object() {}
     Immortal(const Immortal&) = delete;
     Immortal& operator=(const Immortal&) = delete;
+    // Leaves the object alone, as it is the member of a union.
+    ~Immortal() {}
 
-    T& get() noexcept { return *m_object; }
+    T& get() noexcept { return object; }
 
 private:
-    alignas(T) unsigned char m_memory[sizeof(T)];
-    T* m_object;
+    union {
+        T object;
+    };
 };
 
 } // namespace ul
