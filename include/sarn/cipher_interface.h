@@ -46,7 +46,7 @@ public:
     virtual int getBlockSize() const = 0;
 
     /// Encrypts and pads to whole blocks with 1 to getBlockSize() bytes (PKCS #7). If `iv` is null a random one is
-    /// drawn and written ahead of the ciphertext.
+    /// drawn and written before the ciphertext.
     virtual void encrypt(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
                          ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) = 0;
 

@@ -16,7 +16,7 @@
 
 namespace sarn {
 
-/// ICipher::encrypt() of the cipher registered under `id`, with a random IV ahead of the ciphertext.
+/// ICipher::encrypt() of the cipher registered under `id`, with a random IV before the ciphertext.
 /// \throws as CCipherManager::getCipher() and the cipher do
 inline ul::TBuffer<unsigned char> encrypt(const ul::CText& id, const ul::TCryptBuffer<unsigned char>& key,
                                           ul::CBytes plaintext) {

@@ -16,7 +16,7 @@ namespace sarn {
 /// ICipher::encrypt() of all the data would give.
 class CStreamEncryptor : public CCipherStream {
 public:
-    /// Draws a random IV, which comes ahead of the ciphertext.
+    /// Draws a random IV, which comes before the ciphertext.
     /// \throws as CCipherStream says; as CCipherManager::getCipher() does
     CStreamEncryptor(const ul::CText& id, const ul::TCryptBuffer<unsigned char>& key)
         : CStreamEncryptor(CCipherManager::get()->getCipher(id.get()), key) {}
