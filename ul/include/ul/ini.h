@@ -13,6 +13,22 @@
 
 namespace ul {
 
+namespace detail {
+
+/// A list of named items that finds them by name. It is not part of the exported class: the compiler's choice which of
+/// its functions to inline would change what the library exports.
+template <class T>
+struct NamedItems {
+    TArray<String> names;
+    TArray<T> items;
+    TMap<String, int> positions;
+
+    const T* find(const String& name) const;
+    T& findOrAppend(const String& name);
+};
+
+} // namespace detail
+
 /// Named values in named sections, in the order of the text.
 ///
 /// Lines end with LF, CR or both and are one of: nothing, a comment that starts with `;` or `#`, a section header
@@ -51,24 +67,13 @@ public:
     void getSectionValueNames(const String& section, TArray<String>& names) const;
 
 private:
-    /// A list of named items that finds them by name.
-    template <class T>
-    struct NamedItems {
-        TArray<String> names;
-        TArray<T> items;
-        TMap<String, int> positions;
-
-        const T* find(const String& name) const;
-        T& findOrAppend(const String& name);
-    };
-
-    using Section = NamedItems<String>;
+    using Section = detail::NamedItems<String>;
 
     CINIContent();
     static P<CINIContent> parse(const String& text);
     void parseLine(String& section, const String& line, int number);
 
-    NamedItems<Section> m_sections;
+    detail::NamedItems<Section> m_sections;
 };
 
 } // namespace ul

@@ -42,14 +42,16 @@ String parseHeader(const std::wstring& line, int number) {
 
 } // namespace
 
+namespace detail {
+
 template <class T>
-const T* CINIContent::NamedItems<T>::find(const String& name) const {
+const T* NamedItems<T>::find(const String& name) const {
     const int* const position = positions.find(name);
     return position ? &items[*position] : nullptr;
 }
 
 template <class T>
-T& CINIContent::NamedItems<T>::findOrAppend(const String& name) {
+T& NamedItems<T>::findOrAppend(const String& name) {
     if (const int* const position = positions.find(name))
         return items[*position];
     names.append(name);
@@ -57,6 +59,8 @@ T& CINIContent::NamedItems<T>::findOrAppend(const String& name) {
     positions.set(name, items.getSize() - 1);
     return items[items.getSize() - 1];
 }
+
+} // namespace detail
 
 CINIContent::CINIContent() = default;
 
