@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// Runs a target over the files of a folder: sarn_fuzz_replay TARGET FOLDER
+// Runs a target over the kept inputs of a file, or writes each input to a file of its own, as a fuzzer wants it:
+// sarn_fuzz_replay TARGET INPUTS, sarn_fuzz_replay --unpack INPUTS FOLDER
+#include "support/vectors.h"
 #include "targets.h"
 
 #include <chrono>
 #include <cstdio>
-#include <filesystem>
+#include <exception>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace {
@@ -16,41 +19,57 @@ static_assert(std::size(sarn_fuzz::targets) == SARN_FUZZ_TARGETS, "CMakeLists.tx
 
 constexpr std::chrono::milliseconds limit{1000};
 
-std::vector<char> read(const std::filesystem::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+std::vector<sarn_test::Vector> readInputs(const char* path) {
+    std::ifstream file(path);
+    return sarn_test::parseVectors(file, path, {"input"});
 }
 
-/// Runs the target over one file; false if it takes too long.
-bool runFile(sarn_fuzz::Target run, const std::filesystem::path& path) {
-    const std::vector<char> content = read(path);
-    // A copy of exactly this size, so that the address sanitizer sees every byte too far.
-    const std::vector<std::uint8_t> input(content.begin(), content.end());
-    const auto start = std::chrono::steady_clock::now();
-    run(input.data(), input.size());
-    if (std::chrono::steady_clock::now() - start <= limit)
-        return true;
-    std::fprintf(stderr, "%s takes more than a second\n", path.string().c_str());
-    return false;
+/// Runs the target over every input; false if one takes too long.
+bool replay(sarn_fuzz::Target run, const std::vector<sarn_test::Vector>& inputs) {
+    for (const sarn_test::Vector& input : inputs) {
+        // Before the run, so that the input of a crash is known.
+        std::printf("%s\n", input.getSection().c_str());
+        std::fflush(stdout);
+        // A block of exactly this size, so that the address sanitizer sees every byte too far.
+        std::vector<unsigned char> bytes = input.getBytes("input");
+        bytes.shrink_to_fit();
+        const auto start = std::chrono::steady_clock::now();
+        run(bytes.data(), bytes.size());
+        if (std::chrono::steady_clock::now() - start > limit) {
+            std::fprintf(stderr, "%s takes more than a second\n", input.getSection().c_str());
+            return false;
+        }
+    }
+    return true;
+}
+
+void unpack(const std::vector<sarn_test::Vector>& inputs, const std::string& folder) {
+    for (const sarn_test::Vector& input : inputs) {
+        std::ofstream file(folder + "/" + input.getSection(), std::ios::binary);
+        file.exceptions(std::ios::badbit | std::ios::failbit);
+        const std::vector<unsigned char> bytes = input.getBytes("input");
+        file.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
 }
 
 } // namespace
 
-int main(int count, char** arguments) {
+int main(int count, char** arguments) try {
+    if (count == 4 && std::string_view(arguments[1]) == "--unpack") {
+        unpack(readInputs(arguments[2]), arguments[3]);
+        return 0;
+    }
     const sarn_fuzz::Target run = count == 3 ? sarn_fuzz::findTarget(arguments[1]) : nullptr;
     if (!run) {
-        std::fprintf(stderr, "usage: sarn_fuzz_replay TARGET FOLDER\n");
+        std::fprintf(stderr, "usage: sarn_fuzz_replay TARGET INPUTS\n       sarn_fuzz_replay --unpack INPUTS FOLDER\n");
         return 2;
     }
-    int files = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(arguments[2])) {
-        // Before the run, so that the input of a crash is known.
-        std::printf("%s\n", entry.path().filename().string().c_str());
-        std::fflush(stdout);
-        if (!runFile(run, entry.path()))
-            return 1;
-        ++files;
-    }
-    std::printf("%d inputs hold the property of %s\n", files, arguments[1]);
-    return files > 0 ? 0 : 1;
+    const std::vector<sarn_test::Vector> inputs = readInputs(arguments[2]);
+    if (!replay(run, inputs))
+        return 1;
+    std::printf("%zu inputs hold the property of %s\n", inputs.size(), arguments[1]);
+    return 0;
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "sarn_fuzz_replay: %s\n", error.what());
+    return 2;
 }

@@ -45,7 +45,7 @@ std::vector<fs::path> listFiles(const fs::path& path) {
     std::vector<fs::path> files;
     for (auto entry = fs::recursive_directory_iterator(path); entry != fs::recursive_directory_iterator(); ++entry) {
         const std::string name = entry->path().filename().string();
-        if (entry->is_directory() && (name.front() == '.' || name == "build" || name == "corpus"))
+        if (entry->is_directory() && (name.front() == '.' || name == "build"))
             entry.disable_recursion_pending();
         else if (entry->is_regular_file())
             files.push_back(entry->path());
