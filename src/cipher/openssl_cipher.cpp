@@ -2,8 +2,7 @@
 #include "sarn/openssl_cipher.h"
 
 #include "cipher/arguments.h"
-#include "frame/error_queue_mark.h"
-#include "frame/openssl_owners.h"
+#include "cipher/cipher_run.h"
 #include "frame/overlap.h"
 #include "frame/raise.h"
 
@@ -22,11 +21,6 @@
 namespace sarn {
 
 namespace {
-
-// Also on decrypting paths: hosts match this text.
-constexpr char initFailed[] = "OpenSSL encrypt init error.";
-constexpr char encryptFailed[] = "OpenSSL encrypt error.";
-constexpr char decryptFailed[] = "OpenSSL decrypt error.";
 
 /// The input of one call. Empty input points to something readable, whatever the caller passed.
 struct Input {
@@ -73,13 +67,6 @@ void checkDescription(const EVP_CIPHER* cipher) {
         raiseInvalidArg(where, "cipher is not in CBC mode");
     if (EVP_CIPHER_iv_length(cipher) > EVP_MAX_IV_LENGTH)
         raiseInvalidArg(where, "IV is too long");
-}
-
-CipherContextPtr createContext() {
-    CipherContextPtr context(EVP_CIPHER_CTX_new());
-    if (context)
-        EVP_CIPHER_CTX_reset(context.get());
-    return context;
 }
 
 void fillWithRandomBytes(unsigned char* data, int size) {
@@ -145,8 +132,7 @@ void COpenSSLCipher::encrypt(const Key& key, const void* data, int size, Buffer&
     checkKey(key, where);
     // Unlike the operations without padding, the padded pair creates its context before it looks at the other
     // arguments.
-    ErrorQueueMark mark;
-    const CipherContextPtr context = createContext();
+    CipherRun run(CipherRun::Encrypt);
     const Input input(data, size);
     int start = getStart(out, append);
     const int ownIVSize = iv ? 0 : m_ivSize;
@@ -163,16 +149,10 @@ void COpenSSLCipher::encrypt(const Key& key, const void* data, int size, Buffer&
         ivCopy = copyIV(out.getData() + start, m_ivSize);
         start += m_ivSize;
     }
-    if (!context || !EVP_EncryptInit(context.get(), m_cipher, key.getData(), ivCopy.data()))
-        mark.raise(initFailed);
-
-    int written = 0;
-    if (input.size > 0 && !EVP_EncryptUpdate(context.get(), out.getData() + start, &written, input.data, input.size))
-        mark.raise(encryptFailed);
+    run.begin(m_cipher, key, ivCopy.data(), true);
+    const int written = input.size > 0 ? run.update(out.getData() + start, input.data, input.size) : 0;
     out.setUsed(start + written);
-    if (!EVP_EncryptFinal(context.get(), out.getData() + out.getUsed(), &written))
-        mark.raise(encryptFailed);
-    out.addUsed(written);
+    out.addUsed(run.finish(out.getData() + out.getUsed()));
 }
 
 void COpenSSLCipher::decrypt(const Key& key, const void* data, int size, Buffer& out, bool append,
@@ -180,8 +160,7 @@ void COpenSSLCipher::decrypt(const Key& key, const void* data, int size, Buffer&
     constexpr char where[] = "COpenSSLCipher::decrypt";
     checkKey(key, where);
     // Before the other arguments are looked at, as in encrypt().
-    ErrorQueueMark mark;
-    const CipherContextPtr context = createContext();
+    CipherRun run(CipherRun::Decrypt);
     Input input(data, size);
     if (!iv) {
         if (size < m_ivSize)
@@ -196,17 +175,10 @@ void COpenSSLCipher::decrypt(const Key& key, const void* data, int size, Buffer&
         outputSize = std::max(INT_MAX - start, input.size);
     checkRoom(where, key, input, out, start, start, outputSize);
 
-    if (!context || !EVP_DecryptInit(context.get(), m_cipher, key.getData(), iv))
-        mark.raise(initFailed);
+    run.begin(m_cipher, key, iv, true);
     out.ensureAllocated(start + static_cast<int>(outputSize));
-
-    int written = 0;
-    if (!EVP_DecryptUpdate(context.get(), out.getData() + start, &written, input.data, input.size))
-        mark.raise(decryptFailed);
-    out.setUsed(start + written);
-    if (!EVP_DecryptFinal(context.get(), out.getData() + out.getUsed(), &written))
-        mark.raise(decryptFailed);
-    out.addUsed(written);
+    out.setUsed(start + run.update(out.getData() + start, input.data, input.size));
+    out.addUsed(run.finish(out.getData() + out.getUsed()));
 }
 
 void COpenSSLCipher::encryptWithoutPadding(const Key& key, const void* data, int size, Buffer& out, bool append,
@@ -226,27 +198,16 @@ void COpenSSLCipher::encryptWithoutPadding(const Key& key, const void* data, int
     }
     const int expected = static_cast<int>(paddedSize);
 
-    ErrorQueueMark mark;
-    const CipherContextPtr context = createContext();
+    CipherRun run(CipherRun::Encrypt);
     const IVCopy ivCopy = copyIV(iv, m_ivSize);
     out.setUsed(start + expected);
-    if (!context || !EVP_EncryptInit(context.get(), m_cipher, key.getData(), ivCopy.data()) ||
-        !EVP_CIPHER_CTX_set_padding(context.get(), 0))
-        mark.raise(initFailed);
-
+    run.begin(m_cipher, key, ivCopy.data(), false);
     unsigned char* const result = out.getData() + start;
-    int total = 0;
-    int written = 0;
-    if (!EVP_EncryptUpdate(context.get(), result, &total, input.data, input.size))
-        mark.raise(encryptFailed);
-    if (expected > input.size) {
-        if (!EVP_EncryptUpdate(context.get(), result + total, &written, m_zeroBlock.getData(), expected - input.size))
-            mark.raise(encryptFailed);
-        total += written;
-    }
-    if (!EVP_EncryptFinal(context.get(), result + total, &written))
-        mark.raise(encryptFailed);
-    checkTotal("OpenSSL encrypt error: output size does not match expected value", total + written, expected);
+    int total = run.update(result, input.data, input.size);
+    if (expected > input.size)
+        total += run.update(result + total, m_zeroBlock.getData(), expected - input.size);
+    total += run.finish(result + total);
+    checkTotal("OpenSSL encrypt error: output size does not match expected value", total, expected);
 }
 
 void COpenSSLCipher::decryptWithoutPadding(const Key& key, const void* data, int size, Buffer& out, bool append,
@@ -265,21 +226,13 @@ void COpenSSLCipher::decryptWithoutPadding(const Key& key, const void* data, int
         return;
     }
 
-    ErrorQueueMark mark;
-    const CipherContextPtr context = createContext();
-    if (!context || !EVP_DecryptInit(context.get(), m_cipher, key.getData(), iv) ||
-        !EVP_CIPHER_CTX_set_padding(context.get(), 0))
-        mark.raise(initFailed);
-
+    CipherRun run(CipherRun::Decrypt);
+    run.begin(m_cipher, key, iv, false);
     out.setUsed(start + input.size);
     unsigned char* const result = out.getData() + start;
-    int total = 0;
-    int written = 0;
-    if (!EVP_DecryptUpdate(context.get(), result, &total, input.data, input.size))
-        mark.raise(decryptFailed);
-    if (!EVP_DecryptFinal(context.get(), result + total, &written))
-        mark.raise(decryptFailed);
-    checkTotal("OpenSSL decrypt error: decrypted size does not match expected value", total + written, input.size);
+    int total = run.update(result, input.data, input.size);
+    total += run.finish(result + total);
+    checkTotal("OpenSSL decrypt error: decrypted size does not match expected value", total, input.size);
 }
 
 void COpenSSLCipher::checkKey(const Key& key, const char* where) const {
