@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Objects that outlive everybody who may still use them.
+// Objects that are never destroyed.
 #pragma once
 
 namespace ul {
@@ -12,7 +12,7 @@ public:
     Immortal() : object() {}
     Immortal(const Immortal&) = delete;
     Immortal& operator=(const Immortal&) = delete;
-    // Leaves the object alone, as it is the member of a union.
+    // Does not destroy the object, which is a union member.
     ~Immortal() {}
 
     T& get() noexcept { return object; }
