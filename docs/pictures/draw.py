@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Draws the pictures of the documentation, beside this file: python3 docs/pictures/draw.py"""
+"""Draws the pictures of the documentation into this folder: python3 docs/pictures/draw.py"""
 import html
 import pathlib
 
 FOLDER = pathlib.Path(__file__).resolve().parent
-CHARACTER = 7.3  # width of one at the size below
+CHARACTER = 7.3  # width of a character at the size below
 GAP, PADDING, WIDTH = 8, 10, 760
 COLOURS = {"plain": "#eef2f6", "ours": "#dbe9f8", "secret": "#fbe3d6", "foreign": "#e7e7e7", "random": "#e3f2dd"}
 
@@ -27,7 +27,7 @@ class Picture:
         self.y += 10
 
     def row(self, boxes):
-        """Boxes side by side, over the whole width: (name, size or what it is, colour, weight)."""
+        """Boxes side by side across the picture: (name, size or description, colour, weight)."""
         total = sum(box[3] for box in boxes)
         room, x = WIDTH - GAP * (len(boxes) - 1), 0
         for name, size, colour, weight in boxes:

@@ -17,7 +17,6 @@ namespace ul {
 /// it implements.
 class UL_EXPORT IBase {
 public:
-    /// There are no members to initialise.
     IBase() noexcept = default;
     IBase(const IBase&) noexcept = default;
     /// Does nothing.

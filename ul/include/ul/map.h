@@ -17,9 +17,7 @@ public:
     /// Iterates over the entries in the order of their keys. Valid as long as its entry.
     using const_iterator = typename std::map<K, V>::const_iterator;
 
-    /// An empty map.
     TMap() = default;
-    /// Copies every entry.
     TMap(const TMap&) = default;
     /// Takes the entries of the other map and leaves it empty.
     TMap(TMap&&) noexcept = default;
