@@ -72,7 +72,7 @@ public:
     /// Writes the complete state, running or finished.
     virtual void storeState(ul::CDataOutStream& stream) const = 0;
     /// Restores a state that storeState() of a digest of the same type has written. The stream is untrusted: malformed
-    /// states are rejected, and no state can cause an out-of-bounds access, now or later. After a failure the digest is
+    /// states are refused, and no state can cause an out-of-bounds access, now or later. After a failure the digest is
     /// unchanged and can continue; only the stream has advanced.
     /// \throws ul::CError as each class says; "Unexpected end of stream." if the stream is cut short.
     virtual void loadState(ul::CDataInStream& stream) = 0;

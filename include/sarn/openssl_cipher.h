@@ -16,7 +16,7 @@ namespace sarn {
 /// In addition to its own errors, each operation raises ul::CInvalidArgError "invalid key size" before any other;
 /// "invalid input data size" for a negative size; "input data is too large" if the result could exceed 2^31 - 1 bytes;
 /// "key overlaps output" if `out` is the key; "input overlaps output" if the input is inside `out` where it would be
-/// overwritten before it is read. It raises ul::CError "OpenSSL encrypt init error." if libcrypto rejects the cipher;
+/// overwritten before it is read. It raises ul::CError "OpenSSL encrypt init error." if libcrypto refuses the cipher;
 /// the decrypting operations raise the same message.
 class SARN_EXPORT COpenSSLCipher : public ul::CBase, public virtual ICipher {
 public:

@@ -33,7 +33,7 @@ public:
 
 /// A digest with a hash context of libcrypto, which is also its saved state. docs/digest-state.md describes the format.
 ///
-/// A state is rejected if its context has a fill count `num` and a block `data` or `u`, and the count does not fit the
+/// A state is refused if its context has a fill count `num` and a block `data` or `u`, and the count does not fit the
 /// block, or if it has a member `md_len` that is not the size of the result. Other contexts are not checked: libcrypto
 /// receives whatever the state contains, so load only states that you wrote.
 ///
@@ -121,7 +121,7 @@ public:
     void loadState(ul::CDataInStream& stream) override {
         CTX context;
         detail::HashState state = detail::loadHash(stream, detail::viewContext(context), DigestSize);
-        // Assigned last, so that a rejected stream leaves the digest unchanged.
+        // Assigned last, so that a refused stream leaves the digest unchanged.
         m_context = context;
         m_state = std::move(state);
     }

@@ -18,7 +18,7 @@ inline int getStart(const Buffer& out, bool append) {
     return append ? out.getUsed() : 0;
 }
 
-/// Rejects arguments that no cipher can process.
+/// Refuses arguments that no cipher can process.
 /// \param where      qualified name of the operation
 /// \param start      position in `out` where the operation begins to write
 /// \param outputSize number of bytes it may write from there on

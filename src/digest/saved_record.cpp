@@ -82,7 +82,7 @@ private:
     ul::CDataOutStream& m_stream;
 };
 
-/// Reads the fields that it visits and rejects values that no writer writes.
+/// Reads the fields that it visits and refuses values that no writer writes.
 class Reader {
 public:
     explicit Reader(ul::CDataInStream& stream) : m_stream(stream) {}
@@ -113,7 +113,7 @@ private:
     ul::CDataInStream& m_stream;
 };
 
-/// Restores the part's previous state if the rest is rejected.
+/// Restores the part's previous state if the rest is refused.
 template <class Rest>
 void Reader::partAndRest(IDigest& digest, const Rest& rest) {
     ul::TBuffer<unsigned char> old;

@@ -42,7 +42,7 @@ private:
 
     ERR_STATE m_hosts;
 #endif
-    // Whether any errors were moved aside: an empty queue cannot take a mark.
+    // Whether the queue had errors, which were moved aside or marked: an empty queue cannot take a mark.
     bool m_holdsHosts;
 };
 

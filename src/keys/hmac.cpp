@@ -21,7 +21,7 @@ void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* dat
     ErrorQueueMark mark;
     out.ensureAllocated(EVP_MAX_MD_SIZE);
     unsigned length = EVP_MAX_MD_SIZE;
-    // 1.1.1 rejects a negative key size itself; newer versions would take it for a huge one.
+    // 1.1.1 refuses a negative key size itself; newer versions would take it for a huge one.
     const bool isDone =
         keySize >= 0 && HMAC(md, keySize > 0 ? key : "", keySize, static_cast<const unsigned char*>(data),
                              static_cast<std::size_t>(dataSize), out.getData(), &length);

@@ -19,7 +19,7 @@ namespace ul {
 /// vector, an array, a span, a TBuffer, or a pointer and a size. It copies nothing.
 ///
 /// A container counts with all its elements, a `const char*` up to its null character. An element must be one byte, so
-/// that byte order cannot matter. A writable `char` array is rejected: it may hold bytes without a terminating null
+/// that byte order cannot matter. A writable `char` array is refused: it may hold bytes without a terminating null
 /// character, so its size must be given.
 class CBytes {
     template <class Container>
