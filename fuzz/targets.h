@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is fuzzed. Each target takes any bytes and ends the process when its property does not hold.
+// The fuzz targets. Each target takes any bytes and ends the process when its property does not hold.
 #pragma once
 
 #include <cstddef>

@@ -4,8 +4,8 @@
 
 namespace ul {
 
-/// Holds a `T` that is never destroyed. For local statics: at the end of the process the destructor of another static
-/// object, or a thread that outlives main, may still use them.
+/// Holds a `T` that is never destroyed. For static local variables: at the end of the process the destructor of another
+/// static object, or a thread that outlives main, may still use them.
 template <class T>
 class Immortal {
 public:
