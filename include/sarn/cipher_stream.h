@@ -43,6 +43,8 @@ protected:
 
     ~CCipherStream() = default;
 
+    /// Sets the IV of the first call. `where` is the qualified name of the operation, for the error.
+    /// \throws ul::CInvalidArgError "invalid IV size".
     void setIV(const char* where, ul::CBytes iv) {
         if (iv.size() != static_cast<std::size_t>(m_ivSize))
             throw ul::CInvalidArgError(where, "invalid IV size", ul::CProps());
@@ -86,19 +88,25 @@ protected:
     /// Sets the IV of the call that follows the one with `size` bytes of ciphertext at `ciphertext`.
     void setNextIV(const unsigned char* ciphertext, int size) { m_iv.init(ciphertext + size - m_ivSize, m_ivSize); }
 
+    /// Never null.
     const ul::P<ICipher> m_cipher;
+    /// A copy of the key.
     const ul::TCryptBuffer<unsigned char> m_key;
+    /// Size of the IV in bytes.
     const int m_ivSize;
+    /// Size of a block in bytes.
     const int m_blockSize;
-    // The number of bytes worth a call. The old ciphers, which have blocks of 8 bytes, take as long to set up a key as
-    // to process some kilobytes.
+    /// Number of bytes worth a call. The old ciphers, which have blocks of 8 bytes, take as long to set up a key as to
+    /// process some kilobytes.
     const int m_batchSize;
+    /// The IV of the next call.
     ul::TBuffer<unsigned char> m_iv;
-    // Its first m_waiting bytes are unprocessed. The used size never shrinks, so that the buffer wipes once at the end
-    // instead of in every call.
+    /// Its first m_waiting bytes are unprocessed. The used size never shrinks, so that the buffer wipes once at the end
+    /// instead of in every call.
     ul::TCryptBuffer<unsigned char> m_rest;
+    /// Number of unprocessed bytes.
     int m_waiting = 0;
-    // Wiped explicitly, for the same reason.
+    /// The result of the call. Wiped explicitly, to wipe once here too.
     ul::TBuffer<unsigned char> m_out;
 
 private:

@@ -16,6 +16,7 @@ public:
     /// Identifies a derived key: a plain value with everything besides the password that the key depends on.
     class SARN_EXPORT CKeyInfo {
     public:
+        /// Copies the three values.
         CKeyInfo(int keySize, unsigned long long salt, int iterations) noexcept;
 
         /// Returns -1, 0 or 1. Orders by key size, then by salt as an unsigned number, then by iteration count.
@@ -34,8 +35,11 @@ public:
         /// Whether compare() does not return -1.
         bool operator>=(const CKeyInfo& other) const noexcept;
 
-        int keySize; ///< in bytes
+        /// Size of the key in bytes.
+        int keySize;
+        /// The salt, used as eight bytes, least significant first.
         unsigned long long salt;
+        /// Iteration count of PBKDF2.
         int iterations;
     };
 

@@ -51,6 +51,7 @@ inline std::string toShownText(const String& text) {
     return CError(text, "", -1, CProps(), nullptr).what();
 }
 
+/// The line for an error of the libraries, with those of its causes.
 inline std::string formatOwnError(const CError& error) {
     std::string line;
     if (const auto* const refusal = dynamic_cast<const CInvalidArgError*>(&error))

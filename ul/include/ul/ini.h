@@ -19,11 +19,16 @@ namespace detail {
 /// between compilers, would otherwise change what the library exports.
 template <class T>
 struct NamedItems {
+    /// In the order in which they were appended.
     TArray<String> names;
+    /// In the same order.
     TArray<T> items;
+    /// Index of each item.
     TMap<String, int> positions;
 
+    /// The item called `name`, or null.
     const T* find(const String& name) const;
+    /// The item called `name`; a default one is appended first if there is none.
     T& findOrAppend(const String& name);
 };
 

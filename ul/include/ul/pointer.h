@@ -130,8 +130,9 @@ P<T> make(Args&&... args) {
 
 } // namespace ul
 
-/// Hashes the address of the object.
+/// Makes pointers keys of unordered containers.
 template <class T>
 struct std::hash<ul::P<T>> {
+    /// Hashes the address of the object.
     std::size_t operator()(const ul::P<T>& pointer) const noexcept { return std::hash<T*>()(pointer.get()); }
 };

@@ -154,8 +154,9 @@ UL_EXPORT void partition(const String& text, const String& separator, String& be
 
 } // namespace ul
 
-/// Hashes the characters.
+/// Makes texts keys of unordered containers.
 template <>
 struct std::hash<ul::String> {
+    /// Hashes the characters.
     std::size_t operator()(const ul::String& text) const noexcept { return std::hash<std::wstring>()(text); }
 };

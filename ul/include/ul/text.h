@@ -60,6 +60,7 @@ inline CWindowsPath path(std::string_view utf8) {
 /// Implementation of path() and native().
 namespace detail {
 
+/// Start of the verbatim form of a path.
 inline constexpr const wchar_t* verbatimPrefix = L"\\\\?\\";
 
 /// Whether only the verbatim form names the file of this absolute path.
@@ -73,6 +74,7 @@ inline bool needsVerbatimForm(const std::filesystem::path& native) {
 }
 
 #ifndef _WIN32
+/// The text of a CWindowsPath for an absolute path of the operating system.
 inline String toPathText(const std::filesystem::path& native) {
     const std::string& name = native.native();
     if (name.find('\\') != std::string::npos)
