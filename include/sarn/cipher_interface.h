@@ -9,8 +9,8 @@ namespace sarn {
 
 /// A symmetric cipher. It has no state between calls: any number of threads may use one object at once.
 ///
-/// The four data operations share their parameters. All sizes are in bytes and are `int`; a host with more than 2^31 -
-/// 1 bytes works in pieces.
+/// The four data operations share their parameters. All sizes are in bytes and are `int`; a host with more than
+/// 2^31 - 1 bytes works in pieces.
 /// - `key`: its used size must be getKeySize(). The operation neither keeps nor wipes it.
 /// - `data`, `size`: the input.
 /// - `out`: receives the result, after its content if `append` is true, in place of it otherwise. Bytes before the
@@ -21,10 +21,10 @@ namespace sarn {
 /// where the bytes made from them go. For encrypt() without `iv` that is after the room for the IV; for decrypt()
 /// without `iv` the first getIVSize() bytes of the input do not count as data here.
 ///
-/// Each operation raises ul::CInvalidArgError for a key of the wrong size, a negative size, a result of more than 2^31
-/// - 1 bytes, `data` or `key` that overlap `out` otherwise, a missing `iv` where one is required, and input too short
-/// to contain its IV; `out` is unchanged then. It raises ul::CError if the data cannot be processed: `out` keeps its
-/// content before the result; the used size and the rest are undefined. A wrong key is not an error in itself:
+/// Each operation raises ul::CInvalidArgError for a key of the wrong size, a negative size, a result of more than
+/// 2^31 - 1 bytes, `data` or `key` that overlap `out` otherwise, a missing `iv` where one is required, and input too
+/// short to contain its IV; `out` is unchanged then. It raises ul::CError if the data cannot be processed: `out` keeps
+/// its content before the result; the used size and the rest are undefined. A wrong key is not an error in itself:
 /// decrypt() detects it by the padding, which is valid by chance for one wrong key in 256.
 class SARN_EXPORT ICipher : public virtual ul::IBase {
 public:

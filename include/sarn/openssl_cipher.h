@@ -47,13 +47,13 @@ public:
                  ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
 
     /// \throws ul::CInvalidArgError "IV cannot be NULL"; ul::CError "OpenSSL encrypt error."; ul::CError "OpenSSL
-    ///         encrypt error: output size does not match expected value" with "outSize" and "expectedOutSize"
+    ///         encrypt error: output size does not match expected value" with "outSize" and "expectedOutSize".
     void encryptWithoutPadding(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
                                ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
 
     /// \throws ul::CInvalidArgError "IV cannot be NULL", "data size must be a multiple of the block size"; ul::CError
     ///         "OpenSSL decrypt error."; ul::CError "OpenSSL decrypt error: decrypted size does not match expected
-    ///         value" with "outSize" and "expectedOutSize"
+    ///         value" with "outSize" and "expectedOutSize".
     void decryptWithoutPadding(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
                                ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
 

@@ -14,8 +14,8 @@ namespace ul {
 
 /// A string of wide characters: UTF-16 code units on Windows, UTF-32 elsewhere.
 ///
-/// Positions and lengths count characters (`wchar_t`) and fit in an `int`: an operation whose result would exceed 2^31
-/// - 1 characters raises CInvalidArgError.
+/// Positions and lengths count characters (`wchar_t`) and fit in an `int`: an operation whose result would exceed
+/// 2^31 - 1 characters raises CInvalidArgError.
 class UL_EXPORT String {
 public:
     /// Creates an empty string.
