@@ -17,8 +17,8 @@ void limitAttempts(EVP_PKEY*) {}
 namespace {
 
 // Each attempt draws a number k, computes g^k modulo p, and fails if half of the signature is then 0. Under a sound key
-// that never happens; under others it always does, and the parameters that cause it take too many forms to check. So the
-// attempts are counted, at no cost.
+// that never happens; under others it always does, and the parameters that cause it take too many forms to check. So
+// the attempts are counted, at no cost.
 constexpr int maxAttempts = 64;
 
 // No standard has ever allowed fewer. With one bit there is no k to draw, and libcrypto never stops drawing.

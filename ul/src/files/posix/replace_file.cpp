@@ -97,7 +97,8 @@ void Replacement::create() {
     const bool isOld = tryGetOld(old) && !S_ISLNK(old.st_mode);
     if (isOld)
         checkReplaceable(old);
-    // With permission bits that another owner set, that owner could do to the caller's file what he could do to his own.
+    // With permission bits that another owner set, that owner could do to the caller's file what he could do to his
+    // own.
     const bool isOwn = isOld && old.st_uid == ::geteuid();
     const mode_t mode = isOwn ? old.st_mode & 0666 : 0666;
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
