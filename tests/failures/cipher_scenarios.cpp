@@ -13,7 +13,7 @@ using Operation = void (sarn::ICipher::*)(const Key&, const void*, int, Buffer&,
 constexpr int textSize = 100;
 constexpr int wholeBlocks = 96;
 
-/// Arguments for a cipher.
+/// What a cipher is used with.
 struct Setting {
     explicit Setting(const std::string& id) : cipher(getAnyCipher(id)), key(cipher->getKeySize()) {}
 
@@ -34,7 +34,7 @@ Run runOperation(const std::string& id, Operation operation, int size, bool appe
     };
 }
 
-/// Encrypts under a random IV; the decrypted text is the same each time.
+/// Under an IV that the cipher draws; what is decrypted is the same each time.
 Run runRoundTrip(const std::string& id) {
     const auto setting = std::make_shared<Setting>(id);
     return [=] {

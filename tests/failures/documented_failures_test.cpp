@@ -58,7 +58,7 @@ void runUnpadded(decltype(&ICipher::encryptWithoutPadding) operation, int size) 
 }
 
 void decrypt() {
-    // An IV and the ciphertext of nothing.
+    // An initialisation vector, and under it nothing.
     const TestKey key(fromHex("a278ea0f436b33751785f832650fbcd8eb00aa4998591b36ee088003b17fbeb3"));
     const Bytes encrypted = fromHex("620e768b1c1cb474fd6ac1c5747aea8a82bdbea929a50e68b9355ed5455d0b6c");
     Buffer out;
@@ -207,7 +207,7 @@ std::string list(const std::vector<Step>& steps, std::size_t count) {
 
 class DocumentedFailures : public testing::TestWithParam<Operation> {
 protected:
-    // Calls that a process makes only once are made before.
+    // What is called once in a process is called before.
     void SetUp() override { GetParam().run(); }
 
     const std::vector<Step>& m_steps = GetParam().steps;

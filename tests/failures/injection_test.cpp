@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every allocation, and every call of libcrypto and of the system's files in every scenario, fails: first alone, then
-// with all later ones. The outcome is the right result or a documented error, and the next use works.
+// Every allocation, and every call of libcrypto and of the system's files that every scenario makes, fails: once, and
+// from there on. What comes of it is the right result or a documented error, and the next use works.
 #include "failures/imported_calls.h"
 #include "failures/injection.h"
 #include "failures/scenarios.h"
@@ -68,7 +68,7 @@ class Injections : public testing::TestWithParam<Scenario> {
 protected:
     void SetUp() override {
         m_run = GetParam().prepare();
-        // Objects that a process creates only once are created here; a separate test makes that fail.
+        // What is created once in a process is created here; that it can fail has a test of its own.
         m_expected = m_run();
     }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Uses of the library, each in a form that can be repeated.
+// What the library is used for, each use in a form that can be repeated.
 #pragma once
 
 #include "support/temp_folder.h"
@@ -21,8 +21,8 @@ struct Scenario {
     /// The messages of the errors that may be told instead of a result; the ones of files start with "Cannot".
     std::vector<std::string> messages;
     std::function<Run()> prepare;
-    /// The acceptable outcome, a result or an error, if libcrypto lacks memory: it then reports that a signature does
-    /// not match.
+    /// What may come out instead when libcrypto has no memory, a result or an error: it tells of a signature that does
+    /// not match then.
     Bytes withoutMemory = {};
     std::string errorWithoutMemory = {};
     /// Whether calls of dependencies fail only once: where a digest dies whose end cannot be computed either, the

@@ -61,7 +61,7 @@ void refuseSecretKeyOfTheWrongSize() {
     sarn::CCipherManager::get()->getCipher("aes128cbc")->encrypt(key, "text", 4, out, false, nullptr);
 }
 
-/// Decrypts, with or without success, into a buffer of secrets.
+/// What is decrypted, whole or not, goes into a buffer of secrets.
 void decryptSecretText(const char* id, bool isDamaged, bool isPadded) {
     const ul::P<sarn::ICipher> cipher = sarn::CCipherManager::get()->getCipher(id);
     Key key(cipher->getKeySize(), -1);
@@ -255,7 +255,7 @@ TEST(SecretsSearch, ALineOfAKeyThatIsThere_IsFound) {
 }
 
 TEST(SecretsSearch, ASecretThatIsThere_IsFound) {
-    // A separate one: the remains of this test must not affect the others.
+    // One of its own: what this test leaves behind is no concern of the others.
     const Canary another(3);
     Key key(Canary::size, -1);
     another.write(key.getData());

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Encrypts files around the size of a piece, decrypts them, and tampers with encrypted ones in every way that is
-# possible without the password.
-# Arguments: PROGRAM, WORK_DIR; EMULATOR for another system
+# Encrypts files around the size of a piece, decrypts them, and tampers with encrypted ones in every way that somebody
+# without the password has.
+# Wants: PROGRAM, WORK_DIR; EMULATOR if they are for another system
 set(PROGRAM ${EMULATOR} "${PROGRAM}")
 function(run expected_status)
   execute_process(COMMAND ${PROGRAM} ${ARGN} WORKING_DIRECTORY "${WORK_DIR}" RESULT_VARIABLE status
@@ -12,7 +12,7 @@ function(run expected_status)
   set(output "${output}" PARENT_SCOPE)
 endfunction()
 
-# Joins parts of files, each FILE=FIRST:COUNT in bytes, to the file `result`.
+# Joins pieces of files, each FILE=FIRST:COUNT in bytes, to the file `result`.
 function(join result)
   file(WRITE "${WORK_DIR}/${result}" "")
   foreach(piece IN LISTS ARGN)
@@ -23,7 +23,7 @@ function(join result)
   endforeach()
 endfunction()
 
-# Expects that a file is refused and that no decrypted file is written.
+# Expects that a file is refused and that nothing stands under the name that it was to be decrypted to.
 function(expect_refused file password)
   file(REMOVE "${WORK_DIR}/restored")
   run(1 decrypt ${file} restored ${password})
@@ -51,7 +51,7 @@ if(NOT output MATCHES "usage: encrypt_file")
 endif()
 expect_refused(encrypted wrong)
 
-# A salt of 8 bytes, then pieces: 5 bytes, a ciphertext that is 32 bytes longer than a whole piece, and 20 bytes.
+# A salt of 8 bytes, then pieces with 5 bytes ahead, a ciphertext of 32 bytes more than a whole piece, and 20 behind.
 math(EXPR piece "5 + 1048576 + 32 + 20")
 math(EXPR second "8 + ${piece}")
 math(EXPR third "8 + 2 * ${piece}")
@@ -61,7 +61,7 @@ if(rest LESS 400000 OR rest GREATER 410000)
   message(FATAL_ERROR "pieces have another size than this test knows: ${whole} bytes")
 endif()
 
-# Cuts everywhere of interest: within the salt, at the end of each piece, within a piece, before the last bytes.
+# Cut everywhere of interest: within the salt, at the end of each piece, within one, before the last bytes.
 foreach(size 0 7 8 12 100 ${second} 1500000 ${third})
   join(cut "encrypted=0:${size}")
   expect_refused(cut secret)
@@ -71,7 +71,7 @@ foreach(missing 1 20 21)
   join(cut "encrypted=0:${size}")
   expect_refused(cut secret)
 endforeach()
-# Longer files: the last piece repeated, pieces swapped, left out, and taken from another file with the same password.
+# Longer, with its last piece twice, with pieces exchanged, left out, and of another file under the same password.
 join(changed "encrypted=0:${whole}" "encrypted=0:1")
 expect_refused(changed secret)
 join(changed "encrypted=0:${whole}" "encrypted=${third}:${rest}")
@@ -83,13 +83,13 @@ expect_refused(changed secret)
 run(0 encrypt plain another secret)
 join(changed "another=0:${second}" "encrypted=${second}:${whole}")
 expect_refused(changed secret)
-# Sets the flag of the last piece on the first one and cuts the file after it.
+# The flag of the last piece set on the first one, behind which the file is cut.
 file(WRITE "${WORK_DIR}/flag" "x")
 execute_process(COMMAND printf "\\001" OUTPUT_FILE "${WORK_DIR}/flag" COMMAND_ERROR_IS_FATAL ANY)
 math(EXPR first "${piece} - 5")
 join(changed "encrypted=0:12" "flag=0:1" "encrypted=13:${first}")
 expect_refused(changed secret)
-# Changes one byte in each part: salt, size, IV, ciphertext, HMAC.
+# One byte changed in each part: salt, size, IV, ciphertext, HMAC.
 foreach(position 0 8 13 500 1048620 1048640)
   math(EXPR next "${position} + 1")
   join(changed "encrypted=0:${position}" "flag=0:1" "encrypted=${next}:${whole}")
@@ -100,7 +100,7 @@ foreach(position 0 8 13 500 1048620 1048640)
   endif()
 endforeach()
 
-# A text that ends in a digest of its beginning is an ordinary text, cut or not.
+# A text that ends in a digest of what is ahead of it is a text like any other: cut or not.
 execute_process(COMMAND printf "%b%b"
     "\\0343\\0260\\0304\\0102\\0230\\0374\\0034\\0024\\0232\\0373\\0364\\0310\\0231\\0157\\0271\\0044"
     "\\0047\\0256\\0101\\0344\\0144\\0233\\0223\\0114\\0244\\0225\\0231\\0033\\0170\\0122\\0270\\0125"

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Exchanges signatures with the openssl command line in both directions, RSA and DSA, for files around the chunk size.
-# Arguments: PROGRAM, OPENSSL, KEYS, WORK_DIR; EMULATOR for another system
+# Signatures go to the openssl command line and come back from it, RSA and DSA, files of sizes around the chunk.
+# Wants: PROGRAM, OPENSSL, KEYS, WORK_DIR; EMULATOR if they are for another system
 set(PROGRAM ${EMULATOR} "${PROGRAM}")
 function(run)
   execute_process(COMMAND ${ARGN} WORKING_DIRECTORY "${WORK_DIR}" RESULT_VARIABLE status OUTPUT_VARIABLE output

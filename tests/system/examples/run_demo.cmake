@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Runs the demo as a user would: round trips, a resumed digest, then a wrong password and damaged copies.
-# Arguments: DEMO, WORK_DIR, SOURCES; EMULATOR for another system
+# Runs the demo as a person would: whole round trips, a digest with a break, then a wrong password and damaged copies.
+# Wants: DEMO, WORK_DIR, SOURCES; EMULATOR if they are for another system
 set(DEMO ${EMULATOR} "${DEMO}")
 function(run expected_status expected_text)
   execute_process(COMMAND ${DEMO} ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -44,7 +44,7 @@ run(0 "cf46f1fe79aa463e06f8231dcfe5b69189d230861269d536c18cd41c1249bab17e14a29ce
 file(WRITE "${WORK_DIR}/state" "no state")
 run(1 "Error: " digest "${WORK_DIR}/file.txt" "${WORK_DIR}/state")
 
-# Only the digest detects one wrong key in 256.
+# One wrong key in 256 is noticed by the digest only.
 run(1 "Error: " restore "${copy}" --password wrong)
 file(COPY_FILE "${copy}" "${WORK_DIR}/whole")
 truncate("${WORK_DIR}/whole" "${copy}" 1000)

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Accepts a signed download, refuses a changed one, and checks that no name makes the program verify one file and rename
-# another.
-# Arguments: PROGRAM, SIGN, KEYS, WORK_DIR; EMULATOR for another system
+# Takes a download that was signed, refuses one that was changed, and looks whether names can make the program verify
+# one file and take over another.
+# Wants: PROGRAM, SIGN, KEYS, WORK_DIR; EMULATOR if they are for another system
 set(PROGRAM ${EMULATOR} "${PROGRAM}")
 set(SIGN ${EMULATOR} "${SIGN}")
 file(REMOVE_RECURSE "${WORK_DIR}")
@@ -9,7 +9,7 @@ file(MAKE_DIRECTORY "${WORK_DIR}")
 set(public "${KEYS}/rsa2048_for_tests_only.pub.pem")
 string(REPEAT "0123456789" 20000 content)
 
-# Creates a signed download: NAME.part and NAME.sig.
+# Makes a signed download: NAME.part and NAME.sig.
 function(make_download name)
   file(WRITE "${WORK_DIR}/signed" "${content}")
   execute_process(COMMAND ${SIGN} sign signed "${KEYS}/rsa2048_for_tests_only.pem" WORKING_DIRECTORY "${WORK_DIR}"
@@ -53,7 +53,7 @@ verify("${WORK_DIR}/absolute" 0 "verified: ")
 expect_taken(absolute)
 
 if(NOT EMULATOR)
-  # The system follows the link before it goes up; the library's path has neither.
+  # The system goes through the link before it goes up; the library's path has neither.
   file(MAKE_DIRECTORY "${WORK_DIR}/x" "${WORK_DIR}/elsewhere/deep")
   file(CREATE_LINK ../elsewhere/deep "${WORK_DIR}/x/link" SYMBOLIC)
   make_download(x/f)
@@ -62,7 +62,7 @@ if(NOT EMULATOR)
   expect_taken(x/f)
   expect_not_taken(elsewhere/f)
 
-  # For the system a backslash is part of a name.
+  # To the system a backslash is part of a name.
   file(MAKE_DIRECTORY "${WORK_DIR}/sub")
   make_download(sub/g)
   execute_process(COMMAND sh -c "printf evil >'sub\\g.part'" WORKING_DIRECTORY "${WORK_DIR}" COMMAND_ERROR_IS_FATAL ANY)
@@ -70,7 +70,7 @@ if(NOT EMULATOR)
   expect_taken(sub/g)
   execute_process(COMMAND sh -c "test ! -e 'sub\\g'" WORKING_DIRECTORY "${WORK_DIR}" COMMAND_ERROR_IS_FATAL ANY)
 
-  # The bytes of a UTF-8 name read as Latin-1 are another name.
+  # The bytes of a UTF-8 name taken for characters are another name.
   make_download("donnÃ©es")
   file(WRITE "${WORK_DIR}/données.part" "evil")
   verify("données" 1 "Cannot open file .*données.sig")
@@ -79,7 +79,7 @@ if(NOT EMULATOR)
   verify("données" 0 "verified: ")
   expect_taken("données")
 
-  # The library drops a dot at the end of a name.
+  # A dot at the end of a name is none to the library.
   make_download(c.ini)
   file(WRITE "${WORK_DIR}/c.ini..part" "evil")
   execute_process(COMMAND "${CMAKE_COMMAND}" -E copy c.ini.sig c.ini..sig WORKING_DIRECTORY "${WORK_DIR}")
@@ -87,7 +87,7 @@ if(NOT EMULATOR)
   expect_not_taken("c.ini.")
   expect_not_taken("c.ini")
 
-  # The target of a link may change later.
+  # A link is what it leads to, and somebody may change that later.
   make_download(behind)
   file(CREATE_LINK behind.part "${WORK_DIR}/front.part" SYMBOLIC)
   file(COPY_FILE "${WORK_DIR}/behind.sig" "${WORK_DIR}/front.sig")

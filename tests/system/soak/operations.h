@@ -19,10 +19,11 @@ class Shared {
 public:
     Shared();
 
-    /// Performs a random operation. Throws if its result is wrong. Adds IVs that a cipher drew to `ivs`.
+    /// Does one of the operations, chosen at random. Throws if its result is wrong. Initialisation vectors that a
+    /// cipher drew are added to `ivs`.
     void use(std::mt19937& random, std::vector<IV>& ivs) const;
 
-    /// Encrypts under a new IV and decrypts again.
+    /// Encrypts under a new initialisation vector and decrypts again.
     IV drawIV() const;
 
 private:

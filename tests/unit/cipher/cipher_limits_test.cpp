@@ -163,7 +163,7 @@ TEST(CipherLimits, IvInTheOutputOfDecrypt_IsReadBeforeTheBlockMovesOrIsWiped) {
     getAES256()->decrypt(key32, padded.data(), static_cast<int>(padded.size()), wiping, false, wiping.getData());
     EXPECT_EQ(toBytes(wiping), data);
 
-    // The IV is after the result, where a shrinking buffer is wiped.
+    // The IV lies behind the result, where a buffer that shrinks is wiped.
     Buffer unpadded;
     getAES256()->encryptWithoutPadding(key32, data.data(), 16, unpadded, false, iv16.data());
     ul::TCryptBuffer<unsigned char> shrinking;
@@ -196,7 +196,7 @@ TEST(CipherLimits, OverlappingInput_IsRefusedByEveryOperation_AndNothingIsWritte
         expectInvalidArg(where, "input overlaps output", operation);
         EXPECT_EQ(toBytes(buffer), data);
     };
-    // One byte off the place of the result, to either side; before a generated IV; after the start when appending.
+    // One byte off the place of the result, to either side; ahead of a generated IV; behind the start when appending.
     expectRefusal("COpenSSLCipher::encrypt", [&] { cipher->encrypt(key32, bytes + 1, 48, buffer, false, iv); });
     expectRefusal("COpenSSLCipher::encrypt", [&] { cipher->encrypt(key32, bytes, 48, buffer, false, nullptr); });
     expectRefusal("COpenSSLCipher::encrypt", [&] { cipher->encrypt(key32, bytes + 70, 20, buffer, true, iv); });

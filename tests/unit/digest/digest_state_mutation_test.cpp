@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// No stream does harm: every byte of every golden state through all its values, and every state cut everywhere. The
-// assertions are few; the sanitizers do the rest.
+// No stream does harm: every byte of every golden state through all its values, and every state cut everywhere. What is
+// asserted is little; the sanitizers do the rest.
 #include "support/digest_test_data.h"
 
 #include <gtest/gtest.h>

@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Compiles the host programs as hosts do, with all warnings that they may enable.
-# Arguments: CXX, STANDARD, SOURCES (joined by |), INCLUDES (joined by |), and OUT_DIR, LIBRARIES, LIBCRYPTO to link
-# them
+# Compiles the host programs as hosts do, with every warning that they may have switched on.
+# Wants: CXX, STANDARD, SOURCES (joined by |), INCLUDES (joined by |), and OUT_DIR, LIBRARIES, LIBCRYPTO to link them
 string(REPLACE "|" ";" sources "${SOURCES}")
 string(REPLACE "|" ";" includes "${INCLUDES}")
 list(TRANSFORM includes PREPEND "-I")

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
-# Runs the host programs as a user would, and as an attacker would.
-# Arguments: BIN, WORK_DIR, KEYS, OPENSSL, EMULATOR, SUFFIX (.exe or empty)
+# Runs the host programs as a person would, and as somebody would who wants them to fail.
+# Wants: BIN, WORK_DIR, KEYS, OPENSSL, EMULATOR, SUFFIX (.exe or nothing)
 file(REMOVE_RECURSE "${WORK_DIR}")
-# Names are neither ASCII nor Latin-1 where the system accepts such names.
+# Names are neither ASCII nor Latin-1 where the system passes such ones on.
 set(folder "${WORK_DIR}/work")
 set(plain plain)
 if(NOT SUFFIX)
@@ -11,7 +11,7 @@ if(NOT SUFFIX)
 endif()
 file(MAKE_DIRECTORY "${folder}")
 
-# Runs a program and checks that it ends with `status`. Its output is in `output`.
+# Runs a program, which must end with `status`; its output is in `output`.
 macro(run status program)
   execute_process(COMMAND ${EMULATOR} "${BIN}/${program}${SUFFIX}" ${ARGN}
     WORKING_DIRECTORY "${folder}" RESULT_VARIABLE actual OUTPUT_VARIABLE output ERROR_VARIABLE errors)
@@ -52,8 +52,7 @@ run(0 host_encrypt_stream decrypt encrypted restored password)
 expect_same(${plain} restored)
 run(1 host_encrypt_stream decrypt encrypted by-another-password other)
 expect("${errors}" "The password is another one")
-# Cuts between two blocks, where the padding may look right, and within one; an almost empty and an empty file; a longer
-# one.
+# Cut between two blocks, where the padding may look right, and inside one; almost empty, and empty; longer.
 foreach(size 3100036 1000025 20 0)
   execute_process(COMMAND head -c ${size} "${folder}/encrypted" OUTPUT_FILE "${folder}/cut" COMMAND_ERROR_IS_FATAL ANY)
   run(1 host_encrypt_stream decrypt cut from-a-cut-one password)

@@ -163,7 +163,7 @@ TEST(Base64Decode, ForeignCharacters_AreRefused) {
 }
 
 TEST(Base64Decode, LossWithinTheTolerance_IsNotNoticed) {
-    // The filter returns the bytes that it decoded before the damage, and three bytes may be missing.
+    // The filter gives what it decoded ahead of the damage, and three bytes may be missing.
     EXPECT_EQ(decodeText("aGV!"), "");
     EXPECT_EQ(decodeText("Zm8\n"), "") << "one line without its end is none to the filter";
 }

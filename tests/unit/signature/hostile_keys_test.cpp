@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Keys that libcrypto reads although a host must not accept them; see SECURITY.md.
+// Keys that libcrypto reads although they are none. What a host must not accept is shown here; see SECURITY.md.
 #include "support/expect.h"
 #include "support/key_files.h"
 
