@@ -137,7 +137,7 @@ void compareCipher(const CipherPair& pair, int size) {
     addCipherPeers(name("decryptWithoutPadding"), pair.id, false, *f);
 }
 
-/// With an initialisation vector from libcrypto's generator, as a host that calls it would have it.
+/// With an IV from libcrypto's generator, as a host that calls it would have it.
 void compareRandomIV(const CipherPair& pair, int size) {
     const auto f = std::make_shared<Fixture>(pair, size);
     compare(

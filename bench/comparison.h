@@ -11,7 +11,7 @@ namespace bench {
 /// One piece of work, run again and again. An empty one stands for what a library does not offer.
 using Work = std::function<void()>;
 
-/// What this library's time has to stay below. Each limit is 0 where it does not count; one that is kept is enough.
+/// Limits for the library's time. A limit of 0 does not apply; meeting one of the others is enough.
 struct Goal {
     /// Times the raw time.
     double ratio = 0;

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# What Debian wants beside the files themselves: each package's copyright and changelogs, and the site and examples.
+# Additional files of the Debian packages: copyright and changelog of each, the site and the examples.
 string(TIMESTAMP sarn_package_date "%a, %d %b %Y %H:%M:%S +0000" UTC)
 configure_file(cmake/debian/changelog.in changelog.Debian @ONLY)
 file(COPY_FILE "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${PROJECT_BINARY_DIR}/changelog" ONLY_IF_DIFFERENT)

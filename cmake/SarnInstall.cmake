@@ -1,15 +1,15 @@
 # SPDX-License-Identifier: Apache-2.0
-# Install rules, and what lets another project find the libraries: for CMake and for pkg-config.
+# Install rules, with the package files for CMake and pkg-config.
 include(CMakePackageConfigHelpers)
 
 set(sarn_package_dir "${CMAKE_INSTALL_LIBDIR}/cmake/sarn")
-# From the folder of the package files to the prefix, so that the prefix can be moved.
+# Relative path from the package files to the prefix, so that the prefix can be moved.
 file(RELATIVE_PATH sarn_pc_to_prefix "/${CMAKE_INSTALL_LIBDIR}/pkgconfig" "/")
 string(REGEX REPLACE "/$" "" sarn_pc_to_prefix "${sarn_pc_to_prefix}")
 
-# Installs a library with its headers, and the files that other projects find it by.
+# Installs a library with its headers and package files.
 function(sarn_install_library name)
-  # A user's CMake before 3.23 knows no file sets and takes the folder.
+  # CMake before 3.23 does not know file sets and uses the folder.
   target_include_directories(${name} INTERFACE "$<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>")
   install(TARGETS ${name} EXPORT ${name}-targets
     RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT lib${name}
@@ -41,7 +41,7 @@ if(TARGET sarn)
   if(SARN_INSTALL_LIBCRYPTO AND WIN32)
     include(SarnWindows)
   elseif(SARN_INSTALL_LIBCRYPTO)
-    # The reference libcrypto is not a package of the system it is installed on: it travels with the libraries.
+    # The reference libcrypto is not a package of the target system, so it is installed with the libraries.
     get_filename_component(libcrypto "${OPENSSL_CRYPTO_LIBRARY}" REALPATH)
     install(FILES "${libcrypto}" DESTINATION "${CMAKE_INSTALL_LIBDIR}" COMPONENT libsarn)
   endif()

@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
-# Packages of this project: cpack -G DEB from the preset packages, cpack -G ZIP from the preset windows.
+# Packages of this project: cpack -G DEB with the preset packages, cpack -G ZIP with the preset windows.
 set(SARN_PACKAGE_CONTACT "sarn maintainers <maintainers@sarn.example>" CACHE STRING
-  "Who answers for the packages, as Name <address>")
+  "Maintainer of the packages, as Name <address>")
 
 set(CPACK_PACKAGE_NAME sarn)
 set(CPACK_PACKAGE_VENDOR sarn)
 set(CPACK_PACKAGE_CONTACT "${SARN_PACKAGE_CONTACT}")
-# Each package has its own.
+# Each package has its own summary.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")
 set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
 set(CPACK_PACKAGE_DIRECTORY "${PROJECT_BINARY_DIR}/packages")
@@ -20,7 +20,7 @@ set(about "sarn is a library of cryptographic services for backup applications: 
 and digests by text identifier, digest states that can be saved and resumed,
 keys from passwords, signatures over files, signed configurations.")
 
-# Describes the Debian package made of a component.
+# Describes the Debian package of a component.
 macro(sarn_describe_package component name section summary text)
   string(TOUPPER "${component}" id)
   set(CPACK_DEBIAN_${id}_PACKAGE_NAME ${name})
@@ -32,7 +32,7 @@ sarn_describe_package(libul libul1 libs "base library of sarn"
 sarn_describe_package(libsarn libsarn1 libs "cryptographic services for backup applications"
   "This package contains the shared library.")
 sarn_describe_package(development libsarn-dev libdevel "headers of sarn and its base library"
-  "This package contains what programs are compiled with.")
+  "This package contains the headers and the files for CMake and pkg-config.")
 sarn_describe_package(documentation libsarn-doc doc "documentation and examples of sarn"
   "This package contains the guides, the reference and the examples.")
 
@@ -46,20 +46,20 @@ set(CPACK_DEBIAN_LIBUL_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_LIBSARN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
-# The trigger runs ldconfig, so CPack's own scripts are not needed. CPack has no switch for them, but adds none where
-# some are named, and leaves out those that do not exist.
+# The trigger runs ldconfig, so CPack's own scripts are not needed. Naming non-existent scripts stops CPack from adding
+# its own.
 set(CPACK_DEBIAN_LIBUL_PACKAGE_CONTROL_EXTRA
   "${PROJECT_SOURCE_DIR}/cmake/debian/triggers;${PROJECT_BINARY_DIR}/none/postinst;${PROJECT_BINARY_DIR}/none/postrm")
 set(CPACK_DEBIAN_LIBSARN_PACKAGE_CONTROL_EXTRA "${CPACK_DEBIAN_LIBUL_PACKAGE_CONTROL_EXTRA}")
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/ul")
-# The two libraries are built together and stay together.
+# The two libraries are built together and must have the same version.
 set(built_together "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 set(CPACK_DEBIAN_LIBSARN_PACKAGE_DEPENDS "libul1 ${built_together}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libsarn1 ${built_together}, libul1 ${built_together}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS libsarn-doc)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
 
-# The archive for Windows holds everything below one folder.
+# The archive for Windows has a single top-level folder.
 set(CPACK_ARCHIVE_COMPONENT_INSTALL OFF)
 set(CPACK_ARCHIVE_THREADS 0)
 

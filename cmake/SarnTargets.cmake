@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# What every target of this project is compiled with. Nothing here changes a global of the including project.
+# Compile options of all targets of this project. Nothing here changes a global of the including project.
 
 # Applies the language level, warnings and sanitizers of this project to one target.
 function(sarn_configure_target target)
@@ -12,7 +12,7 @@ function(sarn_configure_target target)
     target_compile_options(${target} PRIVATE /W4 $<$<BOOL:${SARN_WARNINGS_AS_ERRORS}>:/WX>)
     return()
   endif()
-  # Windows' resources are compiled, too.
+  # Resources of Windows are compiled too.
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
     $<$<BOOL:${SARN_WARNINGS_AS_ERRORS}>:-Werror>>)
@@ -23,13 +23,13 @@ function(sarn_configure_target target)
   endif()
 endfunction()
 
-# Adds the library `name`, alias `name`::`name`, whose macros begin with `prefix`. Shared, it exports only what is
-# marked so.
+# Adds the library `name` with the alias `name`::`name` and macros that begin with `prefix`. A shared library exports
+# only marked declarations.
 function(sarn_add_library name prefix)
   if(NOT SARN_BUILD_SHARED)
     add_library(${name} STATIC ${ARGN})
     target_compile_definitions(${name} PUBLIC ${prefix}_STATIC_LIBRARY)
-    # They may become a part of somebody else's shared library.
+    # They may become part of another project's shared library.
     set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
   else()
     add_library(${name} SHARED ${ARGN})
@@ -46,7 +46,7 @@ function(sarn_configure_shared target)
     SOVERSION ${PROJECT_VERSION_MAJOR}
     INSTALL_RPATH "$ORIGIN")
   if(NOT SARN_INSTALL_LIBCRYPTO)
-    # A libcrypto outside the system's folders is found where it was when the library was built.
+    # A libcrypto outside the system's folders is found at the path that it had at build time.
     set_target_properties(${target} PROPERTIES INSTALL_RPATH_USE_LINK_PATH ON)
   endif()
   if(WIN32)
@@ -61,11 +61,11 @@ function(sarn_configure_shared target)
     configure_file("${CMAKE_CURRENT_FUNCTION_LIST_DIR}/exports.map.in" "${CMAKE_CURRENT_BINARY_DIR}/exports.map" @ONLY)
     target_link_options(${target} PRIVATE "-Wl,--version-script=${CMAKE_CURRENT_BINARY_DIR}/exports.map")
     set_target_properties(${target} PROPERTIES LINK_DEPENDS "${CMAKE_CURRENT_BINARY_DIR}/exports.map")
-    # Once loaded they stay until the process ends: a host that unloads them would take the objects of the process-wide
-    # slots, and what libcrypto knows of them, away from under other threads.
+    # The libraries are never unloaded: that would remove the process-wide objects, and the code that libcrypto calls,
+    # while other threads may use them.
     target_link_options(${target} PRIVATE -Wl,-z,nodelete)
     if(NOT SARN_SANITIZERS)
-      # A missing symbol is an error of the link, not of the host that loads the library.
+      # A missing symbol is a link error here, not an error in a host that loads the library.
       target_link_options(${target} PRIVATE -Wl,-z,defs)
     endif()
   endif()

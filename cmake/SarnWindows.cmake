@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
-# What a program on Windows needs beside the libraries: the DLLs they depend on, and third-party licences.
+# Additional files for Windows: the DLLs that the libraries depend on, and third-party licences.
 set(licences "${CMAKE_INSTALL_DOCDIR}/licences")
 
-# Installs DLLs, and the file with the licence that they ship under.
+# Installs DLLs with the licence file of each.
 function(sarn_install_dlls licence_name licence)
   install(FILES ${ARGN} DESTINATION "${CMAKE_INSTALL_BINDIR}" COMPONENT libsarn)
   install(FILES "${licence}" DESTINATION "${licences}" RENAME "${licence_name}.txt" COMPONENT libsarn)

@@ -19,7 +19,7 @@ std::optional<Bytes> decode(const ul::String& text) {
 
 void fuzzBase64(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
-    // Characters beyond eight bits now and then, which are no Base64.
+    // Sometimes characters beyond eight bits, which are not Base64.
     const wchar_t shift = input.take() % 8 == 0 ? 0x80 : 0;
     std::wstring text;
     for (const unsigned char byte : input.toBytes())

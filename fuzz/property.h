@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the targets have in common.
+// The common part of the targets.
 #pragma once
 
 #include "support/vectors.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Runs a target over the kept inputs of a file, or writes each input to a file of its own, as a fuzzer wants it:
-// sarn_fuzz_replay TARGET INPUTS, sarn_fuzz_replay --unpack INPUTS FOLDER
+// Runs a target on the inputs of a corpus, or writes each input to a file for the fuzzers:
+// sarn_fuzz_replay TARGET CORPUS, sarn_fuzz_replay --unpack CORPUS FOLDER
 #include "support/vectors.h"
 #include "targets.h"
 
@@ -61,7 +61,7 @@ int main(int count, char** arguments) try {
     }
     const sarn_fuzz::Target run = count == 3 ? sarn_fuzz::findTarget(arguments[1]) : nullptr;
     if (!run) {
-        std::fprintf(stderr, "usage: sarn_fuzz_replay TARGET INPUTS\n       sarn_fuzz_replay --unpack INPUTS FOLDER\n");
+        std::fprintf(stderr, "usage: sarn_fuzz_replay TARGET CORPUS\n       sarn_fuzz_replay --unpack CORPUS FOLDER\n");
         return 2;
     }
     const std::vector<sarn_test::Vector> inputs = readInputs(arguments[2]);

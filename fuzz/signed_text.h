@@ -35,7 +35,7 @@ inline Bytes sign(const SigningKey& key, const std::string& text) {
     return toBytes(signature);
 }
 
-/// Whether a signature verifies; one that is no signature at all does not.
+/// Whether a signature verifies; bytes that are not a signature do not.
 inline bool verify(const SigningKey& key, const std::string& text, const Bytes& signature) {
     const ul::P<sarn::IVerifier> verifier = sarn::createRSA_SHA1()->beginVerify(key.publicKey);
     verifier->update(text.data(), static_cast<int>(text.size()));

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is fuzzed. Each target takes any bytes and ends the process when its property does not hold.
+// The fuzz targets. Each target takes any bytes and ends the process when its property does not hold.
 #pragma once
 
 #include <cstddef>
@@ -32,7 +32,7 @@ void fuzzStateOfCombination(const std::uint8_t* data, std::size_t size);
 void fuzzStateOfDigest(const std::uint8_t* data, std::size_t size);
 void fuzzUTF8(const std::uint8_t* data, std::size_t size);
 
-/// The names are those of the folders in corpus/ and of the list in CMakeLists.txt.
+/// The names are those of the files in corpus/ and of the list in CMakeLists.txt.
 constexpr NamedTarget targets[] = {
     {"base64", fuzzBase64},
     {"buffer", fuzzBuffer},

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Adds up the failures that the injection tests made, from their results.
+"""Adds up the failures that the injection tests produced, from their results.
 
 usage: scripts/count_injections.py RESULTS.xml
 """

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Says what of the sources no test ran: lines, but for those listed, and sides of branches.
+"""Reports lines that no test ran, except listed ones, and sides of branches that no test took.
 
 usage: coverage.py COVERAGE.json
-       coverage.py --check    only looks whether each entry of tests/data/uncovered.txt names one line
+       coverage.py --check    only checks that each entry of tests/data/uncovered.txt names one line
 
-Fails below 100 % of lines or 95 % of branches, and where an entry names a line that is run or is not there.
+Fails below 100 % of lines or 95 % of branches, and if an entry names a line that was run or does not exist.
 """
 import json
 import pathlib
@@ -19,7 +19,7 @@ GOAL = 95
 
 
 def list_lines(file):
-    """The lines, counted from 1, that hold code which never ran."""
+    """Numbers of the lines, from 1, with code that never ran."""
     never = set()
     # Segments: line, column, count, whether there is a count, whether a region starts, whether it is a gap.
     for segment, following in zip(file["segments"], file["segments"][1:]):
@@ -29,7 +29,7 @@ def list_lines(file):
 
 
 def list_branches(file):
-    """Line and both counts of each branch; of a template they are those of all its instances."""
+    """Line and both counts of each branch. All instances of a template are added up."""
     sides = {}
     for branch in file["branches"]:
         counts = sides.setdefault(tuple(branch[:4]), [0, 0])
@@ -39,7 +39,7 @@ def list_branches(file):
 
 
 def name_lines(name, text):
-    """A name for each line of a file, which no other one has."""
+    """A unique name for each line of a file."""
     return list(source_places.number_alike(
         [f"{name}: {source_places.name_place(text, number)}: {line.strip()}" for number, line in enumerate(text)]))
 

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # shellcheck shell=bash
-# Shared by the commands. Each sources this file first, which moves to the project's folder and prints the last line:
+# Shared by the commands. Each command sources this file first. It changes to the project's folder and prints the last
+# line:
 #     ./dev COMMAND: passed: SUMMARY
 # Exit status: 0 passed, 2 wrong arguments, 3 cannot run on this machine, anything else failed.
 set -euo pipefail
@@ -17,7 +18,7 @@ mkdir -p "$logs"
 
 say() { printf '==> %s\n' "$*"; }
 
-# Sets the summary that the last line ends with.
+# Sets the summary at the end of the last line.
 conclude() { summary=$*; }
 
 cannot_run() {
@@ -25,7 +26,7 @@ cannot_run() {
     exit 3
 }
 
-# What a command leaves behind; one that leaves something replaces this.
+# Removes temporary files. A command that makes some redefines this.
 clean_up() { :; }
 
 print_last_line() {
@@ -45,11 +46,11 @@ trap print_last_line EXIT
 trap 'exit 130' INT
 trap 'exit 143' TERM
 
-# --- Heads: the lines of a command's file that start with "#: " are its help, the first of them in one line. ---
+# --- Help: the lines of a command's file that start with "#: ", the first of them as a summary. ---
 
 show_head() { sed -n "s/LANES/${lanes[*]}/; s/^#: \{0,1\}//p" "scripts/commands/$1"; }
 
-# The words that a command takes as arguments, one a line.
+# Prints the words that a command accepts as arguments, one per line.
 list_choices() { show_head "$1" | sed -n 's/^choices: //p' | tr ' ' '\n'; }
 
 show_usage() {
@@ -77,7 +78,7 @@ refuse_word() {
     exit 2
 }
 
-# Refuses an argument that the command does not list among its choices.
+# Refuses an argument that is not among the command's choices.
 require_choice() {
     local choices
     mapfile -t choices < <(list_choices "$command")
@@ -90,23 +91,23 @@ require_number() {
     show_usage
 }
 
-# Refuses more arguments than a command takes: at_most COUNT "$@"
+# Refuses more arguments than a command accepts: at_most COUNT "$@"
 at_most() { (($# - 1 <= $1)) || show_usage; }
 
 # --- Steps ---
 
 # Runs a long step with its output in a log: quietly TITLE LOG COMMAND...
-# Meanwhile the log's last line appears now and then, and its end if the step fails.
+# Prints the last line of the log from time to time, and the end of the log if the step fails.
 quietly() {
     local title=$1 log=$logs/$2.log ticks=0 step status=0
     shift 2
     say "$title (log: ${log#"$root"/})"
-    # A process group of its own, so that an interrupt also ends what the step has started.
+    # In its own process group, so that an interrupt also ends its child processes.
     set -m
     "$@" </dev/null >"$log" 2>&1 &
     step=$!
     set +m
-    # shellcheck disable=SC2064 # this step, not a later one
+    # shellcheck disable=SC2064 # expanded now, for this step
     trap "kill -- -$step 2>/dev/null; exit 130" INT TERM
     while kill -0 "$step" 2>/dev/null; do
         sleep 0.2
@@ -117,12 +118,12 @@ quietly() {
     trap 'exit 130' INT
     trap 'exit 143' TERM
     ((status == 0)) && return
-    say "failed: $title. The end of its output:"
+    say "failed: $title. End of its output:"
     grep -E -A 12 'FAILED|[Ee]rror' "$log" | head -n 60 || tail -n 40 "$log"
     return 1
 }
 
-# Runs a program and shows its output but for the last line, which becomes the summary.
+# Runs a program and shows its output except the last line, which becomes the summary.
 show_and_conclude() {
     local status=0 log=$logs/$command-output.log
     "$@" | tee "$log" | sed -u '$d' || status=$?
@@ -130,7 +131,7 @@ show_and_conclude() {
     return "$status"
 }
 
-# The files of the project that match, new ones included.
+# Lists the matching files of the project, untracked ones included.
 list_files() {
     local file
     git ls-files --cached --others --exclude-standard -- "$@" | while read -r file; do
@@ -147,13 +148,13 @@ list_packages() {
 ensure_packages() {
     local wanted missing as_root=()
     wanted=$(for section in "$@"; do list_packages "$section"; done)
-    # shellcheck disable=SC2086 # one word a package
+    # shellcheck disable=SC2086 # one word per package
     missing=$({ dpkg-query -W -f='${Package} ${db:Status-Status}\n' $wanted 2>/dev/null || true; } |
         awk '$2 == "installed" { print $1 }' | sort -u | comm -13 - <(sort -u <<<"$wanted") | tr '\n' ' ')
     [[ -z $missing ]] && return
     if ((EUID != 0)); then
         sudo -n true 2>/dev/null ||
-            cannot_run "packages are missing, and installing them needs root or passwordless sudo:" \
+            cannot_run "packages are missing; to install them as root or with passwordless sudo:" \
                 "apt-get install --no-install-recommends $missing"
         as_root=(sudo -n)
     fi
@@ -166,7 +167,7 @@ ensure_packages() {
 
 # --- Builds ---
 
-# Sets `preset` to the one that builds a lane, after installing its packages and building its libcrypto.
+# Installs the packages of a lane, builds its libcrypto, and sets `preset` to the CMake preset of the lane.
 prepare_lane() {
     local lane=$1 status=0
     preset=$lane
@@ -184,26 +185,26 @@ prepare_lane() {
         *) scripts/build-libcrypto linux-x86_64 || status=$? ;;
     esac
     if ((status == 3)) && [[ $lane == release && $command =~ ^(demo|build|test|install)$ ]]; then
-        say "using the system's libcrypto instead, which has no IDEA, and Blowfish and CAST-128 in its legacy provider"
+        say "using the system's libcrypto instead: it lacks IDEA and has Blowfish and CAST-128 in its legacy provider"
         preset=system-openssl
     elif ((status == 3)); then
-        cannot_run "the source of the libcrypto for $lane cannot be downloaded here"
+        cannot_run "cannot download the source of the libcrypto for $lane"
     elif ((status != 0)); then
         exit "$status"
     fi
 }
 
-# Builds the preset of the lane that was prepared: build all, or build TARGET...
+# Builds the prepared lane: build all, or build TARGET...
 build() {
     [[ -f build/$preset/build.ninja ]] || quietly "configuring $preset" "configure-$preset" cmake --preset "$preset"
     quietly "building $preset" "build-$preset" cmake --build --preset "$preset" -j "$jobs" --target "$@"
 }
 
-# Runs all tests of that preset.
+# Runs all tests of the prepared lane.
 run_ctest() {
     local log=$logs/test-$preset.log
     say "running the tests of $preset"
-    # Each test that passes is a line in the log; on the screen a line now and then is enough.
+    # The log has a line for each passed test; the screen shows their number from time to time.
     ctest --preset "$preset" -j "$jobs" --no-tests=error </dev/null | tee "$log" |
         awk '/ Passed /  { if (++passed % 50 == 0) print "    " passed " passed"; fflush(); next }
              /^ *Start / { next }
@@ -211,17 +212,17 @@ run_ctest() {
     conclude "$(sed -n 's/^100% tests passed.* out of \([0-9]*\)$/\1 tests/p' "$log")"
 }
 
-# Where the libcrypto of a preset is; nothing for the system's.
+# Prints the folder of a preset's libcrypto; prints nothing for the system's.
 find_libcrypto() { sed -n 's/^OPENSSL_ROOT_DIR:[A-Z]*=//p' "build/$1/CMakeCache.txt"; }
 
-# Two builds of one state of the sources carry one date: that of the last change.
+# Builds of the same sources have the same date: that of the last change.
 set_source_date() {
     SOURCE_DATE_EPOCH=$(git log -1 --format=%ct 2>/dev/null || stat -c %Y CHANGELOG.md)
     export SOURCE_DATE_EPOCH
 }
 
-# Runs the tests of a program that match a filter, of which there must be some: run_filtered PROGRAM FILTER NAME
-# Their results go to build/NAME.xml.
+# Runs the tests of a program that match a filter, and fails if none do: run_filtered PROGRAM FILTER NAME
+# Writes their results to build/NAME.xml.
 run_filtered() {
     local log=$logs/$3.log
     if ! "build/$preset/tests/$1" --gtest_brief=1 "--gtest_filter=$2" "--gtest_output=xml:build/$3.xml" \

@@ -1,13 +1,13 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Changes the libraries' sources in one place at a time and sees whether the tests notice.
+"""Changes the libraries' sources in one place at a time and checks whether the tests detect it.
 
 usage: scripts/mutate.py COUNT WORK_FOLDER LIBCRYPTO_ROOT [--only PREFIX] [--rest] [--again SURVIVORS] [--list]
-       scripts/mutate.py --check    only looks whether each entry of tests/data/kept_mutants.txt names one mutant
+       scripts/mutate.py --check    only checks that each entry of tests/data/kept_mutants.txt names one mutant
 
-Takes COUNT mutants, spread evenly over the sources, and all of those in the code that must not be wrong anywhere:
-padding, the loading of states, verification and the trust in configurations. Writes the survivors to
-WORK_FOLDER/survivors.txt. Fails if fewer than 95 of 100 are noticed, or one of the latter is not.
+Tries COUNT mutants, spread evenly over the sources, and all mutants of critical code: padding, the loading of states,
+verification and the trust in configurations. Writes the survivors to WORK_FOLDER/survivors.txt. Fails if fewer than 95
+% are detected, or if a mutant of critical code is not.
 """
 import argparse
 import os
@@ -24,14 +24,14 @@ import source_places
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 KEPT = ROOT / "tests/data/kept_mutants.txt"
 GOAL = 0.95
-# Seconds of a program, which takes a few: of the processor for one that runs for ever, on the clock for one that waits;
-# those of the base library are the fastest, and those that wait most often.
+# Limits per test program, in seconds: CPU time against endless loops, wall-clock time against waiting. The tests of the
+# base library are the fastest and wait most often, so their limit is lower.
 CPU_LIMIT = 40
 TIME_LIMIT = 200
 UL_TIME_LIMIT = 30
 ADDRESS_SPACE = 8 << 30
 
-# Where every mutant must be noticed.
+# Code in which every mutant must be detected.
 CRITICAL = re.compile(r"src/(cipher/(openssl|null)_cipher|digest/(openssl_digest|checksum_digest|digest_combiner|"
                       r"digest_support|saved_record)|signature/)|include/sarn/(openssl_digest|digest_combiner)")
 
@@ -48,10 +48,10 @@ DECLARATION = re.compile(r"^ +(?:const|constexpr|static|using|auto|return|throw|
 
 CONDITION = re.compile(r"^( +(?:} else )?if \()([^;]*)(\)(?: \{)?)$")
 
-# Tests that take long, and see what others see as well: they come last.
+# Tests that are slow and detect little more than others: they run last.
 SLOW = ("*EveryByteThroughEveryValue*:*Published*16777216*:*OfAGigabyte*:*DoNotWaitForEachOther*:CThreadStuff.*:"
         "*LargeSignedConfig*:*Whole*:*DeathTest*")
-# Where a family's mutants are noticed first, most often.
+# The tests that most often detect mutants of a family first.
 FAMILIES = {"src/cipher/|include/.*cipher": "*Cipher*", "src/digest/|include/.*(digest|checksum)": "*igest*:Check*:Combin*",
             "src/keys/|include/.*(key|encoding|base64|hmac)": "*Base64*:*Key*:*HMAC*",
             "src/signature/|include/.*sign": "*Sign*:*Config*",
@@ -59,14 +59,14 @@ FAMILIES = {"src/cipher/|include/.*cipher": "*Cipher*", "src/digest/|include/.*(
 
 
 def list_stages(path):
-    """Targets to build and programs to run, one after the other until one notices."""
+    """Targets to build and programs to run, in order, until one detects the mutant."""
     ul = (["ul", "sarn"], ["tests/ul_tests", "--gtest_filter=-*DeathTest*"])
     stages = [ul] if path.startswith("ul/") else []
     family = [] if stages else [names for pattern, names in FAMILIES.items() if re.match(pattern, path)]
     if family:
         stages.append((["sarn"], ["tests/sarn_tests", f"--gtest_filter={family[0]}-{SLOW}"]))
     if re.match("src/frame/.*[.]h", path):
-        # A program that includes some of them itself.
+        # This program includes some of these headers.
         stages.append((["sarn_tests"], ["tests/sarn_tests", "--gtest_filter=*Instance*:Overlaps*"]))
     return stages + [
         (["ul", "sarn"], ["tests/sarn_tests", f"--gtest_filter=-{SLOW}"]),
@@ -114,12 +114,12 @@ def is_statement(line):
 
 
 def is_call(line):
-    """A statement whose place among others matters; assignments are too often independent of each other."""
+    """A statement whose order matters; assignments are too often independent of each other."""
     return is_statement(line) and " = " not in line
 
 
 def find_mutants(path):
-    """The mutants of a file, each with a name that no other one has."""
+    """The mutants of a file, each with a unique name."""
     lines = (ROOT / path).read_text().split("\n")
     mutants = list(make_mutants(path, lines))
     for mutant, name in zip(mutants, source_places.number_alike([mutant.describe(lines) for mutant in mutants])):
@@ -131,7 +131,7 @@ def make_mutants(path, lines):
     is_compiled = True
     for number, line in enumerate(lines):
         bare = line.strip()
-        # What is there for a newer libcrypto only is not part of the build that is tried.
+        # Code for newer versions of libcrypto is not part of this build.
         if bare.startswith("#if"):
             is_compiled = "OPENSSL_VERSION_NUMBER >= 0x30000000L" not in bare
         elif bare.startswith(("#else", "#endif")):
@@ -162,7 +162,7 @@ def list_all(prefix=""):
 
 
 def list_mutants(count, prefix, rest):
-    """All mutants of the critical code, and of the rest as many as make COUNT, evenly spread."""
+    """All mutants of critical code, and others, evenly spread, up to COUNT."""
     every = list_all(prefix)
     critical = [mutant for mutant in every if mutant.is_critical()]
     others = [mutant for mutant in every if not mutant.is_critical()]
@@ -204,7 +204,7 @@ class Workshop:
             if targets and self.run(["ninja", *targets], None).returncode != 0:
                 return None
             try:
-                # A process for all tests, which end at the first failure.
+                # All tests run in one process, which ends at the first failure.
                 limit = UL_TIME_LIMIT if command[0].endswith("ul_tests") else TIME_LIMIT
                 if self.run([self.build / command[0], *command[1:], "--gtest_fail_fast"], limit,
                             preexec_fn=limit_memory).returncode != 0:
@@ -227,7 +227,7 @@ class Workshop:
 
 
 def read_kept():
-    """Mutants that behave as the original does. Ends the program if an entry does not name one."""
+    """Mutants that are equivalent to the original. Raises SystemExit if an entry does not name one."""
     kept = source_places.read_entries(KEPT)
     stale = list(source_places.find_stale(kept, {mutant.name for mutant in list_all()}))
     if stale:
@@ -238,7 +238,7 @@ def read_kept():
 def main():
     kept = read_kept()
     if sys.argv[1:] == ["--check"]:
-        print(f"{len(kept)} kept mutants, each in one place")
+        print(f"{len(kept)} kept mutants, each with one place")
         return 0
     parser = argparse.ArgumentParser()
     parser.add_argument("count", type=int)
@@ -289,7 +289,7 @@ def main():
     critical = [mutant for mutant, _ in results if mutant.is_critical()]
     missed = sum(mutant.is_critical() for mutant in survivors)
     killed = len(results) - len(survivors)
-    print(f"{killed} of {len(results)} mutants noticed ({100 * killed / len(results):.1f} %, goal 95); of those in padding, "
+    print(f"{killed} of {len(results)} mutants detected ({100 * killed / len(results):.1f} %, goal 95); of those in padding, "
           f"state loading, verification and configuration trust {len(critical) - missed} of {len(critical)}")
     return 0 if killed >= GOAL * len(results) and missed == 0 else 1
 

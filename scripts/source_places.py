@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
 """Lists of places in the sources, such as tests/data/kept_mutants.txt.
 
-An entry is "file: function or class: text  # reason", or "file: function: text [2 of 3]  # reason" where the function holds the
-text several times. It names one place: an entry that matches none, or that matches several, is an error, so that no
-reason outlives its line or is taken for that of another one.
+An entry is "file: function or class: text  # reason", or "file: function: text [2 of 3]  # reason" if the function
+contains the text several times. It names exactly one place: an entry that matches none or several is an error, so that
+no reason outlives its line or applies to another one.
 """
 import collections
 import re
@@ -16,7 +16,7 @@ NAME = re.compile(r"((?:[\w~]+(?:<[^()]*>)?::)*(?:operator\s*[^\s\w(]+|operator\
 
 
 def list_openers(lines, number):
-    """The lines around a line, counted from 0, that are indented less and less, and the line itself: outermost first."""
+    """A line, counted from 0, and the lines above it that enclose it by indentation, outermost first."""
     chain = [number]
     indent = len(lines[number]) - len(lines[number].lstrip())
     for above in range(number - 1, -1, -1):
@@ -31,10 +31,10 @@ def list_openers(lines, number):
 
 
 def find_function(lines, number):
-    """The name of the function that a line stands in, or nothing."""
+    """The name of the function that contains a line, or nothing."""
     for place in list_openers(lines, number):
         line = lines[place]
-        # A line that is complete in itself opens nothing.
+        # A complete line opens nothing.
         is_complete = place == number and line.rstrip().endswith(";")
         if SCOPE.match(line) or CONTROL.match(line) or is_complete or line.startswith("}"):
             continue
@@ -45,14 +45,14 @@ def find_function(lines, number):
 
 
 def name_place(lines, number):
-    """The name of the function or else the class that a line stands in, or "-"."""
+    """The name of the function, or else of the class, that contains a line; or "-"."""
     classes = [match[1] for place in list_openers(lines, number) if (match := CLASS.match(lines[place]))]
     function = find_function(lines, number)
     return "::".join(name for name in (classes[-1] if classes else "", function) if name) or "-"
 
 
 def number_alike(descriptions):
-    """The descriptions, with " [2 of 3]" behind those that are there several times."""
+    """The descriptions; repeated ones get a suffix such as " [2 of 3]"."""
     counts = collections.Counter(descriptions)
     seen = collections.Counter()
     for description in descriptions:
@@ -61,7 +61,7 @@ def number_alike(descriptions):
 
 
 def read_entries(path):
-    """The entries of a list. Raises SystemExit where one has no reason or is there twice."""
+    """The entries of a list. Raises SystemExit if one has no reason or is repeated."""
     entries = []
     for number, line in enumerate(path.read_text().splitlines(), 1):
         if not line or line.startswith("#"):
@@ -76,7 +76,7 @@ def read_entries(path):
 
 
 def find_stale(entries, places):
-    """A line for each entry that does not name exactly one of the places."""
+    """Describes each entry that does not name exactly one of the places."""
     unnumbered = collections.Counter(re.sub(r" \[\d+ of \d+\]$", "", place) for place in places)
     for entry in entries:
         if entry not in places:

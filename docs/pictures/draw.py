@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Draws the pictures of the documentation, beside this file: python3 docs/pictures/draw.py"""
+"""Draws the pictures of the documentation into this folder: python3 docs/pictures/draw.py"""
 import html
 import pathlib
 
 FOLDER = pathlib.Path(__file__).resolve().parent
-CHARACTER = 7.3  # width of one at the size below
+CHARACTER = 7.3  # width of a character at the size below
 GAP, PADDING, WIDTH = 8, 10, 760
 COLOURS = {"plain": "#eef2f6", "ours": "#dbe9f8", "secret": "#fbe3d6", "foreign": "#e7e7e7", "random": "#e3f2dd"}
 
@@ -27,7 +27,7 @@ class Picture:
         self.y += 10
 
     def row(self, boxes):
-        """Boxes side by side, over the whole width: (name, size or what it is, colour, weight)."""
+        """Boxes side by side across the picture: (name, size or description, colour, weight)."""
         total = sum(box[3] for box in boxes)
         room, x = WIDTH - GAP * (len(boxes) - 1), 0
         for name, size, colour, weight in boxes:
@@ -64,32 +64,32 @@ def draw_architecture():
     picture.row([("src/cipher", "registry, CBC", "ours", 1), ("src/digest", "states", "ours", 1),
                  ("src/keys", "HMAC, Base64", "ours", 1), ("src/signature", "files, INI", "ours", 1)])
     picture.row([("src/frame", "errors, owners, set-up of libcrypto", "ours", 1)])
-    picture.arrow("each layer knows only what is below it")
+    picture.arrow("each layer uses only the layers below it")
     picture.row([("ul", "objects, text, buffers, files, paths", "ours", 1.2), ("libcrypto", "all primitives", "foreign", 0.6),
                  ("zlib", "checksums", "foreign", 0.5)])
     picture.save("architecture")
 
 
 def draw_ciphertext():
-    picture = Picture("What encrypt and its companions write")
+    picture = Picture("The output of encrypt and encryptWithoutPadding")
     picture.heading("encrypt without an IV")
     picture.row([("IV, random", "8 or 16 bytes", "random", 1), ("ciphertext", "whole blocks", "secret", 3),
-                 ("last block: rest and padding", "each padding byte holds their number", "secret", 2.4)])
+                 ("last block: rest and padding", "each padding byte is their number", "secret", 2.4)])
     picture.heading("encrypt with an IV")
     picture.row([("ciphertext", "whole blocks", "secret", 3), ("last block: rest and padding",
-                                                              "each padding byte holds their number", "secret", 2.4)])
-    picture.heading("encryptWithoutPadding, the IV is the host's")
+                                                              "each padding byte is their number", "secret", 2.4)])
+    picture.heading("encryptWithoutPadding, with an IV")
     picture.row([("ciphertext", "whole blocks", "secret", 3), ("last block, if the text does not fill it",
                                                               "rest and zero bytes", "secret", 2.4)])
     picture.save("ciphertext")
 
 
 def draw_states():
-    picture = Picture("Saved states of digests; numbers have 4 bytes, the least significant first")
+    picture = Picture("Saved states of digests; integers have 4 bytes, least significant first")
     picture.heading("md4, md5, sha1, sha256")
     picture.row([("version", "4: 1", "ours", 1), ("layout", "4: 0x1010102F", "ours", 1.2), ("digest size", "4", "ours", 1),
                  ("context size", "4", "ours", 1.1), ("context", "92, 92, 96, 112", "secret", 1.4)])
-    picture.row([("result length", "4", "ours", 1), ("result", "as said", "secret", 1.4), ("initialized", "1", "ours", 1),
+    picture.row([("result length", "4", "ours", 1), ("result", "as given", "secret", 1.4), ("initialized", "1", "ours", 1),
                  ("finished", "1", "ours", 1)])
     picture.heading("the context")
     picture.row([("chaining values", "16, 16, 20, 32", "secret", 1.3), ("bits so far", "8", "plain", 1),
@@ -99,7 +99,7 @@ def draw_states():
     picture.heading("md4-sha1, md4-sha1-adler32")
     picture.row([("version", "4: 1", "ours", 0.8), ("first state", "as above", "secret", 2),
                  ("second state", "as above", "secret", 2)])
-    picture.row([("result length", "4", "ours", 1), ("result", "as said", "secret", 1.4), ("finished", "1", "ours", 1),
+    picture.row([("result length", "4", "ours", 1), ("result", "as given", "secret", 1.4), ("finished", "1", "ours", 1),
                  ("result ready", "1", "ours", 1)])
     picture.save("digest-state")
 
@@ -117,10 +117,10 @@ def draw_signature_file():
 def draw_configuration():
     picture = Picture("A signed configuration")
     picture.row([("job.ini", "INI text in UTF-8, or Base64 of it", "ours", 1), ("job.ini.sig", "a signature file", "secret", 0.6)])
-    picture.arrow("verified as it lies on the disk")
-    picture.row([("trusted", "nothing is parsed before", "random", 1)])
-    picture.arrow("parsed: each line is known or refused")
-    picture.row([("[section]", "name = value", "plain", 1), ("/section/name", "the key that it is read by", "plain", 1)])
+    picture.arrow("the bytes on disk are verified")
+    picture.row([("trusted", "nothing is parsed before this", "random", 1)])
+    picture.arrow("parsed: every line is valid or refused")
+    picture.row([("[section]", "name = value", "plain", 1), ("/section/name", "the key of the value", "plain", 1)])
     picture.save("configuration")
 
 

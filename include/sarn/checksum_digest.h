@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Checksums of 32 bits as digests. They find damage, not forgery.
+/// 32-bit checksums as digests. They detect damage, not forgery.
 #pragma once
 
 #include "sarn/digest_interfaces.h"
@@ -11,39 +11,39 @@ namespace sarn {
 class CDigestType_Adler32;
 class CDigestType_CRC32;
 
-/// A running checksum of zlib's. The result is 4 bytes, the least significant first, which lie in this object.
+/// A running checksum of zlib. The result is 4 bytes, least significant first.
 ///
-/// An update() with null data takes the checksum back to its initial value, whatever the length.
+/// update() with null data resets the checksum to its initial value, regardless of the length.
 ///
 /// \tparam Type the digest type: CDigestType_Adler32 or CDigestType_CRC32
 template <class Type>
 class TDigest_Checksum : public ul::CBase, public virtual IDigest {
 public:
-    /// A running digest of `type`.
+    /// Starts a running digest of `type`.
     explicit TDigest_Checksum(const Type* type);
-    /// The copy goes on by itself. Moving copies, too: there is nothing to take away.
+    /// The copy continues independently. Moving copies, because there is nothing to take.
     TDigest_Checksum(const TDigest_Checksum&) = default;
     TDigest_Checksum& operator=(const TDigest_Checksum&) = default;
     ~TDigest_Checksum() override;
 
     /// The type given to the constructor.
     ul::PC<IDigestType> getType() override;
-    /// 4.
+    /// Always 4.
     int getDigestSize() const override;
-    /// Feeds bytes. Takes no memory.
+    /// Adds bytes. Allocates no memory.
     void update(const void* data, int length) override;
-    /// Ends the input. Nothing is computed.
+    /// Ends the input.
     void finish() override;
-    /// Goes back to the initial value.
+    /// Restores the initial value.
     void reset() override;
-    /// The 4 bytes in this object.
+    /// The 4 bytes, owned by this object.
     const unsigned char* getDigestData() const override;
     /// Copies the 4 bytes.
     void storeDigestData(unsigned char* out) const override;
     /// Writes 9 bytes.
     void storeState(ul::CDataOutStream& stream) const override;
     /// \throws ul::CError "Unsupported Adler32 digest state data version." or "Unsupported CRC32 digest state data
-    ///         version."
+    ///         version.".
     void loadState(ul::CDataInStream& stream) override;
 
 private:
@@ -54,10 +54,10 @@ private:
 extern template class SARN_EXPORT TDigest_Checksum<CDigestType_Adler32>;
 extern template class SARN_EXPORT TDigest_Checksum<CDigestType_CRC32>;
 
-/// A running Adler-32 (RFC 1950), whose initial value is 1.
+/// A running Adler-32 (RFC 1950). Its initial value is 1.
 class SARN_EXPORT CDigest_Adler32 : public TDigest_Checksum<CDigestType_Adler32> {
 public:
-    /// A running digest of `type`.
+    /// Starts a running digest of `type`.
     explicit CDigest_Adler32(const CDigestType_Adler32* type);
     CDigest_Adler32(const CDigest_Adler32&);
     CDigest_Adler32(CDigest_Adler32&&) noexcept;
@@ -66,10 +66,10 @@ public:
     ~CDigest_Adler32() override;
 };
 
-/// A running CRC-32 (RFC 1952), whose initial value is 0.
+/// A running CRC-32 (RFC 1952). Its initial value is 0.
 class SARN_EXPORT CDigest_CRC32 : public TDigest_Checksum<CDigestType_CRC32> {
 public:
-    /// A running digest of `type`.
+    /// Starts a running digest of `type`.
     explicit CDigest_CRC32(const CDigestType_CRC32* type);
     CDigest_CRC32(const CDigest_CRC32&);
     CDigest_CRC32(CDigest_CRC32&&) noexcept;

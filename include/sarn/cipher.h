@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Block ciphers in CBC mode, chosen by a short identifier.
+/// Block ciphers in CBC mode, selected by identifier.
 #pragma once
 
 #include "sarn/cipher_interface.h"

@@ -11,12 +11,12 @@
 
 namespace sarn {
 
-/// The process-wide registry of ciphers by identifier. It starts with "aes256cbc", "aes128cbc", "bfcbc", "cast128cbc"
-/// and "null". Identifiers are compared exactly, case included. All operations are safe from any thread, but for
-/// dispose() and disposeGlobalInstance().
+/// The process-wide registry of ciphers by identifier. Initially it has "aes256cbc", "aes128cbc", "bfcbc", "cast128cbc"
+/// and "null". Identifiers are case-sensitive. All operations except dispose() and disposeGlobalInstance() are safe
+/// from any thread.
 class SARN_EXPORT CCipherManager : public ul::CBase {
 public:
-    /// The registry, created on first use.
+    /// The registry. It is created on first use.
     static const ul::P<CCipherManager>& get();
 
     CCipherManager();
@@ -24,25 +24,24 @@ public:
     CCipherManager& operator=(const CCipherManager&) = delete;
     ~CCipherManager() override;
 
-    /// Registers `cipher` under its identifier, in place of the one that stood there. The registry adds a reference of
-    /// its own. Other threads wait while getID() and the destructor of the replaced cipher run: neither may wait for a
+    /// Registers `cipher` under its identifier, replacing any cipher of that name. The registry keeps its own
+    /// reference. It is locked while getID() and the destructor of a replaced cipher run: neither may wait for another
     /// thread that uses the registry.
-    /// \throws ul::CInvalidArgError "cipher cannot be NULL"; whatever getID() of `cipher` throws. The registry is
-    ///         unchanged then.
+    /// \throws ul::CInvalidArgError "cipher cannot be NULL"; any error of getID(). The registry is unchanged then.
     void addCipher(ICipher* cipher);
 
     /// The cipher registered under `id`, or null.
     ul::P<ICipher> findCipher(const ul::String& id);
 
     /// The cipher registered under `id`.
-    /// \throws ul::CError "Unknown cipher id '<id>'." if there is none
+    /// \throws ul::CError "Unknown cipher id '<id>'.".
     ul::P<ICipher> getCipher(const ul::String& id);
 
 protected:
-    /// Drops all ciphers. Takes no lock: no other thread may use the registry meanwhile.
+    /// Removes all ciphers. Takes no lock. Requires: no other thread uses the registry during the call.
     void dispose();
 
-    /// Drops all ciphers of the process-wide registry, which stays empty but for what the host adds. Takes no lock.
+    /// Calls dispose() on the process-wide registry. It stays empty except for ciphers that the host adds.
     static void disposeGlobalInstance();
 
 private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// What the streams of stream_encryptor.h and stream_decryptor.h share. Header-only.
+/// The common part of stream_encryptor.h and stream_decryptor.h. Header-only.
 #pragma once
 
 #include "sarn/cipher.h"
@@ -15,41 +15,43 @@
 
 namespace sarn {
 
-/// What both directions share: the cipher, the key, the IV of the next call, and the bytes that wait for others.
+/// Common base of both directions: the cipher, the key, the IV of the next call, and bytes not yet processed.
 ///
-/// A stream holds the result of one piece, however long it is, and half a mebibyte at most that waits to be worked on.
-/// Its copy of the key, and what it holds of the plaintext, are wiped with it. After an error in a call it cannot go
-/// on: every further call raises ul::CBadStateError "The cipher stream has ended." Owned by one thread at a time.
+/// A stream holds the result of one piece, however long that is, and at most half a mebibyte of unprocessed bytes. Its
+/// copy of the key and its plaintext are wiped when it is destroyed. An error in a call ends the stream: every further
+/// call raises ul::CBadStateError "The cipher stream has ended." Owned by one thread at a time.
 class CCipherStream {
 public:
     CCipherStream(const CCipherStream&) = delete;
     CCipherStream& operator=(const CCipherStream&) = delete;
 
 protected:
-    /// Takes a cipher whose calls can be chained: the last block of one ciphertext is the IV of the next.
-    /// \throws ul::CInvalidArgError "cipher cannot be NULL"; "cipher cannot work in pieces" if that gives other bytes
-    /// than one call would, as it
-    ///         does in every mode but CBC; whatever the cipher throws, "invalid key size" for example
+    /// Requires a cipher whose calls can be chained: the last block of one ciphertext is the IV of the next.
+    /// \throws ul::CInvalidArgError "cipher cannot be NULL"; "cipher cannot work in pieces" if chained calls give
+    ///         different bytes than one call, as in every mode but CBC; any error of the cipher, for example "invalid
+    ///         key size".
     CCipherStream(const char* where, ul::P<ICipher> cipher, const ul::TCryptBuffer<unsigned char>& key)
         : m_cipher(checkCipher(where, std::move(cipher))),
           m_key(key),
           m_ivSize(m_cipher->getIVSize()),
           m_blockSize(m_cipher->getBlockSize()),
           m_batchSize(m_blockSize == 8 ? 1 << 19 : m_blockSize) {
-        m_iv.ensureAllocated(1); // an IV of no bytes is one, too: null would mean something else
+        m_iv.ensureAllocated(1); // an empty IV must not be null, which has another meaning
         if (m_blockSize < 1 || (m_ivSize != 0 && m_ivSize != m_blockSize) || !givesTheSameInPieces())
             throw ul::CInvalidArgError(where, "cipher cannot work in pieces", ul::CProps());
     }
 
     ~CCipherStream() = default;
 
+    /// Sets the IV of the first call. `where` is the qualified name of the operation, for the error.
+    /// \throws ul::CInvalidArgError "invalid IV size".
     void setIV(const char* where, ul::CBytes iv) {
         if (iv.size() != static_cast<std::size_t>(m_ivSize))
             throw ul::CInvalidArgError(where, "invalid IV size", ul::CProps());
         m_iv.init(iv.data(), m_ivSize);
     }
 
-    /// Starts a call with room for what `size` more bytes and those that wait give.
+    /// Starts a call and makes room for the result of `size` more bytes and the unprocessed ones.
     void begin(const char* where, int size) {
         const long long room = static_cast<long long>(size) + m_waiting + m_ivSize + 2LL * m_blockSize;
         if (room > INT_MAX)
@@ -62,13 +64,13 @@ protected:
         m_out.ensureAllocated(static_cast<int>(room));
     }
 
-    /// Ends a call that leaves the stream open.
+    /// Ends a call and leaves the stream open.
     ul::CBytes end() {
         m_isOpen = true;
         return m_out;
     }
 
-    /// Moves bytes from the front of a piece to those that wait, until they make a batch.
+    /// Moves bytes from the front of a piece to the unprocessed ones, until these make a batch.
     void moveToRest(const unsigned char*& data, int& left) {
         const int count = std::min(left, m_batchSize - m_waiting);
         if (count == 0)
@@ -80,24 +82,31 @@ protected:
         left -= count;
     }
 
-    /// Wipes all that the result has room for.
+    /// Wipes the whole block of the result.
     void wipeResult() { ul::wipe(m_out.getData(), static_cast<std::size_t>(m_out.getAllocated())); }
 
-    /// The IV of the call after the one that had `size` bytes of ciphertext at `ciphertext`.
+    /// Sets the IV of the call that follows the one with `size` bytes of ciphertext at `ciphertext`.
     void setNextIV(const unsigned char* ciphertext, int size) { m_iv.init(ciphertext + size - m_ivSize, m_ivSize); }
 
+    /// Never null.
     const ul::P<ICipher> m_cipher;
+    /// A copy of the key.
     const ul::TCryptBuffer<unsigned char> m_key;
+    /// Size of the IV in bytes.
     const int m_ivSize;
+    /// Size of a block in bytes.
     const int m_blockSize;
-    // How many bytes are worth a call. A key takes the old ciphers, whose blocks have 8 bytes, long to prepare: as long
-    // as some kilobytes of data.
+    /// Number of bytes worth a call. The old ciphers, which have blocks of 8 bytes, take as long to set up a key as to
+    /// process some kilobytes.
     const int m_batchSize;
+    /// The IV of the next call.
     ul::TBuffer<unsigned char> m_iv;
-    // The first bytes wait. The used size never shrinks, so that the buffer wipes in the end and not in each call.
+    /// Its first m_waiting bytes are unprocessed. The used size never shrinks, so that the buffer wipes once at the end
+    /// instead of in every call.
     ul::TCryptBuffer<unsigned char> m_rest;
+    /// Number of unprocessed bytes.
     int m_waiting = 0;
-    // Wiped by hand for the same reason.
+    /// The result of the call. Wiped explicitly, to wipe once here too.
     ul::TBuffer<unsigned char> m_out;
 
 private:
@@ -108,7 +117,7 @@ private:
     }
 
     bool givesTheSameInPieces() {
-        const int half = 16 * m_blockSize; // long enough for key streams not to repeat by chance
+        const int half = 16 * m_blockSize; // long enough that no key stream repeats by chance
         ul::TBuffer<unsigned char> zeros(2 * half, -1);
         std::fill_n(zeros.getData(), 2 * half, static_cast<unsigned char>(0));
         ul::TBuffer<unsigned char> atOnce;

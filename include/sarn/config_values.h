@@ -15,7 +15,7 @@
 
 namespace sarn {
 
-/// The value of a key, if there is one: CSignedConfig::getValue().
+/// The value of a key, or nothing: CSignedConfig::getValue().
 inline std::optional<ul::String> findValue(const CSignedConfig& config, const ul::CText& key) {
     ul::String value;
     if (!config.getValue(key.get(), value))
@@ -28,9 +28,9 @@ inline ul::String valueOr(const CSignedConfig& config, const ul::CText& key, con
     return findValue(config, key).value_or(defaultValue.get());
 }
 
-/// The value of a key as a decimal number, or a default, whose type decides what fits.
-/// \throws ul::CError "Config value '<key>' is not a number that fits." with the property "value" if there is a value
-///         that is anything else than digits, after a "-" for a negative one, or does not fit
+/// The value of a key as a decimal number, or a default. The type of the default is the type of the number.
+/// \throws ul::CError "Config value '<key>' is not a number that fits." with the property "value" if the value does not
+///         fit or contains anything but digits, after a "-" if it is negative.
 template <class Number, class = std::enable_if_t<std::is_integral_v<Number> && !std::is_same_v<Number, bool>>>
 Number valueOr(const CSignedConfig& config, const ul::CText& key, Number defaultValue) {
     const std::optional<ul::String> value = findValue(config, key);
@@ -46,7 +46,7 @@ Number valueOr(const CSignedConfig& config, const ul::CText& key, Number default
     return number;
 }
 
-/// The keys that start with a prefix, for a range-based loop: CSignedConfig::getValueNamesWithPrefix().
+/// The keys that start with `prefix`, for range-based loops: CSignedConfig::getValueNamesWithPrefix().
 inline ul::TArray<ul::String> getKeys(const CSignedConfig& config, const ul::CText& prefix = "/") {
     ul::TArray<ul::String> keys;
     config.getValueNamesWithPrefix(keys, prefix.get());

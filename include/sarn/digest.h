@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Digests and checksums, chosen by a short identifier, whose running state can be saved and resumed.
+/// Digests and checksums, selected by identifier. Their running state can be saved and resumed.
 #pragma once
 
 #include "sarn/checksum_digest.h"
@@ -14,7 +14,7 @@
 
 namespace sarn {
 
-/// "md4": MD4 (RFC 1320), 16 bytes. For data of old backups.
+/// "md4": MD4 (RFC 1320), 16 bytes. For old backups.
 class SARN_EXPORT CDigestType_MD4 : public ul::CBase, public virtual IDigestType {
 public:
     CDigestType_MD4();
@@ -29,7 +29,7 @@ public:
     ul::P<IDigest> createDigest() override;
 };
 
-/// "md5": MD5 (RFC 1321), 16 bytes. For data of old backups.
+/// "md5": MD5 (RFC 1321), 16 bytes. For old backups.
 class SARN_EXPORT CDigestType_MD5 : public ul::CBase, public virtual IDigestType {
 public:
     CDigestType_MD5();
@@ -44,7 +44,7 @@ public:
     ul::P<IDigest> createDigest() override;
 };
 
-/// "sha1": SHA-1 (FIPS 180), 20 bytes. For data of old backups.
+/// "sha1": SHA-1 (FIPS 180), 20 bytes. For old backups.
 class SARN_EXPORT CDigestType_SHA1 : public ul::CBase, public virtual IDigestType {
 public:
     CDigestType_SHA1();
@@ -74,7 +74,7 @@ public:
     ul::P<IDigest> createDigest() override;
 };
 
-/// "adler32": Adler-32 (RFC 1950), 4 bytes, the least significant first.
+/// "adler32": Adler-32 (RFC 1950), 4 bytes, least significant first.
 class SARN_EXPORT CDigestType_Adler32 : public ul::CBase, public virtual IDigestType {
 public:
     CDigestType_Adler32();
@@ -89,7 +89,7 @@ public:
     ul::P<IDigest> createDigest() override;
 };
 
-/// "crc32": CRC-32 (RFC 1952), 4 bytes, the least significant first.
+/// "crc32": CRC-32 (RFC 1952), 4 bytes, least significant first.
 class SARN_EXPORT CDigestType_CRC32 : public ul::CBase, public virtual IDigestType {
 public:
     CDigestType_CRC32();
@@ -104,8 +104,8 @@ public:
     ul::P<IDigest> createDigest() override;
 };
 
-/// "md4-sha1": MD4 and SHA-1, 36 bytes. For data of old backups: hardly stronger than SHA-1 alone. It has a type object
-/// of its own for each, and a copy has copies of them.
+/// "md4-sha1": MD4 and SHA-1, 36 bytes. For old backups: hardly stronger than SHA-1 alone. It owns a type object for
+/// each part; a copy owns copies of them.
 class SARN_EXPORT CDigestType_MD4_SHA1 : public TDigestTypeCombiner<CDigestType_MD4, CDigestType_SHA1> {
 public:
     CDigestType_MD4_SHA1();
@@ -116,7 +116,7 @@ public:
     ~CDigestType_MD4_SHA1() override;
 };
 
-/// "md4-sha1-adler32": MD4, SHA-1 and Adler-32, 40 bytes. As CDigestType_MD4_SHA1.
+/// "md4-sha1-adler32": MD4, SHA-1 and Adler-32, 40 bytes. Built like CDigestType_MD4_SHA1.
 class SARN_EXPORT CDigestType_MD4_SHA1_Adler32 : public TDigestTypeCombiner<CDigestType_MD4_SHA1, CDigestType_Adler32> {
 public:
     CDigestType_MD4_SHA1_Adler32();
@@ -127,11 +127,11 @@ public:
     ~CDigestType_MD4_SHA1_Adler32() override;
 };
 
-/// The process-wide registry of digest types by identifier. It starts with the eight types above. Identifiers are
-/// compared exactly, case included. All operations but dispose() are safe from any thread.
+/// The process-wide registry of digest types by identifier. Initially it has the eight types above. Identifiers are
+/// case-sensitive. All operations except dispose() and disposeGlobalInstance() are safe from any thread.
 class SARN_EXPORT CDigestManager : public ul::CBase {
 public:
-    /// The registry, created on first use.
+    /// The registry. It is created on first use.
     static const ul::P<CDigestManager>& get();
 
     CDigestManager();
@@ -139,25 +139,25 @@ public:
     CDigestManager& operator=(const CDigestManager&) = delete;
     ~CDigestManager() override;
 
-    /// Registers `type` under its identifier, in place of the one that stood there. The registry adds a reference of
-    /// its own.
-    /// \throws ul::CInvalidArgError "type cannot be NULL"; whatever getID() of `type` throws. The registry is unchanged
-    ///         then.
+    /// Registers `type` under its identifier, replacing any type of that name. The registry keeps its own reference. It
+    /// is locked while getID() and the destructor of a replaced type run: neither may wait for another thread that uses
+    /// the registry.
+    /// \throws ul::CInvalidArgError "type cannot be NULL"; any error of getID(). The registry is unchanged then.
     void addType(IDigestType* type);
 
     /// The type registered under `id`, or null.
     ul::P<IDigestType> findType(const ul::String& id);
 
     /// The type registered under `id`.
-    /// \throws ul::CError "Unknown digest type id '<id>'." if there is none
+    /// \throws ul::CError "Unknown digest type id '<id>'.".
     ul::P<IDigestType> getType(const ul::String& id);
 
-    /// Drops all types. Takes no lock: no other thread may use the registry meanwhile. Public, unlike
-    /// CCipherManager::dispose(): hosts are compiled against both as they are.
+    /// Removes all types. Takes no lock. Requires: no other thread uses the registry during the call. This is public,
+    /// unlike CCipherManager::dispose(): hosts are compiled against both as they are.
     void dispose();
 
 protected:
-    /// Drops all types of the process-wide registry, which stays empty from then on. Takes no lock.
+    /// Calls dispose() on the process-wide registry. It stays empty except for types that the host adds.
     static void disposeGlobalInstance();
 
 private:

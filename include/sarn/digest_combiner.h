@@ -10,14 +10,14 @@
 
 namespace sarn {
 
-/// A digest made of two, whose results follow one another. Each slice of the data goes through both while it is still
-/// in the processor's cache. Errors of either pass through.
+/// A digest that concatenates the results of two. Both process each slice of the data while it is in the processor's
+/// cache. Errors of either are passed on.
 ///
 /// Instantiated once, as TDigestCombiner<IDigest, IDigest>.
 template <class A, class B>
 class TDigestCombiner : public ul::CBase, public virtual IDigest {
 public:
-    /// Keeps a reference to each; the two digests are taken as they are.
+    /// Keeps a reference to each. Their current state is kept.
     TDigestCombiner(const IDigestType* type, ul::P<A> first, ul::P<B> second);
     TDigestCombiner(const TDigestCombiner&) = delete;
     TDigestCombiner& operator=(const TDigestCombiner&) = delete;
@@ -31,10 +31,11 @@ public:
     const unsigned char* getDigestData() const override;
     void storeDigestData(unsigned char* out) const override;
     void storeState(ul::CDataOutStream& stream) const override;
-    /// If it fails after a digest has taken its part, that digest gets back the state that it stored before. So a
-    /// combination of the library's digests is as it was, unless memory runs out again on the way back, where reset()
-    /// helps; one with digests of the host's own is as good as their storeState() and loadState() are.
-    /// \throws ul::CError "Unsupported version of TDigestCombined state data."; whatever the two digests throw
+    /// If this fails after one digest has loaded its part, that digest gets back the state that it had stored before. A
+    /// combination of the library's digests is therefore unchanged by a failure, unless memory runs out again while the
+    /// old state is restored; reset() then repairs it. For digests of the host this depends on their storeState() and
+    /// loadState().
+    /// \throws ul::CError "Unsupported version of TDigestCombined state data."; any error of the two digests.
     void loadState(ul::CDataInStream& stream) override;
 
 private:
@@ -50,17 +51,17 @@ private:
 
 extern template class SARN_EXPORT TDigestCombiner<IDigest, IDigest>;
 
-/// A digest type made of two. `A` and `B` are classes of digest types that can be default-constructed; each combination
-/// has objects of its own of both.
+/// A digest type that combines two. `A` and `B` are default-constructible classes of digest types. Each object owns an
+/// `A` and a `B`.
 template <class A, class B>
 class TDigestTypeCombiner : public ul::CBase, public virtual IDigestType {
 public:
     TDigestTypeCombiner() = default;
-    /// The copy has copies of the two types. Moving copies, too: there is nothing to take away.
+    /// The copy owns copies of the two types. Moving copies, because there is nothing to take.
     TDigestTypeCombiner(const TDigestTypeCombiner&) = default;
     TDigestTypeCombiner& operator=(const TDigestTypeCombiner&) = default;
 
-    /// The two identifiers with "-" between them.
+    /// The two identifiers, joined by "-".
     ul::String getID() override { return m_first.getID() + "-" + m_second.getID(); }
     /// The sum of the two sizes.
     int getDigestSize() const override { return m_first.getDigestSize() + m_second.getDigestSize(); }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// What the template of hashes needs to know of libcrypto's contexts. Hosts call none of it.
+/// Traits of libcrypto's hash contexts, used by TDigest_OpenSSL. Hosts do not call them.
 #pragma once
 
 #include <cstddef>
@@ -8,42 +8,42 @@
 
 namespace sarn::detail {
 
-/// The block that a hash context fills. The last argument prefers the first form over the second, SHA-512's.
+/// The data block of a hash context. The last argument selects this form over the next one, which fits SHA-512.
 template <class CTX>
 constexpr auto getContextBlock(CTX& context, int) -> decltype((context.data)) {
     return context.data;
 }
-/// The same for a context whose block is a union.
+/// The data block of a context in which it is a union.
 template <class CTX>
 constexpr auto getContextBlock(CTX& context, long) -> decltype((context.u)) {
     return context.u;
 }
 
-/// Whether the bytes that a hash context believes to be in its block already fit into it.
+/// Whether the fill count of a hash context is within its data block.
 template <class CTX>
 constexpr auto isContextFillInBlock(const CTX& context, int)
     -> decltype(context.num < sizeof getContextBlock(context, 0)) {
     return context.num < sizeof getContextBlock(context, 0);
 }
-/// The same for a context that has no such number or no block: nothing is known of it.
+/// A context without a fill count or a data block: nothing is known, so the answer is true.
 template <class CTX>
 constexpr bool isContextFillInBlock(const CTX&, long) {
     return true;
 }
 
-/// Whether a hash context that states its result's length states this one; one that states none does.
+/// False only if the context records a result size other than `digestSize`.
 template <class CTX>
 constexpr auto hasContextDigestSize(const CTX& context, int digestSize, int) -> decltype(context.md_len, bool()) {
     return context.md_len == static_cast<unsigned>(digestSize);
 }
-/// The same for a context that states none.
+/// A context that records no result size.
 template <class CTX>
 constexpr bool hasContextDigestSize(const CTX&, int, long) {
     return true;
 }
 
-/// Exchanges each whole number from `begin` to `end` between the processor's byte order and that of saved states, the
-/// least significant byte first; which way makes no difference.
+/// Converts each integer from `begin` to `end` between the processor's byte order and that of saved states, least
+/// significant byte first. The conversion is the same in both directions.
 template <class Number>
 void exchangeByteOrder(void* begin, const void* end) {
     auto* at = static_cast<unsigned char*>(begin);
@@ -55,31 +55,30 @@ void exchangeByteOrder(void* begin, const void* end) {
     }
 }
 
-/// A hash context between memory and saved states: numbers, the block of bytes, and numbers again.
+/// Converts a hash context between memory and saved states: integers, the data block, and integers again.
 template <class CTX>
 auto exchangeContext(CTX& context, int) -> decltype(context.Nl, context.num, void(getContextBlock(context, 0))) {
     auto& block = getContextBlock(context, 0);
     exchangeByteOrder<decltype(context.Nl)>(&context, &block);
     exchangeByteOrder<decltype(context.num)>(&block + 1, &context + 1);
 }
-/// The same for a context in an order of its own, which is saved as it lies in memory.
+/// A context in any other layout is saved unchanged.
 template <class CTX>
 void exchangeContext(CTX&, long) {}
 
-/// A hash context of whichever type, for code that is compiled once for all of them.
+/// A view of a hash context of any type, for code that is compiled once for all of them.
 struct HashContext {
     /// The context.
     void* data;
     /// Its size in bytes.
     int size;
-    /// Exchanges it between memory and saved states, in place.
+    /// Converts the context between memory and saved states, in place.
     void (*exchange)(void* data);
-    /// Whether libcrypto may be handed it if it came from outside. It writes after the bytes that it believes to be in
-    /// the block already, and as long a result as the context states.
+    /// Whether an untrusted context is safe for libcrypto, which trusts its fill count and result size when it writes.
     bool (*isUsable)(const void* data, int digestSize);
 };
 
-/// Views a context, which must outlive the view.
+/// Views a context. Requires: the context outlives the view.
 template <class CTX>
 HashContext viewContext(CTX& context) {
     return {&context, static_cast<int>(sizeof context),

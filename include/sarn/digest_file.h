@@ -13,11 +13,11 @@
 
 namespace sarn {
 
-/// Feeds a digest with what a file holds from where `file` stands to its end, which may move meanwhile.
-/// \param progress called after each piece with the bytes fed by this call and those that it will have fed as the file
-///                 is now, both std::int64_t, the second never the smaller one and never 0; what it throws ends the
-///                 call
-/// \throws ul::CFileError; as IDigest::update() does
+/// Adds the rest of a file, from the current position of `file` to its end, to a digest. The file may grow or shrink
+/// during the call.
+/// \param progress called after each piece with two std::int64_t: the bytes that this call has added, and the total as
+///                 the file is now. The total is never 0 and never the smaller one. An exception ends the call
+/// \throws ul::CFileError; as IDigest::update() does.
 template <class Progress>
 void feedFile(IDigest& digest, ul::CWindowsFileInStream& file, Progress&& progress) {
     constexpr int pieceSize = 65536;
@@ -30,8 +30,8 @@ void feedFile(IDigest& digest, ul::CWindowsFileInStream& file, Progress&& progre
     }
 }
 
-/// The digest of a file, of the type registered under `id`. `progress` is as for feedFile().
-/// \throws ul::CFileError; as CDigestManager::getType() and IDigest::update() do
+/// The digest of a file, with the type registered under `id`. `progress` is as for feedFile().
+/// \throws ul::CFileError; as CDigestManager::getType() and IDigest::update() do.
 template <class Progress>
 ul::TBuffer<unsigned char> digestFile(const ul::CText& id, const ul::CWindowsPath& path, Progress&& progress) {
     const ul::P<IDigest> running = createDigest(id);
@@ -40,12 +40,12 @@ ul::TBuffer<unsigned char> digestFile(const ul::CText& id, const ul::CWindowsPat
     return finish(*running);
 }
 
-/// The same without progress.
+/// The digest of a file, without progress.
 inline ul::TBuffer<unsigned char> digestFile(const ul::CText& id, const ul::CWindowsPath& path) {
     return digestFile(id, path, [](std::int64_t, std::int64_t) {});
 }
 
-/// The bytes that IDigest::storeState() writes.
+/// Saves the state of a digest: the bytes that IDigest::storeState() writes.
 inline ul::TBuffer<unsigned char> saveState(const IDigest& digest) {
     ul::TBuffer<unsigned char> state;
     ul::CBufferStream stream(&state, 2.0);
@@ -54,8 +54,8 @@ inline ul::TBuffer<unsigned char> saveState(const IDigest& digest) {
     return state;
 }
 
-/// IDigest::loadState() of bytes that are one state and nothing else. After an error the digest is as after reset().
-/// \throws ul::CError "Bytes follow the digest state."; as IDigest::loadState() does
+/// Loads a state that occupies all of `state`: IDigest::loadState(). After an error the digest is as after reset().
+/// \throws ul::CError "Bytes follow the digest state."; as IDigest::loadState() does.
 inline void loadState(IDigest& digest, ul::CBytes state) {
     ul::CBufferInStream stream(state.data(), state.getIntSize("loadState"));
     ul::CDataInStream in(stream);

@@ -11,8 +11,8 @@ namespace sarn {
 
 class IDigest;
 
-/// A kind of digest: names an algorithm and creates running digests of it. It keeps no state that changes: any number
-/// of threads may use one object at once.
+/// A digest algorithm: names it and creates running digests. It has no mutable state: any number of threads may use one
+/// object at once.
 class SARN_EXPORT IDigestType : public virtual ul::IBase {
 public:
     IDigestType();
@@ -24,17 +24,17 @@ public:
 
     /// The identifier, for example "sha1".
     virtual ul::String getID() = 0;
-    /// Length of a finished digest in bytes.
+    /// Size of a finished digest in bytes.
     virtual int getDigestSize() const = 0;
-    /// A new running digest, ready for update(). It keeps a reference to this type.
+    /// Creates a running digest, ready for update(). It keeps a reference to this type.
     virtual ul::P<IDigest> createDigest() = 0;
 };
 
 /// A running digest. Owned by one thread at a time.
 ///
-/// It is running after its creation and after reset(), and finished after finish(). In the wrong state update() raises
-/// ul::CBadStateError "IDigest::update cannot be called after finish has been called.", and what reads the result
-/// raises ul::CBadStateError "IDigest::finish has not been called yet.".
+/// A digest is running after creation and reset(), and finished after finish(). update() on a finished digest raises
+/// ul::CBadStateError "IDigest::update cannot be called after finish has been called."; reading the result of a running
+/// digest raises ul::CBadStateError "IDigest::finish has not been called yet.".
 class SARN_EXPORT IDigest : public virtual ul::IBase {
 public:
     IDigest();
@@ -46,34 +46,34 @@ public:
 
     /// The type that created this digest.
     virtual ul::PC<IDigestType> getType() = 0;
-    /// Length of the finished digest in bytes.
+    /// Size of the finished digest in bytes.
     virtual int getDigestSize() const = 0;
 
-    /// Feeds `length` bytes, which are read in place.
+    /// Adds `length` bytes. They are not copied.
     ///
-    /// A hash takes null data for nothing; `length` must be 0 then. A checksum takes null data for the request to start
-    /// over, whatever the length, as zlib does, and so does a checksum that is part of a combination, while its other
-    /// parts go on. Hand over a pointer that is not null, even if there is nothing to feed, and neither can happen.
-    /// \throws ul::CBadStateError after finish(); ul::CInvalidArgError "invalid data size" if `length` is negative and
-    ///         a checksum is not given null data
+    /// Null data has a special meaning. For a hash it means no data, and `length` must be 0. A checksum starts over,
+    /// regardless of the length, as in zlib; so does a checksum inside a combination, while its other parts continue.
+    /// Pass a non-null pointer, even for no data, to avoid both.
+    /// \throws ul::CBadStateError after finish(); ul::CInvalidArgError "invalid data size" if `length` is negative,
+    ///         except for a checksum with null data.
     virtual void update(const void* data, int length) = 0;
-    /// Ends the input, so that the result can be read. A second call changes nothing.
+    /// Ends the input and makes the result available. A second call does nothing.
     virtual void finish() = 0;
-    /// Starts over without input.
+    /// Starts over with no input.
     virtual void reset() = 0;
 
-    /// The result, getDigestSize() bytes, owned by this object; valid until reset(), loadState() or its end.
-    /// \throws ul::CBadStateError before finish()
+    /// The result, getDigestSize() bytes. This object owns it; it is valid until reset(), loadState() or destruction.
+    /// \throws ul::CBadStateError before finish().
     virtual const unsigned char* getDigestData() const = 0;
     /// Copies the result, getDigestSize() bytes, to `out`.
-    /// \throws ul::CBadStateError before finish()
+    /// \throws ul::CBadStateError before finish().
     virtual void storeDigestData(unsigned char* out) const = 0;
 
     /// Writes the complete state, running or finished.
     virtual void storeState(ul::CDataOutStream& stream) const = 0;
-    /// Takes over a state that storeState() of a digest of the same type has written. The stream may hold anything:
-    /// what cannot be a state is refused, and neither then nor later is memory touched that is not this object's. After
-    /// a failure the digest is as it was before and goes on from there; only the stream has moved.
+    /// Restores a state that storeState() of a digest of the same type has written. The stream is untrusted: malformed
+    /// states are refused, and no state can cause an out-of-bounds access, now or later. After a failure the digest is
+    /// unchanged and can continue; only the stream has advanced.
     /// \throws ul::CError as each class says; "Unexpected end of stream." if the stream is cut short.
     virtual void loadState(ul::CDataInStream& stream) = 0;
 };

@@ -1,23 +1,23 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// The errors that the library's implementations of IDigest share. Its templates need them in hosts, too, which call
-/// none of this.
+/// Errors of the library's implementations of IDigest. They are public because the templates raise them in hosts; hosts
+/// do not call them.
 #pragma once
 
 #include "sarn/export.h"
 
 namespace sarn::detail {
 
-/// Throws the ul::CBadStateError of an update() after finish().
+/// Raises the ul::CBadStateError of update() after finish().
 [[noreturn]] SARN_EXPORT void raiseDigestIsFinished();
 
-/// Throws the ul::CBadStateError of reading a result before finish().
+/// Raises the ul::CBadStateError of reading a result before finish().
 [[noreturn]] SARN_EXPORT void raiseDigestIsNotFinished();
 
-/// Throws a ul::CError in the library's style: no second text, code -1, no properties, no cause.
+/// Raises a ul::CError without second text, code, properties or cause.
 [[noreturn]] SARN_EXPORT void raiseDigestError(const char* message);
 
-/// Throws the ul::CInvalidArgError of an update() whose size is negative; `where` is its qualified name.
+/// Raises the ul::CInvalidArgError of update() with a negative size. `where` is its qualified name.
 [[noreturn]] SARN_EXPORT void raiseBadDigestDataSize(const char* where);
 
 } // namespace sarn::detail

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Marks what the library exports.
+/// Marks exported declarations of the library.
 #pragma once
 
 /// \def SARN_EXPORT
-/// Stands before what sarn exports; as `SARN_STATIC_LIBRARY` tells, also for static libraries.
+/// Marks an exported declaration. It expands to nothing on Windows if `SARN_STATIC_LIBRARY` is defined.
 
 #if defined(_WIN32)
 #if defined(SARN_BUILDING_LIBRARY)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// HMAC over any digest. All functions are stateless and safe from any thread.
+/// HMAC with any digest. All functions are stateless and safe from any thread.
 #pragma once
 
 #include "sarn/object_model.h"
@@ -11,16 +11,17 @@ typedef struct evp_md_st EVP_MD;
 
 namespace sarn {
 
-/// The HMAC (RFC 2104) of a message, in place of what `out` held. The message comes before the key.
+/// Computes the HMAC (RFC 2104) of a message and replaces the content of `out` by it. The message comes before the key,
+/// unlike in libcrypto's HMAC().
 ///
 /// \param md libcrypto's description of the digest
 /// \throws ul::CInvalidArgError "invalid data size" if `dataSize` is negative, "input overlaps output" if the message
-///         lies in `out`, or the key, and `out` has room for less than 64 bytes; ul::CError "Error computing HMAC
-///         digest." if libcrypto fails. The used size of `out` is unchanged then.
+///         is inside `out`, or if the key is and `out` has room for less than 64 bytes; ul::CError "Error computing
+///         HMAC digest." if libcrypto fails. The used size of `out` is unchanged then.
 SARN_EXPORT void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* data, int dataSize,
                           const void* key, int keySize);
 
-/// calcHMAC() with MD5: 16 bytes. For data of old backups.
+/// calcHMAC() with MD5: 16 bytes. For old backups.
 SARN_EXPORT void calcHMAC_MD5(ul::TBuffer<unsigned char>& out, const void* data, int dataSize, const void* key,
                               int keySize);
 

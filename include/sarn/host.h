@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// The whole library with the short forms for host programs. These are header-only and do nothing but call the
-/// documented operations; docs/host.md has both side by side.
+/// The whole library and the header-only short forms for hosts. The short forms call documented operations only;
+/// docs/host.md shows both side by side.
 #pragma once
 
 #include "sarn/config_values.h"

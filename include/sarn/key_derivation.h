@@ -7,13 +7,13 @@
 
 namespace sarn {
 
-/// PBKDF2 with HMAC-SHA1 (RFC 8018): derives `keySize` bytes from a password into `key`, which must lie apart from the
-/// other arguments. The caller owns and wipes the key.
+/// Derives `keySize` bytes from a password by PBKDF2 with HMAC-SHA1 (RFC 8018) and writes them to `key`. Requires:
+/// `key` does not overlap another argument. The caller owns and wipes the key.
 ///
-/// The arguments are libcrypto's to judge: what version 3 refuses, an iteration count of 0 for example, may pass as 1
-/// in 1.1.1. A password size of -1 means up to its terminating zero.
-/// \throws ul::CError "Error deriving cryptographic key from password." if it refuses them or fails, if the salt or the
-///         key has a negative size, and if it is null and its size is not 0
+/// A password size of -1 means up to the terminating null character. libcrypto validates the arguments, and versions
+/// differ: 3.x refuses an iteration count of 0, 1.1.1 treats it as 1.
+/// \throws ul::CError "Error deriving cryptographic key from password." if libcrypto refuses the arguments or fails, if
+///         the salt or the key has a negative size, or if either is null and its size is not 0.
 SARN_EXPORT void deriveKey_PKCS5_PBKDF2_HMAC_SHA1(const void* password, int passwordSize, const void* salt,
                                                   int saltSize, int iterations, int keySize, void* key);
 

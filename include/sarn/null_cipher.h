@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// The cipher that leaves data as they are.
+/// The cipher that leaves data unchanged.
 #pragma once
 
 #include "sarn/cipher_interface.h"
 
 namespace sarn {
 
-/// "null": copies data unchanged, wherever they lie. It takes a key and an initialisation vector of any size and
-/// ignores them; its sizes are 0, 0 and a block of 1 byte. It refuses what no cipher can work with, with
-/// COpenSSLCipher's messages: a negative size, a result of more than 2^31 - 1 bytes, and the key as `out`.
+/// "null": copies data unchanged, even if they overlap `out`. It accepts any key and IV and ignores both. Its key size
+/// and IV size are 0, its block size is 1. A negative size, a result of more than 2^31 - 1 bytes and a key that is
+/// `out` raise the errors of COpenSSLCipher.
 class SARN_EXPORT CCipher_Null : public ul::CBase, public virtual ICipher {
 public:
     CCipher_Null();

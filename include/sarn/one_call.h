@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// What hosts do most often, each in one call over views of bytes. Header-only. Text is UTF-8. More than 2^31 - 1 bytes
+/// The most common operations as single calls on views of bytes. Header-only. Text is UTF-8. More than 2^31 - 1 bytes
 /// raise ul::CInvalidArgError "data is too large". Safe from any thread.
 #pragma once
 
@@ -16,8 +16,8 @@
 
 namespace sarn {
 
-/// ICipher::encrypt() of the cipher registered under `id`, with a random IV before the ciphertext.
-/// \throws as CCipherManager::getCipher() and the cipher do
+/// Encrypts with the cipher registered under `id`: ICipher::encrypt(). A random IV precedes the ciphertext.
+/// \throws as CCipherManager::getCipher() and the cipher do.
 inline ul::TBuffer<unsigned char> encrypt(const ul::CText& id, const ul::TCryptBuffer<unsigned char>& key,
                                           ul::CBytes plaintext) {
     ul::TBuffer<unsigned char> out;
@@ -26,8 +26,8 @@ inline ul::TBuffer<unsigned char> encrypt(const ul::CText& id, const ul::TCryptB
     return out;
 }
 
-/// ICipher::decrypt() of what encrypt() gave. The result wipes itself.
-/// \throws as CCipherManager::getCipher() and the cipher do
+/// Decrypts the result of encrypt(): ICipher::decrypt(). The returned buffer is wiped on destruction.
+/// \throws as CCipherManager::getCipher() and the cipher do.
 inline ul::TCryptBuffer<unsigned char> decrypt(const ul::CText& id, const ul::TCryptBuffer<unsigned char>& key,
                                                ul::CBytes encrypted) {
     ul::TCryptBuffer<unsigned char> out;
@@ -36,14 +36,14 @@ inline ul::TCryptBuffer<unsigned char> decrypt(const ul::CText& id, const ul::TC
     return out;
 }
 
-/// IDigest::update(). No bytes change nothing, where null data would take a checksum back to its start.
-/// \throws as IDigest::update() does
+/// Adds bytes to a digest: IDigest::update(). An empty view changes nothing, even if its pointer is null.
+/// \throws as IDigest::update() does.
 inline void feed(IDigest& digest, ul::CBytes bytes) {
     const int size = bytes.getIntSize("feed");
     digest.update(size > 0 ? static_cast<const void*>(bytes.data()) : "", size);
 }
 
-/// Ends the input of a digest and copies its result: IDigest::finish() and IDigest::storeDigestData().
+/// Ends the input of a digest and returns a copy of its result: IDigest::finish() and IDigest::storeDigestData().
 inline ul::TBuffer<unsigned char> finish(IDigest& digest) {
     digest.finish();
     ul::TBuffer<unsigned char> result(digest.getDigestSize(), -1);
@@ -51,45 +51,46 @@ inline ul::TBuffer<unsigned char> finish(IDigest& digest) {
     return result;
 }
 
-/// A running digest of the type registered under `id`: IDigestType::createDigest().
-/// \throws as CDigestManager::getType() does
+/// Creates a running digest of the type registered under `id`: IDigestType::createDigest().
+/// \throws as CDigestManager::getType() does.
 inline ul::P<IDigest> createDigest(const ul::CText& id) {
     return CDigestManager::get()->getType(id.get())->createDigest();
 }
 
-/// The digest of `bytes`, of the type registered under `id`.
-/// \throws as CDigestManager::getType() does
+/// The digest of `bytes`, with the type registered under `id`.
+/// \throws as CDigestManager::getType() does.
 inline ul::TBuffer<unsigned char> digest(const ul::CText& id, ul::CBytes bytes) {
     const ul::P<IDigest> running = createDigest(id);
     feed(*running, bytes);
     return finish(*running);
 }
 
-/// calcHMAC_SHA1(): 20 bytes, which wipe themselves, since they may serve as a key. The key comes first here; it is of
-/// a type of its own, so that the two are not exchanged. \throws as calcHMAC() does
+/// Computes an HMAC with SHA-1: calcHMAC_SHA1(). The 20 bytes are wiped on destruction, since they may serve as a key.
+/// The key comes first here; its own type prevents confusion with the message.
+/// \throws as calcHMAC() does.
 inline ul::TCryptBuffer<unsigned char> hmacSHA1(const ul::TCryptBuffer<unsigned char>& key, ul::CBytes message) {
     ul::TCryptBuffer<unsigned char> out;
     calcHMAC_SHA1(out, message.data(), message.getIntSize("hmacSHA1"), key.getData(), key.getUsed());
     return out;
 }
 
-/// base64Encode() with padding and without line breaks.
-/// \throws as base64Encode() does
+/// Encodes as Base64 with padding and without line breaks: base64Encode().
+/// \throws as base64Encode() does.
 inline std::string base64(ul::CBytes bytes) {
     return base64Encode(bytes.data(), bytes.getIntSize("base64"), true, false).toLatin1();
 }
 
-/// base64Decode().
-/// \throws as base64Decode() does
+/// Decodes Base64: base64Decode().
+/// \throws as base64Decode() does.
 inline ul::TBuffer<unsigned char> fromBase64(const ul::CText& text) {
     ul::TBuffer<unsigned char> bytes;
     base64Decode(text.get(), bytes);
     return bytes;
 }
 
-/// deriveKey_PKCS5_PBKDF2_HMAC_SHA1() into a key that wipes itself.
-/// \throws ul::CInvalidArgError "invalid iteration count" and "invalid key size" if a number is not positive, of which
-///         libcrypto may not complain; as deriveKey_PKCS5_PBKDF2_HMAC_SHA1() does
+/// Derives a key: deriveKey_PKCS5_PBKDF2_HMAC_SHA1(). The key is wiped on destruction.
+/// \throws ul::CInvalidArgError "invalid iteration count", "invalid key size" if a number is not positive, which
+///         libcrypto may accept; as deriveKey_PKCS5_PBKDF2_HMAC_SHA1() does.
 inline ul::TCryptBuffer<unsigned char> deriveKey(ul::CBytes password, ul::CBytes salt, int iterations, int size) {
     if (iterations < 1)
         throw ul::CInvalidArgError("deriveKey", "invalid iteration count", ul::CProps());

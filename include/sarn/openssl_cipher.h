@@ -11,20 +11,19 @@ typedef struct evp_cipher_st EVP_CIPHER;
 
 namespace sarn {
 
-/// A cipher over one of libcrypto's CBC ciphers.
+/// A cipher that uses one of libcrypto's CBC ciphers.
 ///
-/// Beside the errors of each operation all raise ul::CInvalidArgError "invalid key size" first of all, "invalid input
-/// data size" for a negative size, "input data is too large" if the result could exceed 2^31 - 1 bytes, "key overlaps
-/// output" if `out` is the key, and "input overlaps output" if the input lies in `out` where it would be overwritten
-/// before it is read; ul::CError "OpenSSL encrypt init error." if libcrypto refuses the cipher, on the decrypting paths
-/// as well.
+/// In addition to its own errors, each operation raises ul::CInvalidArgError "invalid key size" before any other;
+/// "invalid input data size" for a negative size; "input data is too large" if the result could exceed 2^31 - 1 bytes;
+/// "key overlaps output" if `out` is the key; "input overlaps output" if the input is inside `out` where it would be
+/// overwritten before it is read. It raises ul::CError "OpenSSL encrypt init error." if libcrypto refuses the cipher;
+/// the decrypting operations raise the same message.
 class SARN_EXPORT COpenSSLCipher : public ul::CBase, public virtual ICipher {
 public:
-    /// \param cipher libcrypto's description of the cipher, which must outlive this object
+    /// \param cipher libcrypto's description of the cipher; it must outlive this object
     /// \param id     the identifier
-    /// \throws ul::CInvalidArgError "cipher cannot be NULL"; "cipher is not in CBC mode", also of one that
-    /// authenticates;
-    ///         "IV is too long" if it takes more than 16 bytes
+    /// \throws ul::CInvalidArgError "cipher cannot be NULL"; "cipher is not in CBC mode", also for a cipher that
+    ///         authenticates; "IV is too long" if the IV has more than 16 bytes.
     COpenSSLCipher(const EVP_CIPHER* cipher, const ul::String& id);
     COpenSSLCipher(const COpenSSLCipher&);
     COpenSSLCipher(COpenSSLCipher&&);
@@ -38,23 +37,23 @@ public:
     int getBlockSize() const override;
 
     /// \throws ul::CError "OpenSSL encrypt error."; "Random bytes are not available." with "reason" if `iv` is null and
-    ///         the system has none to give
+    ///         the system provides none.
     void encrypt(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
                  ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
 
-    /// \throws ul::CInvalidArgError "invalid input data size" if `iv` is null and the input is shorter than one;
-    ///         ul::CError "OpenSSL decrypt error.", the usual result of a wrong key or damaged data
+    /// \throws ul::CInvalidArgError "invalid input data size" if `iv` is null and the input is shorter than an IV;
+    ///         ul::CError "OpenSSL decrypt error.", the usual result of a wrong key or damaged data.
     void decrypt(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
                  ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
 
     /// \throws ul::CInvalidArgError "IV cannot be NULL"; ul::CError "OpenSSL encrypt error."; ul::CError "OpenSSL
-    ///         encrypt error: output size does not match expected value" with "outSize" and "expectedOutSize"
+    ///         encrypt error: output size does not match expected value" with "outSize" and "expectedOutSize".
     void encryptWithoutPadding(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
                                ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
 
     /// \throws ul::CInvalidArgError "IV cannot be NULL", "data size must be a multiple of the block size"; ul::CError
     ///         "OpenSSL decrypt error."; ul::CError "OpenSSL decrypt error: decrypted size does not match expected
-    ///         value" with "outSize" and "expectedOutSize"
+    ///         value" with "outSize" and "expectedOutSize".
     void decryptWithoutPadding(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
                                ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override;
 
@@ -66,11 +65,11 @@ private:
     int m_ivSize;
     int m_blockSize;
     ul::String m_id;
-    // What encryptWithoutPadding() completes a partial last block with.
+    // Zero bytes with which encryptWithoutPadding() completes a partial last block.
     ul::TBuffer<unsigned char> m_zeroBlock;
 };
 
-/// "aes256cbc": AES (FIPS 197) with a key of 32 bytes, IV and blocks of 16.
+/// "aes256cbc": AES (FIPS 197), key of 32 bytes, IV and blocks of 16.
 class SARN_EXPORT CCipher_AES256CBC : public COpenSSLCipher {
 public:
     CCipher_AES256CBC();
@@ -80,7 +79,7 @@ public:
     CCipher_AES256CBC& operator=(CCipher_AES256CBC&&);
 };
 
-/// "aes128cbc": AES (FIPS 197) with a key of 16 bytes, IV and blocks of 16.
+/// "aes128cbc": AES (FIPS 197), key of 16 bytes, IV and blocks of 16.
 class SARN_EXPORT CCipher_AES128CBC : public COpenSSLCipher {
 public:
     CCipher_AES128CBC();
@@ -90,7 +89,7 @@ public:
     CCipher_AES128CBC& operator=(CCipher_AES128CBC&&);
 };
 
-/// "bfcbc": Blowfish with a key of 16 bytes, IV and blocks of 8. For data of old backups.
+/// "bfcbc": Blowfish, key of 16 bytes, IV and blocks of 8. For old backups.
 class SARN_EXPORT CCipher_BlowFishCBC : public COpenSSLCipher {
 public:
     CCipher_BlowFishCBC();
@@ -100,7 +99,7 @@ public:
     CCipher_BlowFishCBC& operator=(CCipher_BlowFishCBC&&);
 };
 
-/// "cast128cbc": CAST-128 (RFC 2144) with a key of 16 bytes, IV and blocks of 8. For data of old backups.
+/// "cast128cbc": CAST-128 (RFC 2144), key of 16 bytes, IV and blocks of 8. For old backups.
 class SARN_EXPORT CCipher_Cast128CBC : public COpenSSLCipher {
 public:
     CCipher_Cast128CBC();
@@ -110,11 +109,11 @@ public:
     CCipher_Cast128CBC& operator=(CCipher_Cast128CBC&&);
 };
 
-/// "ideacbc": IDEA with a key of 16 bytes, IV and blocks of 8. The registry does not offer it by itself: a host that
-/// needs it registers an object.
+/// "ideacbc": IDEA, key of 16 bytes, IV and blocks of 8. Not registered by default: call CCipherManager::addCipher() if
+/// you need it.
 class SARN_EXPORT CCipher_IDEACBC : public COpenSSLCipher {
 public:
-    /// \throws ul::CError "IDEA is not available in this OpenSSL." if libcrypto was built without it
+    /// \throws ul::CError "IDEA is not available in this OpenSSL." if libcrypto was built without it.
     CCipher_IDEACBC();
     CCipher_IDEACBC(const CCipher_IDEACBC&);
     CCipher_IDEACBC(CCipher_IDEACBC&&);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Digests over libcrypto's low-level hash functions.
+/// Digests that use libcrypto's low-level hash functions.
 #pragma once
 
 #include "sarn/digest_interfaces.h"
@@ -15,13 +15,13 @@
 
 namespace sarn {
 
-/// A saved state was written by a build against another version of OpenSSL. The message is "OpenSSL version mismatch",
-/// the properties are "object", "actualVersion" and "expectedVersion", versions in hexadecimal with the prefix "0x".
+/// Reports a saved state with another libcrypto version than expected. The message is "OpenSSL version mismatch"; the
+/// properties are "object", "actualVersion" and "expectedVersion", with versions in hexadecimal and the prefix "0x".
 class SARN_EXPORT COpenSSLVersionMismatchError : public ul::CError {
 public:
-    /// \param object          what carries the version
+    /// \param object          the kind of data that has the version
     /// \param actualVersion   the version in the stream
-    /// \param expectedVersion the only one that is read
+    /// \param expectedVersion the only version that can be read
     COpenSSLVersionMismatchError(const ul::String& object, int actualVersion, int expectedVersion);
     COpenSSLVersionMismatchError(const COpenSSLVersionMismatchError&);
     COpenSSLVersionMismatchError& operator=(const COpenSSLVersionMismatchError&);
@@ -31,24 +31,25 @@ public:
     [[noreturn]] void throwClone() const override;
 };
 
-/// A digest over a hash context of libcrypto, which is also its saved state. See docs/digest-state.md for the format.
+/// A digest with a hash context of libcrypto, which is also its saved state. docs/digest-state.md describes the format.
 ///
-/// A state is refused if its context has a member `num` beside a block `data` or `u` and counts more bytes in that
-/// block than fit, or if it has a member `md_len` that is not the result's length. Of another context nothing is known:
-/// libcrypto is handed whatever the state says, so load only states that you wrote.
+/// A state is refused if its context has a fill count `num` and a block `data` or `u`, and the count does not fit the
+/// block, or if it has a member `md_len` that is not the size of the result. Other contexts are not checked: libcrypto
+/// receives whatever the state contains, so load only states that you wrote.
 ///
-/// \tparam CTX        the context: plain data without pointers. One with a member `Nl` is in the order of libcrypto's
-///                    own for SHA-1, SHA-512 and the like: numbers as wide as `Nl`, the block, numbers as wide as
-///                    `num`; its states are the same on every processor. Any other is saved as it lies in memory.
-/// \tparam DigestSize length of the result in bytes
-/// \tparam Init, Update, Final libcrypto's functions for it, which return 0 on failure
+/// \tparam CTX        the context: plain data without pointers. A context with a member `Nl` must have the layout of
+///                    libcrypto's SHA-1 and SHA-512: integers of the type of `Nl`, the block, integers of the type of
+///                    `num`. Its states are the same on every processor. Any other context is saved as it is in memory
+/// \tparam DigestSize size of the result in bytes
+/// \tparam Init, Update, Final libcrypto's functions for the context; they return 0 on failure
 template <class CTX, int DigestSize, int (*Init)(CTX*), int (*Update)(CTX*, const void*, std::size_t),
           int (*Final)(unsigned char*, CTX*)>
 class TDigest_OpenSSL final : public ul::CBase, public virtual IDigest {
     static_assert(std::is_trivially_copyable_v<CTX>, "the context is saved and loaded as its bytes");
 
 public:
-    /// \throws ul::CError "Error initializing OpenSSL digest."
+    /// Starts a running digest of `type`.
+    /// \throws ul::CError "Error initializing OpenSSL digest.".
     explicit TDigest_OpenSSL(const IDigestType* type) : m_type(type) {
         m_state.result.ensureAllocated(DigestSize);
         COpenSSLInit::ensureInitialized();
@@ -56,7 +57,8 @@ public:
     }
     TDigest_OpenSSL(const TDigest_OpenSSL&) = delete;
     TDigest_OpenSSL& operator=(const TDigest_OpenSSL&) = delete;
-    /// Finalises a running context, so that libcrypto sees the end of each that was set up. A failure ends the process.
+    /// Finalises a running context, so that every initialised context is finalised. Terminates the process if that
+    /// fails.
     ~TDigest_OpenSSL() override {
         if (m_state.initialized)
             finish();
@@ -85,7 +87,7 @@ public:
         m_state.finished = true;
     }
 
-    /// \throws ul::CError "Error initializing OpenSSL digest.", or as finish() if the digest is running
+    /// \throws ul::CError "Error initializing OpenSSL digest."; as finish() does if the digest is running.
     void reset() override {
         if (m_state.initialized)
             finish();
@@ -102,8 +104,8 @@ public:
     }
 
     void storeDigestData(unsigned char* out) const override {
-        // Always the digest's size. A loaded result may be shorter, and a caller that trusts in the size would read
-        // bytes that nobody wrote; the block has room for it and holds zeros there.
+        // Always copies the full size. A loaded result may be shorter, and a caller that trusts getDigestSize() would
+        // read uninitialised bytes; the block has room for the full size and is padded with zeros.
         std::memcpy(out, getDigestData(), DigestSize);
     }
 
@@ -114,19 +116,20 @@ public:
 
     /// \throws ul::CError "Unsupported OpenSSL digest state data version."; COpenSSLVersionMismatchError; ul::CError
     ///         "Bad OpenSSL digest size in state stream.", "Bad OpenSSL digest context size in state stream.", "Bad
-    ///         digest result length in state stream."; "Bad OpenSSL digest context in state stream." if libcrypto could
-    ///         not work with the context
+    ///         digest result length in state stream."; "Bad OpenSSL digest context in state stream." if the context is
+    ///         not safe for libcrypto.
     void loadState(ul::CDataInStream& stream) override {
         CTX context;
         detail::HashState state = detail::loadHash(stream, detail::viewContext(context), DigestSize);
-        // Only now, so that a stream that is refused leaves the digest as it was.
+        // Assigned last, so that a refused stream leaves the digest unchanged.
         m_context = context;
         m_state = std::move(state);
     }
 
 private:
     ul::PC<IDigestType> m_type;
-    // Zeros where Init leaves the block alone: a saved state holds nothing that lay there before.
+    // Zero-initialised, because Init may leave the block alone: a saved state must not contain what was in memory
+    // before.
     CTX m_context{};
     detail::HashState m_state;
 };

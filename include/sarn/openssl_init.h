@@ -13,43 +13,43 @@ namespace sarn {
 
 /// Anchor of the process-wide set-up of libcrypto.
 ///
-/// libcrypto 1.1 and later needs neither locking callbacks nor a tear-down from its user, so the set-up hands nothing
-/// to libcrypto; its objects exist for hosts that bring a libcrypto's own older scheme together with ours.
+/// libcrypto 1.1 and later needs neither locking callbacks nor a tear-down, so nothing is registered with it. The
+/// objects remain for hosts that use the locking scheme of older versions.
 class SARN_EXPORT COpenSSLInit : public ul::CBase {
 public:
     class CCleaner;
     class CThreadStuff;
 
-    /// The instance, created on first use; afterwards CThreadStuff's and CCleaner's exist as well. Safe from any
+    /// The instance. It is created on first use; CThreadStuff's and CCleaner's exist afterwards as well. Safe from any
     /// thread.
     static const ul::P<COpenSSLInit>& get();
 
-    /// Creates CThreadStuff's instance and then CCleaner's unless they exist, but not this class's own. The
-    /// constructors of libcrypto's ciphers, digests and signature algorithms call it first, as do Base64 and PBKDF2;
-    /// HMAC needs no set-up. Safe from any thread.
+    /// Creates the instances of CThreadStuff and then CCleaner if they do not exist, but not one of this class. The
+    /// constructors of libcrypto's ciphers, digests and signature algorithms call it first, as do Base64 and PBKDF2.
+    /// HMAC does not need it. Safe from any thread.
     static void ensureInitialized();
 
     COpenSSLInit();
     COpenSSLInit(const COpenSSLInit&);
     COpenSSLInit(COpenSSLInit&&) noexcept;
-    /// Changes nothing.
+    /// Does nothing.
     COpenSSLInit& operator=(const COpenSSLInit&);
-    /// Changes nothing.
+    /// Does nothing.
     COpenSSLInit& operator=(COpenSSLInit&&) noexcept;
     ~COpenSSLInit() override;
 
 protected:
-    /// Does nothing: the anchor holds nothing that could be released.
+    /// Does nothing: there is nothing to release.
     static void disposeGlobalInstance();
 
 private:
     static ul::CSafeGlobalSlot g_pInstanceSlot;
 };
 
-/// Stands for the process-wide tear-down of libcrypto, which does it all by itself.
+/// Placeholder for a process-wide tear-down of libcrypto, which cleans up without help.
 class SARN_EXPORT COpenSSLInit::CCleaner : public ul::CBase {
 public:
-    /// The instance, created on first use. Safe from any thread.
+    /// The instance. It is created on first use. Safe from any thread.
     static const ul::P<CCleaner>& get();
 
     CCleaner();
@@ -57,11 +57,11 @@ public:
     CCleaner& operator=(const CCleaner&);
     ~CCleaner() override;
 
-    /// Marks the instance disposed; nothing else.
+    /// Marks the instance as disposed.
     void dispose();
 
 protected:
-    /// Disposes the instance, creating it first if need be. For the host's shutdown: takes no lock.
+    /// Disposes the instance, creating it first if necessary. For the host's shutdown. Takes no lock.
     static void disposeGlobalInstance();
 
     /// Whether dispose() was called.
@@ -73,10 +73,10 @@ private:
     bool m_disposed = false;
 };
 
-/// Owns the mutex and the two callbacks of libcrypto's legacy locking scheme. Nothing registers them with libcrypto.
+/// Owns the mutex and the two callbacks of libcrypto's legacy locking scheme. They are not registered with libcrypto.
 class SARN_EXPORT COpenSSLInit::CThreadStuff : public ul::CBase {
 public:
-    /// The instance, created on first use. Safe from any thread.
+    /// The instance. It is created on first use. Safe from any thread.
     static const ul::P<CThreadStuff>& get();
 
     CThreadStuff();
@@ -85,22 +85,22 @@ public:
     CThreadStuff& operator=(const CThreadStuff&);
     ~CThreadStuff() override;
 
-    /// Marks the instance disposed; it stays usable.
+    /// Marks the instance as disposed. It remains usable.
     void dispose();
 
 protected:
-    /// Disposes the instance, creating it first if need be. For the host's shutdown: takes no lock.
+    /// Disposes the instance, creating it first if necessary. For the host's shutdown. Takes no lock.
     static void disposeGlobalInstance();
 
-    /// Locks mutex `n` if bit 0 of `mode` is set, else unlocks it; no other bit matters. There is one mutex, number 0.
-    /// Any other `n`, and a lock or unlock that fails, is logged, if there is memory for the line; no std::exception is
-    /// thrown. Safe from any thread.
+    /// Locks mutex `n` if bit 0 of `mode` is set, and unlocks it otherwise; the other bits are ignored. The only mutex
+    /// is number 0. An invalid `n` and a failed lock or unlock are logged, if there is memory for the line; no
+    /// std::exception is raised. Safe from any thread.
     void doLock(int mode, int n);
 
     /// libcrypto's legacy locking callback: doLock() on the instance. `file` and `line` are ignored.
     static void lockFunc(int mode, int n, const char* file, int line);
 
-    /// libcrypto's legacy thread-id callback: the calling thread's id, cut to the width of the result.
+    /// libcrypto's legacy thread-id callback: the id of the calling thread, truncated to the type of the result.
     static unsigned long threadIDFunc();
 
     /// Whether dispose() was called.

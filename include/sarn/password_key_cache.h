@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Keys derived from a password, each once.
+/// A cache of keys derived from a password.
 #pragma once
 
 #include "sarn/object_model.h"
@@ -10,32 +10,36 @@
 
 namespace sarn {
 
-/// Holds a password and the keys that were derived from it. Both are wiped when they are freed. Safe from any thread.
+/// Holds a password and the keys derived from it. All are wiped when they are freed. Safe from any thread.
 class SARN_EXPORT CPasswordKeyCache : public ul::CBase {
 public:
-    /// A plain value: all that a derived key depends on beside the password.
+    /// Identifies a derived key: a plain value with everything besides the password that the key depends on.
     class SARN_EXPORT CKeyInfo {
     public:
+        /// Copies the three values.
         CKeyInfo(int keySize, unsigned long long salt, int iterations) noexcept;
 
-        /// -1, 0 or 1. The key size decides, then the salt, an unsigned number, then the iteration count.
+        /// Returns -1, 0 or 1. Orders by key size, then by salt as an unsigned number, then by iteration count.
         int compare(const CKeyInfo& other) const noexcept;
 
-        /// Whether compare() gives 0.
+        /// Whether compare() returns 0.
         bool operator==(const CKeyInfo& other) const noexcept;
-        /// Whether compare() does not give 0.
+        /// Whether compare() does not return 0.
         bool operator!=(const CKeyInfo& other) const noexcept;
-        /// Whether compare() gives -1.
+        /// Whether compare() returns -1.
         bool operator<(const CKeyInfo& other) const noexcept;
-        /// Whether compare() does not give 1.
+        /// Whether compare() does not return 1.
         bool operator<=(const CKeyInfo& other) const noexcept;
-        /// Whether compare() gives 1.
+        /// Whether compare() returns 1.
         bool operator>(const CKeyInfo& other) const noexcept;
-        /// Whether compare() does not give -1.
+        /// Whether compare() does not return -1.
         bool operator>=(const CKeyInfo& other) const noexcept;
 
-        int keySize; ///< in bytes
+        /// Size of the key in bytes.
+        int keySize;
+        /// The salt, used as eight bytes, least significant first.
         unsigned long long salt;
+        /// Iteration count of PBKDF2.
         int iterations;
     };
 
@@ -45,16 +49,16 @@ public:
     CPasswordKeyCache& operator=(const CPasswordKeyCache&) = delete;
     ~CPasswordKeyCache() override;
 
-    /// The key of `keySize` bytes for a salt, whose eight bytes are taken least significant first, and an iteration
-    /// count (PBKDF2 with HMAC-SHA1). It is derived on the first call, which takes long and which other threads that
-    /// use this cache wait for; from then on every caller shares the same buffer.
-    /// \throws ul::CError "Error deriving cryptographic key from password."; the next call tries again
+    /// The key of `keySize` bytes by PBKDF2 with HMAC-SHA1 for a salt, used as eight bytes, least significant first,
+    /// and an iteration count. The first call derives it, which is slow; other threads that use this cache wait. All
+    /// callers share the same buffer.
+    /// \throws ul::CError "Error deriving cryptographic key from password."; the next call tries again.
     ul::PC<ul::TCryptBuffer<unsigned char>> getKey(int keySize, unsigned long long salt, int iterations);
 
 private:
     ul::CMutex m_mutex;
     ul::TCryptBuffer<char> m_password;
-    // An entry whose derivation failed stays, without a key.
+    // An entry without a key remains after a failed derivation.
     ul::TMap<CKeyInfo, ul::P<ul::TCryptBuffer<unsigned char>>> m_keys;
 };
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// The whole library, and the base library whose types it takes and returns.
+/// The whole library, with the base library on which it is built.
 #pragma once
 
 /// \namespace sarn

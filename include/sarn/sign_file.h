@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Signatures by keys that are kept encrypted. Header-only.
+/// Signatures with encrypted private keys. Header-only.
 #pragma once
 
 #include "sarn/signature.h"
@@ -11,9 +11,9 @@
 
 namespace sarn {
 
-/// Returns the pass phrase if it can be one. ISignatureAlgo::beginSign() takes Latin-1, reads '?' for every other
-/// character and ends at a null character, so that a key would be called corrupted whose pass phrase was never tried.
-/// \throws ul::CInvalidArgError "pass phrase has a character outside Latin-1", "pass phrase has a null character"
+/// Checks a passphrase and returns it. ISignatureAlgo::beginSign() takes Latin-1: it would read '?' for any other
+/// character and stop at a null character, and then report a corrupted key although the passphrase was never tried.
+/// \throws ul::CInvalidArgError "pass phrase has a character outside Latin-1", "pass phrase has a null character".
 inline const ul::String& checkPassPhrase(const ul::String& passPhrase) {
     for (const wchar_t character : passPhrase.toStdWString()) {
         if (character == L'\0')
@@ -24,9 +24,9 @@ inline const ul::String& checkPassPhrase(const ul::String& passPhrase) {
     return passPhrase;
 }
 
-/// The signature of a file by an encrypted private key, RSA or DSA over SHA-1: what createFileSignature_RSA_SHA1() does
-/// for keys that are not.
-/// \throws ul::CFileError; as checkPassPhrase(), ISignatureAlgo::beginSign() and ISigner do
+/// Signs a file with an encrypted private key, RSA or DSA over SHA-1. createFileSignature_RSA_SHA1() does so with an
+/// unencrypted one.
+/// \throws ul::CFileError; as checkPassPhrase(), ISignatureAlgo::beginSign() and ISigner do.
 inline ul::TBuffer<unsigned char> signFile(const ul::CWindowsPath& path, const ul::String& privateKey,
                                            const ul::String& passPhrase) {
     constexpr int pieceSize = 65536;

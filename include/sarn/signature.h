@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Signatures over data and files. Keys are PEM texts (RFC 7468), signatures raw bytes or Base64 text files.
+/// Signatures over data and files. Keys are PEM texts (RFC 7468); signatures are raw bytes or Base64 text files.
 #pragma once
 
 #include "sarn/object_model.h"
@@ -19,7 +19,7 @@ typedef struct evp_pkey_st EVP_PKEY;
 
 namespace sarn {
 
-/// One signing operation: data in order, then one finish(). Owned by one thread at a time.
+/// A signing session: update() with the data in order, then finish() once. Owned by one thread at a time.
 class SARN_EXPORT ISigner : public virtual ul::IBase {
 public:
     ISigner();
@@ -29,22 +29,23 @@ public:
     ISigner& operator=(ISigner&&) noexcept;
     ~ISigner() override;
 
-    /// Room in bytes that the signature needs at most.
+    /// Upper bound of the signature's size in bytes.
     virtual int getMaxSignatureSize() const = 0;
     /// Adds `size` bytes of data.
     /// \throws ul::CInvalidArgError "invalid data size" if `size` is negative; ul::CError "OpenSSL sign error."
     virtual void update(const void* data, int size) = 0;
-    /// Writes the signature to `signature`, which must have room for getMaxSignatureSize() bytes, and its length to
-    /// `size`.
-    /// \throws ul::CError "OpenSSL sign error."; `size` is unchanged then
+    /// Writes the signature to `signature` and its size in bytes to `size`. Requires: `signature` has room for
+    /// getMaxSignatureSize() bytes.
+    /// \throws ul::CError "OpenSSL sign error."; `size` is unchanged then.
     virtual void finish(void* signature, int& size) = 0;
 
-    /// Puts the signature into a buffer, in place of what that held. If this fails the buffer's used size is
+    /// Replaces the content of a buffer by the signature. After a failure the used size of the buffer is
     /// getMaxSignatureSize().
+    /// \throws as the other finish() does.
     void finish(ul::TBuffer<unsigned char>& signature);
 };
 
-/// One verifying operation: data in order, then one finish(). Owned by one thread at a time.
+/// A verifying session: update() with the data in order, then finish() once. Owned by one thread at a time.
 class SARN_EXPORT IVerifier : public virtual ul::IBase {
 public:
     IVerifier();
@@ -58,16 +59,17 @@ public:
     /// \throws ul::CInvalidArgError "invalid data size" if `size` is negative; ul::CError "OpenSSL verify update
     ///         error."
     virtual void update(const void* data, int size) = 0;
-    /// Whether a signature of `size` bytes is one of the data. One that does not match is an answer, not an error.
-    /// No signature has a negative size.
-    /// \throws ul::CError "OpenSSL verify error." if libcrypto cannot tell
+    /// Whether the `size` bytes at `signature` are a signature of the data. A mismatch is a result, not an error; so is
+    /// a negative size, which no signature has.
+    /// \throws ul::CError "OpenSSL verify error." if libcrypto fails.
     virtual bool finish(const void* signature, int size) = 0;
 
-    /// The same for the used bytes of a buffer.
+    /// Whether the used bytes of a buffer are a signature of the data.
+    /// \throws as the other finish() does.
     bool finish(const ul::TBuffer<unsigned char>& signature);
 };
 
-/// A signature algorithm. It keeps no state: any number of threads may use one object at once.
+/// A signature algorithm. It has no state: any number of threads may use one object at once.
 class SARN_EXPORT ISignatureAlgo : public virtual ul::IBase {
 public:
     ISignatureAlgo();
@@ -77,24 +79,24 @@ public:
     ISignatureAlgo& operator=(ISignatureAlgo&&) noexcept;
     ~ISignatureAlgo() override;
 
-    /// Starts to sign with a private key, traditional or PKCS #8. The passphrase, Latin-1, serves an encrypted one;
-    /// nobody is ever asked for it. \throws ul::CError "OpenSSL sign init error.", "OpenSSL key corrupted."
+    /// Starts a signing session with a private key, traditional or PKCS #8. `passphrase` (as Latin-1) decrypts an
+    /// encrypted key and is otherwise ignored. The library never prompts for one.
+    /// \throws ul::CError "OpenSSL sign init error.", "OpenSSL key corrupted.".
     virtual ul::P<ISigner> beginSign(const ul::String& privateKey, const ul::String& passphrase) = 0;
-    /// Starts to verify with a public key (SubjectPublicKeyInfo; not a certificate, not encrypted).
-    /// \throws ul::CError "OpenSSL verify init error.", "OpenSSL key corrupted."
+    /// Starts a verifying session with a public key (SubjectPublicKeyInfo; not a certificate, not encrypted).
+    /// \throws ul::CError "OpenSSL verify init error.", "OpenSSL key corrupted.".
     virtual ul::P<IVerifier> beginVerify(const ul::String& publicKey) = 0;
 };
 
-/// Signatures by libcrypto: the digest is given here, the scheme by the kind of key: RSA (PKCS #1 v1.5, RFC 8017), DSA
-/// (FIPS 186), or another that libcrypto signs digests with, such as EC. Of kinds that sign no digest keys are read,
-/// but signing ends in "OpenSSL sign error." and verifying in "OpenSSL verify error.".
+/// Signatures by libcrypto. The digest is given here; the key decides the scheme: RSA (PKCS #1 v1.5, RFC 8017), DSA
+/// (FIPS 186), or another with which libcrypto signs digests, such as EC. A key of any other kind can be read, but
+/// signing with it raises "OpenSSL sign error." and verifying "OpenSSL verify error.".
 class SARN_EXPORT COpenSSLSignatureAlgo : public ul::CBase, public virtual ISignatureAlgo {
 public:
     class CSigner;
     class CVerifier;
 
-    /// \param md libcrypto's description of the digest, not null; it must outlive this object, its signers and
-    /// verifiers
+    /// \param md libcrypto's description of the digest, not null; it must outlive this object and its sessions
     explicit COpenSSLSignatureAlgo(const EVP_MD* md);
     COpenSSLSignatureAlgo(const COpenSSLSignatureAlgo&);
     COpenSSLSignatureAlgo& operator=(const COpenSSLSignatureAlgo&);
@@ -107,16 +109,15 @@ private:
     const EVP_MD* m_md;
 };
 
-/// A signer with its key and its running digest. Copying is not supported: the copy would free both a second time,
+/// A signing session with its key and its running digest. Copying is not supported: the copy frees both a second time,
 /// which is undefined behaviour.
 ///
-/// The members are plain pointers: a construction that fails is to leave the context as it is, not freed, and no
-/// destructor runs then. That CBase is a virtual base, unlike the algorithm's, is part of the layout that hosts are
-/// compiled against.
+/// The members are plain pointers because a failed construction must leave the context unfreed, and no destructor runs
+/// then. That CBase is a virtual base, unlike in the algorithm, is part of the layout that hosts are compiled against.
 class SARN_EXPORT COpenSSLSignatureAlgo::CSigner : public virtual ul::CBase, public virtual ISigner {
 public:
-    /// Reads the key, PEM text, and starts the digest.
-    /// \throws ul::CError as ISignatureAlgo::beginSign() does
+    /// Reads the key from PEM text and starts the digest.
+    /// \throws ul::CError as ISignatureAlgo::beginSign() does.
     CSigner(const EVP_MD* md, const char* privateKeyPem, const char* passphrase);
     CSigner(const CSigner&);
     CSigner& operator=(const CSigner&);
@@ -132,11 +133,12 @@ private:
     EVP_MD_CTX* m_ctx;
 };
 
-/// A verifier with its key and its running digest. Copying is not supported, and the members are plain, as for CSigner.
+/// A verifying session with its key and its running digest. Copying is not supported, and the members are plain
+/// pointers, as for CSigner.
 class SARN_EXPORT COpenSSLSignatureAlgo::CVerifier : public virtual ul::CBase, public virtual IVerifier {
 public:
-    /// Reads the key, PEM text, and starts the digest.
-    /// \throws ul::CError as ISignatureAlgo::beginVerify() does
+    /// Reads the key from PEM text and starts the digest.
+    /// \throws ul::CError as ISignatureAlgo::beginVerify() does.
     CVerifier(const EVP_MD* md, const char* publicKeyPem);
     CVerifier(const CVerifier&);
     CVerifier& operator=(const CVerifier&);
@@ -151,35 +153,37 @@ private:
     EVP_MD_CTX* m_ctx;
 };
 
-/// Signatures over SHA-1 with RSA keys. As with createDSS_SHA1() it is the key that decides.
+/// Creates an algorithm for signatures over SHA-1 with RSA keys. It is the same as createDSS_SHA1(): the key decides
+/// the scheme.
 SARN_EXPORT ul::P<ISignatureAlgo> createRSA_SHA1();
-/// Signatures over SHA-1 with DSA keys.
+/// Creates an algorithm for signatures over SHA-1 with DSA keys.
 SARN_EXPORT ul::P<ISignatureAlgo> createDSS_SHA1();
 
-/// Signs a file with a private key that is not encrypted. The file is read in pieces of 8192 bytes. Safe from any
-/// thread, as are the functions below.
-/// \throws ul::CFileError; ul::CError as ISignatureAlgo::beginSign() and ISigner do
+/// Signs a file with an unencrypted private key. The file is read in pieces of 8192 bytes. Safe from any thread, like
+/// the functions below.
+/// \throws ul::CFileError; ul::CError as ISignatureAlgo::beginSign() and ISigner do.
 SARN_EXPORT void createFileSignature_RSA_SHA1(const ul::TPathImpl<ul::CWindowsPathTraits>& path,
                                               const ul::String& privateKey, ul::TBuffer<unsigned char>& signature);
 
-/// Whether `signature` is one of the file.
-/// \throws ul::CFileError; ul::CError as ISignatureAlgo::beginVerify() and IVerifier do
+/// Whether `signature` is a signature of the file.
+/// \throws ul::CFileError; ul::CError as ISignatureAlgo::beginVerify() and IVerifier do.
 SARN_EXPORT bool verifyFileSignature_RSA_SHA1(const ul::TPathImpl<ul::CWindowsPathTraits>& path,
                                               const ul::String& publicKey, const ul::TBuffer<unsigned char>& signature);
 
-/// Whether the signature in the file `signaturePath`, which is read first, is one of the file.
-/// \throws ul::CFileError, also for a missing signature file; ul::CInvalidArgError as base64Decode() does; ul::CError
+/// Whether the file `signaturePath` contains a signature of the file `path`. The signature is read first.
+/// \throws as loadSignatureBase64() and the other verifyFileSignature_RSA_SHA1() do; a missing signature file is a
+///         ul::CFileError.
 SARN_EXPORT bool verifyFileSignature_RSA_SHA1(const ul::TPathImpl<ul::CWindowsPathTraits>& path,
                                               const ul::String& publicKey,
                                               const ul::TPathImpl<ul::CWindowsPathTraits>& signaturePath);
 
 /// Reads a signature file: Base64 text in UTF-8, at most 65536 bytes. A larger file is refused before it is read.
-/// \throws ul::CFileError; ul::CError "Invalid UTF-8 text."; ul::CInvalidArgError as base64Decode() does
+/// \throws ul::CFileError; ul::CError "Invalid UTF-8 text."; as base64Decode() does.
 SARN_EXPORT void loadSignatureBase64(const ul::TPathImpl<ul::CWindowsPathTraits>& signaturePath,
                                      ul::TBuffer<unsigned char>& signature);
 
-/// Writes a signature file, with padding and line breaks, in place of one that is there, as a whole.
-/// \throws ul::CFileError
+/// Atomically writes or replaces a signature file: Base64 text with padding and line breaks.
+/// \throws ul::CFileError.
 SARN_EXPORT void storeSignatureBase64(const ul::TPathImpl<ul::CWindowsPathTraits>& signaturePath,
                                       const ul::TBuffer<unsigned char>& signature);
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Decryption of data that need not fit into memory, piece by piece. Header-only.
+/// Decryption of data of any size, piece by piece. Header-only.
 #pragma once
 
 #include "sarn/cipher_stream.h"
@@ -12,23 +12,24 @@
 
 namespace sarn {
 
-/// Decrypts a stream: the results of update(), in order, and that of finish() are the very bytes that one
-/// ICipher::decrypt() of all the data would give, and its errors come from finish().
+/// Decrypts a stream. The results of update(), in order, and of finish() are exactly the bytes that one
+/// ICipher::decrypt() of all the data would return; finish() raises the errors that it would raise.
 ///
-/// A stream that was cut inside a block, or whose end does not decrypt to padding, is such an error. One that was cut
-/// between blocks is taken for whole about once in 256 times, and one that was changed may be: only a digest or a
-/// signature proves that a stream is whole. Check one before anybody uses what came out.
+/// A stream that was cut within a block, or whose end does not decrypt to valid padding, is such an error. A stream
+/// that was cut between blocks passes about once in 256 times, and a modified one may pass: only a digest or a
+/// signature proves that a stream is intact. Check one before you use the plaintext.
 class CStreamDecryptor : public CCipherStream {
 public:
-    /// Takes the IV from the front of the stream.
-    /// \throws as CCipherStream says; as CCipherManager::getCipher() does
+    /// Decrypts a stream that starts with its IV.
+    /// \throws as CCipherStream says; as CCipherManager::getCipher() does.
     CStreamDecryptor(const ul::CText& id, const ul::TCryptBuffer<unsigned char>& key)
         : CStreamDecryptor(CCipherManager::get()->getCipher(id.get()), key) {}
-    /// The same for any cipher.
+    /// Decrypts with any cipher a stream that starts with its IV.
+    /// \throws as CCipherStream says.
     CStreamDecryptor(ul::P<ICipher> cipher, const ul::TCryptBuffer<unsigned char>& key)
         : CCipherStream("CStreamDecryptor", std::move(cipher), key) {}
-    /// Takes the caller's IV.
-    /// \throws ul::CInvalidArgError "invalid IV size"
+    /// Decrypts with the given IV.
+    /// \throws ul::CInvalidArgError "invalid IV size"; as CCipherStream says.
     CStreamDecryptor(ul::P<ICipher> cipher, const ul::TCryptBuffer<unsigned char>& key, ul::CBytes iv)
         : CCipherStream("CStreamDecryptor", std::move(cipher), key) {
         setIV("CStreamDecryptor", iv);
@@ -36,9 +37,9 @@ public:
 
     ~CStreamDecryptor() { wipeResult(); }
 
-    /// Takes the next piece of the stream, of any size, which must not be a result of this object. Returns the next
-    /// bytes of the plaintext, valid until the next call; they may be none.
-    /// \throws ul::CInvalidArgError "data is too large", after which the stream is as it was; as CCipherStream says
+    /// Processes the next piece of the stream, of any size. Returns the next bytes of the plaintext, possibly none;
+    /// they are valid until the next call. Requires: `piece` is not a result of this object.
+    /// \throws ul::CInvalidArgError "data is too large", which leaves the stream unchanged; as CCipherStream says.
     ul::CBytes update(ul::CBytes piece) {
         int left = piece.getIntSize("CStreamDecryptor::update");
         const unsigned char* data = piece.data();
@@ -47,7 +48,7 @@ public:
         if (m_waiting > 0)
             moveToRest(data, left);
         if (left > 0) {
-            // The last block of all holds the padding, so one waits until there is another.
+            // The last block of the stream has the padding, so one is kept back until another arrives.
             decryptBlocks(m_rest.getData(), m_waiting);
             m_waiting = 0;
             const int whole = left <= m_batchSize ? 0 : left - 1 - (left - 1) % m_blockSize;
@@ -58,8 +59,8 @@ public:
         return end();
     }
 
-    /// The last bytes of the plaintext, valid as long as this object. The stream is closed then.
-    /// \throws as ICipher::decrypt() does
+    /// Returns the last bytes of the plaintext and ends the stream. They are valid as long as this object.
+    /// \throws as ICipher::decrypt() does.
     ul::CBytes finish() {
         begin("CStreamDecryptor::finish", 0);
         if (m_iv.getUsed() < m_ivSize)

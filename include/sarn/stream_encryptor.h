@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Encryption of data that need not fit into memory, piece by piece. Header-only.
+/// Encryption of data of any size, piece by piece. Header-only.
 #pragma once
 
 #include "sarn/cipher_stream.h"
@@ -12,30 +12,31 @@
 
 namespace sarn {
 
-/// Encrypts a stream: the results of update(), in order, and that of finish() are the very bytes that one
-/// ICipher::encrypt() of all the data would give.
+/// Encrypts a stream. The results of update(), in order, and of finish() are exactly the bytes that one
+/// ICipher::encrypt() of all the data would return.
 class CStreamEncryptor : public CCipherStream {
 public:
-    /// Draws a random IV, which comes before the ciphertext.
-    /// \throws as CCipherStream says; as CCipherManager::getCipher() does
+    /// Draws a random IV, which precedes the ciphertext.
+    /// \throws as CCipherStream says; as CCipherManager::getCipher() does.
     CStreamEncryptor(const ul::CText& id, const ul::TCryptBuffer<unsigned char>& key)
         : CStreamEncryptor(CCipherManager::get()->getCipher(id.get()), key) {}
-    /// The same for any cipher.
+    /// Encrypts with any cipher and a random IV, which precedes the ciphertext.
+    /// \throws as CCipherStream says.
     CStreamEncryptor(ul::P<ICipher> cipher, const ul::TCryptBuffer<unsigned char>& key)
         : CCipherStream("CStreamEncryptor", std::move(cipher), key), m_owesIV(true) {
         m_iv.setUsed(m_ivSize);
         ul::CMTRand::getGlobal()->randData(m_iv.getData(), m_ivSize);
     }
-    /// Takes the caller's IV, which is not written.
-    /// \throws ul::CInvalidArgError "invalid IV size"
+    /// Encrypts with the given IV, which is not written.
+    /// \throws ul::CInvalidArgError "invalid IV size"; as CCipherStream says.
     CStreamEncryptor(ul::P<ICipher> cipher, const ul::TCryptBuffer<unsigned char>& key, ul::CBytes iv)
         : CCipherStream("CStreamEncryptor", std::move(cipher), key) {
         setIV("CStreamEncryptor", iv);
     }
 
-    /// Takes the next piece of plaintext, of any size, which must not be a result of this stream. Returns the next
-    /// bytes of the result, valid until the next call; they may be none.
-    /// \throws ul::CInvalidArgError "data is too large", after which the stream is as it was; as CCipherStream says
+    /// Processes the next piece of plaintext, of any size. Returns the next bytes of the result, possibly none; they
+    /// are valid until the next call. Requires: `piece` is not a result of this object.
+    /// \throws ul::CInvalidArgError "data is too large", which leaves the stream unchanged; as CCipherStream says.
     ul::CBytes update(ul::CBytes piece) {
         int left = piece.getIntSize("CStreamEncryptor::update");
         const unsigned char* data = piece.data();
@@ -54,7 +55,9 @@ public:
         return end();
     }
 
-    /// The last bytes of the result, padding included, valid as long as this object. The stream is closed then.
+    /// Returns the last bytes of the result, padding included, and ends the stream. They are valid as long as this
+    /// object.
+    /// \throws as ICipher::encrypt() does.
     ul::CBytes finish() {
         begin("CStreamEncryptor::finish", 0);
         writeIV();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What every cipher makes of its arguments.
+// Checks of arguments that all ciphers share.
 #pragma once
 
 #include "frame/raise.h"
@@ -13,15 +13,15 @@ namespace sarn {
 using Key = ul::TCryptBuffer<unsigned char>;
 using Buffer = ul::TBuffer<unsigned char>;
 
-/// Where an operation begins to write in `out`.
+/// The position in `out` where an operation begins to write.
 inline int getStart(const Buffer& out, bool append) {
     return append ? out.getUsed() : 0;
 }
 
-/// Refuses what no cipher can work with.
+/// Refuses arguments that no cipher can process.
 /// \param where      qualified name of the operation
-/// \param start      where the operation begins to write in `out`
-/// \param outputSize how many bytes it may write from there on
+/// \param start      position in `out` where the operation begins to write
+/// \param outputSize number of bytes it may write from there on
 inline void checkArguments(const char* where, const Key& key, int size, const Buffer& out, int start,
                            long long outputSize) {
     if (size < 0)

@@ -33,10 +33,10 @@ ul::P<ICipher> create() {
 
 enum RowIndex { Aes256, Aes128, Blowfish, Cast128, Idea };
 
-// Data under IDEA are old and rare enough for a host to ask for it.
+// IDEA is not offered: data under it are so old and rare that a host has to register it.
 // clang-format off
 constexpr std::array<CipherRow, 5> table = {{
-    // identifier, libcrypto's name, its own description, legacy, offered, class
+    // identifier, libcrypto's name, built-in description, legacy, offered, class
     {"aes256cbc", "AES-256-CBC", EVP_aes_256_cbc, false, true, create<CCipher_AES256CBC>},
     {"aes128cbc", "AES-128-CBC", EVP_aes_128_cbc, false, true, create<CCipher_AES128CBC>},
     {"bfcbc", "BF-CBC", EVP_bf_cbc, true, true, create<CCipher_BlowFishCBC>},
@@ -47,26 +47,26 @@ constexpr std::array<CipherRow, 5> table = {{
 
 #if OPENSSL_VERSION_NUMBER >= 0x30000000L
 
-/// A library context with the default and the legacy provider, or null if there is no memory for one. It lives as long
-/// as the process: libcrypto's own clean-up at exit may come first, after which nothing of it could be freed safely.
+/// Creates a library context with the default and the legacy provider; null if memory is exhausted. It is never freed:
+/// libcrypto may clean up first when the process exits, and freeing it after that would not be safe.
 OSSL_LIB_CTX* createLibraryContext() {
     OSSL_LIB_CTX* const context = OSSL_LIB_CTX_new();
     if (context) {
         OSSL_PROVIDER_load(context, "default");
-        // Without the legacy module the ciphers that need it fail when they are used, the others work.
+        // Without the legacy module its ciphers fail when they are used; the others work.
         OSSL_PROVIDER_load(context, "legacy");
     }
     return context;
 }
 
-/// Says once why a cipher will fail: the error of its use does not know.
+/// Logs once why a cipher will fail: the error raised when it is used cannot say.
 void logIfWithoutLegacyProvider(OSSL_LIB_CTX* context, const char* name) {
     if (!OSSL_PROVIDER_available(context, "legacy"))
         ul::logError(ul::String("OpenSSL cannot load its legacy provider, so ") + name + " will fail.");
 }
 
-/// Fetches a cipher by name. The built-in description, which knows the sizes but looks for its code in the host's
-/// providers on each use, stands in if that fails.
+/// Fetches a cipher by name. If that fails, it uses the built-in description, which knows the sizes but looks for an
+/// implementation in the host's providers on each use.
 const EVP_CIPHER* select(const CipherRow& row) {
     COpenSSLInit::ensureInitialized();
     ErrorQueueMark mark;
@@ -89,7 +89,7 @@ const EVP_CIPHER* select(const CipherRow& row) {
 
 #endif
 
-/// What a cipher is made of, found once. Valid for the life of the process.
+/// The parts of a cipher, looked up once. Valid until the process ends.
 template <RowIndex Index>
 const EVP_CIPHER* describe() {
     static const EVP_CIPHER* const description = select(table[Index]);

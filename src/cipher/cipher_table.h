@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The ciphers of libcrypto that the library knows.
+// The table of libcrypto's ciphers.
 #pragma once
 
 #include "sarn/cipher_interface.h"
@@ -11,22 +11,22 @@
 
 namespace sarn {
 
-/// One cipher.
+/// One row of the table.
 struct CipherRow {
     /// The identifier that hosts store.
     const char* id;
-    /// The name under which libcrypto 3 fetches it.
+    /// The name by which libcrypto 3 fetches it.
     const char* libcryptoName;
-    /// libcrypto's own description, which knows the sizes; null if libcrypto was built without the cipher.
+    /// libcrypto's built-in description, which knows the sizes; null if libcrypto was built without the cipher.
     const EVP_CIPHER* (*getBuiltIn)();
-    /// Whether libcrypto 3 keeps it in its legacy provider.
+    /// Whether libcrypto 3 has it in its legacy provider.
     bool isLegacy;
-    /// Whether the registry offers it unasked.
+    /// Whether the registry offers it by default.
     bool isOffered;
     ul::P<ICipher> (*create)();
 };
 
-/// All of them, in the order in which the registry adds them.
+/// All rows, in the order in which the registry adds them.
 const std::array<CipherRow, 5>& getCipherTable();
 
 } // namespace sarn

@@ -22,7 +22,7 @@ CCipher_Null::CCipher_Null() = default;
 CCipher_Null::CCipher_Null(const CCipher_Null&) = default;
 CCipher_Null::CCipher_Null(CCipher_Null&&) noexcept = default;
 CCipher_Null& CCipher_Null::operator=(const CCipher_Null&) = default;
-// A default one would move the virtual base, which has nothing to move and warns of it.
+// Not defaulted: that would move the virtual base, which has nothing to move, and the compiler warns about it.
 CCipher_Null& CCipher_Null::operator=(CCipher_Null&&) noexcept {
     return *this;
 }

@@ -11,10 +11,10 @@ namespace sarn {
 
 namespace {
 
-/// The least significant byte first, whatever the processor.
+/// Least significant byte first on every processor.
 using ChecksumBytes = std::array<unsigned char, 4>;
 
-/// What tells one checksum from another.
+/// The differences between the checksums.
 template <class Type>
 struct Kind;
 
@@ -33,7 +33,7 @@ struct Kind<CDigestType_CRC32> {
 };
 
 std::uint32_t toNumber(const ChecksumBytes& bytes) {
-    // In one expression, which compilers know for a plain load where it is one.
+    // A single expression, which compilers turn into a plain load where that is equivalent.
     return std::uint32_t{bytes[0]} | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
            std::uint32_t{bytes[3]} << 24;
 }
@@ -45,7 +45,7 @@ ChecksumBytes toBytes(unsigned long number) {
     return bytes;
 }
 
-/// The checksum of nothing.
+/// The checksum of empty input.
 template <class Type>
 ChecksumBytes getInitialChecksum() {
     return toBytes(Kind<Type>::function(0, nullptr, 0));
@@ -75,7 +75,7 @@ void TDigest_Checksum<Type>::update(const void* data, int length) {
         detail::raiseDigestIsFinished();
     if (data && length < 0)
         detail::raiseBadDigestDataSize(Kind<Type>::update);
-    // zlib takes null data for a request of the initial value, except that adler32() reads a single byte unasked.
+    // For null data zlib returns the initial value, except that adler32() with a size of 1 reads a byte first.
     const unsigned size = data ? static_cast<unsigned>(length) : 0;
     const auto* const bytes = static_cast<const unsigned char*>(data);
     m_state.checksum = toBytes(Kind<Type>::function(toNumber(m_state.checksum), bytes, size));

@@ -8,7 +8,7 @@ namespace sarn {
 
 namespace {
 
-// Small enough for a slice to stay in the processor's first cache from one digest to the other.
+// Small enough that a slice stays in the first-level cache between the two digests.
 constexpr int sliceSize = 2048;
 
 } // namespace
@@ -37,14 +37,14 @@ int TDigestCombiner<A, B>::getDigestSize() const {
 template <class A, class B>
 void TDigestCombiner<A, B>::update(const void* data, int length) {
     const auto* slice = static_cast<const unsigned char*>(data);
-    // Null data stays null, which is a checksum's request for its initial value.
+    // Null data stays null: it asks a checksum for its initial value.
     const int step = data ? sliceSize : 0;
     for (; length >= sliceSize; length -= sliceSize) {
         m_first->update(slice, sliceSize);
         m_second->update(slice, sliceSize);
         slice += step;
     }
-    // Also when nothing is left, so that misuse is noticed by the digests whatever the length.
+    // Called even for no remaining bytes, so that the digests detect misuse at any length.
     m_first->update(slice, length);
     m_second->update(slice, length);
 }
@@ -68,7 +68,7 @@ template <class A, class B>
 const unsigned char* TDigestCombiner<A, B>::getDigestData() const {
     if (!m_state.finished)
         detail::raiseDigestIsNotFinished();
-    // The result is copied each time: only a loaded one is known to be the bytes to deliver.
+    // Copied on each call: only a loaded result is known to be the one to deliver.
     if (!m_state.resultReady) {
         m_state.result.setUsed(getDigestSize());
         storeResults(m_state.result.getData());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The saved state is libcrypto's own low-level context, which newer versions declare deprecated but keep.
+// The saved state is libcrypto's low-level context, which newer versions deprecate but keep.
 #define OPENSSL_SUPPRESS_DEPRECATED
 
 #include "sarn/digest.h"
@@ -12,7 +12,7 @@ namespace sarn {
 
 namespace {
 
-// Saved states are exchanged between builds.
+// Saved states are exchanged between builds, so the sizes must not vary.
 static_assert(sizeof(MD4_CTX) == 92 && sizeof(MD5_CTX) == 92 && sizeof(SHA_CTX) == 96 && sizeof(SHA256_CTX) == 112);
 
 using Digest_MD4 = TDigest_OpenSSL<MD4_CTX, MD4_DIGEST_LENGTH, MD4_Init, MD4_Update, MD4_Final>;

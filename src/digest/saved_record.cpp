@@ -13,11 +13,11 @@ namespace sarn::detail {
 
 namespace {
 
-// The version that the first saved states carry. The contexts are the same in every libcrypto from 1.1.0 on, so it is
-// written whichever one this is built against, and every build reads what any other wrote.
+// The version in the first saved states. The contexts are the same in every libcrypto since 1.1.0, so all builds write
+// this version, and each build reads the states of all others.
 constexpr int opensslVersion = 0x1010102F;
 
-// Each record from its first field to its last. A writer visits what a digest keeps, a reader an empty state.
+// The fields of each record in order. A writer visits the state of a digest, a reader an empty state.
 
 template <class Visitor, class State>
 void visitHash(Visitor& visitor, const HashContext& context, int digestSize, State& state) {
@@ -30,7 +30,7 @@ void visitHash(Visitor& visitor, const HashContext& context, int digestSize, Sta
     visitor.result(state.result, digestSize);
     visitor.flag(state.initialized);
     visitor.flag(state.finished);
-    // Only now: a damaged flag, or a missing one, is reported before a damaged context.
+    // Checked last: a damaged or missing flag is reported before a damaged context.
     visitor.checkContext(context, digestSize);
 }
 
@@ -82,7 +82,7 @@ private:
     ul::CDataOutStream& m_stream;
 };
 
-/// Reads the fields that it visits, and refuses those that no writer wrote.
+/// Reads the fields that it visits and refuses values that no writer writes.
 class Reader {
 public:
     explicit Reader(ul::CDataInStream& stream) : m_stream(stream) {}
@@ -113,7 +113,7 @@ private:
     ul::CDataInStream& m_stream;
 };
 
-/// If the rest is refused the part gets the state back that it had.
+/// Restores the part's previous state if the rest is refused.
 template <class Rest>
 void Reader::partAndRest(IDigest& digest, const Rest& rest) {
     ul::TBuffer<unsigned char> old;
@@ -135,10 +135,10 @@ void Reader::result(ul::TBuffer<unsigned char>& result, int digestSize) {
     const int length = m_stream.readInt32();
     if (length < 0)
         raiseError("Bad digest result length in state stream.");
-    // A shorter result is delivered in the digest's size all the same.
+    // A shorter result is still delivered in the digest's size.
     result.ensureAllocated(digestSize);
     std::fill_n(result.getData(), digestSize, static_cast<unsigned char>(0));
-    // The length is not believed before that many bytes have come.
+    // The length is untrusted: memory grows only as bytes arrive.
     std::array<unsigned char, 4096> chunk;
     while (result.getUsed() < length) {
         const int count = std::min(length - result.getUsed(), static_cast<int>(chunk.size()));

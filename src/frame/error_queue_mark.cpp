@@ -6,7 +6,7 @@
 namespace sarn {
 
 bool ErrorQueueMark::moveAside(ERR_STATE& hosts) noexcept {
-    // There is a queue: it has errors.
+    // The queue exists, because it has errors.
     ERR_STATE& queue = *ERR_get_state();
     hosts = queue;
     queue = ERR_STATE();

@@ -8,40 +8,41 @@
 
 namespace sarn {
 
-/// Leaves libcrypto's error queue of this thread as it was found when an operation ends. A host that asks the queue
-/// after calls of its own must not find our failures there, nor miss an error or a mark of its own.
+/// Restores this thread's libcrypto error queue when an operation ends. A host that inspects the queue after its own
+/// calls must not find our failures there, and must not lose its errors or marks.
 class ErrorQueueMark {
 public:
     ErrorQueueMark() noexcept;
     ErrorQueueMark(const ErrorQueueMark&) = delete;
     ErrorQueueMark& operator=(const ErrorQueueMark&) = delete;
     ~ErrorQueueMark() {
-        // Mostly the queue was empty, and an operation that succeeds adds nothing: there is nothing to do.
+        // Usually the queue was empty and a successful operation adds nothing, so there is nothing to do.
         if (m_holdsHosts)
             restore();
     }
 
-    /// Drops what was queued since and throws a ul::CError.
+    /// Drops errors queued since construction and raises a ul::CError.
     [[noreturn]] void raise(const char* message) {
         drop();
         raiseError(message);
     }
 
-    /// Drops what was queued since. For operations that succeed where libcrypto reports a failure.
+    /// Drops errors queued since construction. For operations that succeed although libcrypto reports a failure.
     void drop() noexcept;
 
 private:
     void restore() noexcept;
 
 #if OPENSSL_VERSION_NUMBER < 0x30000000L
-    // A mark is a flag of one error there. One of ours would take a mark of the host's with it, and is lost when
-    // libcrypto sets and pops one in between; so the host's errors are moved aside, and libcrypto finds an empty queue.
+    // A mark is a flag on one error in the queue. A mark of ours would remove the host's mark from that error, and is
+    // lost if libcrypto sets and pops its own in between. Therefore the host's errors are moved aside, and libcrypto
+    // works on an empty queue.
     static bool moveAside(ERR_STATE& hosts) noexcept;
     static void putBack(const ERR_STATE& hosts) noexcept;
 
     ERR_STATE m_hosts;
 #endif
-    // Whether there was anything to hold: an empty queue takes no mark.
+    // Whether the queue had errors, which were moved aside or marked: an empty queue cannot take a mark.
     bool m_holdsHosts;
 };
 

@@ -14,14 +14,14 @@ namespace sarn {
 
 namespace {
 
-/// Runs a step that logs. That there is no memory for its text must not reach the caller: what is a callback of a C
-/// library throws nothing.
+/// Runs a logging step. Lack of memory for its text must not reach the caller: a callback of a C library must not
+/// throw.
 template <class Step>
 void logSafely(Step step) noexcept {
     try {
         step();
     } catch (const std::bad_alloc&) {
-        // There is no line without a text.
+        // Without a text there is nothing to log.
     }
 }
 
@@ -53,8 +53,8 @@ COpenSSLInit& COpenSSLInit::operator=(const COpenSSLInit&) = default;
 COpenSSLInit& COpenSSLInit::operator=(COpenSSLInit&&) noexcept = default;
 COpenSSLInit::~COpenSSLInit() = default;
 
-// Does nothing on purpose: the anchor has nothing to release, and the companions have such a function of their own.
-// Hosts call it at shutdown and go on using the library.
+// Deliberately empty: the anchor has nothing to release, and its companions have such a function themselves. Hosts call
+// it at shutdown and then continue to use the library.
 void COpenSSLInit::disposeGlobalInstance() {}
 
 const ul::P<COpenSSLInit::CCleaner>& COpenSSLInit::CCleaner::get() {
@@ -86,8 +86,9 @@ const ul::P<COpenSSLInit::CThreadStuff>& COpenSSLInit::CThreadStuff::get() {
 }
 
 COpenSSLInit::CThreadStuff::CThreadStuff() {
-    // libcrypto would take itself apart in an exit handler, after which it reads no key: yet the destructor of a static
-    // object, or a thread that outlives main, may still verify. If it has no memory for this it has none for the rest.
+    // Without this, libcrypto cleans up in an exit handler and cannot read keys afterwards; yet the destructor of a
+    // static object, or a thread that outlives main, may still verify. If this fails for lack of memory, so does all
+    // that follows.
     OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
     m_mutexes.resize(1);
     for (ul::P<ul::CMutex>& mutex : m_mutexes)

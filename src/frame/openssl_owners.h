@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Owners of libcrypto's objects. No other file calls a function that frees one: scripts/check-tree looks.
+// Owners of libcrypto's objects. scripts/check-tree ensures that no other file calls a function that frees one.
 #pragma once
 
 #include <openssl/bio.h>
@@ -15,7 +15,7 @@ struct CipherContextDeleter {
         EVP_CIPHER_CTX_free(context);
     }
 };
-/// Owns a cipher context; it is reset before it is freed.
+/// Owns a cipher context. Resets it before freeing it.
 using CipherContextPtr = std::unique_ptr<EVP_CIPHER_CTX, CipherContextDeleter>;
 
 struct BioDeleter {
@@ -30,8 +30,8 @@ struct KeyDeleter {
 /// Owns a key.
 using KeyPtr = std::unique_ptr<EVP_PKEY, KeyDeleter>;
 
-/// Frees what a signer or a verifier holds. These own plain pointers, since a construction that fails has to leave the
-/// context to nobody. Hosts rely on the order: the context is reset, then freed, then the key is freed.
+/// Frees the objects of a signing or verifying session. Sessions hold plain pointers, because a failed construction
+/// must not free the context. Hosts rely on the order: the context is reset, then freed, then the key is freed.
 inline void freeSession(EVP_MD_CTX* context, EVP_PKEY* key) noexcept {
     EVP_MD_CTX_reset(context);
     EVP_MD_CTX_free(context);

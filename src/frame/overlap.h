@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Input that lies where the output goes.
+// Overlap of input and output.
 #pragma once
 
 #include "ul/buffer.h"
@@ -8,9 +8,9 @@
 
 namespace sarn {
 
-/// Whether any of `size` bytes at `data` lie in the buffer's block.
+/// Whether any of the `size` bytes at `data` is inside the buffer's block.
 inline bool overlaps(const void* data, int size, const ul::TBuffer<unsigned char>& buffer) {
-    // As numbers: pointers into different blocks have no order.
+    // Compared as numbers, because pointers into different blocks have no defined order.
     const auto block = reinterpret_cast<std::uintptr_t>(buffer.getData());
     const auto begin = reinterpret_cast<std::uintptr_t>(data);
     const auto allocated = static_cast<std::uintptr_t>(buffer.getAllocated());

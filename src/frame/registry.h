@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the registries of ciphers and of digest types do alike.
+// The common part of the registries of ciphers and digest types.
 #pragma once
 
 #include "frame/raise.h"
@@ -11,13 +11,13 @@
 
 namespace sarn {
 
-/// The objects of a registry by their identifiers.
+/// The objects of a registry by identifier.
 template <class T>
 using TRegistryItems = ul::TMap<ul::String, ul::P<T>>;
 
 /// Registers `item` under its identifier.
-/// \param where    qualified name of the operation that refuses null
-/// \param nullText its message
+/// \param where    qualified name of the operation, which refuses null
+/// \param nullText message of that error
 template <class T>
 void addItem(ul::CMutex& mutex, TRegistryItems<T>& items, T* item, const char* where, const char* nullText) {
     const ul::CMutexLock lock(mutex);
@@ -35,7 +35,7 @@ ul::P<T> findItem(ul::CMutex& mutex, TRegistryItems<T>& items, const ul::String&
 }
 
 /// The item registered under `id`.
-/// \throws ul::CError `unknown`, then the identifier and "'.", if there is none
+/// \throws ul::CError `unknown`, followed by the identifier and "'.", if there is none.
 template <class T>
 ul::P<T> getItem(ul::CMutex& mutex, TRegistryItems<T>& items, const ul::String& id, const char* unknown) {
     const ul::CMutexLock lock(mutex);

@@ -5,7 +5,7 @@
 
 namespace sarn {
 
-// Compiled into this library, not asked of the base library, which may be a newer one.
+// Compiled into this library instead of asking the base library, which may be newer.
 int getVersion() noexcept {
     return SARN_VERSION;
 }

@@ -26,15 +26,15 @@ bool isWhiteSpace(char character) {
     return character == ' ' || character == '\t' || character == '\n' || character == '\r';
 }
 
-/// How many of `size` characters, at most 255, are white space.
+/// Counts the white space in `size` characters, at most 255.
 int countWhiteSpaceOfRun(const char* text, int size) {
-    // White space is among the characters up to 32, of which most texts have none for long.
+    // White space is found among the characters up to 32, and most texts have long runs without these.
     unsigned char lowest = 255;
     for (int i = 0; i < size; ++i)
         lowest = std::min(lowest, static_cast<unsigned char>(text[i]));
     if (lowest > ' ')
         return 0;
-    // Counted in one byte, which cannot overflow: several characters are looked at in one step.
+    // A counter of one byte, which cannot overflow here, lets compilers process several characters at a time.
     unsigned char count = 0;
     for (int i = 0; i < size; ++i)
         count = static_cast<unsigned char>(count + isWhiteSpace(text[i]));
@@ -49,14 +49,14 @@ int countWhiteSpace(const char* text, int size) {
     return count;
 }
 
-/// A text as the filter reads it: 8-bit characters, padded if it was not.
+/// A text in the form that the filter reads: 8-bit characters, with padding added if it was missing.
 class FilterText {
 public:
-    // Pieces of the text go through the processor's fastest memory twice: narrowed, and searched for white space.
+    // Each piece is used twice, for narrowing and for counting white space; this size stays in the fastest cache.
     static constexpr int pieceSize = 4096;
     static constexpr int maxLength = INT_MAX - pieceSize;
 
-    /// What is no 8-bit character is no Base64 either and stays one character.
+    /// A character that does not fit 8 bits cannot be Base64; it becomes one character that is not Base64.
     explicit FilterText(const ul::String& text)
         : m_length(text.getLength()),
           m_significant(m_length),
@@ -70,10 +70,10 @@ public:
 
     const char* getData() const { return m_bytes.get(); }
     int getLength() const { return m_length; }
-    /// How many characters the text had that are not white space.
+    /// Number of characters that are not white space.
     int getSignificant() const { return m_significant; }
 
-    /// Puts `missing` characters of padding, one or two, in place of white space at the end.
+    /// Replaces white space at the end by `missing` padding characters, one or two.
     void complete(int missing) {
         while (m_length > 0 && isTrimmed(m_bytes[static_cast<std::size_t>(m_length) - 1]))
             --m_length;
@@ -82,22 +82,22 @@ public:
     }
 
 private:
-    /// As ul::String::trimRight() has it.
+    /// Whether ul::String::trimRight() removes the character.
     static bool isTrimmed(char character) { return isWhiteSpace(character) || character == '\v' || character == '\f'; }
 
     int m_length;
     int m_significant;
-    // Not a std::string, which would be filled with zeros first.
+    // Not a std::string, which would first be filled with zeros.
     std::unique_ptr<char[]> m_bytes;
 };
 
-/// How many characters stand for `size` bytes. The filter breaks lines after 64 of them.
+/// Length of the text for `size` bytes. The filter breaks lines after 64 characters.
 std::int64_t getEncodedLength(int size, bool lineBreaks) {
     const std::int64_t characters = (std::int64_t{size} + 2) / 3 * 4;
     return lineBreaks ? characters + (characters + 63) / 64 : characters;
 }
 
-/// The Base64 filter ahead of `end`, or null if there is no memory for either.
+/// Puts the Base64 filter before `end`; null if there is no memory for either.
 BioPtr createFilter(BioPtr end, bool lineBreaks) {
     BioPtr filter(BIO_new(BIO_f_base64()));
     if (!filter || !end)
@@ -114,16 +114,16 @@ ul::String base64Encode(const void* data, int size, bool keepPadding, bool lineB
     ErrorQueueMark mark;
     BIO* const sink = BIO_new(BIO_s_mem());
     const BioPtr chain = createFilter(BioPtr(sink), lineBreaks);
-    // No write has a negative length: such a size ends here as well.
+    // No write has a negative length, so a negative size fails here too.
     if (!chain || BIO_write(chain.get(), size > 0 ? data : "", size) != size || BIO_flush(chain.get()) <= 0)
         mark.raise(encodeError);
     char* text = nullptr;
     long length = BIO_get_mem_data(sink, &text);
-    // Whatever went wrong in the chain, no part of a text is taken for the whole.
+    // Guards against any failure in the chain: part of a text must not pass for all of it.
     if (length != getEncodedLength(size, lineBreaks))
         mark.raise(encodeError);
-    // With line breaks the last character is a line feed, so the padding stays although the caller asked for none. Keep
-    // it so: texts that hosts have stored, and compare, were written this way.
+    // With line breaks the text ends in a line feed, so the padding remains even if the caller asked for none. Keep
+    // this: hosts store and compare texts that were written this way.
     while (!keepPadding && length > 0 && text[length - 1] == '=')
         --length;
     return ul::String(text, static_cast<std::size_t>(length));
@@ -140,7 +140,7 @@ void base64Decode(const ul::String& text, ul::TBuffer<unsigned char>& out) {
         raiseInvalidArg("base64Decode", "invalid base64 data");
     if (missing > 0)
         bytes.complete(missing);
-    // In 64 bits: with 32 the product would overflow, which is undefined, from 357,913,942 characters on.
+    // In 64 bits: a 32-bit product would overflow, which is undefined, from 357,913,942 characters on.
     const int expected = static_cast<int>(count * 6LL / 8);
 
     ErrorQueueMark mark;
@@ -151,9 +151,9 @@ void base64Decode(const ul::String& text, ul::TBuffer<unsigned char>& out) {
     out.ensureAllocated(expected);
     const int read = BIO_read(chain.get(), out.getData(), expected);
     mark.drop();
-    // Padding counted as significant, so a sound text may give fewer bytes than expected. Keep the tolerance of three,
-    // although damage may pass for padding: hosts load old files that need it. The first comparison is for texts of
-    // which at most two bytes are expected, where a failing read, -1, would pass the second.
+    // Padding counts as significant, so a valid text may give fewer bytes than expected. Keep the tolerance of three,
+    // although damage may pass for padding: hosts load old files that need it. The first comparison is for texts of at
+    // most two expected bytes, where the result of a failed read, -1, would pass the second.
     if (read < 0 || read < expected - 3 || read > expected)
         raiseInvalidArg("base64Decode", "invalid base64 data");
     out.setUsed(read);

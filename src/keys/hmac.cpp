@@ -12,8 +12,8 @@ namespace sarn {
 
 void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* data, int dataSize, const void* key,
               int keySize) {
-    // Unlike its neighbours this does not call COpenSSLInit::ensureInitialized(): HMAC needs nothing of it, and hosts
-    // rely on an HMAC creating none of the process-wide objects.
+    // Unlike its neighbours this does not call COpenSSLInit::ensureInitialized(): HMAC does not need it, and hosts rely
+    // on an HMAC not creating any process-wide objects.
     if (dataSize < 0)
         raiseInvalidArg("calcHMAC", "invalid data size");
     if (out.getAllocated() < EVP_MAX_MD_SIZE && (overlaps(data, dataSize, out) || overlaps(key, keySize, out)))
@@ -21,7 +21,7 @@ void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* dat
     ErrorQueueMark mark;
     out.ensureAllocated(EVP_MAX_MD_SIZE);
     unsigned length = EVP_MAX_MD_SIZE;
-    // A negative key size is refused by 1.1.1 itself; newer versions would take it for a huge one.
+    // 1.1.1 refuses a negative key size itself; newer versions would take it for a huge one.
     const bool isDone =
         keySize >= 0 && HMAC(md, keySize > 0 ? key : "", keySize, static_cast<const unsigned char*>(data),
                              static_cast<std::size_t>(dataSize), out.getData(), &length);

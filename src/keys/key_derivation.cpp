@@ -13,8 +13,8 @@ void deriveKey_PKCS5_PBKDF2_HMAC_SHA1(const void* password, int passwordSize, co
                                       int iterations, int keySize, void* key) {
     COpenSSLInit::ensureInitialized();
     ErrorQueueMark mark;
-    // libcrypto judges the arguments, but it would take negative sizes of these two for huge ones, and use null
-    // pointers.
+    // libcrypto validates the arguments, but it would take negative values of these two sizes for huge ones, and
+    // dereference null pointers.
     const bool isDone = (salt ? saltSize >= 0 : saltSize == 0) && (key ? keySize >= 0 : keySize == 0) &&
                         PKCS5_PBKDF2_HMAC_SHA1(passwordSize != 0 ? static_cast<const char*>(password) : "",
                                                passwordSize, static_cast<const unsigned char*>(salt), saltSize,

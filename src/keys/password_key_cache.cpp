@@ -14,7 +14,7 @@ int compareNumbers(T left, T right) {
     return left < right ? -1 : (left > right ? 1 : 0);
 }
 
-/// The eight bytes of a salt, the least significant first.
+/// The eight bytes of a salt, least significant first.
 std::array<unsigned char, 8> toBytes(unsigned long long salt) {
     std::array<unsigned char, 8> bytes;
     for (unsigned char& byte : bytes) {
@@ -26,7 +26,7 @@ std::array<unsigned char, 8> toBytes(unsigned long long salt) {
 
 } // namespace
 
-// The parameters have other names than the fields so that no compiler warns of one that hides the other.
+// The parameters are not named like the fields, because some compilers warn about shadowing.
 CPasswordKeyCache::CKeyInfo::CKeyInfo(int size, unsigned long long saltNumber, int count) noexcept
     : keySize(size), salt(saltNumber), iterations(count) {}
 

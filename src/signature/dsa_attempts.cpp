@@ -16,12 +16,12 @@ void limitAttempts(EVP_PKEY*) {}
 
 namespace {
 
-// Each draws a number k and computes g^k modulo p; it fails if a half of the signature is 0 then. Under a sound key
-// that never happens. Under others it always does, and the numbers that lead to it have no end of forms: so the
-// attempts are counted, which costs nothing, and the numbers not looked at.
+// Each attempt draws a number k, computes g^k modulo p, and fails if half of the signature is then 0. Under a sound key
+// that never happens; under others it always does, and the parameters that cause it take too many forms to check. So
+// the attempts are counted, at no cost.
 constexpr int maxAttempts = 64;
 
-// No standard ever had fewer. With one bit there is not even a k to draw, and libcrypto draws on.
+// No standard has ever allowed fewer. With one bit there is no k to draw, and libcrypto never stops drawing.
 constexpr int minOrderBits = 160;
 
 thread_local int attemptsLeft = 0;
@@ -40,7 +40,7 @@ DSA_SIG* sign(const unsigned char* digest, int size, DSA* key) {
     return DSA_meth_get_sign(DSA_OpenSSL())(digest, size, key);
 }
 
-/// libcrypto's own method with the two steps above. It lives as long as the process, since any key may use it.
+/// Wraps libcrypto's method with the two steps above. Never freed, since any key may use it.
 DSA_METHOD* createMethod() {
     DSA_METHOD* const method = DSA_meth_dup(DSA_OpenSSL());
     if (!method)
@@ -56,7 +56,7 @@ void limitAttempts(EVP_PKEY* key) {
     if (EVP_PKEY_base_id(key) != EVP_PKEY_DSA)
         return;
     DSA* const dsa = EVP_PKEY_get0_DSA(key);
-    // A host may have given libcrypto another method, of an engine for example: that one stays.
+    // A host may have set another method in libcrypto, for example of an engine: leave that alone.
     if (DSA_get_method(dsa) != DSA_OpenSSL())
         return;
     static DSA_METHOD* const method = createMethod();

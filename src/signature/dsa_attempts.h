@@ -6,8 +6,9 @@
 
 namespace sarn {
 
-/// Lets signing with a DSA key fail where libcrypto 1.1.1 would look for a signature for ever. Newer versions give up
-/// by themselves; keys of other kinds are left as they are. \throws std::bad_alloc
+/// Makes signing with such a DSA key fail where libcrypto 1.1.1 would loop for ever. Newer versions give up themselves.
+/// Keys of other kinds are not changed.
+/// \throws std::bad_alloc.
 void limitAttempts(EVP_PKEY* key);
 
 } // namespace sarn

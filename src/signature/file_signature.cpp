@@ -9,10 +9,10 @@ namespace sarn {
 namespace {
 
 constexpr int chunkSize = 8192;
-// Far more than the text of any signature takes: a hundred times that of an RSA key of 4096 bits.
+// Far more than any signature needs: a hundred times the text for an RSA key of 4096 bits.
 constexpr int largestSignatureFile = 65536;
 
-/// Feeds a file to a signer or a verifier.
+/// Passes the content of a file to a signing or verifying session.
 template <class Session>
 void feedFile(const ul::CWindowsPath& path, Session& session) {
     ul::CWindowsFileInStream stream(path);

@@ -10,7 +10,7 @@ namespace sarn {
 
 namespace {
 
-/// The narrow form of a text, for the time of a call. It may be secret: a host may even hand a private key to
+/// A Latin-1 copy of a text, wiped after the call. It may be secret: a host may even pass a private key to
 /// beginVerify() by mistake.
 class SecretText {
 public:
@@ -59,8 +59,8 @@ bool IVerifier::finish(const ul::TBuffer<unsigned char>& signature) {
 }
 
 COpenSSLSignatureAlgo::COpenSSLSignatureAlgo(const EVP_MD* md) {
-    // The two lines of ensureInitialized(), spelled out: sessions rely on these two objects, in this order, and on no
-    // more, even if that function sets up more one day.
+    // The two lines of ensureInitialized(), repeated here on purpose: sessions rely on exactly these two objects in
+    // this order, even if that function does more one day.
     COpenSSLInit::CThreadStuff::get();
     COpenSSLInit::CCleaner::get();
     m_md = md;
@@ -78,7 +78,7 @@ ul::P<IVerifier> COpenSSLSignatureAlgo::beginVerify(const ul::String& publicKey)
     return ul::make<CVerifier>(m_md, SecretText(publicKey).c_str());
 }
 
-// The two are the same on purpose: the kind of key decides on the scheme. Hosts call the one that names their key.
+// The two are the same on purpose: the key decides the scheme. Hosts call the one that names their kind of key.
 ul::P<ISignatureAlgo> createRSA_SHA1() {
     return ul::make<COpenSSLSignatureAlgo>(EVP_sha1());
 }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The two sessions. A construction that fails leaves its context, reset if the key was at fault, to nobody: that is so
-// on purpose, see CSigner.
+// The two sessions. A failed construction leaks its context on purpose, reset if the key was at fault: see CSigner.
 #include "frame/error_queue_mark.h"
 #include "frame/openssl_owners.h"
 #include "frame/raise.h"
@@ -20,7 +19,7 @@ namespace {
 constexpr char keyCorrupted[] = "OpenSSL key corrupted.";
 constexpr char signFailed[] = "OpenSSL sign error.";
 
-/// A context in which the digest runs.
+/// Creates a context with a running digest.
 EVP_MD_CTX* createContext(ErrorQueueMark& mark, const EVP_MD* md, const char* initFailed) {
     EVP_MD_CTX* const context = EVP_MD_CTX_new();
     if (!context || !EVP_DigestInit(context, md))
@@ -32,17 +31,16 @@ BioPtr openText(const char* text) {
     return BioPtr(BIO_new_mem_buf(text, static_cast<int>(std::strlen(text))));
 }
 
-// Without a callback libcrypto takes the last argument of its readers for the passphrase. Where that is null it asks
-// the terminal or reads the host's standard input, for a public key too: any text may say of itself that it is
-// encrypted.
+// Without a callback, libcrypto's readers take their last argument as the passphrase. If that is null they prompt on
+// the terminal or read the host's standard input, for a public key too, because any text can claim to be encrypted.
 
-/// The private key of a PEM text, or null.
+/// Reads a private key from PEM text; null on failure.
 EVP_PKEY* readPrivateKey(const char* pem, const char* passphrase) {
     return PEM_read_bio_PrivateKey(openText(pem).get(), nullptr, nullptr,
                                    const_cast<char*>(passphrase ? passphrase : ""));
 }
 
-/// The public key of a PEM text, or null.
+/// Reads a public key from PEM text; null on failure.
 EVP_PKEY* readPublicKey(const char* pem) {
     return PEM_read_bio_PUBKEY(openText(pem).get(), nullptr, nullptr, const_cast<char*>(""));
 }
@@ -91,8 +89,8 @@ void COpenSSLSignatureAlgo::CSigner::finish(void* signature, int& size) {
     ErrorQueueMark mark;
     unsigned length = 0;
     const auto largest = static_cast<unsigned>(getMaxSignatureSize());
-    // libcrypto 3.0 reports success for a key of no size, and success with a length below zero when it has no memory to
-    // encode a DSA signature in.
+    // libcrypto 3.0 reports success for a key of size 0. It also reports success, with a negative length, if it has no
+    // memory to encode a DSA signature.
     if (largest == 0 || EVP_SignFinal(m_ctx, static_cast<unsigned char*>(signature), &length, m_key) <= 0 ||
         length > largest)
         mark.raise(signFailed);
@@ -119,13 +117,13 @@ void COpenSSLSignatureAlgo::CVerifier::update(const void* data, int size) {
 
 bool COpenSSLSignatureAlgo::CVerifier::finish(const void* signature, int size) {
     ErrorQueueMark mark;
-    // A negative size is one that no signature has, which libcrypto says without a look at the bytes.
+    // No signature has a negative size; libcrypto says so without reading the bytes.
     const void* const bytes = size > 0 ? signature : "";
     const int result =
         EVP_VerifyFinal(m_ctx, static_cast<const unsigned char*>(bytes), static_cast<unsigned>(size), m_key);
     if (result == -1)
         mark.raise("OpenSSL verify error.");
-    // A signature that does not match is queued as well.
+    // libcrypto queues an error for a mismatch too.
     mark.drop();
     return result == 1;
 }

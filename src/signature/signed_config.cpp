@@ -15,8 +15,8 @@ namespace sarn {
 
 namespace {
 
-/// The bytes of a file that holds Base64 text. The length is asked once and then read exactly, unlike
-/// CINIContent::readFile(): a file that shrinks meanwhile is an error of the stream, not a shorter text.
+/// Reads a file of Base64 text. It asks for the length once and reads exactly that, unlike CINIContent::readFile(): a
+/// file that shrinks in between is a stream error, not a shorter text.
 void readBase64File(const ul::CWindowsPath& path, ul::TBuffer<unsigned char>& content) {
     ul::CWindowsFileInStream stream(path);
     const std::int64_t length = stream.getLength();
@@ -55,15 +55,15 @@ void CSignedConfigSignatureError::throwClone() const {
     throw CSignedConfigSignatureError(*this);
 }
 
-// NOLINTNEXTLINE(performance-unnecessary-value-param): hosts are compiled against a path that is passed by value
+// NOLINTNEXTLINE(performance-unnecessary-value-param): hosts are compiled against a path by value
 CSignedConfig::CSignedConfig(ul::TPathImpl<ul::CWindowsPathTraits> path, const ul::String& publicKey,
                              bool base64Encoded) {
     ul::TBuffer<unsigned char> signature;
     loadSignatureBase64(ul::CWindowsPath(path.getString() + ".sig"), signature);
     if (!verifyFileSignature_RSA_SHA1(path, publicKey, signature))
         throw CSignedConfigSignatureError(path);
-    // Only a file that has verified is read into memory whole. Somebody may have put another one in its place
-    // meanwhile, so what is parsed are bytes that have verified themselves.
+    // Only a verified file is read into memory. It may have been replaced since, so the bytes themselves are verified
+    // before they are parsed.
     ul::TBuffer<unsigned char> content;
     if (base64Encoded)
         readBase64File(path, content);
@@ -92,7 +92,7 @@ bool CSignedConfig::getValue(const ul::String& key, ul::String& value) const {
     ul::String section;
     ul::String name;
     splitKey(key, section, name);
-    // A value before the first section belongs to the section named "".
+    // A value before the first section is in the section "".
     return m_ini->tryGetSectionValue(value, section, name) ||
            (section == "/" && m_ini->tryGetSectionValue(value, ul::getEmptyString(), name));
 }
@@ -122,7 +122,7 @@ void CSignedConfig::splitKey(const ul::String& key, ul::String& section, ul::Str
     ul::String separator;
     ul::partition(key.StartsWith(L"/") ? key.Mid(1, -1) : key, "/", section, separator, name);
     if (separator.isEmpty()) {
-        // partition() has put the whole key into the section.
+        // Without a separator, partition() has put the whole key into the section.
         name = section;
         section = "/";
     }

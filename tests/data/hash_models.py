@@ -168,7 +168,7 @@ def crc32(data):
 
 
 def digest(name, data):
-    """The finished digest of `data`; names joined by "-" give their digests one behind the other."""
+    """The finished digest of `data`; for names joined by "-" the digests are concatenated."""
     if "-" in name:
         return b"".join(digest(part, data) for part in name.split("-"))
     if name in ("adler32", "crc32"):

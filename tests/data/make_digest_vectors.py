@@ -28,7 +28,7 @@ def word(value):
 
 
 class Moment:
-    """What a digest has been through: input, perhaps finished, read, and reset with new input."""
+    """The history of a digest: input, perhaps finished, read, and reset with new input."""
 
     def __init__(self, data, finished=False, read=False, again=None):
         self.data, self.finished, self.read, self.again = data, finished, read, again

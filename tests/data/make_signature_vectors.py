@@ -10,7 +10,7 @@ KEYS = ("rsa1024", "rsa2048", "rsa3072", "rsa4096", "dsa1024", "dsa2048")
 
 
 def pattern(size):
-    """What is signed; the tests make the same."""
+    """The signed bytes; the tests generate the same."""
     return bytes((i * 31 + i // 256) & 0xFF for i in range(size))
 
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a cipher leaves behind when a call of libcrypto fails or does less than it should, or when there is no memory.
+// The results of a cipher when a call of libcrypto fails or does less than it should, or when there is no memory.
 #include "failures/call_watch.h"
 #include "failures/injection.h"
 #include "support/cipher_test_data.h"

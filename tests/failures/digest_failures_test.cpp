@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a digest is after a call of libcrypto has failed. One hash stands for all: they are one template.
+// The state of a digest after a call of libcrypto has failed. One hash stands for all: they are one template.
 #include "failures/call_watch.h"
 #include "failures/injection.h"
 #include "support/digest_test_data.h"

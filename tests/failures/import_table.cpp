@@ -24,7 +24,7 @@ constexpr unsigned long addressEntry = R_AARCH64_GLOB_DAT;
 #error "The relocations of this processor are not known."
 #endif
 
-/// What the dynamic section of a loaded library tells.
+/// Tables in the dynamic section of a loaded library.
 struct Tables {
     const ElfW(Sym) * symbols = nullptr;
     const char* names = nullptr;
@@ -36,7 +36,7 @@ struct Tables {
 
 template <class T>
 T toPointer(ElfW(Addr) address) {
-    return reinterpret_cast<T>(address); // NOLINT(performance-no-int-to-ptr): that is how ELF tells addresses
+    return reinterpret_cast<T>(address); // NOLINT(performance-no-int-to-ptr): ELF stores addresses as numbers
 }
 
 Tables readTables(const link_map& library) {

@@ -130,7 +130,7 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::renameat>(file, "renameat", -1, EXDEV),
         describe<&::getcwd>(file, "getcwd", 0, ENOENT),
         describe<&::getrandom>(file, "getrandom", -1, EIO),
-        // What was written has been synced by then. The system takes the descriptor back whatever it says.
+        // The bytes have been synced by then. The system closes the descriptor even if it reports an error.
         done(ignored(describe<&::close>(file, "close", -1, EIO))),
         // There is nothing that one could do about it.
         ignored(describe<&::unlinkat>(file, "unlinkat", -1, EACCES)),

@@ -13,7 +13,7 @@ namespace sarn_test {
 
 enum class CallKind { Allocation, Memory, Libcrypto, File };
 
-/// What is known of an imported function.
+/// Description of an imported function.
 struct ImportedCall {
     const char* name;
     CallKind kind;
@@ -24,7 +24,7 @@ struct ImportedCall {
     /// The error number that comes with the failure; 0 if none does.
     int error;
     bool canFail = true;
-    /// A failure that the library passes over on purpose: what it does then is right all the same.
+    /// A failure that the library ignores on purpose: its result is still right.
     bool isIgnored = false;
     bool isDoneAllTheSame = false;
     bool throws = false;

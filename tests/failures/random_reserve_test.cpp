@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Random bytes drawn ahead of use, seen from the system's side: how often it is asked, and what is in the block.
+// Random bytes drawn in advance, seen from the system's side: the number of its calls, and the content of the block.
 #include "failures/call_watch.h"
 #include "support/expect.h"
 

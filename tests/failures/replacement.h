@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is called instead of an imported function, made from the type of that function.
+// Replacements of imported functions, made from the types of the functions.
 #pragma once
 
 #include "failures/call_watch.h"

@@ -37,7 +37,7 @@ inline std::optional<Bytes> decodeByTheSteps(const std::wstring& text) {
     Bytes out(static_cast<std::size_t>(expected) + 1);
     const int n = BIO_read(filter, out.data(), expected);
     BIO_free_all(filter);
-    // A read that fails is no result, even where less than three bytes were expected.
+    // A failed read gives no result, even if less than three bytes were expected.
     if (n < 0 || n < expected - 3 || n > expected)
         return std::nullopt;
     out.resize(static_cast<std::size_t>(n));

@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Runs a program, which must end with the right status and print what matches; CTest's own PASS_REGULAR_EXPRESSION would
-# not ask for the status.
-# Wants: OUTPUT (a regular expression), STATUS (0 unless given); the command and its arguments follow "--"
+# Runs a program and checks its status and its output. CTest's own PASS_REGULAR_EXPRESSION would ignore the status.
+# Arguments: OUTPUT (a regular expression), STATUS (0 by default); the command line follows "--"
 if(NOT DEFINED STATUS)
   set(STATUS 0)
 endif()

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What tests are helped by.
+// Tests of the helpers for tests.
 #include "support/print.h"
 #include "support/threads.h"
 

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What a checker is shown: something whole, and ways to damage it."""
+"""Cases for a checker: something whole, and ways to damage it."""
 import collections
 
 # The command runs in the folder that `prepare` fills and `damage` changes; its words name values in braces. `message` is

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What is handed to others: exports, headers, the bill of materials, projects that use the libraries."""
+"""Checks of the products: exports, headers, the bill of materials, projects that use the libraries."""
 from case import add
 
 # A library of two functions and its list of exports.

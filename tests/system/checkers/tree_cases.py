@@ -57,7 +57,30 @@ add("Tree", ["sh", "-c", "git add --all && scripts/check-tree"], make_tree, [
 ])
 
 
-# What llvm-cov says of a source of two lines, of which one has a count.
+def make_prose(at):
+    """A page and a comment without a breach; code and quoted texts are not prose."""
+    at.copy("scripts/check-prose")
+    at.write("page.md", "# What every page has\n\nThere is no such key. `mend` is a name.\n\n    whoever = behind\n")
+    at.write("a.cpp", LICENCE + "// Raises \"It is no key.\" for malformed input.\n"
+             "const char* tells = \"behind\"; // a name\n")
+    at.make("git", "init", "--quiet")
+
+
+add("Prose", ["sh", "-c", "git add --all && scripts/check-prose"], make_prose, [
+    ("NegatedNoun", append("page.md", "\nThis text is\nno key.\n"), r'page\.md:7: "is no": write "is not a"'),
+    ("ClauseAsSubject", append("page.md", "\nA key is read. What cannot be parsed is refused.\n"),
+     r"page\.md:7: .* start with a noun"),
+    ("PersonWithoutANoun", append("page.md", "\nThe key goes to whoever asks.\n"), 'write "anyone who"'),
+    ("PlaceForATime", append("a.cpp", "int b; // behind the IV\n"), r'a\.cpp:4: "behind": write "after"'),
+    ("CommentOfAScript", lambda at: at.write("a.cmake", "# This mends the path.\n"),
+     r'a\.cmake:1: "mends": write "fix"'),
+    ("DocumentationOfPython", lambda at: at.write("a.py", '"""Counts.\n\nTells how many.\n"""\n'),
+     r'a\.py:3: "Tells": write'),
+    ("Misspelling", append("a.cpp", "// It is recieved.\n"), r"a\.cpp:4: misspelt: recieved ==> received"),
+])
+
+
+# The output of llvm-cov for a source of two lines, of which one has a count.
 REPORT = """{"data": [{"files": [{"filename": "{root}/src/a.cpp", "summary": {"lines": {"count": 2}},
 "segments": [[1, 1, 5, true, true, false], [2, 1, COUNT, true, true, false], [2, 22, 0, false, false, false]],
 "branches": [[1, 1, 1, 5, 1, 1, 0, 0, 4], [2, 1, 2, 5, SIDES, 0, 0, 4]]}]}]}"""

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Fails unless each code block of a page that names its source file stands in that file word for word.
-# Wants: PAGE, ROOT
+# Fails unless each code block of a page is, word for word, part of the source file that it names.
+# Arguments: PAGE, ROOT
 file(READ "${PAGE}" page)
 set(count 0)
 while(page MATCHES "<!-- ([a-z_/.]+) -->\n```[a-z]*\n")

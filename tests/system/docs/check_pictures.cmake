@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Draws the pictures anew and compares.
-# Wants: PYTHON, FOLDER, WORK_DIR
+# Draws the pictures again and compares.
+# Arguments: PYTHON, FOLDER, WORK_DIR
 file(REMOVE_RECURSE "${WORK_DIR}")
 file(COPY "${FOLDER}/draw.py" DESTINATION "${WORK_DIR}")
 execute_process(COMMAND "${PYTHON}" "${WORK_DIR}/draw.py" COMMAND_ERROR_IS_FATAL ANY)

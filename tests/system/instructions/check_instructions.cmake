@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Compares what the hottest calls cost in instructions with the figures that were checked in. The tolerance takes what
-# another version of the C library does; an allocation or a lock more is beyond it.
-# Wants: COUNT, PROGRAM, FIGURES, and UPDATE to write the figures instead
+# Compares the instructions of the hottest calls with the figures that were checked in. The tolerance covers another
+# version of the C library; an additional allocation or lock exceeds it.
+# Arguments: COUNT, PROGRAM, FIGURES, and UPDATE to write the figures instead
 execute_process(COMMAND "${COUNT}" "${PROGRAM}" OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
 if(UPDATE)
   file(WRITE "${FIGURES}" "${output}")

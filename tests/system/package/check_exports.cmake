@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Compares what a library exports with the list that was checked in. A symbol that is gone breaks hosts; one that is new
-# stays for as long as the major version does, so it has to be meant.
-# Wants: LIBRARY, LIST, NM, OBJDUMP, and UPDATE to write the list instead
+# Compares the exports of a library with the list that was checked in. A removed symbol breaks hosts; a new one must
+# remain for the whole major version, so it must be intended.
+# Arguments: LIBRARY, LIST, NM, OBJDUMP, and UPDATE to write the list instead
 if(LIBRARY MATCHES "[.]dll$")
   execute_process(COMMAND "${OBJDUMP}" -p "${LIBRARY}" OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
   string(REGEX REPLACE "^.*\\[Ordinal/Name Pointer\\] Table" "" output "${output}")

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Fails if a public header reaches one of libcrypto or zlib, whose include paths and versions would become the host's.
-# Wants: CXX, INCLUDES (folders joined by |), FOLDERS (with the headers, joined by |)
+# Fails if a public header includes one of libcrypto or zlib, because hosts would then need their include paths.
+# Arguments: CXX, INCLUDES (folders joined by |), FOLDERS (with the headers, joined by |)
 string(REPLACE "|" ";" includes "${INCLUDES}")
 list(TRANSFORM includes PREPEND "-I")
 string(REPLACE "|" ";" folders "${FOLDERS}")
@@ -14,7 +14,7 @@ execute_process(COMMAND "${CXX}" -std=c++17 ${includes} -x c++ -M ${headers}
 if(NOT status EQUAL 0)
   message(FATAL_ERROR "what the headers include cannot be listed:\n${errors}")
 endif()
-# A rule for each header: its object file, then the header, then what it reaches.
+# A rule for each header: its object file, then the header, then all headers that it includes.
 string(REPLACE "\\\n" "" output "${output}")
 string(REGEX MATCHALL "[^\n]+" rules "${output}")
 list(LENGTH headers expected)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Installs a build into a fresh prefix and moves that away: it must work wherever it is.
-# Wants: BUILD_DIR, PREFIX, CONFIG
+# Installs a build into a fresh prefix and moves that elsewhere: it must work in any place.
+# Arguments: BUILD_DIR, PREFIX, CONFIG
 file(REMOVE_RECURSE "${PREFIX}" "${PREFIX}-first")
 execute_process(COMMAND "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${PREFIX}-first" --config "${CONFIG}"
   OUTPUT_VARIABLE output ERROR_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Builds the consumer project in one way and runs it.
-# Wants: WORK_DIR, SOURCE_DIR, WAY, OPTIONS (for cmake, joined by |); EMULATOR and LIBRARIES (a folder with DLLs) if it
-# is for another system; PREFIX to install what was built
+# Arguments: WORK_DIR, SOURCE_DIR, WAY, OPTIONS (for cmake, joined by |); EMULATOR and LIBRARIES (a folder with DLLs)
+# for another system; PREFIX to install the result
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
   if(NOT status EQUAL 0)
@@ -17,7 +17,7 @@ run("${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${WORK_DIR}" -G Ninja "-DSARN_WAY=
 run("${CMAKE_COMMAND}" --build "${WORK_DIR}")
 set(program "${WORK_DIR}/consumer")
 if(EXISTS "${program}.exe")
-  # Windows looks for DLLs beside the program.
+  # Windows looks for DLLs in the folder of the program.
   file(GLOB libraries "${LIBRARIES}/*.dll")
   file(COPY ${libraries} DESTINATION "${WORK_DIR}")
   run(${EMULATOR} "${program}.exe")

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Compiles the consumer with what pkg-config says and runs it.
-# Wants: WORK_DIR, SOURCE (main.cpp), CXX, PREFIX, PKG_CONFIG, STATIC (empty or --static), LINK_FLAGS
+# Compiles the consumer with the flags of pkg-config and runs it.
+# Arguments: WORK_DIR, SOURCE (main.cpp), CXX, PREFIX, PKG_CONFIG, STATIC (empty or --static), LINK_FLAGS
 file(REMOVE_RECURSE "${WORK_DIR}")
 file(MAKE_DIRECTORY "${WORK_DIR}")
 file(GLOB_RECURSE pc "${PREFIX}/*/sarn.pc")

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Puts another library behind zlib's interface: the tests of the digests must find nothing changed, and the build must
-# take the library that ZLIB_ROOT gives.
-# Wants: TESTS, LIBRARY (the stand-in), HEADERS (a folder with zlib's headers), SOURCE_DIR, WORK_DIR, LIBCRYPTO
+# Replaces zlib by another implementation of its interface: the tests of the digests must still pass, and the build must
+# use the library that ZLIB_ROOT gives.
+# Arguments: TESTS, LIBRARY (the stand-in), HEADERS (a folder with zlib's headers), SOURCE_DIR, WORK_DIR, LIBCRYPTO
 file(REMOVE_RECURSE "${WORK_DIR}")
 file(COPY "${HEADERS}/zlib.h" "${HEADERS}/zconf.h" DESTINATION "${WORK_DIR}/root/include" FOLLOW_SYMLINK_CHAIN)
 file(MAKE_DIRECTORY "${WORK_DIR}/root/lib")

@@ -88,7 +88,7 @@ private:
         std::vector<IV> ivs;
         while (!m_isOver) {
             shared.use(random, ivs);
-            // Not each time: what they draw is kept, and a process forks the slower the more memory it has.
+            // Not each time, because the draws are kept, and more memory makes forks slower.
             if (random() % 8 == 0)
                 ivs.push_back(draw());
         }

@@ -20,7 +20,7 @@ using namespace sarn_soak;
 
 constexpr int threadCount = 64;
 
-/// `count` checked operations on 64 threads. Returns how many initialisation vectors they drew.
+/// `count` checked operations on 64 threads. Returns how many IVs they drew.
 std::size_t runThreads(long count) {
     const Shared shared;
     std::atomic<long> left{count};

@@ -178,7 +178,7 @@ TEST(CThreadStuff, ThreadIDFunc_IsTheCallersIdCutToUnsignedLong) {
     EXPECT_NE(other, ThreadAccess::threadIDFunc());
 }
 
-// What is disposed stays so, and what exists stays there: each of these needs a process of its own.
+// Disposed objects remain disposed, and existing objects remain: each of these tests needs its own process.
 
 TEST(COpenSSLInitDeathTest, DisposeGlobalInstance_HasNoEffect) {
     expectInNewProcess([] {

@@ -66,7 +66,7 @@ protected:
         ASSERT_EQ(send(decryptor, encrypted, cuts), plain);
     }
 
-    /// What comes of one call, or of a stream: the bytes, or the error.
+    /// The outcome of one call or of a stream: the bytes, or the error.
     template <class Action>
     static std::string describe(Action action) {
         try {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Keys, pass phrases and plaintexts stand nowhere in the process once the short forms that held them have gone.
+// No keys, passphrases or plaintexts remain in the process after the short forms that held them are gone.
 #include "failures/memory_search.h"
 #include "support/temp_folder.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What later language levels bring is taken as well; compiled with each of them.
+// Types of later language levels are accepted too; compiled with each of them.
 #include <sarn/host.h>
 
 #include <array>

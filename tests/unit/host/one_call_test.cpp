@@ -57,7 +57,7 @@ TEST(HmacSHA1, OfAMessage_IsThatOfTheDocumentedOperation) {
     EXPECT_EQ(toBytes(sarn::hmacSHA1({}, {})), toBytes(expected));
 }
 
-// The documented operation takes the message first; here the compiler tells the two apart.
+// The documented operation takes the message first; here the compiler distinguishes the two.
 static_assert(!std::is_invocable_v<decltype(sarn::hmacSHA1), std::string, ul::TCryptBuffer<unsigned char>>);
 
 TEST(Base64, OfBytes_IsThatOfTheDocumentedOperation) {

@@ -11,50 +11,50 @@
 
 namespace ul {
 
-/// Root of every interface. It carries no data; copying and assigning it do nothing.
+/// Root of every interface. It carries no data, so copying and assigning it do nothing.
 ///
-/// Interfaces derive from it virtually, so that an object has one root, and one reference count, however many
-/// interfaces it implements.
+/// Interfaces derive from it virtually: an object has one root, and one reference count, no matter how many interfaces
+/// it implements.
 class UL_EXPORT IBase {
 public:
-    /// Nothing to initialise.
     IBase() noexcept = default;
     IBase(const IBase&) noexcept = default;
-    /// Leaves both as they are.
+    /// Does nothing.
     IBase& operator=(const IBase&) noexcept { return *this; }
     virtual ~IBase();
 
-    /// Adds one reference. Safe from any thread that already holds one.
+    /// Adds one reference. Requires: the caller already holds one. Safe from any thread.
     virtual void addRef() const = 0;
 
-    /// Drops one reference and destroys the object with the last one. Safe from any thread.
+    /// Drops one reference; dropping the last one destroys the object. Safe from any thread.
     virtual void release() const = 0;
 
-    /// Asks whether the object may be handed out as a `target`.
+    /// Checks that the object may be passed on as a `target`.
     /// \throws CError if the object forbids it.
     virtual void checkCastAllowed(const std::type_info& target) const = 0;
 };
 
-/// Base of every implementation class: one atomic reference count, and the library's allocator.
+/// Base of every implementation class: one atomic reference count, and allocation by the library.
 ///
-/// A new object carries one reference, its creator's. ul::make is the one place that creates objects.
+/// A new object has one reference, which its creator owns. Objects are created by ul::make only.
 class UL_EXPORT CBase : public virtual IBase {
 public:
     /// Tag that selects the library's allocator: `new (CBase::RawNew()) T`.
     struct RawNew {};
 
-    /// \throws std::bad_alloc if there is no memory.
+    /// Allocates an object.
+    /// \throws std::bad_alloc if memory is exhausted.
     static void* operator new(std::size_t size, const RawNew&);
-    /// Gives the memory back when a constructor throws.
+    /// Frees the memory after a constructor has thrown.
     static void operator delete(void* memory, const RawNew&) noexcept;
-    /// Gives the memory of an object back.
+    /// Frees the memory of a destroyed object.
     static void operator delete(void* memory) noexcept;
 
-    /// An object with one reference, its creator's.
+    /// Starts with one reference, which the creator owns.
     CBase() noexcept = default;
-    /// The copy is an object of its own: its count starts at 1.
+    /// The copy is a separate object: its count starts at 1.
     CBase(const CBase& other) noexcept;
-    /// Leaves both counts as they are.
+    /// Does not change either count.
     CBase& operator=(const CBase&) noexcept { return *this; }
     ~CBase() override;
 
@@ -64,10 +64,10 @@ public:
     void checkCastAllowed(const std::type_info& target) const override;
 
 protected:
-    /// Whether anybody but the caller, who has one, holds a reference.
+    /// Whether anyone besides the caller, who holds one reference, holds another.
     bool isShared() const noexcept { return m_references.load(std::memory_order_acquire) > 1; }
 
-    /// Called by release() for the last reference; destroys the object and frees its memory.
+    /// Destroys the object and frees its memory. release() calls it for the last reference.
     virtual void deleteThis();
 
 private:

@@ -8,12 +8,12 @@
 
 namespace ul {
 
-/// Appends what is written to a buffer that the caller owns and keeps alive.
+/// Appends to a buffer that the caller owns and keeps alive.
 class UL_EXPORT CBufferStream : public CBase, public virtual IOutStream {
 public:
-    /// \param buffer       receives the bytes after those it holds already
-    /// \param growthFactor how many times the used size the block becomes when it must grow; 1 or less means no more
-    ///                     than the buffer's own growth, which is also what its own bytes get when they are written
+    /// \param buffer       receives the bytes, after its present content
+    /// \param growthFactor when the block must grow, its new size as a multiple of the used size; at 1 or less the
+    ///                     buffer's own growth applies, as it does when bytes of the buffer itself are written
     CBufferStream(TBuffer<unsigned char>* buffer, double growthFactor);
     ~CBufferStream() override;
 
@@ -37,7 +37,7 @@ public:
     void read(void* data, int size) override;
     int readLax(void* data, int size) override;
     bool isEndOfStream() override { return m_size == 0; }
-    /// Bytes that are left to read.
+    /// Number of unread bytes.
     int getRemaining() const noexcept { return m_size; }
 
 private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// A view of bytes, whatever holds them. Header-only.
+/// A view of bytes in any container. Header-only.
 #pragma once
 
 #include "ul/buffer.h"
@@ -15,12 +15,12 @@
 
 namespace ul {
 
-/// Bytes that somebody else owns and keeps alive and unchanged: an argument that takes a string, a vector, an array, a
-/// span, a TBuffer, or a pointer and a size. It copies nothing.
+/// A view of bytes that someone else owns, keeps alive and leaves unchanged. As a parameter type it accepts a string, a
+/// vector, an array, a span, a TBuffer, or a pointer and a size. It copies nothing.
 ///
-/// A container is taken as it is, a `const char*` up to its null character. The element must be of one byte, so that no
-/// byte order hides in it. A `char` array that can be written to is refused: it may hold bytes that no null character
-/// ends, so its size is to be said.
+/// A container counts with all its elements, a `const char*` up to its null character. An element must be one byte, so
+/// that byte order cannot matter. A writable `char` array is refused: it may hold bytes without a terminating null
+/// character, so its size must be given.
 class CBytes {
     template <class Container>
     using ElementOf = std::remove_cv_t<std::remove_pointer_t<decltype(std::declval<const Container&>().data())>>;
@@ -30,8 +30,8 @@ class CBytes {
 public:
     /// No bytes.
     CBytes() noexcept = default;
-    /// The `size` bytes at `data`, which may be null if `size` is 0. Any integer type will do for `size`.
-    /// \throws CInvalidArgError "invalid size" if `size` is negative
+    /// The `size` bytes at `data`, which may be null if `size` is 0. `size` may be of any integer type.
+    /// \throws CInvalidArgError "invalid size" if `size` is negative.
     template <class Size, class = std::enable_if_t<std::is_integral_v<Size> && !std::is_same_v<Size, bool>>>
     CBytes(const void* data, Size size)
         : m_data(static_cast<const unsigned char*>(data)), m_size(static_cast<std::size_t>(size)) {
@@ -40,13 +40,13 @@ public:
                 throw CInvalidArgError("CBytes", "invalid size", CProps());
         }
     }
-    /// The bytes of a text up to its null character; none if it is null.
+    /// The bytes of a text up to its null character; no bytes if it is null.
     CBytes(const char* text) noexcept : CBytes(text, text ? std::strlen(text) : 0) {}
 #ifdef __cpp_char8_t
-    /// The same for the literals of C++20.
+    /// The bytes of a UTF-8 literal of C++20.
     CBytes(const char8_t* text) noexcept : CBytes(reinterpret_cast<const char*>(text)) {}
 #endif
-    /// A mistake in the caller.
+    /// Not available: always a programming error.
     CBytes(std::nullptr_t) = delete;
     /// The elements of a container of bytes.
     template <class Container, class = std::enable_if_t<isByte<ElementOf<Container>>>>
@@ -54,14 +54,14 @@ public:
     /// The used bytes of a buffer.
     template <class T>
     CBytes(const TBuffer<T>& buffer) : CBytes(buffer.getData(), buffer.getUsed()) {}
-    /// All bytes of an array.
+    /// All bytes of the array.
     template <std::size_t Size>
     CBytes(const unsigned char (&array)[Size]) noexcept : CBytes(static_cast<const void*>(array), Size) {}
-    /// The size of the content is not known.
+    /// Not available: the size of the content is unknown.
     template <std::size_t Size>
     CBytes(char (&array)[Size]) = delete;
 
-    /// The first byte; may be null if there is none.
+    /// The first byte; may be null if there are none.
     const unsigned char* data() const noexcept {
         return m_data;
     }
@@ -69,7 +69,7 @@ public:
     std::size_t size() const noexcept {
         return m_size;
     }
-    /// Whether there is no byte.
+    /// Whether there are no bytes.
     bool empty() const noexcept {
         return m_size == 0;
     }
@@ -77,26 +77,26 @@ public:
     const unsigned char* begin() const noexcept {
         return m_data;
     }
-    /// The place after the last byte.
+    /// One past the last byte.
     const unsigned char* end() const noexcept {
         return m_data + m_size;
     }
-    /// The same bytes as characters, to be written to a stream.
+    /// The bytes as characters, for output to a stream.
     std::string_view asText() const noexcept {
         return {reinterpret_cast<const char*>(m_data), m_size};
     }
 
-    /// The size for an operation that takes an `int`.
+    /// The size, for an operation that takes an `int`.
     /// \param where qualified name of the operation, for the error
-    /// \throws CInvalidArgError "data is too large" if there are more than 2^31 - 1 bytes
+    /// \throws CInvalidArgError "data is too large" if there are more than 2^31 - 1 bytes.
     int getIntSize(const char* where) const {
         if (m_size > static_cast<std::size_t>(INT_MAX))
             throw CInvalidArgError(where, "data is too large", CProps());
         return static_cast<int>(m_size);
     }
 
-    /// Whether both hold the same bytes. The time that this takes depends on the sizes alone, so that a message
-    /// authentication code may be compared with it.
+    /// Whether both have the same bytes. The time depends on the sizes only, so it is safe for comparing message
+    /// authentication codes.
     friend bool operator==(CBytes left, CBytes right) noexcept {
         if (left.m_size != right.m_size)
             return false;
@@ -105,7 +105,7 @@ public:
             difference |= static_cast<unsigned>(left.m_data[i] ^ right.m_data[i]);
         return difference == 0;
     }
-    /// The opposite.
+    /// Negation of operator==.
     friend bool operator!=(CBytes left, CBytes right) noexcept {
         return !(left == right);
     }
@@ -115,8 +115,8 @@ private:
     std::size_t m_size = 0;
 };
 
-/// A copy of `bytes` that wipes itself: a key of bytes that come from elsewhere, where the caller wipes them.
-/// \throws CInvalidArgError "data is too large"
+/// Copies `bytes` into a self-wiping buffer, for example a key. The caller wipes the original.
+/// \throws CInvalidArgError "data is too large".
 inline TCryptBuffer<unsigned char> toCryptBuffer(CBytes bytes) {
     TCryptBuffer<unsigned char> copy;
     copy.init(bytes.data(), bytes.getIntSize("toCryptBuffer"));

@@ -1,46 +1,47 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Numbers and booleans in a byte stream: 32-bit integers little-endian, a boolean as one byte 0 or 1.
+/// Numbers and booleans in a byte stream: an integer is 4 bytes, little-endian; a boolean is one byte, 0 or 1.
 #pragma once
 
 #include "ul/stream.h"
 
 namespace ul {
 
-/// Writes values to a stream that the caller owns and keeps alive. Errors are the stream's own.
+/// Writes values to a stream that the caller owns and keeps alive. It raises the errors of that stream.
 class UL_EXPORT CDataOutStream {
 public:
     /// Writes to `stream`.
     explicit CDataOutStream(IOutStream& stream) noexcept : m_stream(stream) {}
 
-    /// Writes a signed number, 4 bytes; returns this object, so that calls chain.
+    /// Writes 4 bytes, little-endian. Returns this object, so that calls chain.
     CDataOutStream& writeInt32(int value);
-    /// Writes an unsigned number, 4 bytes.
+    /// Writes 4 bytes, little-endian.
     CDataOutStream& writeUInt32(unsigned value);
-    /// Writes a boolean, 1 byte.
+    /// Writes one byte, 0 or 1.
     CDataOutStream& writeBool(bool value);
-    /// Writes `size` bytes as they are.
+    /// Writes `size` bytes unchanged.
     CDataOutStream& write(const void* data, int size);
 
 private:
     IOutStream& m_stream;
 };
 
-/// Reads values from a stream that the caller owns and keeps alive. Errors are the stream's own.
+/// Reads values from a stream that the caller owns and keeps alive. It raises the errors of that stream.
 class UL_EXPORT CDataInStream {
 public:
     /// Reads from `stream`.
     explicit CDataInStream(IInStream& stream) noexcept : m_stream(stream) {}
 
-    /// Reads a signed number, 4 bytes.
+    /// Reads 4 bytes, little-endian.
     int readInt32();
-    /// Reads an unsigned number, 4 bytes.
+    /// Reads 4 bytes, little-endian.
     unsigned readUInt32();
+    /// Reads one byte.
     /// \throws CError "Invalid boolean in data stream." with property "value" if the byte is neither 0 nor 1.
     bool readBool();
-    /// The same into `value`; returns this object, so that calls chain.
+    /// Reads as the other readBool() does, into `value`. Returns this object, so that calls chain.
     CDataInStream& readBool(bool& value);
-    /// Reads exactly `size` bytes as they are.
+    /// Reads exactly `size` bytes unchanged.
     CDataInStream& read(void* data, int size);
 
 private:

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Marks what the base library exports.
+/// Marks exported declarations of the base library.
 #pragma once
 
 /// \def UL_EXPORT
-/// Stands before what ul exports; as `UL_STATIC_LIBRARY` tells, also for static libraries.
+/// Marks an exported declaration. It expands to nothing on Windows if `UL_STATIC_LIBRARY` is defined.
 
 #if defined(_WIN32)
 #if defined(UL_BUILDING_LIBRARY)

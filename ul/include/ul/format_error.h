@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// All that an error says, for logs. Header-only.
+/// Complete descriptions of errors, for logs. Header-only.
 #pragma once
 
 #include "ul/error.h"
@@ -12,7 +12,7 @@
 
 namespace ul {
 
-/// Walks over named values: `for (const auto& [name, value] : error.getProps())`. Valid as long as the values.
+/// Iterates over named values: `for (const auto& [name, value] : error.getProps())`. Valid as long as the values.
 class CPropIterator {
 public:
     /// Starts at `index`.
@@ -21,12 +21,12 @@ public:
     std::pair<const String&, const String&> operator*() const noexcept {
         return {m_props->getName(m_index), m_props->getValue(m_index)};
     }
-    /// Goes on to the next.
+    /// Moves to the next value.
     CPropIterator& operator++() noexcept {
         ++m_index;
         return *this;
     }
-    /// Whether the end is not reached.
+    /// Whether the two iterators differ.
     bool operator!=(const CPropIterator& end) const noexcept { return m_index != end.m_index; }
 
 private:
@@ -38,7 +38,7 @@ private:
 inline CPropIterator begin(const CProps& props) noexcept {
     return {props, 0};
 }
-/// The place after the last value.
+/// One past the last value.
 inline CPropIterator end(const CProps& props) noexcept {
     return {props, props.getCount()};
 }
@@ -46,11 +46,12 @@ inline CPropIterator end(const CProps& props) noexcept {
 /// Implementation of formatError().
 namespace detail {
 
-/// UTF-8 with '?' for what UTF-8 cannot express: an error must be shown whatever text it carries.
+/// Encodes as UTF-8, with '?' for what UTF-8 cannot express: an error must be shown whatever text it carries.
 inline std::string toShownText(const String& text) {
     return CError(text, "", -1, CProps(), nullptr).what();
 }
 
+/// The line for an error of the libraries, with those of its causes.
 inline std::string formatOwnError(const CError& error) {
     std::string line;
     if (const auto* const refusal = dynamic_cast<const CInvalidArgError*>(&error))
@@ -74,11 +75,11 @@ inline std::string formatOwnError(const CError& error) {
 
 } // namespace detail
 
-/// One line of UTF-8, without a line end, with all that an error says: for a refused argument the operation, then the
-/// message, the properties, the second text, the code, and the same of its causes. Of an error that is not a CError it
-/// is what(). A control character becomes '?', so that no file name forges a line of a log or steers a terminal.
+/// Formats everything in an error as one line of UTF-8 without a line end: the operation that refused an argument, the
+/// message, the properties, the second text, the code, and the same for each cause. For an error that is not a CError
+/// it gives what(). Control characters become '?', so that no file name can forge a log line or control a terminal.
 ///
-/// For a person at the screen what() is enough.
+/// To show an error to a user, what() is enough.
 inline std::string formatError(const std::exception& error) {
     const auto* const own = dynamic_cast<const CError*>(&error);
     std::string line = own ? detail::formatOwnError(*own) : error.what();

@@ -10,33 +10,32 @@
 
 namespace ul {
 
-/// A place for one object that is created on first use. Constant-initialised: it costs nothing at load and may be used
-/// by any other initialiser.
+/// Holds one object that is created on first use. It is constant-initialised: it costs nothing at load time, and any
+/// other initialiser may use it.
 ///
-/// Declare it static. The object lives until clear(), which nobody calls by itself: at the end of the process static
-/// destructors, and threads that outlive main, may still use it.
+/// Declare it static. The object lives until clear(), which the library never calls: at the end of the process, static
+/// destructors and threads that outlive main may still use the object.
 ///
-/// Two slots whose `create` functions use each other's slot wait for each other for ever if two threads start with
-/// them at the same moment.
+/// Two slots deadlock if the `create` function of each uses the other slot and two threads start with them at the same
+/// moment.
 class UL_EXPORT CSafeGlobalSlot {
 public:
     constexpr CSafeGlobalSlot() noexcept = default;
     CSafeGlobalSlot(const CSafeGlobalSlot&) = delete;
     CSafeGlobalSlot& operator=(const CSafeGlobalSlot&) = delete;
 
-    /// The object, created by `create` if there is none yet. Threads that come first together wait for the one that
-    /// creates; all see the finished object. `destroy` receives the object in clear(); null
-    /// if there is nothing to do then.
-    /// If `create` throws, the slot stays empty and the next call tries again.
+    /// Returns the object; `create` makes it if there is none yet. Threads that arrive together wait for the one that
+    /// creates it, and all see the finished object. If `create` throws, the slot stays empty and the next call tries
+    /// again. `destroy`, which may be null, receives the object in clear().
     /// \throws CError "Global object could not be created." if `create` returns null; CError "Global object is used
-    ///         while it is being created." if `create` comes back here; whatever `create` throws.
+    ///         while it is being created." if `create` re-enters the slot; any error of `create`.
     void* use(void* (*create)(), void (*destroy)(void*)) {
         void* const object = m_object.load(std::memory_order_acquire);
         return object ? object : createOnce(create, destroy);
     }
 
-    /// Gives the object, if there is one, to `destroy` and leaves the slot empty. No other thread may use the slot, or
-    /// the object, meanwhile. For tests, and for hosts that end a module of their own.
+    /// Passes the object, if there is one, to `destroy` and leaves the slot empty. Requires: no other thread uses the
+    /// slot or the object during the call. For tests, and for hosts that shut down a module of their own.
     void clear() noexcept;
 
 private:
@@ -44,7 +43,7 @@ private:
 
     std::atomic<void*> m_object{nullptr};
     void (*m_destroy)(void*) = nullptr;
-    // The thread that is inside `create`, 0 for none.
+    // The thread that runs `create`, or 0.
     std::uint64_t m_creator = 0;
 };
 

@@ -10,7 +10,7 @@
 
 namespace ul {
 
-/// Two digits for each byte, letters in lower case, as the usual commands print a digest.
+/// Two lower-case digits for each byte, as common commands print a digest.
 inline std::string toHex(CBytes bytes) {
     constexpr char digits[] = "0123456789abcdef";
     std::string text;
@@ -22,8 +22,8 @@ inline std::string toHex(CBytes bytes) {
     return text;
 }
 
-/// The bytes of a hexadecimal text of either case, without a prefix or white space.
-/// \throws CInvalidArgError "invalid hexadecimal text" if it is anything else; "data is too large"
+/// Parses hexadecimal text in either case, without a prefix or white space.
+/// \throws CInvalidArgError "invalid hexadecimal text" if the text is anything else; "data is too large".
 inline TCryptBuffer<unsigned char> fromHex(std::string_view text) {
     const auto getValue = [](char digit) {
         if (digit >= '0' && digit <= '9')

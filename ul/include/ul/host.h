@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// The base library with the short forms for host programs, which are header-only.
+/// The base library and the header-only short forms for hosts.
 #pragma once
 
 #include "ul/bytes.h"

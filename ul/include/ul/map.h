@@ -10,28 +10,26 @@
 
 namespace ul {
 
-/// A map ordered by `<` of its keys. Owned by one thread at a time.
+/// A map ordered by `<` on its keys. Owned by one thread at a time.
 template <class K, class V>
 class TMap : public CBase {
 public:
-    /// Walks over the entries in the order of their keys; valid for as long as its entry.
+    /// Iterates over the entries in the order of their keys. Valid as long as its entry.
     using const_iterator = typename std::map<K, V>::const_iterator;
 
-    /// An empty map.
     TMap() = default;
-    /// Copies every entry.
     TMap(const TMap&) = default;
-    /// Takes the entries of the other map, which is empty from then on.
+    /// Takes the entries of the other map and leaves it empty.
     TMap(TMap&&) noexcept = default;
-    /// Takes the entries of `other`. What was there ends after that.
+    /// Takes the entries of `other`. The previous entries are destroyed after that.
     TMap& operator=(TMap other) noexcept {
         m_items.swap(other.m_items);
         return *this;
     }
     ~TMap() override { clear(); }
 
-    /// Stores `value` under `key`, in place of what stood there, which ends after that: its destructor may use the map.
-    /// If storing a new entry fails the map is unchanged.
+    /// Stores `value` under `key`. A value that it replaces is destroyed after that; its destructor may use the map. If
+    /// inserting a new entry fails, the map is unchanged.
     void set(const K& key, V value) {
         const auto entry = m_items.find(key);
         if (entry == m_items.end())
@@ -40,30 +38,30 @@ public:
             std::swap(entry->second, value);
     }
 
-    /// The value under `key`, or null. Valid until that entry is removed.
+    /// The value under `key`, or null. Valid until the entry is removed.
     V* find(const K& key) {
         const auto found = m_items.find(key);
         return found == m_items.end() ? nullptr : &found->second;
     }
-    /// The same for a map that may only be read.
+    /// Read-only access.
     const V* find(const K& key) const {
         const auto found = m_items.find(key);
         return found == m_items.end() ? nullptr : &found->second;
     }
 
-    /// The value under `key`; a default value is stored there first if there is none.
+    /// The value under `key`. If there is none, a default value is inserted first.
     V& findOrInsert(const K& key) { return m_items[key]; }
 
-    /// Removes the entry under `key` and returns whether there was one. The destructor of its value may use the map.
+    /// Removes the entry under `key` and returns whether there was one. The destructor of the value may use the map.
     bool erase(const K& key) { return !m_items.extract(key).empty(); }
-    /// Removes every entry. The destructors of the values may use the map, which is empty by then.
+    /// Removes all entries. The destructors of the values may use the map; they find it empty.
     void clear() noexcept { const std::map<K, V> items = std::exchange(m_items, {}); }
     /// Number of entries.
     int getSize() const noexcept { return static_cast<int>(m_items.size()); }
 
     /// The entry with the smallest key, for range-based loops.
     const_iterator begin() const noexcept { return m_items.begin(); }
-    /// The place behind the last entry.
+    /// One past the last entry.
     const_iterator end() const noexcept { return m_items.end(); }
 
 private:

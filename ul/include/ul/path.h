@@ -8,58 +8,59 @@
 
 namespace ul {
 
-/// What a path is made of on Windows. The rules hold on every platform, so that one text names one file everywhere.
+/// The syntax of Windows paths. It is the same on every platform, so that one text names one file everywhere.
 ///
-/// Kinds of roots: a drive `C:\`, a share `\\server\share\`, and the verbatim forms `\\?\name\` and
-/// `\\?\UNC\server\share\`, below which names are taken as they stand. All functions but normalizeSeparators() expect
-/// text that went through it. Safe from any thread.
+/// A root is a drive `C:\`, a share `\\server\share\`, or one of the verbatim forms `\\?\name\` and
+/// `\\?\UNC\server\share\`, below which names are kept unchanged. Requires, for all functions but
+/// normalizeSeparators(): the text went through normalizeSeparators(). Safe from any thread.
 class UL_EXPORT CWindowsPathTraits {
 public:
-    /// The separator of a normalised path.
+    /// The separator in a normalised path.
     static wchar_t getSep() noexcept { return L'\\'; }
-    /// All characters that separate components in a text.
+    /// All characters that separate components.
     static const wchar_t* getAllSeps() noexcept { return L"\\/"; }
 
-    /// Whether `text` names its root in full. `C:a` and `\a` do not.
+    /// Whether `text` starts with a complete root. `C:a` and `\a` do not.
     static bool isAbsolute(const String& text);
-    /// Length in characters of the root, whole or in part, at the start of `text`, with the separator behind it.
+    /// Length in characters of the root, complete or partial, at the start of `text`, with the separator that follows
+    /// it.
     static int getRootLength(const String& text);
 
-    /// Turns every separator into getSep() and a run of them into one, except the two that start a share.
+    /// Turns every separator into getSep() and merges runs of them, except the two that start a share.
     static String normalizeSeparators(const String& text);
-    /// The root with an upper-case drive letter and a separator at its end; empty if it names no place (a share without
-    /// a name, the device root).
+    /// The root with an upper-case drive letter and a separator at its end; empty for an incomplete root (a share
+    /// without a name, the device root).
     static String normalizeRoot(const String& root);
-    /// The component without the dots and spaces at its end; empty if nothing else was there.
+    /// The component without trailing dots and spaces; empty if it consists of nothing else.
     static String normalizeComponent(const String& component);
-    /// Whether the components of `text` must go through normalizeComponent(): true but for the verbatim forms.
+    /// Whether the components of `text` must go through normalizeComponent(): false for the verbatim forms only.
     static bool pathNeedsToBeNormalizedToBeValid(const String& text);
-    /// Puts `text`, which is not absolute, below `workDirectory`, which is: `C:a` below it if it is on the same drive
-    /// and below `C:\` if not, `\a` below its root.
+    /// Resolves `text`, which is not absolute, against `workDirectory`, which is. `C:a` goes below `workDirectory` if
+    /// that is on the same drive and below `C:\` if not; `\a` goes below the root of `workDirectory`.
     static String makeAbsolute(const String& text, const String& workDirectory);
-    /// Takes away the separator at the end of a path, unless it ends the root.
+    /// Removes the separator at the end of a path, unless it ends the root.
     static String finalizeNormalizedPath(const String& path);
 };
 
-/// An absolute, normalised path of a file. Copies and comparisons are those of its text: no file is looked at.
+/// An absolute, normalised path of a file. Copying and comparing use the text only: neither touches the file system.
 ///
 /// Outside Windows the drive `Z:` stands for `/`. Owned by one thread at a time.
 template <class Traits>
 class TPathImpl {
 public:
-    /// Unifies separators, drops "." and empty components, lets ".." take away the component before it, and puts a
-    /// relative text below getCurrentWorkDirectoryAsString().
+    /// Unifies separators, drops "." and empty components, lets ".." remove the component before it, and resolves a
+    /// relative text against getCurrentWorkDirectoryAsString().
     /// \throws CBadPathError with the text as given if it is empty, contains a null character, climbs above its root,
-    ///         has a root that names no place, or a component of nothing but dots and spaces other than "." and "..".
-    ///         CFileError if the working directory is needed and cannot be had.
+    ///         has an incomplete root, or has a component of dots and spaces other than "." and ".."; CFileError if the
+    ///         working directory is needed and not available.
     explicit TPathImpl(const String& text);
 
     /// The text of the path.
     const String& getString() const noexcept { return m_text; }
 
-    /// Whether both texts are the same, case included.
+    /// Whether both texts are equal, case included.
     bool operator==(const TPathImpl& other) const noexcept { return m_text == other.m_text; }
-    /// The opposite.
+    /// Negation of operator==.
     bool operator!=(const TPathImpl& other) const noexcept { return m_text != other.m_text; }
     /// Ordinal order of the texts.
     bool operator<(const TPathImpl& other) const noexcept { return m_text < other.m_text; }
@@ -70,11 +71,11 @@ private:
 
 extern template class UL_EXPORT TPathImpl<CWindowsPathTraits>;
 
-/// The path of every file operation.
+/// The path type of all file operations.
 using CWindowsPath = TPathImpl<CWindowsPathTraits>;
 
-/// The process's working directory as the text of a path. Safe from any thread.
-/// \throws CFileError if the operating system does not tell, or if the name has no form as a path.
+/// The working directory of the process, as the text of a path. Safe from any thread.
+/// \throws CFileError if the operating system cannot report it, or if its name cannot be written as a path.
 UL_EXPORT String getCurrentWorkDirectoryAsString();
 
 } // namespace ul

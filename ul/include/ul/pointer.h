@@ -12,26 +12,27 @@
 
 namespace ul {
 
-/// Owns one reference to a `T`, or is null. Not safe to change from two threads at once; the object's count is.
+/// Owns one reference to a `T`, or is null. One pointer must not be changed by two threads at once; the object's count
+/// is safe from any thread.
 template <class T>
 class P {
 public:
-    /// Owns nothing.
+    /// Null.
     constexpr P() noexcept = default;
-    /// Owns nothing.
+    /// Null.
     constexpr P(std::nullptr_t) noexcept {}
 
-    /// Adds a reference to `object`, which may be null; the caller keeps its own.
+    /// Adds a reference to `object`, which may be null. The caller keeps its own reference.
     P(T* object) : m_object(object) { addRef(); }
     /// Adds a reference.
     P(const P& other) : P(other.m_object) {}
-    /// Takes the reference of `other`, which becomes null.
+    /// Takes the reference of `other` and leaves `other` null.
     P(P&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
 
-    /// Converts to the pointer of a base, an interface or a constant.
+    /// Converts to a pointer to a base, an interface or a constant; adds a reference.
     template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     P(const P<U>& other) : P(static_cast<T*>(other.get())) {}
-    /// The same for a pointer that gives its reference away.
+    /// Converts likewise, but takes the reference of `other` and leaves `other` null.
     template <class U, class = std::enable_if_t<std::is_convertible_v<U*, T*>>>
     inline P(P<U>&& other) noexcept : m_object(std::exchange(other.m_object, nullptr)) {}
 
@@ -54,16 +55,16 @@ public:
         return result;
     }
 
-    /// The object, still owned by this pointer; null if there is none.
+    /// The object, still owned by this pointer, or null.
     T* get() const noexcept { return m_object; }
-    /// The object, of which there must be one.
+    /// The object. Requires: this pointer is not null.
     T* operator->() const noexcept { return m_object; }
-    /// The object, of which there must be one.
+    /// The object. Requires: this pointer is not null.
     T& operator*() const noexcept { return *m_object; }
-    /// Whether there is an object.
+    /// Whether this pointer is not null.
     explicit operator bool() const noexcept { return m_object != nullptr; }
 
-    /// Exchanges what both own.
+    /// Exchanges the two pointers.
     void swap(P& other) noexcept { std::swap(m_object, other.m_object); }
 
 private:
@@ -82,12 +83,12 @@ private:
 template <class T>
 using PC = P<const T>;
 
-/// Whether both own the same object.
+/// Whether both point to the same object.
 template <class T, class U>
 bool operator==(const P<T>& left, const P<U>& right) noexcept {
     return left.get() == right.get();
 }
-/// Whether they do not.
+/// Negation of operator==.
 template <class T, class U>
 bool operator!=(const P<T>& left, const P<U>& right) noexcept {
     return left.get() != right.get();
@@ -113,14 +114,14 @@ bool operator!=(std::nullptr_t, const P<T>& right) noexcept {
     return right.get() != nullptr;
 }
 
-/// An order of pointers by their objects' addresses, so that they can be keys. Null comes first.
+/// Orders pointers by the addresses of their objects, null first, so that they can be keys.
 template <class T>
 bool operator<(const P<T>& left, const P<T>& right) noexcept {
     return std::less<>()(left.get(), right.get());
 }
 
-/// Creates a `T` on the library's allocator and returns its only reference.
-/// \throws std::bad_alloc if there is no memory, and whatever the constructor throws; nothing leaks then.
+/// Creates a `T` with the library's allocator and returns the only reference to it.
+/// \throws std::bad_alloc if memory is exhausted, and any error of the constructor; nothing leaks then.
 template <class T, class... Args>
 P<T> make(Args&&... args) {
     static_assert(alignof(T) <= __STDCPP_DEFAULT_NEW_ALIGNMENT__, "the allocator knows no larger alignment");
@@ -129,8 +130,9 @@ P<T> make(Args&&... args) {
 
 } // namespace ul
 
-/// The hash of the object's address.
+/// Makes pointers keys of unordered containers.
 template <class T>
 struct std::hash<ul::P<T>> {
+    /// Hashes the address of the object.
     std::size_t operator()(const ul::P<T>& pointer) const noexcept { return std::hash<T*>()(pointer.get()); }
 };

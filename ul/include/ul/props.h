@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Named values that an error carries.
+/// Named values in an error.
 #pragma once
 
 #include "ul/string.h"
@@ -10,7 +10,7 @@
 
 namespace ul {
 
-/// A list of named texts, in the order in which they were added.
+/// Named texts, in the order in which they were added.
 class UL_EXPORT CProps {
 public:
     /// Adds a value and returns this list, so that calls chain.
@@ -18,12 +18,12 @@ public:
 
     /// Number of values.
     int getCount() const noexcept { return static_cast<int>(m_props.size()); }
-    /// Name and value at `index`, which must lie in [0, getCount()).
+    /// The name at `index`. Requires: 0 <= `index` < getCount().
     const String& getName(int index) const noexcept { return m_props[static_cast<std::size_t>(index)].first; }
-    /// The text of the value at `index`, as for getName().
+    /// The value at `index`; same requirement.
     const String& getValue(int index) const noexcept { return m_props[static_cast<std::size_t>(index)].second; }
 
-    /// Puts the first value called `name` into `value`; returns false and leaves it alone if there is none.
+    /// Stores the first value called `name` in `value`. If there is none, returns false and leaves `value` unchanged.
     bool tryGet(const String& name, String& value) const;
 
 private:

@@ -13,15 +13,14 @@ namespace ul {
 
 class RandomReserve;
 
-/// Random bytes from the operating system's cryptographic generator. The name is history: an initialisation vector
-/// must not be predictable, so no generator that can be wound forward stands behind it. Small requests are served from
-/// a page that is drawn at once; a byte is wiped there when it is handed out, and a forked process finds the page
-/// empty.
+/// Random bytes from the operating system's cryptographic generator. Despite its name this is not a Mersenne Twister:
+/// an IV must be unpredictable. Small requests are served from a page of bytes drawn in advance. A byte is wiped there
+/// as it is handed out, and a forked process finds the page empty.
 class UL_EXPORT CMTRand : public CBase {
 public:
-    /// The instance that the process shares.
+    /// The instance shared by the process.
     static const P<CMTRand>& getGlobal();
-    /// The mutex that a caller holds while it uses the shared instance.
+    /// The mutex that callers may hold around calls of the shared instance; randData() does not need it.
     static const P<CMutex>& getGlobalInstanceMutex();
 
     CMTRand();
@@ -29,10 +28,10 @@ public:
     CMTRand& operator=(const CMTRand&) = delete;
     ~CMTRand() override;
 
-    /// Fills `size` bytes. Safe from any thread, with the mutex above or without, from a
-    /// signal handler, and in a process that was forked at any moment: it waits for nobody.
+    /// Fills `size` bytes. It never waits for another thread: safe from any thread, with or without the mutex above,
+    /// from a signal handler, and in a process that was forked at any moment.
     /// \throws CInvalidArgError "invalid size" if `size` is negative; CError "Random bytes are not available." with
-    /// property "reason" if the operating system refuses.
+    ///         property "reason" if the operating system refuses.
     void randData(unsigned char* data, int size);
 
 private:

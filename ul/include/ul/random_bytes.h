@@ -12,8 +12,8 @@
 
 namespace ul {
 
-/// Fills a value with random bytes: an integer, an array of them, a structure of them. See CMTRand::randData().
-/// \throws CError "Random bytes are not available."
+/// Fills an integer, an array of integers or a structure of them with random bytes. See CMTRand::randData().
+/// \throws CError "Random bytes are not available.".
 template <class T>
 void randomize(T& value) {
     static_assert(std::is_trivially_copyable_v<T>, "its bytes must be its value");
@@ -24,8 +24,8 @@ void randomize(T& value) {
     CMTRand::getGlobal()->randData(reinterpret_cast<unsigned char*>(&value), static_cast<int>(size));
 }
 
-/// `size` random bytes, for a key for example. See CMTRand::randData().
-/// \throws CInvalidArgError "invalid size" if `size` is negative; CError "Random bytes are not available."
+/// Returns `size` random bytes, for example for a key. See CMTRand::randData().
+/// \throws CInvalidArgError "invalid size" if `size` is negative; CError "Random bytes are not available.".
 inline TCryptBuffer<unsigned char> makeRandomBytes(int size) {
     TCryptBuffer<unsigned char> bytes;
     bytes.setUsed(size);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Keys and pass phrases that leave no trace in memory, from the file to their use. Header-only.
+/// Keys and passphrases that leave no trace in memory between the file and their use. Header-only.
 #pragma once
 
 #include "ul/bytes.h"
@@ -15,7 +15,7 @@
 
 namespace ul {
 
-/// Wipes the characters of a string, and those that it no longer counts, and empties it.
+/// Wipes a string with its spare capacity and empties it.
 template <class Character>
 void wipeAndClear(std::basic_string<Character>& text) noexcept {
     text.resize(text.capacity());
@@ -23,25 +23,25 @@ void wipeAndClear(std::basic_string<Character>& text) noexcept {
     text.clear();
 }
 
-/// A text that is wiped when it ends: a private key, a pass phrase. It stands where a String is wanted.
+/// A private key, a passphrase or another text that is wiped on destruction. It converts to String.
 class CSecretText {
 public:
-    /// Decodes UTF-8, which stays the caller's to wipe.
-    /// \throws CError "Invalid UTF-8 text."
+    /// Decodes UTF-8. The caller owns `utf8` and wipes it.
+    /// \throws CError "Invalid UTF-8 text.".
     explicit CSecretText(std::string_view utf8) : m_text(text(utf8)) {}
-    /// Takes the text of `other`, which becomes empty.
+    /// Takes the text of `other` and leaves `other` empty.
     CSecretText(CSecretText&& other) noexcept : m_text(std::move(other.m_text)) { wipe(other.m_text); }
     CSecretText(const CSecretText&) = delete;
     CSecretText& operator=(const CSecretText&) = delete;
     ~CSecretText() { wipe(m_text); }
 
-    /// The text, valid as long as this object.
+    /// The text. Valid as long as this object.
     const String& get() const noexcept { return m_text; }
-    /// The same, so that it can stand where a String is wanted.
+    /// The text, for parameters of type String. Valid as long as this object.
     operator const String&() const noexcept { return m_text; }
 
-    /// The UTF-8 of the text, for CPasswordKeyCache for example.
-    /// \throws CError "Text cannot be encoded as UTF-8."
+    /// The text as UTF-8, for example for CPasswordKeyCache.
+    /// \throws CError "Text cannot be encoded as UTF-8.".
     TCryptBuffer<char> toUTF8() const {
         std::string utf8 = m_text.toUTF8();
         TCryptBuffer<char> bytes;
@@ -56,14 +56,14 @@ public:
     }
 
 private:
-    // Nobody else reaches the string, and it is not a constant: the access is to the String's own text.
+    // This object is the only owner of the string, and the string is not const: the cast reaches the String's own text.
     static void wipe(String& text) noexcept { wipeAndClear(const_cast<std::wstring&>(text.toStdWString())); }
 
     String m_text;
 };
 
-/// A whole file, for a key of bytes.
-/// \throws CFileError, also if it is larger than 2^31 - 4097 bytes
+/// Reads a whole file, for example a binary key.
+/// \throws CFileError, also if the file is larger than 2^31 - 4097 bytes.
 inline TCryptBuffer<unsigned char> readSecretFile(const CWindowsPath& path) {
     constexpr int pieceSize = 4096;
     CWindowsFileInStream file(path);
@@ -77,8 +77,9 @@ inline TCryptBuffer<unsigned char> readSecretFile(const CWindowsPath& path) {
     return content;
 }
 
-/// What readUTF8TextFile() reads, for a private key: neither the bytes of the file nor the text stays in memory.
-/// \throws CFileError; CError "Invalid UTF-8 text." with the properties "position" and "path"
+/// Reads a file as readUTF8TextFile() does, for example a private key. All copies, the returned text included, are
+/// wiped.
+/// \throws CFileError; CError "Invalid UTF-8 text." with the properties "position" and "path".
 inline CSecretText readSecretTextFile(const CWindowsPath& path) {
     const TCryptBuffer<unsigned char> content = readSecretFile(path);
     std::string_view utf8 = CBytes(content).asText();
@@ -92,8 +93,8 @@ inline CSecretText readSecretTextFile(const CWindowsPath& path) {
     }
 }
 
-/// The first line of a text file, without its end: a pass phrase.
-/// \throws as readSecretTextFile() does
+/// Reads the first line of a text file without its line end, for example a passphrase.
+/// \throws as readSecretTextFile() does.
 inline CSecretText readSecretLine(const CWindowsPath& path) {
     const CSecretText content = readSecretTextFile(path);
     const TCryptBuffer<char> utf8 = content.toUTF8();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Text of today's programs, which is UTF-8, and names of files. Header-only.
+/// UTF-8 text, and names of files. Header-only.
 #pragma once
 
 #include "ul/error.h"
@@ -16,33 +16,32 @@
 
 namespace ul {
 
-/// The text that UTF-8 stands for, where a String made of the same `const char*` would read Latin-1.
-/// See String::fromUTF8().
-/// \throws CError "Invalid UTF-8 text."
+/// Decodes UTF-8. (A String constructed from a `const char*` reads Latin-1 instead.) See String::fromUTF8().
+/// \throws CError "Invalid UTF-8 text.".
 inline String text(std::string_view utf8) {
     return String::fromUTF8(utf8.data(), utf8.size());
 }
 
 #ifdef __cpp_char8_t
-/// The same for the literals of C++20.
+/// Decodes a UTF-8 literal of C++20.
 inline String text(std::u8string_view utf8) {
     return String::fromUTF8(reinterpret_cast<const char*>(utf8.data()), utf8.size());
 }
 #endif
 
-/// An argument that takes a String, or 8-bit text, which is UTF-8.
+/// A parameter type that accepts a String, or 8-bit text in UTF-8.
 class CText {
 public:
-    /// The text as it is.
+    /// Copies a text.
     CText(const String& text) : m_text(text) {}
-    /// Takes over a text.
+    /// Takes a text.
     CText(String&& text) noexcept : m_text(std::move(text)) {}
     /// Decodes UTF-8.
     /// \throws CError "Invalid UTF-8 text."
     CText(std::string_view utf8) : m_text(ul::text(utf8)) {}
-    /// The same.
+    /// Decodes UTF-8.
     CText(const std::string& utf8) : m_text(ul::text(utf8)) {}
-    /// The same for a text up to its null character.
+    /// Decodes null-terminated UTF-8.
     CText(const char* utf8) : m_text(ul::text(utf8)) {}
 
     /// The text.
@@ -52,8 +51,8 @@ private:
     String m_text;
 };
 
-/// The path that a text in UTF-8 names by the rules of CWindowsPath.
-/// \throws CError "Invalid UTF-8 text."; as CWindowsPath does
+/// Parses a path in UTF-8 by the rules of CWindowsPath.
+/// \throws CError "Invalid UTF-8 text."; as CWindowsPath does.
 inline CWindowsPath path(std::string_view utf8) {
     return CWindowsPath(text(utf8));
 }
@@ -61,9 +60,10 @@ inline CWindowsPath path(std::string_view utf8) {
 /// Implementation of path() and native().
 namespace detail {
 
+/// Start of the verbatim form of a path.
 inline constexpr const wchar_t* verbatimPrefix = L"\\\\?\\";
 
-/// Whether the file of this absolute path is another one, or none, without the verbatim form.
+/// Whether only the verbatim form names the file of this absolute path.
 inline bool needsVerbatimForm(const std::filesystem::path& native) {
     const std::filesystem::path names = native.relative_path();
     return std::any_of(names.begin(), names.end(), [](const std::filesystem::path& name) {
@@ -74,6 +74,7 @@ inline bool needsVerbatimForm(const std::filesystem::path& native) {
 }
 
 #ifndef _WIN32
+/// The text of a CWindowsPath for an absolute path of the operating system.
 inline String toPathText(const std::filesystem::path& native) {
     const std::string& name = native.native();
     if (name.find('\\') != std::string::npos)
@@ -86,17 +87,18 @@ inline String toPathText(const std::filesystem::path& native) {
 
 } // namespace detail
 
-/// The path of the file that the system's own path names: native() of it names the same file, ".." ahead of a symbolic
-/// link excepted, which takes away the component before it as in every CWindowsPath. A relative path is below the
+/// Converts a path of the operating system: native() of the result names the same file, unless ".." follows a symbolic
+/// link, because in a CWindowsPath ".." removes the component before it. A relative path is resolved against the
 /// working directory.
-/// \throws CBadPathError if no CWindowsPath names the file: outside Windows a name with a backslash; CError "Invalid
-///         UTF-8 text." for a name that is not; std::filesystem::filesystem_error if there is no working directory
+/// \throws CBadPathError if no CWindowsPath can name the file: outside Windows a name with a backslash; CError "Invalid
+///         UTF-8 text." for a name that is not UTF-8; std::filesystem::filesystem_error if there is no working
+///         directory.
 template <class Native, class = std::enable_if_t<std::is_same_v<Native, std::filesystem::path>>>
 CWindowsPath path(const Native& native) {
     if (native.empty())
         throw CBadPathError("");
 #ifdef _WIN32
-    // Absolute already, and nothing that std::filesystem knows of.
+    // Such a path is absolute, but std::filesystem does not know this form.
     if (String(native.native()).StartsWith(detail::verbatimPrefix))
         return CWindowsPath(native.native());
 #endif
@@ -110,10 +112,10 @@ CWindowsPath path(const Native& native) {
     return CWindowsPath(!isVerbatim && detail::needsVerbatimForm(absolute) ? detail::verbatimPrefix + name : name);
 }
 
-/// The file that the operations of this library would open, for std::ifstream, std::ofstream and std::filesystem: on
-/// Windows the verbatim form, elsewhere what follows `Z:`.
+/// Converts a path for std::ifstream, std::ofstream and std::filesystem, naming the file that this library would open:
+/// the verbatim form on Windows, the part after `Z:` elsewhere.
 /// \throws CFileError as opening the file would: outside Windows for any drive but `Z:`; CError "Text cannot be encoded
-///         as UTF-8."
+///         as UTF-8.".
 inline std::filesystem::path native(const CWindowsPath& path) {
     const String& name = path.getString();
     const bool isVerbatim = name.StartsWith(detail::verbatimPrefix);

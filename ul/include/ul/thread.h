@@ -9,10 +9,10 @@
 
 namespace ul {
 
-/// Facts about threads.
+/// Information about threads.
 class UL_EXPORT CThread {
 public:
-    /// Identifier of the calling thread; never 0, and no other living thread's.
+    /// Identifier of the calling thread. It is never 0 and differs from those of all other running threads.
     static std::uint64_t getCurrentID() noexcept;
 };
 

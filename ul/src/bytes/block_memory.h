@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
-// The memory of buffers' blocks.
+// Memory for the blocks of buffers.
 #pragma once
 
 namespace ul {
 
-// Sizes are in bytes and above 0. Not the operators new and delete: they cannot make a block larger where it is, or
-// move its pages without a copy, which is what growing to many megabytes would cost.
+// Sizes are in bytes and positive. Operators new and delete are not used, because they cannot extend a block in place
+// or move its pages without copying, which matters when a buffer grows to many megabytes.
 
-/// Throws std::bad_alloc if there is no memory.
+/// Allocates a block. Throws std::bad_alloc if memory is exhausted.
 void* allocateMemory(int size);
-/// Makes a block, or null, `size` bytes long, maybe elsewhere, and keeps what fits. Throws std::bad_alloc if there is
-/// no memory; the block is as it was then.
+/// Resizes a block, which may be null, to `size` bytes and keeps the content that fits. The block may move. Throws
+/// std::bad_alloc if memory is exhausted; the block is unchanged then.
 void* resizeMemory(void* block, int size);
-/// Null is fine.
+/// Frees a block, which may be null.
 void freeMemory(void* block) noexcept;
 
 } // namespace ul

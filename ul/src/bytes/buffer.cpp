@@ -20,7 +20,7 @@ void checkSize(const char* where, long long size) {
         raiseInvalidArg(where, "invalid size");
 }
 
-// As a buffer of the base, which a TCryptBuffer does not become by itself.
+// Passes a TCryptBuffer as its base, to which it does not convert implicitly.
 template <class T>
 const TBuffer<T>& asBase(const TCryptBuffer<T>& buffer) noexcept {
     return buffer;
@@ -34,7 +34,7 @@ TBuffer<T>&& moveAsBase(TCryptBuffer<T>& buffer) noexcept {
 } // namespace
 
 void wipe(void* data, std::size_t size) noexcept {
-    // Each volatile store is an observable effect, so none may be dropped although the block is about to be freed.
+    // Volatile stores are observable, so none may be optimised away although the block is about to be freed.
     volatile unsigned char* byte = static_cast<unsigned char*>(data);
     for (; size > 0; --size)
         *byte++ = 0;
@@ -86,7 +86,7 @@ template <class T>
 void TBuffer<T>::init(const T* data, int size) {
     checkSize("TBuffer::init", size);
     if (size > m_allocated) {
-        // The new content may lie in the old block, so that one goes last.
+        // The new content may be part of the old block, so free that last.
         T* const block = allocate(size);
         std::memcpy(block, data, static_cast<std::size_t>(size));
         replaceBlock(block, size);
@@ -112,7 +112,7 @@ void TBuffer<T>::insert(int position, const void* data, int size) {
         ensureAllocated(m_used + size);
     const bool mustGrow = m_used + size > m_allocated;
     if (mustGrow || (isOwn && tail > 0)) {
-        // The old block stays whole until its bytes and the inserted ones, which may lie in it, have been copied.
+        // Keep the old block until its bytes and the inserted ones, which may be part of it, have been copied.
         const int allocated = mustGrow ? getGrownSize(m_used + size) : m_allocated;
         T* const block = allocate(allocated);
         std::copy_n(m_data, position, block);
@@ -175,7 +175,7 @@ template <class T>
 void TBuffer<T>::grow(int size) {
     const int allocated = getGrownSize(size);
     if (typeid(*this) == typeid(TBuffer)) {
-        // Nobody overrides deleteData(), and the C library may make the block larger without a copy.
+        // deleteData() is not overridden here, and the C library may extend the block without copying.
         m_data = static_cast<T*>(resizeMemory(m_data, allocated));
         m_allocated = allocated;
         return;
@@ -229,7 +229,7 @@ TCryptBuffer<T>& TCryptBuffer<T>::operator=(TCryptBuffer&& other) noexcept {
 
 template <class T>
 TCryptBuffer<T>::~TCryptBuffer() {
-    // By the time the base is destroyed its own deleteData() would run, which does not wipe.
+    // In the base's destructor its own deleteData() would run, which does not wipe.
     this->freeBlock();
 }
 

@@ -28,7 +28,7 @@ void CBufferStream::write(const void* data, int size, IWriteBarrier* barrier) {
     if (barrier)
         barrier->beforeWrite(data, size);
     const long long needed = static_cast<long long>(m_buffer->getUsed()) + size;
-    // The buffer's own bytes move when it grows: insert() knows.
+    // Not for bytes of the buffer itself, which move when it grows: insert() handles them.
     if (needed > m_buffer->getAllocated() && needed <= INT_MAX && !m_buffer->contains(data)) {
         const double wanted = static_cast<double>(m_buffer->getUsed()) * m_growthFactor;
         m_buffer->ensureAllocated(static_cast<int>(std::clamp(wanted, static_cast<double>(needed), double{INT_MAX})));

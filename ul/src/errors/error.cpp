@@ -9,7 +9,7 @@ namespace ul {
 
 namespace {
 
-// clone() is not const although it changes nothing; every class of errors keeps it so.
+// clone() does not change the error but is not const, in any error class.
 P<CError> cloneCause(const CError* cause) {
     return cause ? const_cast<CError*>(cause)->clone() : nullptr;
 }
@@ -25,7 +25,7 @@ CError::CError(const String& message, const String& text, std::int64_t code, con
       m_what(encodeUTF8Lossy(message)) {}
 
 CError::~CError() {
-    // One by one: each would end the next within its own destructor, and a long chain has no stack for that.
+    // Released one by one: recursive destructors of a long chain would exhaust the stack.
     P<CError> cause = std::move(m_cause);
     while (cause && !cause->isShared()) {
         P<CError> next = std::move(cause->m_cause);

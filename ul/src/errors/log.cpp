@@ -20,7 +20,7 @@ namespace {
 
 struct LogState {
     std::mutex mutex;
-    // Shared, so that a line under way keeps the handler that it goes to although another one is set meanwhile.
+    // Shared, so that a line being logged keeps its handler even if another one is set meanwhile.
     std::shared_ptr<const LogHandler> handler;
 };
 
@@ -37,13 +37,13 @@ LogState& getLogState() {
     return *static_cast<LogState*>(slot.use(&createLogState, &destroyLogState));
 }
 
-/// Whether a reader of the log could take the character for the end of a line, or a terminal for a command.
+/// Whether a reader of the log could take the character for a line end, or a terminal for a command.
 bool isControl(wchar_t character) {
     const std::uint32_t unit = toCodeUnit(character);
     return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x2028 || unit == 0x2029;
 }
 
-/// The text in one line: names of files and values of properties come from anybody.
+/// Puts the text on one line: file names and property values are untrusted.
 String escapeControls(const String& text) {
     const std::wstring& whole = text;
     if (std::none_of(whole.begin(), whole.end(), isControl))
@@ -74,13 +74,13 @@ void writeLine(const String& text) {
         std::fprintf(stderr, "%s\n", encodeUTF8Lossy(line).c_str());
 }
 
-/// Runs a logging step; whatever goes wrong in it must not reach the code that only wanted to report.
+/// Runs a logging step. Its failures must not reach the code that reports.
 template <class Step>
 void neverThrow(Step step) noexcept {
     try {
         step();
     } catch (...) {
-        // There is no further place to report to.
+        // There is nowhere else to report to.
     }
 }
 

@@ -21,7 +21,7 @@ void raiseFileError(const String& operation, const String& path, int code) {
 }
 
 String describeSystemError(int code) {
-    // The text comes in the language and the encoding of the host's locale.
+    // The text is in the language and encoding of the host's locale.
     std::string text = std::system_category().message(code);
     text.erase(text.find_last_not_of(". \r\n") + 1);
     return decodeUTF8OrLatin1(text);

@@ -37,7 +37,7 @@ int CWindowsFileInStream::readLax(void* data, int size) {
         return 1 + readLax(static_cast<unsigned char*>(data) + 1, size - 1);
     }
     const int count = m_file->read(data, size);
-    // A file that has been cut ends here, whatever it promised at first.
+    // A truncated file ends here, whatever length it had when it was opened.
     m_expected = count == 0 ? 0 : std::max<std::int64_t>(m_expected - count, 0);
     return count;
 }

@@ -11,7 +11,7 @@ namespace ul {
 
 namespace {
 
-/// Puts the components of `text`, split at `separator`, into `components`, with "." and ".." resolved.
+/// Splits `text` at `separator` into `components` and resolves "." and "..".
 template <class Traits>
 bool resolveComponents(const std::wstring& text, bool mustNormalize, TList<String>& components) {
     for (std::size_t start = 0; start < text.size();) {
@@ -33,7 +33,7 @@ bool resolveComponents(const std::wstring& text, bool mustNormalize, TList<Strin
     return true;
 }
 
-/// The path that `text` names, or an empty text if it names none.
+/// Normalises `text`; empty if it is not a valid path.
 template <class Traits>
 String normalizePath(const String& text) {
     if (text.isEmpty() || text.toStdWString().find(L'\0') != std::wstring::npos)

@@ -31,7 +31,7 @@ void readWholeFile(const CWindowsPath& path, TBuffer<unsigned char>& content, in
     CWindowsFileInStream stream(path);
     content.setUsed(0);
     while (!stream.isEndOfStream()) {
-        // Neither number can be trusted alone: the system makes up some files as they are read, and others grow.
+        // Neither number can be trusted alone: some files are generated as they are read, and others grow.
         const std::int64_t length = stream.getLength();
         checkSize(path, length, maxSize);
         const auto piece =
@@ -59,7 +59,7 @@ String readUTF8TextFile(const TPathImpl<CWindowsPathTraits>& path) {
 String readUTF8TextFile(const TPathImpl<CWindowsPathTraits>& path, int maxSize) {
     if (maxSize < 0)
         raiseInvalidArg("readUTF8TextFile", "invalid size");
-    // The text may be a private key.
+    // Wiped, because the text may be a private key.
     TCryptBuffer<unsigned char> content;
     readWholeFile(path, content, std::min(maxSize, largestFile));
     return nameFileInErrors(path, [&] { return decodeUTF8File(content); });

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Files that are small enough to be held in memory.
+// Files that are read into memory whole.
 #pragma once
 
 #include "errors/raise.h"
@@ -12,18 +12,18 @@
 namespace ul {
 
 constexpr int largestPiece = 65536;
-/// The size of the largest file that readWholeFile() takes: a buffer has room for it and for a piece beyond its end.
+/// Size of the largest file that readWholeFile() accepts: a buffer must hold it and a piece beyond its end.
 constexpr int largestFile = INT_MAX - largestPiece;
 
-/// Reads all bytes of a file into `content`, in place of what it held.
-/// \throws CFileError if that fails or there are more than `maxSize`.
+/// Reads all bytes of a file and replaces the content of `content` by them.
+/// \throws CFileError if reading fails or the file has more than `maxSize` bytes.
 void readWholeFile(const CWindowsPath& path, TBuffer<unsigned char>& content, int maxSize = largestFile);
 
-/// Decodes UTF-8, leaving out a byte order mark at the start.
+/// Decodes UTF-8 without a byte order mark at the start.
 /// \throws CError as String::fromUTF8() does.
 String decodeUTF8File(const TBuffer<unsigned char>& content);
 
-/// Runs `step`, and adds the property "path" to an error about the content of that file.
+/// Runs `step`. An error about the content of the file gets the property "path".
 template <class Step>
 auto nameFileInErrors(const CWindowsPath& path, Step step) {
     try {

@@ -30,13 +30,13 @@ bool isVerbatim(const std::wstring& text) {
     return text.compare(0, 4, L"\\\\?\\") == 0;
 }
 
-/// Also where the separator behind "UNC" is missing, which a root would be completed with.
+/// True even without the separator after "UNC", because completing the root would add it.
 bool isVerbatimShare(const std::wstring& text) {
     return isVerbatim(text) && text.size() >= 7 && toUpper(text[4]) == L'U' && toUpper(text[5]) == L'N' &&
            toUpper(text[6]) == L'C' && (text.size() == 7 || text[7] == sep);
 }
 
-/// The start of a root: fixed characters, and the number of names that belong to the root behind them.
+/// The start of a root: fixed characters, and the number of names after them that belong to the root.
 struct RootForm {
     std::size_t prefix;
     int names;
@@ -54,7 +54,7 @@ RootForm getRootForm(const std::wstring& text) {
     return {text.compare(0, 1, L"\\") == 0 ? std::size_t{1} : std::size_t{0}, 0};
 }
 
-/// Where the name at `position` ends: at the next separator or at the end of the text.
+/// End of the name at `position`: the next separator or the end of the text.
 std::size_t getNameEnd(const std::wstring& text, std::size_t position) {
     return std::min(text.find(sep, position), text.size());
 }
@@ -83,7 +83,7 @@ String CWindowsPathTraits::normalizeSeparators(const String& text) {
     const std::wstring& given = text;
     std::wstring result;
     result.reserve(given.size());
-    // Three separators at the start are left as three: "\\" and a name that is empty, which no root may have.
+    // Three separators at the start remain three: "\\" and an empty name, which no root may have.
     const std::size_t shareStart = given.size() > 1 && isSeparator(given[0]) && isSeparator(given[1]) ? 2 : 0;
     for (const wchar_t character : given) {
         const bool isRepeated = result.size() > shareStart && result.back() == sep;

@@ -26,14 +26,14 @@ CBase::CBase(const CBase& other) noexcept : IBase(other) {}
 CBase::~CBase() = default;
 
 void CBase::addRef() const {
-    // The caller holds a reference already, which orders this thread after whatever made the object.
+    // The caller already holds a reference, which orders this thread after the creation of the object.
     [[maybe_unused]] const int before = m_references.fetch_add(1, std::memory_order_relaxed);
     assert(before > 0 && before < INT_MAX);
 }
 
 void CBase::release() const {
-    // Release, so that this thread's writes to the object come before its end; acquire, so that the thread that ends
-    // it sees everybody's.
+    // Release, so that this thread's writes happen before the destruction; acquire, so that the destroying thread sees
+    // the writes of all others.
     const int before = m_references.fetch_sub(1, std::memory_order_acq_rel);
     assert(before > 0);
     if (before == 1)

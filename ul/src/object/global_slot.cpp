@@ -17,7 +17,7 @@ static_assert(std::is_trivially_destructible_v<CSafeGlobalSlot>);
 
 namespace {
 
-// One for all slots: a mutex within a slot could not be constant-initialised on every platform.
+// Shared by all slots: a mutex in each could not be constant-initialised on every platform.
 struct CreationState {
     std::mutex mutex;
     std::condition_variable creationEnded;
@@ -28,8 +28,8 @@ CreationState& getCreationState() {
     return state.get();
 }
 
-/// Marks a slot as being created. The state's mutex is held by `lock` at both ends of its life, not in between: what a
-/// slot creates may use other slots and other threads.
+/// Marks a slot as being created. `lock` holds the state's mutex when this object is constructed and destroyed, but not
+/// in between: `create` may use other slots and other threads.
 class CreationScope {
 public:
     CreationScope(std::unique_lock<std::mutex>& lock, std::uint64_t& creator, std::uint64_t caller)

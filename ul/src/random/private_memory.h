@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
-// Memory that belongs to one process alone.
+// Memory that a forked process does not inherit.
 #pragma once
 
 #include <cstddef>
 
 namespace ul {
 
-/// Allocates `size` bytes, all zero, that a forked process finds zero again whatever was in them here. Null if the
-/// system has no such memory.
+/// Allocates `size` bytes, all zero. A forked process finds them zero again, whatever the parent wrote. Returns null if
+/// the system does not support this.
 void* allocatePrivateMemory(std::size_t size) noexcept;
 
-/// Gives back what allocatePrivateMemory() gave. Null is fine.
+/// Frees the result of allocatePrivateMemory(), which may be null.
 void freePrivateMemory(void* memory, std::size_t size) noexcept;
 
 } // namespace ul

@@ -14,12 +14,12 @@ namespace ul {
 namespace {
 
 constexpr std::size_t blockSize = 4096;
-// Larger requests would use up a block too soon to save anything.
+// A larger request would use up a block too fast to save anything.
 constexpr std::size_t largestPiece = 256;
-// How many bytes are left while the block is being filled, and after that failed.
+// Values of `left` while the block is being filled, and after that failed.
 constexpr std::size_t beingFilled = static_cast<std::size_t>(-1);
 
-/// Gives the block back, also when the system fails.
+/// Releases the block, even if the system fails.
 class Turn {
 public:
     explicit Turn(std::atomic<bool>& isInUse) noexcept : m_isInUse(isInUse) {}
@@ -34,8 +34,8 @@ private:
 } // namespace
 
 struct RandomReserve::Block {
-    // How many of the bytes, counted from the front, are still to be handed out. As part of the block it is 0 after a
-    // fork, which may even happen in a signal handler in the middle of take(): hence an atomic.
+    // Number of bytes, from the front of the block, not yet handed out. It is inside the block, so it is 0 after a
+    // fork. A fork may happen in a signal handler in the middle of take(): hence atomic.
     std::atomic<std::size_t> left;
     unsigned char bytes[blockSize - sizeof(std::size_t)];
 };
@@ -61,13 +61,13 @@ void RandomReserve::take(unsigned char* data, std::size_t size) {
         if (left < size || left == beingFilled) {
             m_block->left = beingFilled;
             fillFromSystemGenerator(m_block->bytes, sizeof m_block->bytes);
-            // Unchanged only if no fork wiped what was filled.
+            // Unchanged only if no fork has wiped the new bytes.
             std::size_t mark = beingFilled;
             m_block->left.compare_exchange_strong(mark, sizeof m_block->bytes);
             continue;
         }
         std::memcpy(data, m_block->bytes + left - size, size);
-        // In a process that was forked since the first look the copy may be of wiped bytes.
+        // If the process was forked since the first check, the copied bytes may be wiped ones.
         std::size_t expected = left;
         if (m_block->left.compare_exchange_strong(expected, left - size)) {
             wipe(m_block->bytes + left - size, size);

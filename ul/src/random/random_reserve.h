@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Random bytes drawn ahead of use.
+// Random bytes drawn in advance.
 #pragma once
 
 #include <atomic>
@@ -7,12 +7,12 @@
 
 namespace ul {
 
-/// Hands out bytes of the operating system's generator, which it draws in blocks: one system call for many small
-/// requests. Each byte is handed out once and wiped when it is. A forked process never sees the bytes that its parent
-/// has drawn, and draws its own.
+/// Hands out bytes of the operating system's generator, drawn in blocks: one system call serves many small requests.
+/// Each byte is handed out once and then wiped. A forked process never sees bytes that its parent has drawn; it draws
+/// its own.
 ///
-/// Any thread, a signal handler and a forked process may ask at any moment, and none waits for another: one is served
-/// from the block, and whoever comes meanwhile by the system itself.
+/// Threads, signal handlers and forked processes may call take() at any moment and never wait for each other: one
+/// caller uses the block, and the system serves all others directly.
 class RandomReserve {
 public:
     RandomReserve() noexcept;
@@ -26,10 +26,10 @@ public:
 private:
     struct Block;
 
-    // Null where bytes cannot be kept from a forked process: then none are drawn ahead.
+    // Null if the system cannot keep bytes from a forked process: then none are drawn in advance.
     Block* m_block;
-    // Whether somebody is served from the block. In a process that was forked meanwhile it stays so for good, unless
-    // that somebody forked, and the system serves every request.
+    // Whether a caller is using the block. In a process that another thread forked in the meantime it stays true for
+    // good, and the system serves every request.
     std::atomic<bool> m_isInUse{false};
 };
 

@@ -83,8 +83,8 @@ std::string String::toLatin1() const {
 
 void String::copyLatin1(char* out, int start, int count) const noexcept {
     const wchar_t* const source = m_text.data() + start;
-    // Nearly every text fits. Bits are gathered instead of each character being asked, which lets compilers take
-    // several characters in a step: all Base64 text comes through here.
+    // Nearly every text fits. Combining the bits instead of testing each character lets compilers process several
+    // characters at a time: all Base64 text passes through here.
     std::uint32_t allBits = 0;
     for (int i = 0; i < count; ++i) {
         allBits |= toCodeUnit(source[i]);
@@ -97,7 +97,7 @@ void String::copyLatin1(char* out, int start, int count) const noexcept {
 }
 
 String String::Mid(int start, int count) const {
-    // In 64 bits, where the sum of any two positions fits.
+    // In 64 bits, so that the sum of any two positions fits.
     const long long length = getLength();
     const long long end = count < 0 ? length : std::min<long long>(static_cast<long long>(start) + count, length);
     const long long begin = std::clamp<long long>(start, 0, length);
@@ -152,7 +152,7 @@ bool String::operator==(const char* other) const noexcept {
 
 void wipe(String& text) noexcept {
     std::wstring& characters = text.m_text;
-    // A text that was longer once may have left characters there. Nothing is allocated.
+    // The spare capacity may still have characters of a longer text. This does not allocate.
     characters.resize(characters.capacity());
     wipe(characters.data(), characters.size() * sizeof(wchar_t));
     characters.clear();

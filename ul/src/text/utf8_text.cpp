@@ -23,7 +23,7 @@ bool isTrailSurrogate(std::uint32_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-/// The Unicode scalar value that starts at `position`, which moves behind it; noScalar if none does.
+/// Decodes the Unicode scalar value at `position` and moves `position` past it; noScalar if there is none.
 std::uint32_t nextScalar(const std::wstring& text, std::size_t& position) {
     const std::uint32_t unit = toCodeUnit(text[position++]);
     if (isUTF16 && isLeadSurrogate(unit) && position < text.size()) {

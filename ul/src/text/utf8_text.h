@@ -10,7 +10,7 @@
 
 namespace ul {
 
-/// The character's number, whatever the sign of wchar_t.
+/// The code unit of a character, whether or not wchar_t is signed.
 constexpr std::uint32_t toCodeUnit(wchar_t character) {
     return static_cast<std::make_unsigned_t<wchar_t>>(character);
 }
@@ -18,13 +18,13 @@ constexpr std::uint32_t toCodeUnit(wchar_t character) {
 /// As String::fromUTF8().
 String decodeUTF8(const char* data, std::size_t size);
 
-/// Text that is meant to be UTF-8; each byte one character if it is not.
+/// Decodes UTF-8, or Latin-1 if the text is not valid UTF-8.
 String decodeUTF8OrLatin1(const std::string& text);
 
 /// As String::toUTF8().
 std::string encodeUTF8(const std::wstring& text);
 
-/// UTF-8 with '?' in place of each character that is no Unicode scalar value.
+/// Encodes UTF-8 with '?' for each character that is not a Unicode scalar value.
 std::string encodeUTF8Lossy(const std::wstring& text);
 
 } // namespace ul

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// Who holds a mutex.
+// Identity of threads, for the owners of mutexes.
 #pragma once
 
 #include <cstdint>
 
 namespace ul {
 
-/// A number of the calling thread, never 0. Where there is POSIX no later thread of the process gets it; elsewhere the
-/// system may give it again to a thread that starts after this one ended.
+/// A number of the calling thread, never 0. On POSIX no later thread of the process gets the same one; elsewhere the
+/// system may reuse it after this thread has ended.
 std::uint64_t getThreadIdentity() noexcept;
 
 } // namespace ul

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Tells whether a subdirectory changed something that is not its own.
+# Checks that a subdirectory changes only its own settings.
 
-# Settings that a project sets for the folder it is included in, or for all.
+# Settings that a project makes for the including folder or for all folders.
 set(watched_properties COMPILE_OPTIONS COMPILE_DEFINITIONS INCLUDE_DIRECTORIES LINK_OPTIONS LINK_LIBRARIES TESTS)
 
 macro(remember_globals)
@@ -19,7 +19,7 @@ endmacro()
 function(compare_globals)
   get_cmake_property(names VARIABLES)
   foreach(name IN LISTS names)
-    # Where things are installed to is known to every project that asks GNUInstallDirs, and the same for all.
+    # Installation folders are the same for every project that includes GNUInstallDirs.
     if(NOT name MATCHES "^(CMAKE|BUILD)_" OR name MATCHES "^CMAKE_(INSTALL_|CURRENT_|MATCH_|HAVE_|FIND_PACKAGE_NAME)")
       continue()
     endif()

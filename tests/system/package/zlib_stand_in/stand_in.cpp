@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The two checksums behind zlib's interface, bit by bit as their definitions say (RFC 1950, RFC 1952). What it is asked
-// for is noted in the file that SARN_TEST_ZLIB_LOG names.
+// The two checksums with zlib's interface, bit by bit as defined (RFC 1950, RFC 1952). The file that SARN_TEST_ZLIB_LOG
+// names receives a line for each call.
 #include <cstdio>
 #include <cstdlib>
 

@@ -179,7 +179,7 @@ TEST(TBuffer, InsertOfOwnBytesAtTheEnd_OfAFullBlock_MovesThemToALargerOne) {
     Buffer buffer(static_cast<int>(text.size()), 0);
     buffer.insert(0, text.data(), static_cast<int>(text.size()));
     ASSERT_EQ(buffer.getUsed(), buffer.getAllocated());
-    // What lies behind it keeps it from growing where it is.
+    // The next block keeps it from growing in place.
     const Buffer next(buffer);
     buffer.insert(buffer.getUsed(), buffer.getData(), buffer.getUsed());
     EXPECT_EQ(toText(buffer), text + text);

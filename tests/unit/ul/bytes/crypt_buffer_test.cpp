@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Bytes that leave the used part of a buffer of secrets. What leaves it for good is looked for where memory is freed.
+// Bytes that leave the used part of a buffer of secrets. Bytes that leave it for good are searched for where memory is
+// freed.
 #include "ul/buffer.h"
 
 #include <gtest/gtest.h>

@@ -13,7 +13,7 @@ namespace {
 
 const ul::CProps noProps;
 
-/// Throws what `error` clones to, and tells its type.
+/// Throws what `error` clones to, and checks its type.
 template <class Error>
 void expectKeepsItsType(Error error) {
     const ul::P<ul::CError> copy = error.clone();

@@ -28,7 +28,7 @@ std::vector<std::string> split(const std::string& text) {
     return parts;
 }
 
-/// How many parts of a text belong to its root, the empty ones ahead of a share included.
+/// How many parts of a text belong to its root, including the empty ones before a share.
 std::size_t countRootParts(const std::string& text) {
     if (isVerbatim(text))
         return split(text)[3] == "UNC" ? 6 : 4;
@@ -52,7 +52,7 @@ bool isRefused(const std::string& text) {
     return false;
 }
 
-/// ntpath's result with an upper-case drive, a separator behind a bare share, and without dots and spaces at the end
+/// ntpath's result with an upper-case drive, a separator after a bare share, and without dots and spaces at the end
 /// of names.
 std::string adapt(const std::string& normalized) {
     const std::vector<std::string> parts = split(normalized);

@@ -30,10 +30,10 @@ std::unique_ptr<FileHandle> FileHandle::openForReading(const CWindowsPath& path)
     constexpr char operation[] = "open file";
     const std::string native = toNativePath(operation, path);
     auto file = std::make_unique<FileHandle>(path);
-    // Opening a FIFO would otherwise wait for somebody who writes to it.
+    // O_NONBLOCK, because opening a FIFO would otherwise wait for a writer.
     constexpr int flags = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
     const int descriptor = retryInterrupted([&] { return ::open(native.c_str(), flags); });
-    // Sockets cannot be opened at all, which the system calls a device that is not there.
+    // Sockets cannot be opened; the system reports ENXIO for them.
     if (descriptor < 0 && errno == ENXIO)
         raiseNotRegular(operation, path);
     if (descriptor < 0)

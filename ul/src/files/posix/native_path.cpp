@@ -14,7 +14,7 @@ namespace {
 constexpr const wchar_t* rootDrive = L"Z:";
 constexpr const wchar_t* verbatimPrefix = L"\\\\?\\";
 
-/// Whether a path would name another file once its components have been normalised.
+/// Whether normalising the components would make the path name another file.
 bool changesWhenNormalized(const std::wstring& text) {
     for (std::size_t start = 0; start < text.size();) {
         const std::size_t end = std::min(text.find(L'\\', start), text.size());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Paths as this system's calls take them.
+// Paths in the form of the system's calls.
 #pragma once
 
 #include "ul/path.h"
@@ -8,8 +8,8 @@
 
 namespace ul {
 
-/// The name of a file on drive `Z:`, which stands for "/".
-/// \throws CFileError, naming `operation`, for any other root and for a name that cannot be written as UTF-8.
+/// Converts a path on drive `Z:`, which stands for "/".
+/// \throws CFileError, naming `operation`, for any other root and for a name that cannot be encoded as UTF-8.
 std::string toNativePath(const String& operation, const CWindowsPath& path);
 
 } // namespace ul

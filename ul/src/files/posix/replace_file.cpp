@@ -15,10 +15,10 @@ namespace ul {
 
 namespace {
 
-/// A new file in the folder of the one that it is to replace; removed again if it never does.
+/// A new file in the folder of the one that it is to replace. The destructor removes it unless it has done so.
 ///
-/// Everything happens by names in the opened folder: the new name may be longer than the old one where the whole path
-/// has no room for that, and a folder that is exchanged meanwhile changes nothing.
+/// All calls use names relative to the opened folder: the new name may be longer than the old one where a full path
+/// would be too long, and the folder may be replaced in between without effect.
 class Replacement {
 public:
     explicit Replacement(const CWindowsPath& target);
@@ -64,7 +64,7 @@ void Replacement::openFolder(const std::string& native) {
         return retryInterrupted([&] { return ::open(native.c_str(), access | O_DIRECTORY | O_CLOEXEC); });
     };
     int folder = open(O_RDONLY);
-    // Files can be put into a folder that may not be read; only flushing it is impossible then.
+    // An unreadable folder can still take new files; only flushing it is impossible.
     if (folder < 0 && errno == EACCES)
         folder = open(O_PATH);
     if (folder < 0)
@@ -72,7 +72,7 @@ void Replacement::openFolder(const std::string& native) {
     m_folder.adopt(folder);
 }
 
-/// The status of what has the name now; false if nothing has.
+/// The status of the file that has the name now; false if there is none.
 bool Replacement::tryGetOld(struct stat& old) const {
     if (::fstatat(getFolder(), m_name.c_str(), &old, AT_SYMLINK_NOFOLLOW) == 0)
         return true;
@@ -86,18 +86,19 @@ void Replacement::checkReplaceable(const struct stat& old) const {
         raise(EISDIR);
     if (!S_ISREG(old.st_mode))
         throw CFileError("write file", m_file.getPath(), notRegular, -1);
-    // Renaming asks for the folder's permission only.
+    // Renaming checks only the folder's permissions.
     if (::faccessat(getFolder(), m_name.c_str(), W_OK, AT_EACCESS) != 0)
         raise(errno);
 }
 
 void Replacement::create() {
     struct stat old;
-    // A link is replaced whatever it leads to, and gives no rights.
+    // A link is replaced wherever it leads, and its permissions do not count.
     const bool isOld = tryGetOld(old) && !S_ISLNK(old.st_mode);
     if (isOld)
         checkReplaceable(old);
-    // The rights that somebody else gave would let him do to the caller's file what he could do to his own.
+    // With permission bits that another owner set, that owner could do to the caller's file what he could do to his
+    // own.
     const bool isOwn = isOld && old.st_uid == ::geteuid();
     const mode_t mode = isOwn ? old.st_mode & 0666 : 0666;
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
@@ -110,7 +111,7 @@ void Replacement::create() {
         takeRights(old);
 }
 
-/// Gives the new file the old one's permission bits, unless they would be those of another group.
+/// Copies the old file's permission bits to the new one, unless they would apply to another group.
 void Replacement::takeRights(const struct stat& old) {
     struct stat status;
     if (::fstat(getFile(), &status) != 0)
@@ -128,8 +129,8 @@ void Replacement::write(const std::string& bytes) {
     if (::renameat(getFolder(), m_temporaryName.c_str(), getFolder(), m_name.c_str()) != 0)
         raise(errno);
     m_isLeftOver = false;
-    // The new name is on the disk when its folder is. A folder that cannot be flushed is not a failure: the file is
-    // there.
+    // The new name is on the disk once its folder is flushed. If that fails the file still exists, so it is not an
+    // error.
     retryInterrupted([&] { return ::fsync(getFolder()); });
 }
 

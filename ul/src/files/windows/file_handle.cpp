@@ -27,8 +27,8 @@ std::unique_ptr<FileHandle> FileHandle::openForReading(const CWindowsPath& path)
     constexpr char operation[] = "open file";
     const std::wstring native = toNativePath(path);
     auto file = std::make_unique<FileHandle>(path);
-    // Others may go on using the file in every way, as they may on other systems. Whoever serves a pipe of that name
-    // learns who the caller is, but cannot act for him.
+    // Other programs may keep using the file in every way, as on other systems. The server of a pipe with that name can
+    // identify the caller but not impersonate it.
     constexpr DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
     constexpr DWORD flags = FILE_ATTRIBUTE_NORMAL | SECURITY_SQOS_PRESENT | SECURITY_IDENTIFICATION;
     const HANDLE handle = ::CreateFileW(native.c_str(), GENERIC_READ, sharing, nullptr, OPEN_EXISTING, flags, nullptr);

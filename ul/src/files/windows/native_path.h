@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Paths as this system's calls take them.
+// Paths in the form of the system's calls.
 #pragma once
 
 #include "ul/path.h"
@@ -8,7 +8,7 @@
 
 namespace ul {
 
-/// The verbatim form of a path: without a limit on its length, and names of devices are those of files.
+/// The verbatim form of a path: its length is not limited, and the names of devices are ordinary file names.
 std::wstring toNativePath(const CWindowsPath& path);
 
 } // namespace ul

@@ -9,7 +9,7 @@ namespace ul {
 
 namespace {
 
-/// A new file in the folder of the one that it is to replace; removed again if it never does.
+/// A new file in the folder of the one that it is to replace. The destructor removes it unless it has done so.
 class Replacement {
 public:
     explicit Replacement(const CWindowsPath& target)
@@ -42,7 +42,8 @@ private:
 
     void checkReplaceable() const {
         const DWORD attributes = ::GetFileAttributesW(m_target.c_str());
-        // A link is replaced, whatever its attributes are. What cannot be found out is seen when it is replaced.
+        // A link is replaced whatever its attributes. Any obstacle that cannot be determined here shows up when
+        // replacing.
         if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
             return;
         if ((attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE)) != 0)
@@ -50,7 +51,7 @@ private:
     }
 
     void create() {
-        // Permissions come from the folder.
+        // The folder determines the permissions.
         constexpr DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
         const HANDLE file = ::CreateFileW(m_temporary.c_str(), GENERIC_WRITE, sharing, nullptr, CREATE_NEW,
                                           FILE_ATTRIBUTE_NORMAL, nullptr);

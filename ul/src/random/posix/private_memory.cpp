@@ -11,7 +11,7 @@ void* allocatePrivateMemory(std::size_t size) noexcept {
     if (memory == MAP_FAILED)
         return nullptr;
     if (::madvise(memory, size, MADV_WIPEONFORK) == 0) {
-        // What lies there is secret until it is used; a core file must not keep it. Not vital, so a refusal is ignored.
+        // The bytes are secret until they are used; keep them out of core files. Failure is harmless and ignored.
         ::madvise(memory, size, MADV_DONTDUMP);
         return memory;
     }

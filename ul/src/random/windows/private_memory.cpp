@@ -5,7 +5,7 @@
 
 namespace ul {
 
-// There is no fork.
+// Windows has no fork.
 void* allocatePrivateMemory(std::size_t size) noexcept {
     return ::VirtualAlloc(nullptr, size, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
 }

@@ -15,7 +15,7 @@ std::uint64_t CThread::getCurrentID() noexcept {
 
 namespace {
 
-// The system gives the same pthread_self() again as soon as a thread has ended.
+// Not pthread_self(): the system reuses its values as soon as a thread has ended.
 std::atomic<std::uint64_t> lastIdentity{0};
 thread_local std::uint64_t ownIdentity = 0;
 

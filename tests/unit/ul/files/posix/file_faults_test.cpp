@@ -102,7 +102,7 @@ TEST(CWindowsFileInStream, ReadThatFails_IsAFileError) {
 TEST(CWindowsFileInStream, LengthThatTheSystemDoesNotTell_IsAFileError) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("f", "abc");
-    // The stream gets the lowest number that is free, which is closed behind its back.
+    // The stream gets the lowest number that is free, which is closed without its knowledge.
     const int descriptor = ::dup(STDERR_FILENO);
     ::close(descriptor);
     const ul::CWindowsFileInStream stream(path);

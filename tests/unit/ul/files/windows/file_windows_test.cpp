@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What is so on Windows only.
+// Behaviour on Windows only.
 #include "support/temp_folder.h"
 
 #include "ul/error.h"
