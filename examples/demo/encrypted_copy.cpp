@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Writes a new file: what `change` makes of each piece of the old one, and what `finish` adds.
+/// Writes to a new file the result of `change` for each piece of the old one, and then that of `finish`.
 template <class Change, class Finish>
 void convert(const fs::path& from, const fs::path& to, Change change, Finish finish) {
     constexpr int pieceSize = 1 << 16;
