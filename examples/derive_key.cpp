@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <sarn/sarn.h>
+// Derives a key from a password in a file. Without a salt it draws one, which is stored beside the data.
+#include <sarn/host.h>
 
 #include <iostream>
 
-int main() {
-    ul::TCryptBuffer<char> password;
-    password.init("password", 8);
-    const ul::P<sarn::CPasswordKeyCache> keys = ul::make<sarn::CPasswordKeyCache>(password);
-
-    // Salt and iteration count are no secrets: they are stored beside the data.
-    const ul::PC<ul::TCryptBuffer<unsigned char>> key = keys->getKey(32, 258, 1000);
-    std::cout << "key   " << sarn::base64Encode(key->getData(), key->getUsed(), true, false).toLatin1() << "\n";
-    std::cout << "again " << (keys->getKey(32, 258, 1000) == key ? "the same buffer" : "another one") << "\n";
-
-    ul::TBuffer<unsigned char> mac;
-    sarn::calcHMAC_SHA1(mac, "what do ya want for nothing?", 28, "Jefe", 4);
-    std::cout << "hmac  " << sarn::base64Encode(mac.getData(), mac.getUsed(), true, false).toLatin1() << "\n";
+int main(int count, char** words) try {
+    if (count < 2 || count > 3)
+        throw std::runtime_error("usage: derive_key PASSWORD_FILE [SALT_IN_HEX]");
+    const auto salt = count == 3 ? ul::fromHex(words[2]) : ul::makeRandomBytes(16);
+    const auto key = sarn::deriveKey(ul::readSecretLine(ul::path(words[1])).toUTF8(), salt, 100000, 32);
+    // The key itself is shown to nobody; the same key gives the same check value.
+    std::cout << "salt  " << ul::toHex(salt) << "\ncheck " << sarn::base64(sarn::hmacSHA1(key, "key check")) << "\n";
+} catch (const std::exception& error) {
+    std::cerr << ul::formatError(error) << "\n";
+    return 1;
 }

@@ -2,9 +2,7 @@
 // Adds a digest type to the registry: SHA-512, whose running state can be saved and resumed like that of any other.
 #define OPENSSL_SUPPRESS_DEPRECATED // libcrypto 3 keeps these functions and would rather not have them called
 
-#include <sarn/sarn.h>
-
-#include <ul/hex.h>
+#include <sarn/host.h>
 
 #include <openssl/sha.h>
 
@@ -19,23 +17,17 @@ public:
     ul::P<sarn::IDigest> createDigest() override { return ul::make<Digest_SHA512>(this); }
 };
 
-int main() {
+int main() try {
     const ul::P<sarn::IDigestType> sha512 = ul::make<DigestType_SHA512>();
     sarn::CDigestManager::get()->addType(sha512.get());
-    const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType("sha512");
 
-    const ul::P<sarn::IDigest> first = type->createDigest();
-    first->update("a", 1);
-    ul::TBuffer<unsigned char> state;
-    ul::CBufferStream buffer(&state, 2.0);
-    ul::CDataOutStream out(buffer);
-    first->storeState(out);
-
-    const ul::P<sarn::IDigest> second = type->createDigest();
-    ul::CBufferInStream bytes(state);
-    ul::CDataInStream in(bytes);
-    second->loadState(in);
-    second->update("bc", 2);
-    second->finish();
-    std::cout << ul::toHex({second->getDigestData(), second->getDigestSize()}) << "\n"; // that of "abc"
+    const ul::P<sarn::IDigest> first = sarn::createDigest("sha512");
+    sarn::feed(*first, "a");
+    const ul::P<sarn::IDigest> second = sarn::createDigest("sha512");
+    sarn::loadState(*second, sarn::saveState(*first));
+    sarn::feed(*second, "bc");
+    std::cout << ul::toHex(sarn::finish(*second)) << "\n"; // that of "abc"
+} catch (const std::exception& error) {
+    std::cerr << ul::formatError(error) << "\n";
+    return 1;
 }

@@ -1,33 +1,22 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <sarn/sarn.h>
+// Reads a signed configuration, with defaults for values that it does not have.
+#include <sarn/host.h>
 
 #include <iostream>
-#include <string>
 
-ul::CWindowsPath toPath(const std::string& text) {
-    return ul::CWindowsPath(ul::String::fromUTF8(text.data(), text.size()));
-}
-
-int main(int count, char** words) {
-    if (count != 3) {
-        std::cerr << "usage: read_signed_config FILE.ini PUBLIC_KEY.pem\n";
-        return 2;
-    }
-    try {
-        const ul::String publicKey = ul::readUTF8TextFile(toPath(words[2]));
-        sarn::CSignedConfig config(toPath(words[1]), publicKey, false);
-        ul::TArray<ul::String> keys;
-        config.getValueNamesWithPrefix(keys, "/");
-        ul::String value;
-        for (const ul::String& key : keys) {
-            if (config.getValue(key, value)) // not those of a section with "/" in its name, which no key reaches
-                std::cout << key.toUTF8() << " = " << value.toUTF8() << "\n";
-        }
-        return 0;
-    } catch (const sarn::CSignedConfigSignatureError&) {
-        std::cerr << "Somebody changed the configuration.\n";
-    } catch (const ul::CError& error) {
-        std::cerr << error.what() << "\n";
-    }
+int main(int count, char** words) try {
+    if (count != 3)
+        throw std::runtime_error("usage: read_signed_config FILE.ini PUBLIC_KEY.pem");
+    const sarn::CSignedConfig config(ul::path(words[1]), ul::readUTF8TextFile(ul::path(words[2])), false);
+    std::cout << "cipher      " << sarn::valueOr(config, "/backup/cipher", "aes256cbc").toUTF8() << "\n"
+              << "iterations  " << sarn::valueOr(config, "/backup/iterations", 100000) << "\n";
+    for (const ul::String& key : sarn::getKeys(config))
+        if (const auto value = sarn::findValue(config, key)) // no key reaches a section with "/" in its name
+            std::cout << key.toUTF8() << " = " << value->toUTF8() << "\n";
+} catch (const sarn::CSignedConfigSignatureError&) {
+    std::cerr << "Somebody changed the configuration.\n";
+    return 1;
+} catch (const std::exception& error) {
+    std::cerr << ul::formatError(error) << "\n";
     return 1;
 }

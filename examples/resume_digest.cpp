@@ -1,27 +1,32 @@
 // SPDX-License-Identifier: Apache-2.0
-#include <sarn/sarn.h>
+// Digests a file that grows, a log for example: each run reads what is new since the last.
+#include <sarn/host.h>
 
-#include <ul/hex.h>
-
+#include <fstream>
 #include <iostream>
 
-int main() {
-    const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType("sha1");
-
-    const ul::P<sarn::IDigest> first = type->createDigest();
-    first->update("only ", 5);
-    ul::TBuffer<unsigned char> state; // goes to disk, or to another machine
-    ul::CBufferStream buffer(&state, 2.0);
-    ul::CDataOutStream out(buffer);
-    first->storeState(out);
-
-    const ul::P<sarn::IDigest> second = type->createDigest();
-    ul::CBufferInStream bytes(state);
-    ul::CDataInStream in(bytes);
-    second->loadState(in);
-    second->update("copy", 4);
-    second->finish();
-
-    std::cout << state.getUsed() << " bytes of state, digest "
-              << ul::toHex({second->getDigestData(), second->getDigestSize()}) << "\n";
+int main(int count, char** words) try {
+    if (count != 3)
+        throw std::runtime_error("usage: resume_digest FILE STATE_FILE");
+    const ul::CWindowsPath saved = ul::path(words[2]);
+    const ul::P<sarn::IDigest> digest = sarn::createDigest("sha256");
+    std::streamoff done = 0;
+    if (std::filesystem::exists(ul::native(saved))) {
+        std::string state;
+        std::ifstream(ul::native(saved)) >> done >> state;
+        sarn::loadState(*digest, ul::fromHex(state));
+    }
+    std::ifstream file(ul::native(ul::path(words[1])), std::ios::binary | std::ios::ate);
+    if (!file || file.tellg() < done)
+        throw std::runtime_error("The file cannot be read, or is shorter than before.");
+    file.seekg(done);
+    for (char piece[1 << 16]; file.read(piece, sizeof piece) || file.gcount() > 0; done += file.gcount())
+        sarn::feed(*digest, {piece, file.gcount()});
+    if (file.bad())
+        throw std::runtime_error("The file cannot be read to its end.");
+    ul::writeUTF8TextFile(saved, ul::text(std::to_string(done) + " " + ul::toHex(sarn::saveState(*digest)) + "\n"));
+    std::cout << ul::toHex(sarn::finish(*digest)) << "  " << done << " bytes\n";
+} catch (const std::exception& error) {
+    std::cerr << ul::formatError(error) << "\n";
+    return 1;
 }

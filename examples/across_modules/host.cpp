@@ -2,18 +2,15 @@
 // The host: turns what a plug-in's C function hands back into the error that it was.
 #include "plugin.h"
 
-#include <sarn/sarn.h>
+#include <sarn/host.h>
 
 #include <iostream>
 
 // Ends normally or with the plug-in's own error.
 void callPlugin(const char* cipherID) {
-    auto* const raw = static_cast<ul::CError*>(runJob(cipherID));
-    if (!raw)
-        return;
-    const ul::P<ul::CError> error(raw);
-    raw->release(); // the reference that came with it; `error` has one of its own
-    error->throwClone();
+    const auto error = ul::P<ul::CError>::adopt(static_cast<ul::CError*>(runJob(cipherID)));
+    if (error)
+        error->throwClone();
 }
 
 int main() {

@@ -10,7 +10,7 @@
 
 extern "C" {
 
-/// Runs a job. Returns null if that worked, else an error that the caller owns: pass it to releaseError() or
-/// ul::P<ul::CError>.
+/// Runs a job. Returns null if that worked, else an error that the caller owns: pass it to
+/// ul::P<ul::CError>::adopt().
 PLUGIN_EXPORT void* runJob(const char* cipherID);
 }

@@ -14,7 +14,7 @@
 namespace demo {
 
 /// Writes a configuration and its signature, as whoever sets backups up would.
-void writeConfiguration(const WorkFolder& folder, const std::filesystem::path& source, const std::string& cipher);
+void writeConfiguration(const WorkFolder& folder, const std::filesystem::path& source, const ul::String& cipher);
 
 /// The two keys of a backup: one encrypts, the other authenticates the manifest.
 struct Keys {
@@ -25,12 +25,8 @@ struct Keys {
 /// Derives the keys, or takes them from the cache. Each has a salt of its own.
 Keys getKeys(sarn::CPasswordKeyCache& cache, const Manifest& manifest);
 
-/// A cache that holds a password.
-ul::P<sarn::CPasswordKeyCache> makeKeyCache(const std::string& password);
-
 /// Figures of a run over all files.
 struct Totals {
-    std::int64_t bytesIn = 0;
     std::int64_t bytesOut = 0;
     Throughput throughput;
 };
@@ -46,7 +42,7 @@ Totals restoreFiles(const WorkFolder& folder, const std::vector<std::filesystem:
 
 /// Restores one encrypted copy to `restored`.
 /// \throws ul::CError if the key is wrong, the copy damaged, or its digest not the one in the manifest
-void restoreFile(sarn::ICipher& cipher, const Key& key, const std::filesystem::path& copy,
+void restoreFile(const ul::String& cipher, const Key& key, const std::filesystem::path& copy,
                  const std::filesystem::path& restored, const std::string& expectedDigest, const Progress& progress);
 
 } // namespace demo

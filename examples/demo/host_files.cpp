@@ -2,7 +2,6 @@
 #include "host_files.h"
 
 #include <algorithm>
-#include <stdexcept>
 
 namespace demo {
 
@@ -10,33 +9,35 @@ namespace fs = std::filesystem;
 
 namespace {
 
-fs::path makeTemporaryFolder() {
-    unsigned char bytes[8];
-    ul::CMTRand::getGlobal()->randData(bytes, sizeof bytes);
-    std::string name = "sarn_demo_";
-    for (const unsigned char byte : bytes)
-        name += ul::toHexString(byte).toLatin1();
-    return fs::temp_directory_path() / name;
+ul::CWindowsPath getKeyPath(const char* name) {
+    return ul::path(fs::path(SARN_DEMO_SOURCES) / "examples" / "demo" / "keys" / name);
+}
+
+fs::path makeTemporaryName() {
+    return fs::temp_directory_path() / ("sarn_demo_" + ul::toHex(ul::makeRandomBytes(8)));
 }
 
 } // namespace
 
-ul::CWindowsPath toPath(const fs::path& path) {
-    // Without links, ".." and backslashes both the system and the library find the same file under the text.
-    const std::string text = fs::weakly_canonical(path).u8string();
-    if (fs::path::preferred_separator == '/' && text.find('\\') != std::string::npos)
-        throw std::runtime_error("A name with a backslash cannot be backed up: " + text);
-    return ul::CWindowsPath(ul::String::fromUTF8(text.data(), text.size()));
+fs::path withSuffix(fs::path path, const char* suffix) {
+    return path += suffix;
 }
 
-fs::path withSuffix(const fs::path& path, const char* suffix) {
-    fs::path result = path;
-    result += suffix;
-    return result;
+std::string toUTF8(const fs::path& path) {
+    const auto text = path.u8string(); // of another type from C++20 on
+    return {text.begin(), text.end()};
 }
 
-ul::String readDemoKey(const char* name) {
-    return ul::readUTF8TextFile(toPath(fs::path(SARN_DEMO_SOURCES) / "examples" / "demo" / "keys" / name));
+ul::String readPublicKey() {
+    return ul::readUTF8TextFile(getKeyPath("demo_only.pub.pem"));
+}
+
+void writeSigned(const fs::path& path, const ul::String& text) {
+    ul::writeUTF8TextFile(ul::path(path), text);
+    const ul::CSecretText key = ul::readSecretTextFile(getKeyPath("demo_only.pem"));
+    ul::TBuffer<unsigned char> signature;
+    sarn::createFileSignature_RSA_SHA1(ul::path(path), key, signature);
+    sarn::storeSignatureBase64(ul::path(withSuffix(path, ".sig")), signature);
 }
 
 std::vector<fs::path> listFiles(const fs::path& path) {
@@ -55,7 +56,7 @@ std::vector<fs::path> listFiles(const fs::path& path) {
 }
 
 WorkFolder::WorkFolder(const fs::path& wanted)
-    : m_isOwn(wanted.empty()), m_path(m_isOwn ? makeTemporaryFolder() : wanted) {
+    : m_isOwn(wanted.empty()), m_path(m_isOwn ? makeTemporaryName() : wanted) {
     fs::create_directories(m_path);
 }
 

@@ -2,7 +2,7 @@
 // Where the demo keeps what, and the keys that it signs with.
 #pragma once
 
-#include <sarn/sarn.h>
+#include <sarn/host.h>
 
 #include <filesystem>
 #include <string>
@@ -10,14 +10,17 @@
 
 namespace demo {
 
-/// The library's path of a file.
-ul::CWindowsPath toPath(const std::filesystem::path& path);
+/// `path` with a suffix after its name.
+std::filesystem::path withSuffix(std::filesystem::path path, const char* suffix);
 
-/// `path` with a suffix behind its name.
-std::filesystem::path withSuffix(const std::filesystem::path& path, const char* suffix);
+/// The text of a path in UTF-8.
+std::string toUTF8(const std::filesystem::path& path);
 
-/// A key of the demo. A real host has only the public one; the private one stays where backups are set up.
-ul::String readDemoKey(const char* name);
+/// The key that configurations and manifests are verified with.
+ul::String readPublicKey();
+
+/// Writes a text file and its signature beside it. A real host has no private key: it stays where backups are set up.
+void writeSigned(const std::filesystem::path& path, const ul::String& text);
 
 /// The files to back up: build results and hidden folders are left out of a folder.
 std::vector<std::filesystem::path> listFiles(const std::filesystem::path& path);

@@ -47,9 +47,9 @@ bool parse(std::vector<std::string> words, Options& options) {
         else if (words[i] == "--cipher" && hasValue)
             options.cipher = words[++i];
         else if (words[i] == "--keep" && hasValue)
-            options.folder = words[++i];
+            options.folder = fs::weakly_canonical(words[++i]);
         else if (words[i].rfind("--", 0) != 0 && !hasPath) {
-            options.path = words[i];
+            options.path = fs::weakly_canonical(words[i]); // a ".." after a link would mean two files
             hasPath = true;
         } else
             return false;
@@ -67,15 +67,19 @@ int digestFile(const std::vector<std::string>& words) {
     return 0;
 }
 
+ul::P<sarn::CPasswordKeyCache> makeKeyCache(const std::string& password) {
+    return ul::make<sarn::CPasswordKeyCache>(ul::CSecretText(password).toUTF8());
+}
+
 int restoreOne(const Options& options) {
     const demo::WorkFolder folder(fs::absolute(options.path).parent_path());
-    const demo::Manifest manifest = demo::readManifest(folder.getManifest(), demo::readDemoKey("demo_only.pub.pem"));
-    const demo::Keys keys = demo::getKeys(*demo::makeKeyCache(options.password), manifest);
+    const demo::Manifest manifest = demo::readManifest(folder.getManifest());
+    const demo::Keys keys = demo::getKeys(*makeKeyCache(options.password), manifest);
     const auto index = static_cast<std::size_t>(std::stoul(options.path.stem().string()));
     const fs::path restored = demo::withSuffix(options.path, ".restored");
-    demo::restoreFile(*sarn::CCipherManager::get()->getCipher(manifest.cipher), *keys.encryption, options.path,
-                      restored, manifest.files.at(index).digest, [](std::int64_t) {});
-    std::cout << "Restored to " << restored.string() << ".\n";
+    demo::restoreFile(manifest.cipher, *keys.encryption, options.path, restored, manifest.files.at(index).digest,
+                      [](std::int64_t) {});
+    std::cout << "Restored to " << demo::toUTF8(restored) << ".\n";
     return 0;
 }
 
@@ -95,7 +99,7 @@ bool resumeDigestOfLargest(const Options& options, const demo::Manifest& manifes
     const std::string resumed = demo::digestInTwoRuns(options.program, files[largest], folder);
     const std::string system = demo::askSystemForSHA1(files[largest], folder);
     const bool isSame = resumed == expected && (system.empty() || system == demo::getSHA1(expected));
-    showStep("resumed digest", files[largest].filename().string() + ": half, process ended, other half: " +
+    showStep("resumed digest", demo::toUTF8(files[largest].filename()) + ": half, process ended, other half: " +
                                    (isSame ? "the same as in one piece" : "DIFFERENT"));
     showStep("", expected);
     showStep("", system.empty() ? "(no tool here to ask for a SHA-1)" : "SHA-1 by sha1sum or openssl: " + system);
@@ -103,17 +107,15 @@ bool resumeDigestOfLargest(const Options& options, const demo::Manifest& manifes
 }
 
 /// Changes one byte in each kind of file in turn and shows who notices.
-bool tamper(const Options& options, const demo::WorkFolder& folder, const demo::Manifest& manifest,
-            const demo::Key& key) {
-    const ul::String publicKey = demo::readDemoKey("demo_only.pub.pem");
+bool tamper(const demo::WorkFolder& folder, const demo::Manifest& manifest, const demo::Key& key) {
     const std::string configuration = demo::changeOneByte(folder.getConfiguration(), [&] {
-        sarn::CSignedConfig(demo::toPath(folder.getConfiguration()), publicKey, false);
+        sarn::CSignedConfig(ul::path(folder.getConfiguration()), demo::readPublicKey(), false);
     });
     const std::string list =
-        demo::changeOneByte(folder.getManifest(), [&] { demo::readManifest(folder.getManifest(), publicKey); });
+        demo::changeOneByte(folder.getManifest(), [&] { demo::readManifest(folder.getManifest()); });
     const std::string copy = demo::changeOneByte(folder.getCopy(0), [&] {
-        demo::restoreFile(*sarn::CCipherManager::get()->getCipher(options.cipher.c_str()), key, folder.getCopy(0),
-                          folder.getRestored(0), manifest.files[0].digest, [](std::int64_t) {});
+        demo::restoreFile(manifest.cipher, key, folder.getCopy(0), folder.getRestored(0), manifest.files[0].digest,
+                          [](std::int64_t) {});
     });
     const auto show = [](const char* what, const std::string& noticed) {
         showStep(what, noticed.empty() ? "NOT NOTICED" : noticed);
@@ -132,21 +134,18 @@ std::string describeTime(double seconds) {
 
 int backUp(const Options& options) {
     const demo::WorkFolder folder(options.folder);
-    const ul::String publicKey = demo::readDemoKey("demo_only.pub.pem");
-    demo::writeConfiguration(folder, options.path, options.cipher);
-    const ul::P<sarn::CSignedConfig> config =
-        ul::make<sarn::CSignedConfig>(demo::toPath(folder.getConfiguration()), publicKey, false);
+    demo::writeConfiguration(folder, options.path, ul::text(options.cipher));
+    const sarn::CSignedConfig config(ul::path(folder.getConfiguration()), demo::readPublicKey(), false);
     const std::vector<fs::path> files = demo::listFiles(options.path);
-    std::cout << "Backing up " << options.path.string() << ": " << files.size() << " files.\n\n";
-    showStep("configuration",
-             "signed, and verified before it was read: " + config->getValue("/sources/cipher").toUTF8() + ", " +
-                 config->getValue("/sources/iterations").toUTF8() + " iterations");
-
     demo::Manifest manifest;
-    manifest.cipher = config->getValue("/sources/cipher");
-    manifest.iterations = std::stoi(config->getValue("/sources/iterations").toLatin1());
-    ul::CMTRand::getGlobal()->randData(reinterpret_cast<unsigned char*>(&manifest.salt), sizeof manifest.salt);
-    const ul::P<sarn::CPasswordKeyCache> cache = demo::makeKeyCache(options.password);
+    manifest.cipher = sarn::valueOr(config, "/sources/cipher", "aes256cbc");
+    manifest.iterations = sarn::valueOr(config, "/sources/iterations", 100000);
+    ul::randomize(manifest.salt);
+    std::cout << "Backing up " << demo::toUTF8(options.path) << ": " << files.size() << " files.\n\n";
+    showStep("configuration", "signed, and verified before it was read: " + manifest.cipher.toUTF8() + ", " +
+                                  std::to_string(manifest.iterations) + " iterations");
+
+    const ul::P<sarn::CPasswordKeyCache> cache = makeKeyCache(options.password);
     demo::Keys keys;
     const double derivation = demo::measureSeconds([&] { keys = demo::getKeys(*cache, manifest); });
     const double lookUp = demo::measureSeconds([&] { keys = demo::getKeys(*cache, manifest); });
@@ -156,23 +155,23 @@ int backUp(const Options& options) {
     const demo::Totals stored = demo::storeFiles(folder, files, *keys.encryption, manifest);
     showStep("files", "digested and encrypted in one pass, " + stored.throughput.describe());
     const bool isResumed = resumeDigestOfLargest(options, manifest, files, folder.getPath());
-    manifest.write(folder.getManifest(), *keys.manifest, demo::readDemoKey("demo_only.pem"));
+    manifest.write(folder.getManifest(), *keys.manifest);
 
-    const demo::Manifest loaded = demo::readManifest(folder.getManifest(), publicKey);
+    const demo::Manifest loaded = demo::readManifest(folder.getManifest());
     const bool hasRightHMAC = demo::hasRightHMAC(folder.getManifest(), *keys.manifest);
     showStep("manifest", hasRightHMAC ? "signed, verified; its HMAC is right: no file is missing or exchanged"
                                       : "its HMAC is WRONG");
     std::vector<std::string> different;
     const demo::Totals restored = demo::restoreFiles(folder, files, *keys.encryption, loaded, different);
     showStep("restored", "and compared byte by byte, " + restored.throughput.describe());
-    const bool isNoticed = tamper(options, folder, loaded, *keys.encryption);
+    const bool isNoticed = tamper(folder, loaded, *keys.encryption);
 
-    std::cout << "\n  files " << files.size() << ", bytes in " << demo::withSeparators(stored.bytesIn) << ", bytes out "
-              << demo::withSeparators(stored.bytesOut) << "\n";
+    std::cout << "\n  files " << files.size() << ", bytes in " << demo::withSeparators(stored.throughput.getBytes())
+              << ", bytes out " << demo::withSeparators(stored.bytesOut) << "\n";
     for (const std::string& name : different)
         std::cout << "DIFFERENT: " << name << "\n";
     if (!options.folder.empty())
-        std::cout << "The backup is in " << folder.getPath().string() << ".\n";
+        std::cout << "The backup is in " << demo::toUTF8(folder.getPath()) << ".\n";
     std::cout << (different.empty() ? "restored files are identical\n" : "restored files DIFFER\n");
     return different.empty() && isResumed && hasRightHMAC && isNoticed ? 0 : 1;
 }
@@ -191,10 +190,8 @@ int main(int count, char** words) {
             return 2;
         }
         return options.restoreOnly ? restoreOne(options) : backUp(options);
-    } catch (const ul::CError& error) {
-        demo::showError(error);
     } catch (const std::exception& error) {
-        std::cerr << "Error: " << error.what() << "\n";
+        std::cerr << "Error: " << ul::formatError(error) << "\n";
     }
     return 1;
 }

@@ -3,8 +3,6 @@
 
 #include "host_files.h"
 
-#include <string>
-
 namespace demo {
 
 namespace fs = std::filesystem;
@@ -13,52 +11,36 @@ namespace {
 
 constexpr char macSection[] = "[hmac]\n";
 
-ul::String getHMAC(const ul::String& text, const Key& key) {
-    const std::string bytes = text.toUTF8();
-    ul::TBuffer<unsigned char> mac;
-    sarn::calcHMAC_SHA1(mac, bytes.data(), static_cast<int>(bytes.size()), key.getData(), key.getUsed());
-    return sarn::base64Encode(mac.getData(), mac.getUsed(), true, false);
+ul::String getMacLine(const ul::String& text, const Key& key) {
+    return "sha1=" + ul::text(sarn::base64(sarn::hmacSHA1(key, text.toUTF8()))) + "\n";
 }
 
-ul::String fromUTF8(const std::string& text) {
-    return ul::String::fromUTF8(text.data(), text.size());
-}
-
-ul::String getRequired(const ul::CINIContent& content, const ul::String& section, const char* name) {
-    ul::String value;
-    if (!content.tryGetSectionValue(value, section, name))
-        throw ul::CError("The manifest is incomplete.", "", -1, ul::CProps().add("missing", name), nullptr);
-    return value;
+/// The configuration that a manifest is as well.
+ul::P<sarn::CSignedConfig> load(const ul::CWindowsPath& path) try {
+    return ul::make<sarn::CSignedConfig>(path, readPublicKey(), false);
+} catch (const sarn::CSignedConfigSignatureError& error) {
+    throw ul::CError("The manifest's signature does not match.", "", -1, error.getProps(), nullptr);
 }
 
 } // namespace
 
-void Manifest::write(const fs::path& path, const Key& macKey, const ul::String& privateKey) const {
-    ul::String text = "[backup]\ncipher=" + cipher + "\nsalt=" + fromUTF8(std::to_string(salt)) +
-                      "\niterations=" + ul::toString(iterations) + "\n[files]\n";
+void Manifest::write(const fs::path& path, const Key& macKey) const {
+    std::string text = "[backup]\ncipher=" + cipher.toUTF8() + "\nsalt=" + std::to_string(salt) +
+                       "\niterations=" + std::to_string(iterations) + "\n[files]\n";
     for (std::size_t i = 0; i < files.size(); ++i)
-        text += fromUTF8(std::to_string(i)) + "=" + fromUTF8(files[i].digest + " " + files[i].name) + "\n";
-    const ul::String mac = getHMAC(text, macKey);
-    ul::writeUTF8TextFile(toPath(path), text + macSection + "sha1=" + mac + "\n");
-
-    ul::TBuffer<unsigned char> signature;
-    sarn::createFileSignature_RSA_SHA1(toPath(path), privateKey, signature);
-    sarn::storeSignatureBase64(toPath(withSuffix(path, ".sig")), signature);
+        text += std::to_string(i) + "=" + files[i].digest + " " + files[i].name + "\n";
+    const ul::String content = ul::text(text);
+    writeSigned(path, content + macSection + getMacLine(content, macKey));
 }
 
-Manifest readManifest(const fs::path& path, const ul::String& publicKey) {
-    if (!sarn::verifyFileSignature_RSA_SHA1(toPath(path), publicKey, toPath(withSuffix(path, ".sig"))))
-        throw ul::CError("The manifest's signature does not match.", "", -1,
-                         ul::CProps().add("path", toPath(path).getString()), nullptr);
-    const ul::P<ul::CINIContent> content = ul::CINIContent::parseFile(toPath(path));
+Manifest readManifest(const fs::path& path) {
+    const ul::P<sarn::CSignedConfig> content = load(ul::path(path));
     Manifest manifest;
-    manifest.cipher = getRequired(*content, "backup", "cipher");
-    manifest.salt = std::stoull(getRequired(*content, "backup", "salt").toLatin1());
-    manifest.iterations = std::stoi(getRequired(*content, "backup", "iterations").toLatin1());
-    ul::TArray<ul::String> names;
-    content->getSectionValueNames("files", names);
-    for (const ul::String& name : names) {
-        const std::string line = getRequired(*content, "files", name.toLatin1().c_str()).toUTF8();
+    manifest.cipher = content->getValue("/backup/cipher");
+    manifest.salt = sarn::valueOr(*content, "/backup/salt", manifest.salt);
+    manifest.iterations = sarn::valueOr(*content, "/backup/iterations", manifest.iterations);
+    for (const ul::String& key : sarn::getKeys(*content, "/files/")) {
+        const std::string line = content->getValue(key).toUTF8();
         const std::size_t space = line.find(' ');
         manifest.files.push_back({line.substr(space + 1), line.substr(0, space)});
     }
@@ -69,8 +51,8 @@ bool hasRightHMAC(const fs::path& path, const Key& macKey) {
     ul::String before;
     ul::String separator;
     ul::String after;
-    ul::partition(ul::readUTF8TextFile(toPath(path)), macSection, before, separator, after);
-    return after == "sha1=" + getHMAC(before, macKey) + "\n";
+    ul::partition(ul::readUTF8TextFile(ul::path(path)), macSection, before, separator, after);
+    return after == getMacLine(before, macKey);
 }
 
 } // namespace demo

@@ -3,9 +3,8 @@
 // signature.
 #pragma once
 
-#include <sarn/sarn.h>
+#include <sarn/host.h>
 
-#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <vector>
@@ -26,12 +25,12 @@ struct Manifest {
     std::vector<ManifestFile> files;
 
     /// Writes the manifest with its HMAC, and its signature beside it.
-    void write(const std::filesystem::path& path, const Key& macKey, const ul::String& privateKey) const;
+    void write(const std::filesystem::path& path, const Key& macKey) const;
 };
 
 /// Reads a manifest.
 /// \throws ul::CError if its signature does not match
-Manifest readManifest(const std::filesystem::path& path, const ul::String& publicKey);
+Manifest readManifest(const std::filesystem::path& path);
 
 /// Whether the HMAC of a manifest is the one under `macKey`.
 bool hasRightHMAC(const std::filesystem::path& path, const Key& macKey);

@@ -67,13 +67,4 @@ std::string withSeparators(std::int64_t number) {
     return text;
 }
 
-void showError(const ul::CError& error) {
-    std::cerr << "Error: " << error.what() << "\n";
-    if (const auto* const invalidArg = dynamic_cast<const ul::CInvalidArgError*>(&error))
-        std::cerr << "  raised by " << invalidArg->getWhere().toUTF8() << "\n";
-    for (int i = 0; i < error.getProps().getCount(); ++i)
-        std::cerr << "  " << error.getProps().getName(i).toUTF8() << " = " << error.getProps().getValue(i).toUTF8()
-                  << "\n";
-}
-
 } // namespace demo

@@ -2,8 +2,6 @@
 // What the demo shows on the screen.
 #pragma once
 
-#include <ul/error.h>
-
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -58,8 +56,5 @@ private:
 
 /// For example "1,234,567".
 std::string withSeparators(std::int64_t number);
-
-/// Shows an error of the library with everything that it carries.
-void showError(const ul::CError& error);
 
 } // namespace demo

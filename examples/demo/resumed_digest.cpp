@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "resumed_digest.h"
 
-#include "host_files.h"
+#include <sarn/host.h>
 
 #include <algorithm>
 #include <cctype>
@@ -14,20 +14,16 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr int chunkSize = 65536;
-
-/// Feeds up to `size` bytes of a stream to a digest.
-void feed(sarn::IDigest& digest, ul::CWindowsFileInStream& stream, std::int64_t size) {
-    ul::TBuffer<unsigned char> chunk(chunkSize, -1);
+/// Calls `use` for the next `size` bytes of a stream, piece by piece; for fewer if it ends before.
+template <class Use>
+void read(ul::CWindowsFileInStream& stream, std::int64_t size, Use use) {
+    ul::TBuffer<unsigned char> piece(1 << 16, -1);
     while (size > 0 && !stream.isEndOfStream()) {
-        const int count = stream.readLax(chunk.getData(), static_cast<int>(std::min<std::int64_t>(size, chunkSize)));
-        digest.update(chunk.getData(), count);
+        const auto wanted = static_cast<int>(std::min<std::int64_t>(size, piece.getUsed()));
+        const int count = stream.readLax(piece.getData(), wanted);
+        use(ul::CBytes(piece.getData(), count));
         size -= count;
     }
-}
-
-ul::P<sarn::IDigest> createDigest() {
-    return sarn::CDigestManager::get()->getType(digestID)->createDigest();
 }
 
 /// Runs a command and returns the first word that it prints, or an empty text.
@@ -49,47 +45,29 @@ std::string quote(const fs::path& path) {
 
 } // namespace
 
-std::string toHex(const sarn::IDigest& digest) {
-    constexpr char digits[] = "0123456789abcdef";
-    const unsigned char* const data = digest.getDigestData();
-    std::string text;
-    for (int i = 0; i < digest.getDigestSize(); ++i) {
-        text += digits[data[i] >> 4];
-        text += digits[data[i] & 15];
-    }
-    return text;
-}
-
 std::string getSHA1(const std::string& digest) {
     return digest.substr(32, 40);
 }
 
 void digestBeginning(const fs::path& file, std::int64_t size, const fs::path& stateFile) {
-    const ul::P<sarn::IDigest> digest = createDigest();
-    ul::CWindowsFileInStream stream(toPath(file));
-    feed(*digest, stream, size);
-
-    ul::TBuffer<unsigned char> state;
-    ul::CBufferStream buffer(&state, 2.0);
-    ul::CDataOutStream out(buffer);
-    out.writeInt32(static_cast<int>(size));
-    digest->storeState(out);
-    std::ofstream(stateFile, std::ios::binary).write(reinterpret_cast<const char*>(state.getData()), state.getUsed());
+    const ul::P<sarn::IDigest> digest = sarn::createDigest(digestID);
+    ul::CWindowsFileInStream stream(ul::path(file));
+    read(stream, size, [&](ul::CBytes piece) { sarn::feed(*digest, piece); });
+    const std::string state = std::to_string(size) + " " + ul::toHex(sarn::saveState(*digest)) + "\n";
+    ul::writeUTF8TextFile(ul::path(stateFile), ul::text(state));
 }
 
 std::string resumeDigest(const fs::path& file, const fs::path& stateFile) {
-    ul::CWindowsFileInStream stateStream(toPath(stateFile));
-    ul::CDataInStream in(stateStream);
-    const int done = in.readInt32();
-    const ul::P<sarn::IDigest> digest = createDigest();
-    digest->loadState(in);
+    std::int64_t done = 0;
+    std::string state;
+    std::ifstream(stateFile) >> done >> state;
+    const ul::P<sarn::IDigest> digest = sarn::createDigest(digestID);
+    sarn::loadState(*digest, ul::fromHex(state));
 
-    ul::CWindowsFileInStream stream(toPath(file));
-    ul::TBuffer<unsigned char> skipped(std::max(done, 0), -1);
-    stream.read(skipped.getData(), skipped.getUsed());
-    feed(*digest, stream, stream.getLength() - done);
-    digest->finish();
-    return toHex(*digest);
+    ul::CWindowsFileInStream stream(ul::path(file));
+    read(stream, done, [](ul::CBytes) {});
+    sarn::feedFile(*digest, stream, [](std::int64_t, std::int64_t) {});
+    return ul::toHex(sarn::finish(*digest));
 }
 
 std::string digestInTwoRuns(const std::string& program, const fs::path& file, const fs::path& folder) {

@@ -2,8 +2,6 @@
 // Digests of files, in one go and with a break in which the process ends.
 #pragma once
 
-#include <sarn/sarn.h>
-
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -13,10 +11,7 @@ namespace demo {
 /// What every file is digested with.
 constexpr char digestID[] = "md4-sha1-adler32";
 
-/// A digest's result as hexadecimal digits.
-std::string toHex(const sarn::IDigest& digest);
-
-/// The part of it that is the SHA-1.
+/// The part of a digest in hexadecimal digits that is the SHA-1.
 std::string getSHA1(const std::string& digest);
 
 /// Digests the first `size` bytes of a file and saves the running state to `stateFile`.

@@ -45,6 +45,7 @@ add("Tree", ["sh", "-c", "git add --all && scripts/check-tree"], make_tree, [
     ("FileWithoutALicence", lambda at: at.write("src/b.cpp", CODE), r"src/b\.cpp has no SPDX line"),
     ("FileThatIsTooLong", write("src/b.cpp", "int b;\n" * 300), r"src/b\.cpp has 301 lines"),
     ("TestThatNobodyCompiles", write("tests/b_test.cpp", CODE), r"tests/b_test\.cpp is in no CMakeLists"),
+    ("ExampleThatNobodyCompiles", write("examples/b.cpp", CODE), r"examples/b\.cpp is in no CMakeLists"),
     ("WaiversWithoutEnd", write("src/b.cpp", "// NOLINTNEXTLINE(a)\n" * 11), "more than ten waivers"),
     ("KeptMutantThatIsGone", append("tests/data/kept_mutants.txt", "src/a.cpp: b: int b; => nothing  # why not\n"),
      "matches no place: src/a.cpp: b"),

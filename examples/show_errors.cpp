@@ -4,18 +4,13 @@
 
 #include <iostream>
 
-void runJob(const ul::String& name, const char* cipher) try {
-    const auto key = ul::makeRandomBytes(32);
-    sarn::encrypt(cipher, key, ul::readSecretFile(ul::path("no such file")));
+void runJob(const ul::String& name) try {
+    sarn::encrypt("aes256cbc", ul::makeRandomBytes(32), ul::readSecretFile(ul::path("no such file")));
 } catch (const ul::CError& cause) {
     throw ul::CError("The job '" + name + "' failed.", "", -1, ul::CProps().add("job", name), &cause);
 }
 
-int main() try {
-    runJob(ul::text("donn\xC3\xA9"
-                    "es"),
-           "aes256cbc");
-} catch (const ul::CError& error) {
+int main() try { runJob(ul::text("données")); } catch (const ul::CError& error) {
     std::cout << error.what() << "\n";           // the user
     std::cerr << ul::formatError(error) << "\n"; // the log
     for (const auto& [name, value] : error.getProps())

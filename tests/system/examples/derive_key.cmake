@@ -1,0 +1,20 @@
+# SPDX-License-Identifier: Apache-2.0
+# Derives a key whose check value Python's hashlib and hmac give as well, and one with a salt that the program draws.
+include("${CMAKE_CURRENT_LIST_DIR}/programs.cmake")
+
+file(WRITE "${WORK_DIR}/password" "pass phrase with ä and €\n")
+run(0 derive_key password 000102030405060708090a0b0c0d0e0f)
+expect("${output}" "^salt  000102030405060708090a0b0c0d0e0f\r?\ncheck l4EY9jgEE7ER\\+qn03IdjIRaOVNE=\r?\n$")
+set(first "${output}")
+run(0 derive_key password 000102030405060708090A0B0C0D0E0F)
+if(NOT output STREQUAL first)
+  message(FATAL_ERROR "the same password and salt gave another key")
+endif()
+run(0 derive_key password)
+set(first "${output}")
+run(0 derive_key password)
+if(output STREQUAL first)
+  message(FATAL_ERROR "the same salt was drawn twice")
+endif()
+run(1 derive_key password xyz)
+expect("${errors}" "fromHex: invalid hexadecimal text")
