@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the operations of a cipher share: a message passing through libcrypto.
+// One message that passes through libcrypto.
 #pragma once
 
 #include "cipher/arguments.h"
@@ -10,8 +10,8 @@
 
 namespace sarn {
 
-/// One message on its way through libcrypto. What libcrypto refuses is raised with the text that hosts know, and its
-/// error queue is left as it was.
+/// Encrypts or decrypts one message with libcrypto. Raises the errors that hosts know if libcrypto fails, and leaves
+/// its error queue unchanged.
 class CipherRun {
 public:
     enum Direction { Encrypt, Decrypt };
@@ -21,13 +21,13 @@ public:
             EVP_CIPHER_CTX_reset(m_context.get());
     }
 
-    /// Also when it decrypts, the error is about encrypting: hosts match this text.
+    /// Sets key, IV and padding. The error names encryption even for decryption: hosts match this text.
     void begin(const EVP_CIPHER* cipher, const Key& key, const unsigned char* iv, bool isPadded) {
         if (!m_context || !init(cipher, key, iv) || !(isPadded || EVP_CIPHER_CTX_set_padding(m_context.get(), 0)))
             m_mark.raise("OpenSSL encrypt init error.");
     }
 
-    /// Writes to `result` and returns how many bytes.
+    /// Processes `size` bytes and returns the number of bytes written to `result`.
     int update(unsigned char* result, const unsigned char* data, int size) {
         int written = 0;
         check(m_isEncrypting ? EVP_EncryptUpdate(m_context.get(), result, &written, data, size)
@@ -35,7 +35,7 @@ public:
         return written;
     }
 
-    /// The same for the last bytes.
+    /// Processes the last block and returns the number of bytes written to `result`.
     int finish(unsigned char* result) {
         int written = 0;
         check(m_isEncrypting ? EVP_EncryptFinal(m_context.get(), result, &written)

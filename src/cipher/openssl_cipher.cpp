@@ -22,7 +22,7 @@ namespace sarn {
 
 namespace {
 
-/// The input of one call. Empty input points to something readable, whatever the caller passed.
+/// The input of one call. Its pointer is always readable, even if the caller passed null for empty input.
 struct Input {
     Input(const void* inputData, int inputSize)
         : data(inputSize == 0 ? reinterpret_cast<const unsigned char*>("")
@@ -33,7 +33,7 @@ struct Input {
     int size;
 };
 
-/// An initialisation vector out of reach of the output buffer, whose block may move or be overwritten.
+/// An IV outside the output buffer, whose block may move or be overwritten.
 using IVCopy = std::array<unsigned char, EVP_MAX_IV_LENGTH>;
 
 IVCopy copyIV(const unsigned char* iv, int ivSize) {
@@ -42,10 +42,10 @@ IVCopy copyIV(const unsigned char* iv, int ivSize) {
     return copy;
 }
 
-/// Refuses what cannot be processed whatever the cipher.
+/// Refuses arguments that no cipher can process.
 /// \param start      where the operation begins to write in `out`
-/// \param position   where the first byte made from the input goes
-/// \param outputSize how many bytes it may write from `start` on
+/// \param position   where the first byte computed from the input goes
+/// \param outputSize number of bytes that it may write from `start` on
 void checkRoom(const char* where, const Key& key, const Input& input, const Buffer& out, int start, int position,
                long long outputSize) {
     checkArguments(where, key, input.size, out, start, outputSize);
@@ -62,7 +62,7 @@ void checkDescription(const EVP_CIPHER* cipher) {
     constexpr char where[] = "COpenSSLCipher::COpenSSLCipher";
     if (!cipher)
         raiseInvalidArg(where, "cipher cannot be NULL");
-    // What authenticates would drop its tag, and data without it cannot be decrypted.
+    // An authenticating mode would lose its tag, without which the data cannot be decrypted.
     if (EVP_CIPHER_mode(cipher) != EVP_CIPH_CBC_MODE || (EVP_CIPHER_flags(cipher) & EVP_CIPH_FLAG_AEAD_CIPHER) != 0)
         raiseInvalidArg(where, "cipher is not in CBC mode");
     if (EVP_CIPHER_iv_length(cipher) > EVP_MAX_IV_LENGTH)
@@ -97,7 +97,7 @@ COpenSSLCipher::COpenSSLCipher(const EVP_CIPHER* cipher, const ul::String& id) {
 COpenSSLCipher::COpenSSLCipher(const COpenSSLCipher&) = default;
 COpenSSLCipher& COpenSSLCipher::operator=(const COpenSSLCipher&) = default;
 
-// Only the identifier is moved: what is moved from keeps its sizes, and with them the need of its zero block.
+// Only the identifier is moved. A moved-from cipher keeps its sizes, so it needs its zero block too.
 COpenSSLCipher::COpenSSLCipher(COpenSSLCipher&& other) : COpenSSLCipher(std::as_const(other)) {
     m_id = std::move(other.m_id);
 }
@@ -130,8 +130,7 @@ void COpenSSLCipher::encrypt(const Key& key, const void* data, int size, Buffer&
                              const unsigned char* iv) {
     constexpr char where[] = "COpenSSLCipher::encrypt";
     checkKey(key, where);
-    // Unlike the operations without padding, the padded pair creates its context before it looks at the other
-    // arguments.
+    // The padded pair creates its context before it checks the other arguments, unlike the operations without padding.
     CipherRun run(CipherRun::Encrypt);
     const Input input(data, size);
     int start = getStart(out, append);
@@ -139,7 +138,7 @@ void COpenSSLCipher::encrypt(const Key& key, const void* data, int size, Buffer&
     const long long outputSize = static_cast<long long>(size) + m_blockSize + ownIVSize;
     checkRoom(where, key, input, out, start, start + ownIVSize, outputSize);
 
-    // Copied before the block moves, in which it may lie.
+    // Copied before the block moves: the IV may be inside it.
     IVCopy ivCopy;
     if (iv)
         ivCopy = copyIV(iv, m_ivSize);
@@ -159,7 +158,7 @@ void COpenSSLCipher::decrypt(const Key& key, const void* data, int size, Buffer&
                              const unsigned char* iv) {
     constexpr char where[] = "COpenSSLCipher::decrypt";
     checkKey(key, where);
-    // Before the other arguments are looked at, as in encrypt().
+    // Before the other arguments are checked, as in encrypt().
     CipherRun run(CipherRun::Decrypt);
     Input input(data, size);
     if (!iv) {
@@ -169,7 +168,7 @@ void COpenSSLCipher::decrypt(const Key& key, const void* data, int size, Buffer&
         input = Input(input.data + m_ivSize, size - m_ivSize);
     }
     const int start = getStart(out, append);
-    // libcrypto is given room for a block more, but never writes more than it reads: the last sizes go without.
+    // Room for one block more than the input, except for the largest sizes: libcrypto never writes more than it reads.
     long long outputSize = static_cast<long long>(m_blockSize) + input.size;
     if (start + outputSize > INT_MAX)
         outputSize = std::max(INT_MAX - start, input.size);
