@@ -50,17 +50,13 @@ TEST(MissingLegacyModuleDeathTest, LegacyCiphers_AreFoundKnowTheirSizesAndRaiseT
             EXPECT_EQ(cipher->getKeySize(), 16);
             EXPECT_EQ(cipher->getIVSize(), 8);
             EXPECT_EQ(cipher->getBlockSize(), 8);
-            const TestKey key(16);
             const Bytes iv = makePattern(8);
-            ul::TBuffer<unsigned char> out;
-            expectError("OpenSSL encrypt init error.",
-                        [&] { cipher->encrypt(key, "12345678", 8, out, false, nullptr); });
-            expectError("OpenSSL encrypt init error.",
-                        [&] { cipher->decrypt(key, "12345678", 8, out, false, iv.data()); });
-            expectError("OpenSSL encrypt init error.",
-                        [&] { cipher->encryptWithoutPadding(key, "12345678", 8, out, false, iv.data()); });
-            expectError("OpenSSL encrypt init error.",
-                        [&] { cipher->decryptWithoutPadding(key, "12345678", 8, out, false, iv.data()); });
+            for (const CipherOperation& operation : cipherOperations) {
+                Buffer out;
+                expectError("OpenSSL encrypt init error.", [&] {
+                    ((*cipher).*operation.function)(TestKey(16), "12345678", 8, out, false, iv.data());
+                });
+            }
         }
     });
 }

@@ -2,8 +2,6 @@
 // Processes hand a running digest on to each other.
 #include "support/digest_test_data.h"
 
-#include <gtest/gtest.h>
-
 #include <array>
 
 #include <sys/wait.h>
@@ -45,9 +43,7 @@ TEST(DigestState, PassedThroughForkedProcesses_GivesTheDigestOfTheWhole) {
         Bytes state;
         for (std::ptrdiff_t at = 0; at < 1000; at += 125)
             state = continueElsewhere(id, state, Bytes(input.begin() + at, input.begin() + at + 125));
-        const ul::P<sarn::IDigest> digest = createDigest(id);
-        loadState(*digest, state);
-        EXPECT_EQ(finish(*digest), getDigest(id, input)) << id;
+        EXPECT_EQ(finish(*resumeDigest(id, state)), getDigest(id, input)) << id;
     }
 }
 
