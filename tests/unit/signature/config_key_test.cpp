@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a key of a signed configuration names.
+#include "support/print.h"
+
 #include "sarn/signed_config.h"
 
 #include <gtest/gtest.h>
-
-#include <string>
-#include <utility>
 
 namespace sarn_test {
 
@@ -16,28 +15,19 @@ struct ConfigAccess : sarn::CSignedConfig {
     using sarn::CSignedConfig::splitKey;
 };
 
-std::pair<std::string, std::string> split(const char* key) {
-    ul::String section;
-    ul::String name;
-    ConfigAccess::splitKey(key, section, name);
-    return {section.toUTF8(), name.toUTF8()};
-}
-
-using Parts = std::pair<std::string, std::string>;
-
 } // namespace
 
 TEST(SignedConfigKeys, SplitKey_TakesOneLeadingSlashAndSplitsAtTheNext) {
-    EXPECT_EQ(split("/a/b"), Parts("a", "b"));
-    EXPECT_EQ(split("a/b"), Parts("a", "b"));
-    EXPECT_EQ(split("/a/b/c"), Parts("a", "b/c"));
-    EXPECT_EQ(split("b"), Parts("/", "b"));
-    EXPECT_EQ(split("/b"), Parts("/", "b"));
-    EXPECT_EQ(split("//b"), Parts("", "b"));
-    EXPECT_EQ(split("a/"), Parts("a", ""));
-    EXPECT_EQ(split(""), Parts("/", ""));
-    EXPECT_EQ(split("/"), Parts("/", ""));
-    EXPECT_EQ(split("///b"), Parts("", "/b"));
+    const char* const keys[][3] = {{"/a/b", "a", "b"}, {"a/b", "a", "b"}, {"/a/b/c", "a", "b/c"}, {"b", "/", "b"},
+                                   {"/b", "/", "b"},   {"//b", "", "b"},  {"a/", "a", ""},        {"", "/", ""},
+                                   {"/", "/", ""},     {"///b", "", "/b"}};
+    for (const auto& [key, expectedSection, expectedName] : keys) {
+        ul::String section;
+        ul::String name;
+        ConfigAccess::splitKey(key, section, name);
+        EXPECT_EQ(section, expectedSection) << key;
+        EXPECT_EQ(name, expectedName) << key;
+    }
 }
 
 } // namespace sarn_test
