@@ -8,7 +8,7 @@ namespace sarn_test {
 
 namespace {
 
-class DamagedState : public testing::TestWithParam<const char*> {};
+class DamagedDigestState : public testing::TestWithParam<const char*> {};
 
 /// A digest with some of the states of a kind: a combination has so many states and bytes that one test of them all
 /// would take minutes under sanitizers.
@@ -23,7 +23,7 @@ void PrintTo(const Part& part, std::ostream* out) {
     *out << getDigestTestName({part.id, 0}) << "_" << part.number;
 }
 
-class DamagedStates : public testing::TestWithParam<Part> {};
+class DigestStateMutation : public testing::TestWithParam<Part> {};
 
 std::vector<Part> makeParts() {
     std::vector<Part> parts;
@@ -89,7 +89,7 @@ void exercise(sarn::IDigestType& type, const Bytes& state) {
 } // namespace
 
 // What is asserted is little; the sanitizers do the rest.
-TEST_P(DamagedStates, EveryByteThroughEveryValue_DoesNoHarm) {
+TEST_P(DigestStateMutation, EveryByteThroughEveryValue_DoesNoHarm) {
     const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType(GetParam().id);
     const std::vector<Bytes> states = readStatesOf(GetParam().id);
     for (auto i = static_cast<std::size_t>(GetParam().number); i < states.size(); i += partCount) {
@@ -103,9 +103,9 @@ TEST_P(DamagedStates, EveryByteThroughEveryValue_DoesNoHarm) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, DamagedStates, testing::ValuesIn(makeParts()), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(All, DigestStateMutation, testing::ValuesIn(makeParts()), testing::PrintToStringParamName());
 
-TEST_P(DamagedState, CutOrChangedAnywhere_LeavesEveryDigestAsItWasIfItIsRefused) {
+TEST_P(DamagedDigestState, CutOrChangedAnywhere_LeavesEveryDigestAsItWasIfItIsRefused) {
     const Bytes rest = makePattern(500);
     for (const Stage stage : {Stage::Running, Stage::Finished, Stage::Read, Stage::Reset}) {
         const ul::P<sarn::IDigest> digest = makeDigest(GetParam(), stage);
@@ -129,7 +129,7 @@ TEST_P(DamagedState, CutOrChangedAnywhere_LeavesEveryDigestAsItWasIfItIsRefused)
     }
 }
 
-TEST_P(DamagedState, CutAndThenWhole_LoadsAsIfItHadNeverBeenCut) {
+TEST_P(DamagedDigestState, CutAndThenWhole_LoadsAsIfItHadNeverBeenCut) {
     const Bytes state = getRunningState(GetParam());
     const ul::P<sarn::IDigest> digest = createDigest(GetParam(), makePattern(70));
     EXPECT_FALSE(isDone([&] { loadState(*digest, cut(state, -1)); }));
@@ -137,6 +137,6 @@ TEST_P(DamagedState, CutAndThenWhole_LoadsAsIfItHadNeverBeenCut) {
     EXPECT_EQ(finish(*digest), getDigest(GetParam(), makePattern(100)));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, DamagedState, testing::ValuesIn(digestIDs), getDigestTestName);
+INSTANTIATE_TEST_SUITE_P(All, DamagedDigestState, testing::ValuesIn(digestIDs), getDigestTestName);
 
 } // namespace sarn_test

@@ -60,16 +60,16 @@ void PrintTo(const BadWords& bad, std::ostream* out) {
     *out << bad.name;
 }
 
-class BadStateWord : public testing::TestWithParam<BadWords> {};
+class BadDigestStateWord : public testing::TestWithParam<BadWords> {};
 
 } // namespace
 
-TEST_P(BadStateWord, IsRefusedAndResetMakesTheDigestGood) {
+TEST_P(BadDigestStateWord, IsRefusedAndResetMakesTheDigestGood) {
     for (const unsigned word : GetParam().words)
         expectRefused(GetParam().id, withWord(getRunningState(GetParam().id), GetParam().at, word), GetParam().message);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BadStateWord, testing::ValuesIn(badWords), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(All, BadDigestStateWord, testing::ValuesIn(badWords), testing::PrintToStringParamName());
 
 TEST(OpenSSLDigestState, Refusals_ComeInTheirOrder) {
     Bytes state = withWord(getRunningState("sha1"), contextSizeAt, 92);
