@@ -96,15 +96,14 @@ void expectError(const char* message, Action action) {
 /// Expects an argument error: where, message, no properties.
 template <class Action>
 void expectInvalidArg(const std::string& where, const char* message, Action action) {
-    const ul::P<ul::CError> error = catchError<ul::CInvalidArgError>(action);
-    ASSERT_TRUE(error);
-    const auto* const invalidArg = dynamic_cast<const ul::CInvalidArgError*>(error.get());
-    ASSERT_NE(invalidArg, nullptr);
-    EXPECT_EQ(invalidArg->getWhere().toUTF8(), where);
-    EXPECT_STREQ(error->what(), message);
-    EXPECT_EQ(error->getProps().getCount(), 0);
-    EXPECT_EQ(error->getCode(), -1);
-    EXPECT_EQ(error->getCause(), nullptr);
+    expectError<ul::CInvalidArgError>(message, {}, [&] {
+        try {
+            action();
+        } catch (const ul::CInvalidArgError& error) {
+            EXPECT_EQ(error.getWhere().toUTF8(), where);
+            throw;
+        }
+    });
 }
 
 /// Expects an error of class `Error` with the given message.

@@ -166,19 +166,4 @@ TEST(CipherLimits, KeyAsOutput_IsRefused) {
     EXPECT_EQ(toBytes(key), makePattern(32));
 }
 
-TEST(CipherLimits, ManyAppendedResults_CostLinearRoom) {
-    Buffer out;
-    const Bytes data = makePattern(100);
-    int blocksMoved = 0;
-    const unsigned char* block = nullptr;
-    for (int i = 0; i < 10000; ++i) {
-        runAES256(encrypting, data.data(), 100, out, true, iv);
-        blocksMoved += out.getData() != block ? 1 : 0;
-        block = out.getData();
-    }
-    EXPECT_EQ(out.getUsed(), 10000 * 112);
-    EXPECT_LT(blocksMoved, 20);
-    EXPECT_LT(out.getAllocated(), 3 * out.getUsed());
-}
-
 } // namespace sarn_test

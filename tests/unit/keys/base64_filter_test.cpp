@@ -53,14 +53,6 @@ TEST(Base64Filter, OddTexts_AreDecodedAsTheFilterDecodesThem) {
         EXPECT_EQ(decode(text), decodeByTheSteps(text)) << ul::String(text).toLatin1();
 }
 
-TEST(Base64Filter, LongTextsWithAndWithoutLines_AreDecodedWhole) {
-    for (const int size : {700, 1500, 100000}) {
-        const Bytes bytes = makePattern(size);
-        EXPECT_EQ(decode(encode(bytes, false)), bytes) << "a single line of any length is decoded";
-        EXPECT_EQ(decode(encode(bytes, true)), bytes);
-    }
-}
-
 TEST(Base64Filter, RandomAndMutatedTexts_AreDecodedAsTheFilterDecodesThem) {
     std::mt19937 random(4);
     const auto draw = [&random](std::size_t limit) { return random() % limit; };

@@ -85,11 +85,8 @@ TEST(Base64Encode, WithLineBreaks_EndsEveryLineOf64CharactersAndTheLast) {
     EXPECT_EQ(encode("", true, true), "");
 }
 
-TEST(Base64Encode, WithoutLineBreaks_IsOneLine) {
+TEST(Base64Encode, WithoutLineBreaks_IsOneLine_AndNothingForANullPointerOfNoBytes) {
     EXPECT_EQ(encode(makePattern(100000)).find_first_of("\r\n"), std::string::npos);
-}
-
-TEST(Base64Encode, NullPointerOfNoBytes_IsNothing) {
     EXPECT_TRUE(sarn::base64Encode(nullptr, 0, true, false).isEmpty());
 }
 
@@ -164,20 +161,17 @@ TEST(Base64, EveryLengthInBothModes_ComesBackTheSame) {
     }
 }
 
-TEST(Base64EncodeBufferWithCRLF, EndsEveryLineWithBoth) {
-    EXPECT_EQ(encodeWithCRLF(makePattern(100)),
-              encode(makePattern(100)).insert(128, "\r\n").insert(64, "\r\n") + "\r\n");
-    EXPECT_EQ(encodeWithCRLF(makePattern(100)).size(), 142U);
-    EXPECT_EQ(decode(encodeWithCRLF(makePattern(100)).c_str()), makePattern(100));
-}
-
-TEST(Base64EncodeBufferWithCRLF, EmptyBuffer_StaysEmpty) {
-    EXPECT_EQ(encodeWithCRLF({}), "");
-}
-
-TEST(Base64EncodeBufferWithCRLF, WholeLines_HaveNoEmptyLineAfterThem) {
-    EXPECT_EQ(encodeWithCRLF(makePattern(48)).size(), 66U);
-    EXPECT_EQ(encodeWithCRLF(makePattern(96)).size(), 132U);
+TEST(Base64EncodeBufferWithCRLF, EndsEveryLineWithBoth_AndLeavesAnEmptyBufferEmpty) {
+    const std::pair<int, std::size_t> sizes[] = {{0, 0}, {48, 66}, {96, 132}, {100, 142}};
+    for (const auto& [size, textSize] : sizes) {
+        const std::string text = encodeWithCRLF(makePattern(size));
+        EXPECT_EQ(text.size(), textSize);
+        std::string lines = encode(makePattern(size));
+        for (std::size_t at = 64; at < lines.size(); at += 66)
+            lines.insert(at, "\r\n");
+        EXPECT_EQ(text, lines + (size > 0 ? "\r\n" : ""));
+        EXPECT_EQ(decode(text.c_str()), makePattern(size));
+    }
 }
 
 } // namespace sarn_test

@@ -56,31 +56,24 @@ std::string getOrRefuse(Action action) {
 
 } // namespace
 
-TEST(CPasswordKeyCache, GetKey_DerivesWithTheSaltsBytesLeastSignificantFirst) {
+TEST(CPasswordKeyCache, GetKey_DerivesWithTheSaltsBytesLeastSignificantFirst_AKeyThatOutlivesItsCache) {
+    EXPECT_EQ(toHexText(makeCache("password")->getKey(32, 258, 1000)),
+              "ecf3fb9c0588202d48782ee93de14e7780a4902131c1dcf8b44d3ba207ce7df2");
     const ul::P<CPasswordKeyCache> cache = makeCache("password");
-    const Key key = cache->getKey(32, 258, 1000);
-    EXPECT_EQ(toHexText(key), "ecf3fb9c0588202d48782ee93de14e7780a4902131c1dcf8b44d3ba207ce7df2");
     EXPECT_EQ(toHexText(cache->getKey(16, 0x8877665544332211, 3)),
               derive("password", {0x11, 0x22, 0x33, 0x44, 0x55, 0x66, 0x77, 0x88}, 3, 16));
     EXPECT_EQ(toHexText(cache->getKey(20, 0, 1)), derive("password", Bytes(8), 1, 20));
 }
 
-TEST(CPasswordKeyCache, GetKey_CalledAgain_ReturnsTheSameBuffer) {
-    const ul::P<CPasswordKeyCache> cache = makeCache("password");
-    const Key key = cache->getKey(32, 258, 1000);
-    EXPECT_EQ(cache->getKey(32, 258, 1000), key);
-    EXPECT_EQ(key->getUsed(), 32) << "so that it goes straight into a cipher";
-}
-
-TEST(CPasswordKeyCache, GetKey_OfAnotherSize_IsAnEntryOfItsOwn) {
+TEST(CPasswordKeyCache, GetKey_CalledAgain_ReturnsTheSameBuffer_AndOtherArgumentsHaveEntriesOfTheirOwn) {
     const ul::P<CPasswordKeyCache> cache = makeCache("password");
     const Key longKey = cache->getKey(32, 7, 1000);
     const Key shortKey = cache->getKey(16, 7, 1000);
-    EXPECT_NE(shortKey, longKey);
+    EXPECT_EQ(longKey->getUsed(), 32) << "so that it goes straight into a cipher";
     EXPECT_EQ(toHexText(shortKey), toHexText(longKey).substr(0, 32));
     EXPECT_EQ(cache->getKey(32, 7, 1000), longKey);
-    EXPECT_NE(cache->getKey(32, 7, 1001), longKey);
-    EXPECT_NE(cache->getKey(32, 8, 1000), longKey);
+    for (const Key& other : {shortKey, cache->getKey(32, 7, 1001), cache->getKey(32, 8, 1000)})
+        EXPECT_NE(other, longKey);
 }
 
 TEST(CPasswordKeyCache, ArgumentsOutOfTheOrdinary_GoToTheDerivationAsTheyAre) {
@@ -104,11 +97,6 @@ TEST(CPasswordKeyCache, Password_IsCopied) {
     EXPECT_EQ(toHexText(cache->getKey(20, 0, 1)), derive("password", Bytes(8), 1, 20));
 }
 
-TEST(CPasswordKeyCache, Key_OutlivesItsCache) {
-    const Key key = makeCache("password")->getKey(32, 258, 1000);
-    EXPECT_EQ(toHexText(key), "ecf3fb9c0588202d48782ee93de14e7780a4902131c1dcf8b44d3ba207ce7df2");
-}
-
 TEST(CPasswordKeyCache, FailedDerivation_RaisesFreesTheMutexAndIsTriedAgain) {
     const ul::P<CPasswordKeyCache> cache = makeCache("password");
     for (int i = 0; i < 3; ++i)
@@ -119,12 +107,11 @@ TEST(CPasswordKeyCache, FailedDerivation_RaisesFreesTheMutexAndIsTriedAgain) {
     EXPECT_TRUE(key);
 }
 
-TEST(CPasswordKeyCache, TwoThreadsThatAskForTheSameNewKey_ShareOneDerivation) {
+TEST(CPasswordKeyCache, ThreadsThatAskForTheSameNewKey_ShareOneDerivation) {
     const ul::P<CPasswordKeyCache> cache = makeCache("password");
     std::vector<Key> keys(8);
     runOnThreads(8, [&](int i) { keys[static_cast<std::size_t>(i)] = cache->getKey(32, 1, 20000); });
-    for (const Key& key : keys)
-        EXPECT_EQ(key, keys.front());
+    EXPECT_EQ(keys, std::vector<Key>(8, keys.front()));
 }
 
 TEST(CPasswordKeyCache, DifferentCaches_DoNotWaitForEachOther) {
@@ -158,16 +145,10 @@ TEST(CKeyInfo, Compare_DecidesByKeySizeThenSaltThenIterations) {
     EXPECT_EQ(CKeyInfo(3, 4, 5).compare(CKeyInfo(3, 4, 5)), 0);
 }
 
-TEST(CKeyInfo, Fields_CanBeRead) {
-    const CKeyInfo info(32, 258, 1000);
-    EXPECT_EQ(info.keySize, 32);
-    EXPECT_EQ(info.salt, 258U);
-    EXPECT_EQ(info.iterations, 1000);
-}
-
 TEST(CKeyInfo, Operators_FollowCompare) {
     const CKeyInfo small(1, 2, 3);
     const CKeyInfo large(1, 2, 4);
+    EXPECT_TRUE(large.keySize == 1 && large.salt == 2 && large.iterations == 4);
     CKeyInfo copy = large;
     EXPECT_TRUE(small < large && small <= large && small <= small && large > small && large >= small);
     EXPECT_TRUE(small != large && copy == large && !(small == large) && !(small > large) && !(small >= large));

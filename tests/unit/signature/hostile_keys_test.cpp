@@ -70,14 +70,11 @@ TEST(HostileKeys, RSAKeyOfOneByteOrNone_HasThatSizeAndCannotSign) {
     }
 }
 
-TEST(HostileKeys, DSAKeyThatIsOddButSigns_StillSigns) {
-    EXPECT_GT(sign(sarn::createDSS_SHA1(), readHostileKey("dsa_g1"), toBytes("abc")).size(), 8U);
-}
-
-TEST(HostileKeys, DSAKeyThatCannotSignOneText_StillSignsOthers) {
+TEST(HostileKeys, DSAKeyThatIsOddOrCannotSignOneText_StillSignsOthers) {
     for (const char* const text : {"abd", "abe"}) {
         expectSignError("dsa_g1_x_of_abc", toBytes("abc"));
-        EXPECT_NO_THROW(sign(sarn::createDSS_SHA1(), readHostileKey("dsa_g1_x_of_abc"), toBytes(text)));
+        for (const char* const name : {"dsa_g1_x_of_abc", "dsa_g1"})
+            EXPECT_GT(sign(sarn::createDSS_SHA1(), readHostileKey(name), toBytes(text)).size(), 8U);
     }
 }
 
