@@ -39,7 +39,7 @@ inline Bytes join(Bytes first, const Bytes& second) {
     return first;
 }
 
-/// The first `size` bytes, or as many as there are ahead of the last `-size`.
+/// The first `size` bytes, or those before the last `-size`.
 inline Bytes cut(const Bytes& bytes, int size) {
     return Bytes(bytes.begin(), (size < 0 ? bytes.end() : bytes.begin()) + size);
 }

@@ -136,7 +136,7 @@ TEST(CipherLimits, OverlappingInput_IsRefusedByEveryOperation_AndNothingIsWritte
         expectRefused(operation, "input overlaps output", buffer.getData() + position, size, buffer, append, givenIV);
         EXPECT_EQ(toBytes(buffer), makePattern(80));
     };
-    // One byte off the place of the result, to either side; ahead of a generated IV; after the start when appending.
+    // One byte off the place of the result, to either side; before a generated IV; after the start when appending.
     expectOverlap(encrypting, 1, 48, false, iv);
     expectOverlap(encrypting, 0, 48, false, nullptr);
     expectOverlap(encrypting, 70, 20, true, iv);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What every class shares: copy and move operations, one reference count, instances reached through get().
+// What every class shares: copy and move operations, and interfaces over one root.
 #include "support/cipher_test_data.h"
 
 #include "sarn/digest.h"

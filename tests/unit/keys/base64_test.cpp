@@ -98,7 +98,7 @@ TEST(Base64Encode, NegativeSize_IsTheErrorOfAWriteThatIsNotWhole) {
     }
 }
 
-TEST(Base64Decode, MissingPadding_IsCompletedAheadOfTheLineEnd) {
+TEST(Base64Decode, MissingPadding_IsCompletedBeforeTheLineEnd) {
     expectDecoded({"aGVsbG8", "aGVsbG8=", "aGVs\r\nbG8\r\n"}, "hello");
     expectDecoded({"Zg"}, "f");
 }
@@ -140,7 +140,7 @@ TEST(Base64Decode, ForeignCharacters_AreRefused) {
 }
 
 TEST(Base64Decode, LossWithinTheTolerance_IsNotNoticed) {
-    // The filter gives what it decoded ahead of the damage, and three bytes may be missing. One line without its end is
+    // The filter gives what it decoded before the damage, and three bytes may be missing. One line without its end is
     // none to the filter.
     expectDecoded({"aGV!", "Zm8\n", "Zg =="}, "");
 }

@@ -138,7 +138,7 @@ TEST_F(FileSignature, SignatureFileThatIsNotBase64_IsRefused_AndAnEmptyOneDoesNo
     EXPECT_FALSE(verify());
 }
 
-TEST_F(FileSignature, BadKeys_AreRefusedAheadOfTheFile) {
+TEST_F(FileSignature, BadKeys_AreRefusedBeforeTheFileIsOpened) {
     Buffer signature;
     const ul::CWindowsPath missing = folder.getPath("f");
     expectError("OpenSSL key corrupted.", [&] { sign(missing, "rsa2048_encrypted_pkcs8"); });

@@ -149,7 +149,7 @@ TEST_F(ReadUTF8TextFile, LeavesLineEndsAndDropsTheByteOrderMark) {
               "a\r\nb\n");
     EXPECT_TRUE(ul::readUTF8TextFile(write("")).isEmpty());
     EXPECT_TRUE(ul::readUTF8TextFile(write("\xEF\xBB\xBF")).isEmpty());
-    EXPECT_THROW(ul::readUTF8TextFile(write("\xEF\xBB")), ul::CError) << "a mark cut off is no text";
+    EXPECT_THROW(ul::readUTF8TextFile(write("\xEF\xBB")), ul::CError) << "a mark cut off is not text";
 }
 
 TEST_F(ReadUTF8TextFile, InvalidUTF8_NamesThePositionAndTheFile) {
