@@ -47,6 +47,24 @@ public:
     explicit TestKey(int size) : TestKey(makePattern(size)) {}
 };
 
+/// The four operations, which share one list of arguments.
+struct CipherOperation {
+    const char* name;
+    void (sarn::ICipher::*function)(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size, Buffer& out,
+                                    bool append, const unsigned char* iv);
+};
+inline constexpr CipherOperation encrypting{"encrypt", &sarn::ICipher::encrypt};
+inline constexpr CipherOperation decrypting{"decrypt", &sarn::ICipher::decrypt};
+inline constexpr CipherOperation encryptingUnpadded{"encryptWithoutPadding", &sarn::ICipher::encryptWithoutPadding};
+inline constexpr CipherOperation decryptingUnpadded{"decryptWithoutPadding", &sarn::ICipher::decryptWithoutPadding};
+inline constexpr CipherOperation cipherOperations[] = {encrypting, decrypting, encryptingUnpadded, decryptingUnpadded};
+
+/// A buffer that holds some bytes, to see whether an operation touches them.
+struct FilledBuffer : Buffer {
+    FilledBuffer() { fill(*this, {9, 8, 7}); }
+    bool isUntouched() const { return toBytes(*this) == Bytes{9, 8, 7}; }
+};
+
 /// Encrypts and decrypts 100 bytes under a random IV.
 inline bool restoresItsInput(sarn::ICipher& cipher) {
     const TestKey key(cipher.getKeySize());

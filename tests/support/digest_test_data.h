@@ -33,9 +33,11 @@ inline void feed(sarn::IDigest& digest, const Bytes& bytes) {
     digest.update(bytes.empty() ? "" : static_cast<const void*>(bytes.data()), static_cast<int>(bytes.size()));
 }
 
-inline Bytes join(Bytes first, const Bytes& second) {
-    first.insert(first.end(), second.begin(), second.end());
-    return first;
+/// A running digest that was fed `bytes`.
+inline ul::P<sarn::IDigest> createDigest(const std::string& id, const Bytes& bytes) {
+    ul::P<sarn::IDigest> digest = createDigest(id);
+    feed(*digest, bytes);
+    return digest;
 }
 
 /// The result of a finished digest.
@@ -45,6 +47,12 @@ inline Bytes getResult(const sarn::IDigest& digest) {
     return result;
 }
 
+/// The same, as the pointer to it shows it.
+inline Bytes getData(const sarn::IDigest& digest) {
+    const unsigned char* const data = digest.getDigestData();
+    return Bytes(data, data + digest.getDigestSize());
+}
+
 inline Bytes finish(sarn::IDigest& digest) {
     digest.finish();
     return getResult(digest);
@@ -52,9 +60,7 @@ inline Bytes finish(sarn::IDigest& digest) {
 
 /// The digest of `bytes` in one piece.
 inline Bytes getDigest(const std::string& id, const Bytes& bytes) {
-    const ul::P<sarn::IDigest> digest = createDigest(id);
-    feed(*digest, bytes);
-    return finish(*digest);
+    return finish(*createDigest(id, bytes));
 }
 
 inline Bytes storeState(const sarn::IDigest& digest) {
@@ -73,6 +79,13 @@ inline int loadState(sarn::IDigest& digest, const Bytes& state) {
     return stream.getRemaining();
 }
 
+/// A digest that goes on from `state`.
+inline ul::P<sarn::IDigest> resumeDigest(const std::string& id, const Bytes& state) {
+    ul::P<sarn::IDigest> digest = createDigest(id);
+    EXPECT_EQ(loadState(*digest, state), 0) << "bytes of the state are left";
+    return digest;
+}
+
 /// `state` with the 32-bit word at `offset` replaced.
 inline Bytes withWord(Bytes state, std::size_t offset, unsigned value) {
     for (std::size_t i = 0; i < 4; ++i)
@@ -82,9 +95,12 @@ inline Bytes withWord(Bytes state, std::size_t offset, unsigned value) {
 
 /// The state of a running digest that was fed a pattern of `size` bytes.
 inline Bytes getRunningState(const char* id, int size = 100) {
-    const ul::P<sarn::IDigest> digest = createDigest(id);
-    feed(*digest, makePattern(size));
-    return storeState(*digest);
+    return storeState(*createDigest(id, makePattern(size)));
+}
+
+/// States of digests of every kind, as other implementations write them.
+inline std::vector<Vector> readStates() {
+    return readVectors("digest_states.vec", {"size", "finished", "read", "again", "state"});
 }
 
 } // namespace sarn_test

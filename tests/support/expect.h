@@ -16,6 +16,8 @@
 
 namespace sarn_test {
 
+using Buffer = ul::TBuffer<unsigned char>;
+
 inline Bytes toBytes(const ul::TBuffer<unsigned char>& buffer) {
     return Bytes(buffer.getData(), buffer.getData() + buffer.getUsed());
 }
@@ -28,9 +30,30 @@ inline Bytes toUTF8Bytes(const ul::String& text) {
     return toBytes(text.toUTF8());
 }
 
+inline std::string toText(const Bytes& bytes) {
+    return std::string(bytes.begin(), bytes.end());
+}
+
+inline Bytes join(Bytes first, const Bytes& second) {
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
+
+/// The first `size` bytes, or those before the last `-size`.
+inline Bytes cut(const Bytes& bytes, int size) {
+    return Bytes(bytes.begin(), (size < 0 ? bytes.end() : bytes.begin()) + size);
+}
+
 /// Fills `buffer`, which cannot be returned from here without losing its kind.
 inline void fill(ul::TBuffer<unsigned char>& buffer, const Bytes& bytes) {
     buffer.init(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+/// The value of an error's property, which must be there.
+inline std::string getProp(const ul::CError& error, const char* name) {
+    ul::String value;
+    EXPECT_TRUE(error.getProps().tryGet(name, value)) << name;
+    return value.toUTF8();
 }
 
 /// Runs `action`, which must throw exactly an `Error`, and returns a copy of it.
@@ -46,11 +69,11 @@ ul::P<ul::CError> catchError(Action action) {
     return nullptr;
 }
 
-/// Expects a plain failure in the library's style: the message, no second text, code -1, no cause, and the properties
-/// as name, value, name, value and so on.
-template <class Action>
-void expectError(const char* message, const std::vector<const char*>& props, Action action) {
-    const ul::P<ul::CError> error = catchError<ul::CError>(action);
+/// Expects a failure in the library's style: the message, no second text, code -1, no cause, and the properties as
+/// name, value, name, value and so on.
+template <class Error = ul::CError, class Action>
+void expectError(const char* message, const std::vector<std::string>& props, Action action) {
+    const ul::P<ul::CError> error = catchError<Error>(action);
     ASSERT_TRUE(error);
     EXPECT_STREQ(error->what(), message);
     EXPECT_EQ(error->getMessage(), message);
@@ -62,7 +85,7 @@ void expectError(const char* message, const std::vector<const char*>& props, Act
         actual.push_back(error->getProps().getName(i).toUTF8());
         actual.push_back(error->getProps().getValue(i).toUTF8());
     }
-    EXPECT_EQ(actual, std::vector<std::string>(props.begin(), props.end()));
+    EXPECT_EQ(actual, props);
 }
 
 template <class Action>
@@ -72,16 +95,15 @@ void expectError(const char* message, Action action) {
 
 /// Expects an argument error: where, message, no properties.
 template <class Action>
-void expectInvalidArg(const char* where, const char* message, Action action) {
-    const ul::P<ul::CError> error = catchError<ul::CInvalidArgError>(action);
-    ASSERT_TRUE(error);
-    const auto* const invalidArg = dynamic_cast<const ul::CInvalidArgError*>(error.get());
-    ASSERT_NE(invalidArg, nullptr);
-    EXPECT_EQ(invalidArg->getWhere().toUTF8(), where);
-    EXPECT_STREQ(error->what(), message);
-    EXPECT_EQ(error->getProps().getCount(), 0);
-    EXPECT_EQ(error->getCode(), -1);
-    EXPECT_EQ(error->getCause(), nullptr);
+void expectInvalidArg(const std::string& where, const char* message, Action action) {
+    expectError<ul::CInvalidArgError>(message, {}, [&] {
+        try {
+            action();
+        } catch (const ul::CInvalidArgError& error) {
+            EXPECT_EQ(error.getWhere().toUTF8(), where);
+            throw;
+        }
+    });
 }
 
 /// Expects an error of class `Error` with the given message.

@@ -40,56 +40,41 @@ int toDigit(char character) {
     return static_cast<int>(value);
 }
 
-/// Takes the lines of a file one after the other.
-class VectorReader {
-public:
-    VectorReader(const std::set<std::string>& fields, std::vector<Vector>& vectors)
-        : m_fields(fields), m_vectors(vectors) {}
-
-    void take(const std::string& line, int number) {
-        if (line.empty()) {
-            m_isOpen = false;
-        } else if (line.front() == '[') {
-            if (line.back() != ']')
-                throw std::runtime_error("the section has no end");
-            m_section = line.substr(1, line.size() - 2);
-            m_isOpen = false;
-        } else if (line.front() != '#') {
-            takeField(line, number);
-        }
-    }
-
-private:
-    void takeField(const std::string& line, int number) {
-        const std::size_t separator = line.find(" =");
-        const std::string field = line.substr(0, separator);
-        if (separator == std::string::npos || m_fields.count(field) == 0)
-            throw std::runtime_error("unknown field");
-        if (!m_isOpen)
-            m_vectors.emplace_back(m_section, number);
-        m_isOpen = true;
-        if (m_vectors.back().has(field))
-            throw std::runtime_error("the vector has that field already");
-        m_vectors.back().setField(field, line.size() > separator + 3 ? line.substr(separator + 3) : "");
-    }
-
-    const std::set<std::string>& m_fields;
-    std::vector<Vector>& m_vectors;
-    std::string m_section;
-    bool m_isOpen = false;
-};
+/// Takes "name = value" into `vector`.
+void takeField(Vector& vector, const std::string& line, const std::set<std::string>& fields) {
+    const std::size_t separator = line.find(" =");
+    const std::string field = line.substr(0, separator);
+    if (separator == std::string::npos || fields.count(field) == 0)
+        throw std::runtime_error("unknown field");
+    if (vector.has(field))
+        throw std::runtime_error("the vector has that field already");
+    vector.setField(field, line.size() > separator + 3 ? line.substr(separator + 3) : "");
+}
 
 } // namespace
 
 std::vector<Vector> parseVectors(std::istream& text, const std::string& name, const std::set<std::string>& fields) {
     std::vector<Vector> vectors;
-    VectorReader reader(fields, vectors);
+    std::string section;
+    bool isOpen = false;
     std::string line;
     for (int number = 1; std::getline(text, line); ++number) {
         if (!line.empty() && line.back() == '\r')
             line.pop_back();
         try {
-            reader.take(line, number);
+            if (line.compare(0, 1, "[") == 0) {
+                if (line.back() != ']')
+                    throw std::runtime_error("the section has no end");
+                section = line.substr(1, line.size() - 2);
+                isOpen = false;
+            } else if (line.empty()) {
+                isOpen = false;
+            } else if (line.front() != '#') {
+                if (!isOpen)
+                    vectors.emplace_back(section, number);
+                isOpen = true;
+                takeField(vectors.back(), line, fields);
+            }
         } catch (const std::runtime_error& error) {
             throw std::runtime_error(name + ", line " + std::to_string(number) + ": " + error.what());
         }

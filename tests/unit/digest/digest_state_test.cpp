@@ -3,8 +3,6 @@
 #include "support/digest_test_data.h"
 #include "support/markdown_table.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 
 namespace sarn_test {
@@ -13,14 +11,9 @@ namespace {
 
 class DigestState : public testing::TestWithParam<const char*> {};
 
-std::vector<Vector> readStates() {
-    return readVectors("digest_states.vec", {"size", "finished", "read", "again", "state"});
-}
-
 /// A digest that has been through what a vector says.
 ul::P<sarn::IDigest> replay(const Vector& vector) {
-    ul::P<sarn::IDigest> digest = createDigest(vector.getSection());
-    feed(*digest, makePattern(vector.getInt("size")));
+    ul::P<sarn::IDigest> digest = createDigest(vector.getSection(), makePattern(vector.getInt("size")));
     if (vector.getInt("finished"))
         digest->finish();
     if (vector.getInt("read"))
@@ -41,30 +34,19 @@ TEST(DigestStates, GoldenStates_AreWrittenByteForByte) {
         EXPECT_EQ(toHex(storeState(*replay(vector))), vector.getText("state")) << vector.describe();
 }
 
-TEST(DigestStates, GoldenStates_AreReadAndWrittenAgainByteForByte) {
+TEST(DigestStates, GoldenStates_AreReadAndWrittenAgain_AndResumeOrKeepTheirResult) {
     for (const Vector& vector : readStates()) {
-        const ul::P<sarn::IDigest> digest = createDigest(vector.getSection());
-        EXPECT_EQ(loadState(*digest, vector.getBytes("state")), 0) << vector.describe();
+        const ul::P<sarn::IDigest> digest = resumeDigest(vector.getSection(), vector.getBytes("state"));
         EXPECT_EQ(toHex(storeState(*digest)), vector.getText("state")) << vector.describe();
-    }
-}
-
-TEST(DigestStates, GoldenStates_ResumeOrKeepTheirResult) {
-    for (const Vector& vector : readStates()) {
-        const ul::P<sarn::IDigest> digest = createDigest(vector.getSection());
-        loadState(*digest, vector.getBytes("state"));
         const bool isRunning = !vector.getInt("finished") || vector.getInt("again") >= 0;
-        const int size = vector.getInt("again") >= 0 ? vector.getInt("again") : vector.getInt("size");
-        Bytes whole = makePattern(size);
+        Bytes whole = makePattern(vector.getInt(vector.getInt("again") >= 0 ? "again" : "size"));
         if (isRunning) {
-            const Bytes rest = makePattern(500);
-            feed(*digest, rest);
-            whole.insert(whole.end(), rest.begin(), rest.end());
+            feed(*digest, makePattern(500));
+            whole = join(whole, makePattern(500));
             digest->finish();
         }
         EXPECT_EQ(getResult(*digest), getDigest(vector.getSection(), whole)) << vector.describe();
-        const unsigned char* const data = digest->getDigestData();
-        EXPECT_EQ(Bytes(data, data + digest->getDigestSize()), getResult(*digest));
+        EXPECT_EQ(getData(*digest), getResult(*digest));
     }
 }
 
@@ -75,62 +57,47 @@ TEST_P(DigestState, ExampleOfTheDocumentation_IsTheStateOfAbc) {
             digits += code;
     }
     digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
-    const ul::P<sarn::IDigest> digest = createDigest(GetParam());
-    digest->update("abc", 3);
-    EXPECT_EQ(toHex(storeState(*digest)), digits);
+    EXPECT_EQ(toHex(storeState(*createDigest(GetParam(), toBytes("abc")))), digits);
 }
 
 TEST_P(DigestState, SavedAtEveryOffset_ResumesToTheDigestOfTheWhole) {
     const Bytes input = makePattern(300);
     const Bytes expected = getDigest(GetParam(), input);
-    for (std::size_t offset = 0; offset <= input.size(); ++offset) {
-        const ul::P<sarn::IDigest> first = createDigest(GetParam());
-        feed(*first, Bytes(input.begin(), input.begin() + static_cast<std::ptrdiff_t>(offset)));
-        const ul::P<sarn::IDigest> second = createDigest(GetParam());
-        loadState(*second, storeState(*first));
-        feed(*second, Bytes(input.begin() + static_cast<std::ptrdiff_t>(offset), input.end()));
+    for (int offset = 0; offset <= 300; ++offset) {
+        const Bytes state = storeState(*createDigest(GetParam(), cut(input, offset)));
+        const ul::P<sarn::IDigest> second = resumeDigest(GetParam(), state);
+        feed(*second, Bytes(input.begin() + offset, input.end()));
         EXPECT_EQ(finish(*second), expected) << offset;
     }
 }
 
-TEST_P(DigestState, OfAFinishedDigest_LoadsAsFinishedWithItsResult) {
-    const ul::P<sarn::IDigest> first = createDigest(GetParam());
-    feed(*first, makePattern(100));
-    first->finish();
-    const ul::P<sarn::IDigest> second = createDigest(GetParam());
-    loadState(*second, storeState(*first));
-    EXPECT_EQ(getResult(*second), getResult(*first));
-    EXPECT_THROW(second->update("x", 1), ul::CBadStateError);
-}
-
-TEST_P(DigestState, LoadedOverARunningDigest_ReplacesIt) {
-    const ul::P<sarn::IDigest> digest = createDigest(GetParam());
-    feed(*digest, makePattern(1000));
-    loadState(*digest, getRunningState(GetParam()));
-    EXPECT_EQ(finish(*digest), getDigest(GetParam(), makePattern(100)));
-}
-
-TEST_P(DigestState, LoadedOverAFinishedDigest_ReplacesItsResult) {
-    const ul::P<sarn::IDigest> source = createDigest(GetParam());
-    feed(*source, makePattern(100));
-    source->finish();
-    const ul::P<sarn::IDigest> digest = createDigest(GetParam());
-    feed(*digest, makePattern(1000));
-    digest->finish();
-    digest->getDigestData();
-    loadState(*digest, storeState(*source));
-    EXPECT_EQ(storeState(*digest), storeState(*source));
-    EXPECT_EQ(getResult(*digest), getResult(*source));
-    EXPECT_EQ(Bytes(digest->getDigestData(), digest->getDigestData() + digest->getDigestSize()), getResult(*source));
+TEST_P(DigestState, LoadedOverAFreshARunningOrAFinishedDigest_ReplacesItAndItsResult) {
+    for (const bool isFinished : {false, true}) {
+        const ul::P<sarn::IDigest> source = createDigest(GetParam(), makePattern(100));
+        if (isFinished)
+            source->finish();
+        const Bytes state = storeState(*source);
+        const ul::P<sarn::IDigest> running = createDigest(GetParam(), makePattern(1000));
+        const ul::P<sarn::IDigest> read = createDigest(GetParam(), makePattern(1000));
+        read->finish();
+        read->getDigestData();
+        for (const ul::P<sarn::IDigest>& digest : {createDigest(GetParam()), running, read}) {
+            loadState(*digest, state);
+            EXPECT_EQ(storeState(*digest), state);
+            if (isFinished)
+                EXPECT_THROW(digest->update("x", 1), ul::CBadStateError);
+            else
+                digest->finish();
+            EXPECT_EQ(getResult(*digest), getDigest(GetParam(), makePattern(100)));
+            EXPECT_EQ(getData(*digest), getResult(*digest));
+        }
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, DigestState, testing::ValuesIn(digestIDs), getDigestTestName);
 
 TEST(OpenSSLDigestState, OfSHA1_HasTheDocumentedSize) {
     EXPECT_EQ(getRunningState("sha1").size(), 4U + 4 + 4 + 4 + 96 + 4 + 0 + 1 + 1);
-    EXPECT_EQ(getRunningState("md4").size(), 114U);
-    EXPECT_EQ(getRunningState("md5").size(), 114U);
-    EXPECT_EQ(getRunningState("sha256").size(), 134U);
 }
 
 } // namespace sarn_test

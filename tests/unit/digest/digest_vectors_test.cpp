@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Results beside those of other implementations.
+// Results beside those of other implementations and beside the published ones.
 #include "support/digest_test_data.h"
-
-#include <gtest/gtest.h>
 
 #include <random>
 
@@ -16,28 +14,26 @@ std::map<std::string, std::map<int, Bytes>> readDigests() {
     for (const Vector& vector : readVectors("digests.vec", {"size", "digest"}))
         digests[vector.getSection()][vector.getInt("size")] = vector.getBytes("digest");
     const auto combine = [&digests](const std::string& id, const std::string& first, const std::string& second) {
-        for (const auto& [size, digest] : digests.at(first)) {
-            Bytes both = digest;
-            const Bytes& tail = digests.at(second).at(size);
-            both.insert(both.end(), tail.begin(), tail.end());
-            digests[id][size] = both;
-        }
+        for (const auto& [size, digest] : digests.at(first))
+            digests[id][size] = join(digest, digests.at(second).at(size));
     };
     combine("md4-sha1", "md4", "sha1");
     combine("md4-sha1-adler32", "md4-sha1", "adler32");
     return digests;
 }
 
-/// Feeds `bytes` in pieces whose sizes `next` gives.
+/// Feeds `bytes` in pieces whose sizes `next` gives; if `saves`, a new digest takes the state over after each.
 template <class Next>
-Bytes digestInPieces(const std::string& id, const Bytes& bytes, Next next) {
-    const ul::P<sarn::IDigest> digest = createDigest(id);
+std::string digestInPieces(const std::string& id, const Bytes& bytes, Next next, bool saves = false) {
+    ul::P<sarn::IDigest> digest = createDigest(id);
     for (std::size_t at = 0; at < bytes.size();) {
         const std::size_t size = std::min<std::size_t>(static_cast<std::size_t>(next()), bytes.size() - at);
         digest->update(bytes.data() + at, static_cast<int>(size));
         at += size;
+        if (saves)
+            digest = resumeDigest(id, storeState(*digest));
     }
-    return finish(*digest);
+    return toHex(finish(*digest));
 }
 
 class DigestVectors : public testing::TestWithParam<const char*> {
@@ -47,6 +43,24 @@ protected:
         return digests.at(GetParam());
     }
 };
+
+struct Published {
+    std::string id;
+    Bytes text;
+    std::string digest;
+    std::string name;
+};
+
+std::vector<Published> readPublished() {
+    std::vector<Published> published;
+    for (const Vector& vector : readVectors("digests_published.vec", {"text", "repeat", "digest"})) {
+        std::string text;
+        for (int i = vector.has("repeat") ? vector.getInt("repeat") : 1; i > 0; --i)
+            text += vector.getText("text");
+        published.push_back({vector.getSection(), toBytes(text), vector.getText("digest"), vector.describe()});
+    }
+    return published;
+}
 
 } // namespace
 
@@ -60,19 +74,30 @@ TEST_P(DigestVectors, InPiecesOfEverySize_GiveTheSameDigest) {
     for (const int size : {0, 1, 63, 64, 65, 127, 128, 300, (1 << 20) + 1}) {
         const Bytes input = makePattern(size);
         for (const int piece : {1, 63, 64, 65, 2047, 2048, 2049})
-            EXPECT_EQ(digestInPieces(GetParam(), input, [piece] { return piece; }), getExpected().at(size))
+            EXPECT_EQ(digestInPieces(GetParam(), input, [piece] { return piece; }), toHex(getExpected().at(size)))
                 << size << " by " << piece;
     }
 }
 
-TEST_P(DigestVectors, InPiecesOfRandomSizes_GiveTheSameDigest) {
-    std::mt19937 random(20);
-    std::uniform_int_distribution<int> sizes(0, 5000);
-    const Bytes input = makePattern((1 << 20) + 1);
-    for (int round = 0; round < 5; ++round)
-        EXPECT_EQ(digestInPieces(GetParam(), input, [&] { return sizes(random); }), getExpected().at((1 << 20) + 1));
+INSTANTIATE_TEST_SUITE_P(All, DigestVectors, testing::ValuesIn(digestIDs), getDigestTestName);
+
+TEST(PublishedDigests, InOnePieceAndByteByByte_AreGiven) {
+    for (const Published& published : readPublished()) {
+        EXPECT_EQ(toHex(getDigest(published.id, published.text)), published.digest) << published.name;
+        EXPECT_EQ(digestInPieces(published.id, published.text, [] { return 1; }), published.digest) << published.name;
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, DigestVectors, testing::ValuesIn(digestIDs), getDigestTestName);
+TEST(PublishedDigests, WithTheStateSavedAndResumedBetweenRandomPieces_AreGiven) {
+    std::mt19937 random(7);
+    for (const Published& published : readPublished()) {
+        const unsigned largest = std::max(static_cast<unsigned>(published.text.size()) / 5, 3U);
+        for (int round = 0; round < 20; ++round)
+            ASSERT_EQ(digestInPieces(
+                          published.id, published.text, [&] { return random() % largest; }, true),
+                      published.digest)
+                << published.name << " round " << round;
+    }
+}
 
 } // namespace sarn_test

@@ -4,7 +4,6 @@
 
 #include "support/digest_test_data.h"
 
-#include <gtest/gtest.h>
 #include <openssl/sha.h>
 
 #include <cstdint>

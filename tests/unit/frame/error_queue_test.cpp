@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // libcrypto's error queue belongs to the host: every operation, whether it succeeds, fails or refuses, leaves errors,
 // texts and marks as they were.
-#include "support/cipher_test_data.h"
-#include "support/key_files.h"
+#include "support/aes256.h"
+#include "support/signing.h"
 
 #include "sarn/encoding.h"
-#include "sarn/signature.h"
 
 #include "ul/path.h"
 
@@ -18,8 +17,6 @@ namespace sarn_test {
 
 namespace {
 
-using Buffer = ul::TBuffer<unsigned char>;
-
 /// The errors of a host, and after which of them, counted from 1, it has set a mark.
 struct HostsQueue {
     int errors;
@@ -28,25 +25,13 @@ struct HostsQueue {
 
 const std::vector<HostsQueue>& getHostsQueues() {
     static const std::vector<HostsQueue> queues = {
-        {0, {}},
-        {2, {}},
-        {2, {1}},
-        {2, {2}},
-        {2, {1, 2}},
-        {2, {2, 2}},
-        {3, {}},
-        {3, {1, 3}},
-        {3, {1, 2, 3}},
+        // clang-format off
+        {0, {}}, {2, {}}, {2, {1}}, {2, {2}}, {2, {1, 2}}, {2, {2, 2}}, {3, {}}, {3, {1, 3}}, {3, {1, 2, 3}},
 #if OPENSSL_VERSION_NUMBER < 0x30000000L
         // A queue of 16 is full: libcrypto 3 drops the oldest for each error that it adds, even if it takes that back.
-        {15, {}},
-        {15, {1}},
-        {15, {7, 15}},
-        {16, {}},
-        {16, {1}},
-        {16, {2}},
-        {16, {8, 16}},
+        {15, {}}, {15, {1}}, {15, {7, 15}}, {16, {}}, {16, {1}}, {16, {2}}, {16, {8, 16}},
 #endif
+        // clang-format on
     };
     return queues;
 }
@@ -105,79 +90,54 @@ void expectQueueUntouchedByFailure(const char* name, const std::function<void()>
     expectQueueUntouched(name, [&] { EXPECT_THROW(operation(), ul::CError); });
 }
 
-const TestKey key32(32);
-const Bytes iv16 = makePattern(16);
-
-ul::P<sarn::ICipher> getAES256() {
-    return sarn::CCipherManager::get()->getCipher("aes256cbc");
-}
+const Bytes data = toBytes("data");
 
 } // namespace
 
 TEST(ErrorQueue, OfAHost_IsLeftAsItWasByCiphers) {
-    const ul::P<sarn::ICipher> cipher = getAES256();
-    Buffer encrypted;
-    cipher->encrypt(key32, "data", 4, encrypted, false, iv16.data());
-    Buffer out;
-    expectQueueUntouched("encrypt", [&] { cipher->encrypt(key32, "data", 4, out, false, nullptr); });
-    expectQueueUntouched("decrypt", [&] { cipher->decrypt(key32, encrypted.getData(), 16, out, false, iv16.data()); });
-    expectQueueUntouched("encryptWithoutPadding",
-                         [&] { cipher->encryptWithoutPadding(key32, "data", 4, out, false, iv16.data()); });
-    expectQueueUntouched("decryptWithoutPadding", [&] {
-        cipher->decryptWithoutPadding(key32, encrypted.getData(), 16, out, false, iv16.data());
-    });
+    const Bytes encrypted = runAES256(encrypting, data);
+    for (const CipherOperation& operation : cipherOperations)
+        expectQueueUntouched(operation.name, [&] { runAES256(operation, encrypted); });
+    expectQueueUntouched("encrypt under a random IV", [] { runAES256(encrypting, data, nullptr); });
     expectQueueUntouched("construction", [] { ul::make<sarn::CCipher_Cast128CBC>(); });
 }
 
 TEST(ErrorQueue, OfAHost_IsLeftAsItWasByCiphersThatFailOrRefuse) {
-    const ul::P<sarn::ICipher> cipher = getAES256();
     Buffer out;
-    expectQueueUntouchedByFailure("damaged padding",
-                                  [&] { cipher->decrypt(key32, iv16.data(), 16, out, false, iv16.data()); });
-    expectQueueUntouchedByFailure("part of a block",
-                                  [&] { cipher->decrypt(key32, iv16.data(), 5, out, false, iv16.data()); });
+    expectQueueUntouchedByFailure("damaged padding", [] { runAES256(decrypting, iv16); });
+    expectQueueUntouchedByFailure("part of a block", [] { runAES256(decrypting, cut(iv16, 5)); });
     expectQueueUntouchedByFailure("refused by encrypt",
-                                  [&] { cipher->encrypt(key32, "data", -1, out, false, iv16.data()); });
-    expectQueueUntouchedByFailure("refused by decrypt",
-                                  [&] { cipher->decrypt(key32, "data", 4, out, false, nullptr); });
+                                  [&] { runAES256(encrypting, "data", -1, out, false, iv16.data()); });
+    expectQueueUntouchedByFailure("refused by decrypt", [] { runAES256(decrypting, data, nullptr); });
     expectQueueUntouchedByFailure("refused key",
-                                  [&] { cipher->encrypt(TestKey(5), "data", 4, out, false, iv16.data()); });
+                                  [&] { getAES256()->encrypt(TestKey(5), "data", 4, out, false, iv16.data()); });
 }
 
 TEST(ErrorQueue, OfAHost_IsLeftAsItWasByEncodings) {
     Buffer out;
+    unsigned char derived[16];
+    const auto derive = [&derived](int size) {
+        sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 2, size, derived);
+    };
     expectQueueUntouched("base64Encode", [] { sarn::base64Encode("data", 4, true, false); });
     expectQueueUntouched("base64Decode", [&] { sarn::base64Decode("ZGF0YQ==", out); });
     expectQueueUntouchedByFailure("text that is not Base64", [&] { sarn::base64Decode("Z", out); });
     expectQueueUntouched("calcHMAC", [&] { sarn::calcHMAC_SHA1(out, "data", 4, "key", 3); });
     expectQueueUntouchedByFailure("refused HMAC", [&] { sarn::calcHMAC_SHA1(out, "data", 4, "key", -1); });
-    unsigned char derived[16];
-    expectQueueUntouched("derivation",
-                         [&] { sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 2, 16, derived); });
-    expectQueueUntouchedByFailure("derivation that fails", [&] {
-        sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 2, -1, derived);
-    });
+    expectQueueUntouched("derivation", [&] { derive(16); });
+    expectQueueUntouchedByFailure("derivation that fails", [&] { derive(-1); });
 }
 
 TEST(ErrorQueue, OfAHost_IsLeftAsItWasBySigning) {
     const ul::String privateKey = readKey("rsa1024");
     const ul::String publicKey = readPublicKey("rsa1024");
     const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
-    Buffer signature;
-    const auto sign = [&] {
-        const ul::P<sarn::ISigner> signer = algo->beginSign(privateKey, "");
-        signer->update("data", 4);
-        signer->finish(signature);
-    };
-    const auto verify = [&](const char* data) {
-        const ul::P<sarn::IVerifier> verifier = algo->beginVerify(publicKey);
-        verifier->update(data, 4);
-        return verifier->finish(signature);
-    };
-    expectQueueUntouched("sign", sign);
+    const Bytes signature = sign(algo, privateKey, data);
+    expectQueueUntouched("sign", [&] { sign(algo, privateKey, data); });
     expectQueueUntouched("beginVerify", [&] { algo->beginVerify(publicKey); });
-    expectQueueUntouched("verify", [&] { EXPECT_TRUE(verify("data")); });
-    expectQueueUntouched("verify what was changed", [&] { EXPECT_FALSE(verify("dat4")); });
+    expectQueueUntouched("verify", [&] { EXPECT_TRUE(verify(algo, publicKey, data, signature)); });
+    expectQueueUntouched("verify what was changed",
+                         [&] { EXPECT_FALSE(verify(algo, publicKey, toBytes("dat4"), signature)); });
     expectQueueUntouchedByFailure("key that is not one", [&] { algo->beginVerify("no key"); });
     const Bytes unknownKind = fromHex("3013300c06082a0304050607080905000303000500");
     const ul::String ofUnknownKind = "-----BEGIN PUBLIC KEY-----\n" +
@@ -186,7 +146,7 @@ TEST(ErrorQueue, OfAHost_IsLeftAsItWasBySigning) {
     expectQueueUntouchedByFailure("key of an unknown kind", [&] { algo->beginVerify(ofUnknownKind); });
     expectQueueUntouchedByFailure("private key as public key", [&] { algo->beginVerify(privateKey); });
     expectQueueUntouchedByFailure("signature of a missing file", [&] {
-        sarn::verifyFileSignature_RSA_SHA1(ul::CWindowsPath("missing.dat"), publicKey, signature);
+        sarn::verifyFileSignature_RSA_SHA1(ul::CWindowsPath("missing.dat"), publicKey, Buffer());
     });
 }
 

@@ -15,14 +15,10 @@ TEST(Overlaps, BytesBesideTheBlock_AreOutside) {
     EXPECT_FALSE(sarn::overlaps(block - 1, 1, buffer));
 }
 
-TEST(Overlaps, NoBytes_AreNowhere) {
+TEST(Overlaps, NoBytesOrABufferWithoutABlock_OverlapNothing) {
     const ul::TBuffer<unsigned char> buffer(16, -1);
     EXPECT_FALSE(sarn::overlaps(buffer.getData() + 8, 0, buffer));
-}
-
-TEST(Overlaps, BufferWithoutABlock_HoldsNothing) {
-    const unsigned char byte = 0;
-    EXPECT_FALSE(sarn::overlaps(&byte, 1, ul::TBuffer<unsigned char>()));
+    EXPECT_FALSE(sarn::overlaps(buffer.getData(), 1, ul::TBuffer<unsigned char>()));
 }
 
 } // namespace

@@ -8,21 +8,15 @@
 
 namespace {
 
-TEST(Version, OfTheLoadedLibraries_IsThatOfTheHeaders) {
+TEST(Version, OfTheLoadedLibraries_IsThatOfTheHeadersAndOfTheProject) {
     EXPECT_EQ(SARN_VERSION, sarn::getVersion());
     EXPECT_EQ(UL_VERSION, ul::getVersion());
-}
-
-TEST(Version, AsText_IsThatOfTheProject) {
     EXPECT_STREQ(SARN_PROJECT_VERSION, sarn::getVersionText());
     EXPECT_STREQ(SARN_PROJECT_VERSION, ul::getVersionText());
-}
-
-TEST(Version, AsNumber_HasTwoDigitsForEachPartBehindTheFirst) {
-    const std::string text = std::to_string(sarn::getVersion() / 10000) + "." +
-                             std::to_string(sarn::getVersion() / 100 % 100) + "." +
-                             std::to_string(sarn::getVersion() % 100);
-    EXPECT_EQ(text, sarn::getVersionText());
+    const int number = sarn::getVersion();
+    EXPECT_EQ(std::to_string(number / 10000) + "." + std::to_string(number / 100 % 100) + "." +
+                  std::to_string(number % 100),
+              sarn::getVersionText());
 }
 
 TEST(Version, OfLibcrypto_IsThatOfTheOneThatWasLoaded) {

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/expect.h"
-#include "support/vectors.h"
 
 #include "sarn/base64.h"
-
-#include <gtest/gtest.h>
 
 #include <climits>
 
@@ -17,33 +14,35 @@ std::string encode(const Bytes& bytes, bool keepPadding = true, bool lineBreaks 
 }
 
 std::string encode(const char* text, bool keepPadding = true, bool lineBreaks = false) {
-    return encode(toBytes(std::string(text)), keepPadding, lineBreaks);
+    return encode(toBytes(text), keepPadding, lineBreaks);
 }
 
 Bytes decode(const ul::String& text) {
-    ul::TBuffer<unsigned char> out;
+    Buffer out;
     sarn::base64Decode(text, out);
     return toBytes(out);
 }
 
-std::string decodeText(const ul::String& text) {
-    const Bytes bytes = decode(text);
-    return std::string(bytes.begin(), bytes.end());
+void expectDecoded(std::initializer_list<const char*> texts, const char* result) {
+    for (const char* const text : texts)
+        EXPECT_EQ(toText(decode(text)), result) << text;
 }
 
-void expectRefused(const ul::String& text) {
-    ul::TBuffer<unsigned char> out;
-    out.insert(0, "old", 3);
-    expectInvalidArg("base64Decode", "invalid base64 data", [&] { sarn::base64Decode(text, out); });
-    EXPECT_EQ(out.getUsed(), 3) << "the used size stays";
+void expectRefused(std::initializer_list<ul::String> texts) {
+    for (const ul::String& text : texts) {
+        SCOPED_TRACE(testing::PrintToString(text));
+        Buffer out;
+        fill(out, makePattern(3));
+        expectInvalidArg("base64Decode", "invalid base64 data", [&] { sarn::base64Decode(text, out); });
+        EXPECT_EQ(out.getUsed(), 3) << "the used size stays";
+    }
 }
 
 std::string encodeWithCRLF(const Bytes& bytes) {
-    ul::TBuffer<unsigned char> buffer;
+    Buffer buffer;
     fill(buffer, bytes);
     sarn::base64EncodeBufferWithCRLF(buffer);
-    const Bytes text = toBytes(buffer);
-    return std::string(text.begin(), text.end());
+    return toText(toBytes(buffer));
 }
 
 } // namespace
@@ -59,19 +58,16 @@ TEST(Base64Encode, PublishedVectors_AreEncodedAndDecoded) {
                                                            {"foobar", "Zm9vYmFy"}};
     for (const auto& [bytes, text] : vectors) {
         EXPECT_EQ(encode(bytes), text);
-        EXPECT_EQ(decodeText(text), bytes);
+        expectDecoded({text}, bytes);
     }
 }
 
 TEST(Base64Encode, WholeAlphabet_IsThatOfTheStandard) {
-    Bytes bytes;
-    for (unsigned i = 0; i < 64; i += 4)
-        bytes.insert(bytes.end(), {static_cast<unsigned char>(i << 2 | (i + 1) >> 4),
-                                   static_cast<unsigned char>((i + 1) << 4 | (i + 2) >> 2),
-                                   static_cast<unsigned char>((i + 2) << 6 | (i + 3))});
-    const std::string alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    const Bytes bytes = fromHex("00108310518720928b30d38f41149351559761969b71d79f8218a39259a7a29aabb2dbafc31cb3d35db7e3"
+                                "9ebbf3dfbf");
+    const char* const alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     EXPECT_EQ(encode(bytes), alphabet);
-    EXPECT_EQ(decode(alphabet.c_str()), bytes);
+    EXPECT_EQ(decode(alphabet), bytes);
 }
 
 TEST(Base64Encode, KeepPaddingFalse_HasAnEffectOnlyWithoutLineBreaks) {
@@ -84,21 +80,13 @@ TEST(Base64Encode, KeepPaddingFalse_HasAnEffectOnlyWithoutLineBreaks) {
 }
 
 TEST(Base64Encode, WithLineBreaks_EndsEveryLineOf64CharactersAndTheLast) {
-    const std::string one = encode(makePattern(48), true, true);
-    EXPECT_EQ(one.size(), 65U);
-    EXPECT_EQ(one.find('\n'), 64U);
-    const std::string two = encode(makePattern(49), true, true);
-    EXPECT_EQ(two.size(), 64U + 1 + 4 + 1);
-    EXPECT_EQ(two.find('\n'), 64U);
-    EXPECT_EQ(two.back(), '\n');
+    EXPECT_EQ(encode(makePattern(48), true, true), encode(makePattern(48)) + "\n");
+    EXPECT_EQ(encode(makePattern(49), true, true), encode(makePattern(49)).insert(64, "\n") + "\n");
     EXPECT_EQ(encode("", true, true), "");
 }
 
-TEST(Base64Encode, WithoutLineBreaks_IsOneLine) {
+TEST(Base64Encode, WithoutLineBreaks_IsOneLine_AndNothingForANullPointerOfNoBytes) {
     EXPECT_EQ(encode(makePattern(100000)).find_first_of("\r\n"), std::string::npos);
-}
-
-TEST(Base64Encode, NullPointerOfNoBytes_IsNothing) {
     EXPECT_TRUE(sarn::base64Encode(nullptr, 0, true, false).isEmpty());
 }
 
@@ -110,25 +98,14 @@ TEST(Base64Encode, NegativeSize_IsTheErrorOfAWriteThatIsNotWhole) {
     }
 }
 
-TEST(Base64Decode, MissingPadding_IsCompleted) {
-    EXPECT_EQ(decodeText("aGVsbG8"), "hello");
-    EXPECT_EQ(decodeText("aGVsbG8="), "hello");
-    EXPECT_EQ(decodeText("Zg"), "f");
-    EXPECT_EQ(decodeText("aGVs\r\nbG8\r\n"), "hello") << "the padding goes ahead of the line end";
-}
-
-TEST(Base64Decode, WhiteSpace_DoesNotCount) {
-    EXPECT_EQ(decodeText("aGVs\r\nbG8=\r\n"), "hello");
-    EXPECT_EQ(decodeText("aGVs\nbG8=\n"), "hello");
+TEST(Base64Decode, MissingPadding_IsCompletedBeforeTheLineEnd) {
+    expectDecoded({"aGVsbG8", "aGVsbG8=", "aGVs\r\nbG8\r\n"}, "hello");
+    expectDecoded({"Zg"}, "f");
 }
 
 TEST(Base64Decode, TextWithWhiteSpace_FollowsTheRulesForLines) {
-    for (const char* const text : {"aGVsbG8=", "aGVs\nbG8=\n", "aGVs\r\nbG8=\r\n", "aGVsbG8=\n", " aGVs bG8=\n"})
-        EXPECT_EQ(decodeText(text), "hello") << text;
-    for (const char* const text : {"aGVsbG8\n", "aGVsbG8\r\n", "aGVs bG8=", " aGVsbG8=", "aGVs\rbG8=\r"})
-        expectRefused(text);
-    for (const char* const text : {"Zm8\n", "Zg =="})
-        EXPECT_EQ(decodeText(text), "") << text;
+    expectDecoded({"aGVsbG8=", "aGVs\nbG8=\n", "aGVs\r\nbG8=\r\n", "aGVsbG8=\n", " aGVs bG8=\n"}, "hello");
+    expectRefused({"aGVsbG8\n", "aGVsbG8\r\n", "aGVs bG8=", " aGVsbG8=", "aGVs\rbG8=\r"});
 }
 
 TEST(Base64Decode, FirstLineOf1024Characters_IsRefusedUnlessItIsAll) {
@@ -136,57 +113,46 @@ TEST(Base64Decode, FirstLineOf1024Characters_IsRefusedUnlessItIsAll) {
     EXPECT_EQ(decode((line + "\n").c_str()), makePattern(765)) << "1020 characters";
     const std::string longLine = encode(makePattern(768));
     EXPECT_EQ(decode(longLine.c_str()), makePattern(768));
-    expectRefused((longLine + "\n").c_str());
+    expectRefused({(longLine + "\n").c_str()});
 }
 
 TEST(Base64Decode, OneCharacterBeyondWholeGroups_IsRefusedAndNothingDecoded) {
     for (const char* const text : {"a", "aGVsb", "aGVs\r\nb\r\n", "aGVsbG8=a"}) {
-        ul::TBuffer<unsigned char> out;
+        Buffer out;
         expectInvalidArg("base64Decode", "invalid base64 data", [&] { sarn::base64Decode(text, out); });
         EXPECT_EQ(out.getAllocated(), 0) << text;
     }
 }
 
-TEST(Base64Decode, EmptyText_GivesNoBytes) {
-    ul::TBuffer<unsigned char> out;
-    out.insert(0, "old", 3);
-    sarn::base64Decode("", out);
-    EXPECT_EQ(out.getUsed(), 0);
-    EXPECT_EQ(decodeText("\r\n \t"), "");
+TEST(Base64Decode, Result_ReplacesWhatTheBufferHeld_AlsoByNoBytes) {
+    for (const char* const text : {"foo", ""}) {
+        Buffer out;
+        fill(out, makePattern(100));
+        sarn::base64Decode(encode(text).c_str(), out);
+        EXPECT_EQ(toBytes(out), toBytes(text));
+    }
+    expectDecoded({"\r\n \t"}, "");
 }
 
 TEST(Base64Decode, ForeignCharacters_AreRefused) {
-    expectRefused("aGVs!G8haGVsbG8h");
-    expectRefused(L"\u0161GVsbG8haGVsbG8h");
-    expectRefused(L"\uFF21GVsbG8haGVsbG8h");
-    expectRefused(L"aGVsbG8h\x000E"); // no white space, so it counts
+    expectRefused({"aGVs!G8haGVsbG8h", L"\u0161GVsbG8haGVsbG8h", L"\uFF21GVsbG8haGVsbG8h"});
+    expectRefused({L"aGVsbG8h\x000E"}); // no white space, so it counts
 }
 
 TEST(Base64Decode, LossWithinTheTolerance_IsNotNoticed) {
-    // The filter gives what it decoded ahead of the damage, and three bytes may be missing.
-    EXPECT_EQ(decodeText("aGV!"), "");
-    EXPECT_EQ(decodeText("Zm8\n"), "") << "one line without its end is none to the filter";
+    // The filter gives what it decoded before the damage, and three bytes may be missing. One line without its end is
+    // none to the filter.
+    expectDecoded({"aGV!", "Zm8\n", "Zg =="}, "");
 }
 
 TEST(Base64Decode, WideCharactersWithAMatchingLowByte_NeverTurnIntoBase64) {
     // U+0161 has the low byte of "a".
-    expectRefused(L"\u0161\u0161\u0161\u0161\u0161\u0161\u0161\u0161");
-}
-
-TEST(Base64Decode, Result_ReplacesWhatTheBufferHeld) {
-    ul::TBuffer<unsigned char> out;
-    fill(out, makePattern(100));
-    sarn::base64Decode("Zm9v", out);
-    EXPECT_EQ(toBytes(out), toBytes(std::string("foo")));
+    expectRefused({L"\u0161\u0161\u0161\u0161\u0161\u0161\u0161\u0161"});
 }
 
 TEST(Base64, EveryLengthInBothModes_ComesBackTheSame) {
-    std::vector<int> sizes;
-    for (int size = 0; size <= 1000; ++size)
-        sizes.push_back(size);
-    sizes.push_back(1 << 20);
-    for (const int size : sizes) {
-        const Bytes bytes = makePattern(size);
+    for (int size = 0; size <= 1001; ++size) {
+        const Bytes bytes = makePattern(size <= 1000 ? size : 1 << 20);
         for (const bool lineBreaks : {false, true}) {
             for (const bool keepPadding : {false, true})
                 EXPECT_EQ(decode(encode(bytes, keepPadding, lineBreaks).c_str()), bytes)
@@ -195,26 +161,17 @@ TEST(Base64, EveryLengthInBothModes_ComesBackTheSame) {
     }
 }
 
-TEST(Base64EncodeBufferWithCRLF, EndsEveryLineWithBoth) {
-    const std::string text = encodeWithCRLF(makePattern(100));
-    EXPECT_EQ(text.size(), 142U);
-    EXPECT_EQ(text.find("\r\n"), 64U);
-    EXPECT_EQ(text.find("\r\n", 66), 130U);
-    EXPECT_EQ(text.substr(140), "\r\n");
-    std::string joined = text;
-    for (std::size_t at; (at = joined.find("\r\n")) != std::string::npos;)
-        joined.erase(at, 2);
-    EXPECT_EQ(joined, encode(makePattern(100)));
-    EXPECT_EQ(decode(text.c_str()), makePattern(100));
-}
-
-TEST(Base64EncodeBufferWithCRLF, EmptyBuffer_StaysEmpty) {
-    EXPECT_EQ(encodeWithCRLF({}), "");
-}
-
-TEST(Base64EncodeBufferWithCRLF, WholeLines_HaveNoEmptyLineBehind) {
-    EXPECT_EQ(encodeWithCRLF(makePattern(48)).size(), 66U);
-    EXPECT_EQ(encodeWithCRLF(makePattern(96)).size(), 132U);
+TEST(Base64EncodeBufferWithCRLF, EndsEveryLineWithBoth_AndLeavesAnEmptyBufferEmpty) {
+    const std::pair<int, std::size_t> sizes[] = {{0, 0}, {48, 66}, {96, 132}, {100, 142}};
+    for (const auto& [size, textSize] : sizes) {
+        const std::string text = encodeWithCRLF(makePattern(size));
+        EXPECT_EQ(text.size(), textSize);
+        std::string lines = encode(makePattern(size));
+        for (std::size_t at = 64; at < lines.size(); at += 66)
+            lines.insert(at, "\r\n");
+        EXPECT_EQ(text, lines + (size > 0 ? "\r\n" : ""));
+        EXPECT_EQ(decode(text.c_str()), makePattern(size));
+    }
 }
 
 } // namespace sarn_test

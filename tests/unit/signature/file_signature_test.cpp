@@ -1,13 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/expect.h"
-#include "support/key_files.h"
+#include "support/signing.h"
 #include "support/temp_folder.h"
-#include "support/vectors.h"
 
-#include "sarn/encoding.h"
-#include "sarn/signature.h"
-
-#include <gtest/gtest.h>
+#include "sarn/base64.h"
 
 #include <algorithm>
 
@@ -15,162 +10,154 @@ namespace sarn_test {
 
 namespace {
 
-using Buffer = ul::TBuffer<unsigned char>;
+/// A folder with a file "f", and perhaps "f.sig", of tests.
+struct FileSignature : testing::Test {
+    static Bytes sign(const ul::CWindowsPath& path, const std::string& key = "rsa2048") {
+        Buffer signature;
+        sarn::createFileSignature_RSA_SHA1(path, readKey(key), signature);
+        return toBytes(signature);
+    }
+    static bool verify(const ul::CWindowsPath& path, const Bytes& signature, const std::string& key = "rsa2048") {
+        Buffer buffer;
+        fill(buffer, signature);
+        return sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey(key), buffer);
+    }
+    /// Verifies "f" by "f.sig".
+    bool verify() const {
+        return sarn::verifyFileSignature_RSA_SHA1(folder.getPath("f"), readPublicKey("rsa2048"),
+                                                  folder.getPath("f.sig"));
+    }
+    Bytes load() const {
+        Buffer signature;
+        sarn::loadSignatureBase64(folder.getPath("f.sig"), signature);
+        return toBytes(signature);
+    }
+
+    const TempFolder folder;
+};
 
 std::string makeContent(int size) {
-    const Bytes bytes = makePattern(size);
-    return std::string(bytes.begin(), bytes.end());
+    return toText(makePattern(size));
 }
 
-Bytes signFile(const ul::CWindowsPath& path, const char* key = "rsa2048") {
-    Buffer signature;
-    sarn::createFileSignature_RSA_SHA1(path, readKey(key), signature);
-    return toBytes(signature);
-}
-
-bool verifyFile(const ul::CWindowsPath& path, const Bytes& signature, const char* key = "rsa2048") {
-    Buffer buffer;
-    fill(buffer, signature);
-    return sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey(key), buffer);
+/// The text of 48393 bytes, in at least 65533 characters.
+std::string makeLongSignature(std::size_t size) {
+    std::string text;
+    for (int line = 0; line < 1008; ++line)
+        text += std::string(64, 'A') + "\n";
+    text += std::string(12, 'A');
+    return text + std::string(size - text.size(), '\n');
 }
 
 } // namespace
 
-TEST(FileSignature, OfFilesOfEverySize_IsThatOfTheOpensslCommandLine) {
-    const TempFolder folder;
+TEST_F(FileSignature, OfFilesOfEverySize_IsThatOfTheOpensslCommandLine) {
     for (const Vector& vector : readVectors("signatures.vec", {"size", "signature"})) {
         const ul::CWindowsPath path = folder.write("f", makeContent(vector.getInt("size")));
-        EXPECT_TRUE(verifyFile(path, vector.getBytes("signature"), vector.getSection().c_str())) << vector.describe();
+        EXPECT_TRUE(verify(path, vector.getBytes("signature"), vector.getSection())) << vector.describe();
         if (vector.getSection().find("rsa") == 0) {
-            EXPECT_EQ(signFile(path, vector.getSection().c_str()), vector.getBytes("signature")) << vector.describe();
+            EXPECT_EQ(sign(path, vector.getSection()), vector.getBytes("signature")) << vector.describe();
         }
     }
 }
 
-TEST(FileSignature, OfAnEmptyFile_IsThatOfTheEmptyMessage) {
-    const TempFolder folder;
-    const ul::CWindowsPath path = folder.write("f", "");
-    const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readKey("rsa2048"), "");
-    Buffer expected;
-    signer->finish(expected);
-    EXPECT_EQ(signFile(path), toBytes(expected));
-    EXPECT_TRUE(verifyFile(path, toBytes(expected)));
-}
-
-TEST(FileSignature, OfAMultipleOfTheChunk_IsThatOfAnyOtherChunking) {
-    const TempFolder folder;
-    for (const int size : {8192, 16384}) {
-        const Bytes data = makePattern(size);
-        const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readKey("rsa2048"), "");
-        for (int at = 0; at < size; at += 128)
-            signer->update(data.data() + at, 128);
-        Buffer expected;
-        signer->finish(expected);
-        EXPECT_EQ(signFile(folder.write("f", makeContent(size))), toBytes(expected));
+TEST_F(FileSignature, OfAnEmptyFileOrAMultipleOfTheChunk_IsThatOfTheSameMessage) {
+    for (const int size : {0, 8192, 16384}) {
+        const Bytes expected = sarn_test::sign(sarn::createRSA_SHA1(), readKey("rsa2048"), makePattern(size));
+        const ul::CWindowsPath path = folder.write("f", makeContent(size));
+        EXPECT_EQ(sign(path), expected);
+        EXPECT_TRUE(verify(path, expected));
     }
 }
 
-TEST(FileSignature, FileChangedByOneByte_DoesNotVerify) {
-    const TempFolder folder;
-    std::string content = makeContent(20000);
-    const Bytes signature = signFile(folder.write("f", content));
-    for (const std::size_t at : {std::size_t{0}, std::size_t{8191}, std::size_t{8192}, std::size_t{19999}}) {
-        content[at] = static_cast<char>(content[at] ^ 1);
-        EXPECT_FALSE(verifyFile(folder.write("f", content), signature)) << at;
-        content[at] = static_cast<char>(content[at] ^ 1);
+TEST_F(FileSignature, FileChangedByOneByte_DoesNotVerify) {
+    const std::string content = makeContent(20000);
+    const Bytes signature = sign(folder.write("f", content));
+    for (const std::size_t at : {0U, 8191U, 8192U, 19999U}) {
+        std::string changed = content;
+        changed[at] = static_cast<char>(changed[at] ^ 1);
+        EXPECT_FALSE(verify(folder.write("f", changed), signature)) << at;
     }
-    EXPECT_FALSE(verifyFile(folder.write("f", content + "x"), signature));
-    EXPECT_FALSE(verifyFile(folder.write("f", content.substr(1)), signature));
-    EXPECT_TRUE(verifyFile(folder.write("f", content), signature));
+    EXPECT_FALSE(verify(folder.write("f", content + "x"), signature));
+    EXPECT_FALSE(verify(folder.write("f", content.substr(1)), signature));
+    EXPECT_TRUE(verify(folder.write("f", content), signature));
 }
 
-TEST(FileSignature, StoredSignature_IsReadBackAndVerifies) {
-    const TempFolder folder;
+TEST_F(FileSignature, StoredSignature_IsReadBackAndVerifies) {
     const ul::CWindowsPath path = folder.write("f", makeContent(100));
-    const Bytes signature = signFile(path);
-    Buffer buffer;
-    fill(buffer, signature);
-    sarn::storeSignatureBase64(folder.getPath("f.sig"), buffer);
+    writeSignatureFile(path);
     const std::string text = folder.read("f.sig");
     EXPECT_EQ(text.size(), 344U + 6) << "256 bytes in lines of 64 characters";
     EXPECT_EQ(text.find('\n'), 64U);
     EXPECT_EQ(text.back(), '\n');
-    Buffer loaded;
-    sarn::loadSignatureBase64(folder.getPath("f.sig"), loaded);
-    EXPECT_EQ(toBytes(loaded), signature);
-    EXPECT_TRUE(sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey("rsa2048"), folder.getPath("f.sig")));
-    EXPECT_FALSE(sarn::verifyFileSignature_RSA_SHA1(folder.write("g", "other"), readPublicKey("rsa2048"),
-                                                    folder.getPath("f.sig")));
+    EXPECT_EQ(load(), sign(path));
+    EXPECT_TRUE(verify());
+    folder.write("f", "other");
+    EXPECT_FALSE(verify());
 }
 
-TEST(FileSignature, SignatureFileInAnyShape_IsRead) {
-    const TempFolder folder;
-    const ul::CWindowsPath path = folder.write("f", makeContent(100));
-    const Bytes signature = signFile(path);
-    const std::string lines = sarn::base64Encode(signature.data(), 256, true, true).toLatin1();
+TEST_F(FileSignature, SignatureFileInAnyShape_IsRead) {
+    const Bytes signature = sign(folder.write("f", makeContent(100)));
+    const auto encode = [&signature](bool keepPadding, bool lineBreaks) {
+        return sarn::base64Encode(signature.data(), 256, keepPadding, lineBreaks).toLatin1();
+    };
+    const std::string lines = encode(true, true);
+    const std::string oneLine = encode(true, false);
+    const std::string unpadded = encode(false, false);
+    const std::string spaced = "\t" + std::string(lines).insert(10, " ");
+    std::string carriageReturns = lines;
+    std::replace(carriageReturns.begin(), carriageReturns.end(), '\n', '\r');
     std::string crlf;
     for (const char character : lines)
         crlf += character == '\n' ? std::string("\r\n") : std::string(1, character);
-    const std::string oneLine = sarn::base64Encode(signature.data(), 256, true, false).toLatin1();
-    const std::string unpadded = sarn::base64Encode(signature.data(), 256, false, false).toLatin1();
-    const std::string spaced = "\t" + std::string(lines).insert(10, " ");
     for (const std::string& text : {lines, crlf, spaced, oneLine, oneLine + "\n", unpadded, "\xEF\xBB\xBF" + lines}) {
         folder.write("f.sig", text);
-        EXPECT_TRUE(sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey("rsa2048"), folder.getPath("f.sig")))
-            << text;
+        EXPECT_TRUE(verify()) << text;
     }
-    std::string carriageReturns = lines;
-    std::replace(carriageReturns.begin(), carriageReturns.end(), '\n', '\r');
     for (const std::string& text : {carriageReturns, std::string(oneLine).insert(10, " "), unpadded + "\n"}) {
         folder.write("f.sig", text);
-        Buffer loaded;
-        expectInvalidArg("base64Decode", "invalid base64 data",
-                         [&] { sarn::loadSignatureBase64(folder.getPath("f.sig"), loaded); });
+        expectInvalidArg("base64Decode", "invalid base64 data", [&] { load(); });
     }
 }
 
-TEST(FileSignature, MissingFiles_AreFileErrorsInTheirOrder) {
-    const TempFolder folder;
-    const auto verify = [&folder] {
-        sarn::verifyFileSignature_RSA_SHA1(folder.getPath("f"), readPublicKey("rsa2048"), folder.getPath("f.sig"));
-    };
-    const auto getMissing = [&] {
-        ul::String path;
-        catchError<ul::CFileError>(verify)->getProps().tryGet("path", path);
-        return path;
-    };
-    EXPECT_EQ(getMissing(), folder.getPath("f.sig").getString()) << "the signature is read first";
+TEST_F(FileSignature, MissingFiles_AreFileErrorsInTheirOrder) {
+    const auto getMissing = [this] { return getProp(*catchError<ul::CFileError>([this] { verify(); }), "path"); };
+    EXPECT_EQ(getMissing(), folder.getPath("f.sig").getString().toUTF8()) << "the signature is read first";
     folder.write("f.sig", "QUJD");
-    EXPECT_EQ(getMissing(), folder.getPath("f").getString());
-    EXPECT_THROW(signFile(folder.getPath("f")), ul::CFileError);
+    EXPECT_EQ(getMissing(), folder.getPath("f").getString().toUTF8());
+    EXPECT_THROW(sign(folder.getPath("f")), ul::CFileError);
 }
 
-TEST(FileSignature, SignatureFileThatIsNoBase64_IsRefused) {
-    const TempFolder folder;
-    const ul::CWindowsPath path = folder.write("f", "x");
-    const auto verify = [&] {
-        sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey("rsa2048"), folder.getPath("f.sig"));
-    };
+TEST_F(FileSignature, SignatureFileThatIsNotBase64_IsRefused_AndAnEmptyOneDoesNotVerify) {
+    folder.write("f", "x");
     folder.write("f.sig", "this is no signature");
-    expectInvalidArg("base64Decode", "invalid base64 data", verify);
+    expectInvalidArg("base64Decode", "invalid base64 data", [this] { verify(); });
     folder.write("f.sig", "QUJ\xFF");
     EXPECT_THROW(verify(), ul::CError);
-}
-
-TEST(FileSignature, EmptySignatureFile_DoesNotVerify) {
-    const TempFolder folder;
-    const ul::CWindowsPath path = folder.write("f", "x");
     folder.write("f.sig", "");
-    EXPECT_FALSE(sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey("rsa2048"), folder.getPath("f.sig")));
+    EXPECT_FALSE(verify());
 }
 
-TEST(FileSignature, BadKeys_AreRefusedAheadOfTheFile) {
-    const TempFolder folder;
+TEST_F(FileSignature, BadKeys_AreRefusedBeforeTheFileIsOpened) {
     Buffer signature;
     const ul::CWindowsPath missing = folder.getPath("f");
-    expectError("OpenSSL key corrupted.",
-                [&] { sarn::createFileSignature_RSA_SHA1(missing, readKey("rsa2048_encrypted_pkcs8"), signature); });
+    expectError("OpenSSL key corrupted.", [&] { sign(missing, "rsa2048_encrypted_pkcs8"); });
     expectError("OpenSSL key corrupted.", [&] { sarn::verifyFileSignature_RSA_SHA1(missing, "no key", signature); });
+}
+
+TEST_F(FileSignature, SignatureFileOfUpTo64KiB_IsRead) {
+    folder.write("f.sig", makeLongSignature(65536));
+    EXPECT_EQ(load().size(), 48393U);
+}
+
+TEST_F(FileSignature, SignatureFileLargerThan64KiB_IsRefusedBeforeItIsRead) {
+    folder.write("f", "text");
+    const std::string path = folder.write("f.sig", makeLongSignature(65537)).getString().toUTF8();
+    const std::string message = "Cannot read file '" + path + "': it is larger than 65536 bytes.";
+    expectErrorOf<ul::CFileError>(message.c_str(), [this] { load(); });
+    // However large it is, which takes no longer.
+    std::filesystem::resize_file(folder.getNative("f.sig"), std::uintmax_t{1} << 30);
+    expectErrorOf<ul::CFileError>(message.c_str(), [this] { verify(); });
 }
 
 } // namespace sarn_test

@@ -1,23 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/expect.h"
-#include "support/key_files.h"
-#include "support/vectors.h"
+#include "support/signing.h"
+#include "support/threads.h"
 
-#include "sarn/signature.h"
-
-#include <gtest/gtest.h>
 #include <openssl/err.h>
 #include <openssl/evp.h>
 
 #include <climits>
-#include <thread>
 #include <type_traits>
 
 namespace sarn_test {
 
 namespace {
 
-using Buffer = ul::TBuffer<unsigned char>;
 using Algo = sarn::COpenSSLSignatureAlgo;
 
 static_assert(std::is_abstract_v<sarn::ISigner> && std::is_abstract_v<sarn::IVerifier> &&
@@ -26,7 +20,6 @@ static_assert(std::is_copy_constructible_v<Algo> && std::is_copy_assignable_v<Al
 static_assert(std::is_copy_constructible_v<Algo::CSigner> && std::is_copy_assignable_v<Algo::CVerifier>);
 static_assert(std::is_convertible_v<Algo::CSigner*, ul::CBase*> && std::is_convertible_v<Algo*, ul::IBase*>);
 
-constexpr const char* keyNames[] = {"rsa1024", "rsa2048", "rsa3072", "rsa4096", "dsa1024", "dsa2048"};
 constexpr char keyCorrupted[] = "OpenSSL key corrupted.";
 
 bool isRSA(const std::string& name) {
@@ -38,26 +31,29 @@ ul::P<sarn::ISignatureAlgo> createAlgo(const std::string& keyName) {
 }
 
 Bytes sign(const std::string& keyName, const Bytes& data) {
-    const ul::P<sarn::ISigner> signer = createAlgo(keyName)->beginSign(readKey(keyName), "");
-    signer->update(data.data(), static_cast<int>(data.size()));
-    Buffer signature;
-    signer->finish(signature);
-    return toBytes(signature);
+    return sarn_test::sign(createAlgo(keyName), readKey(keyName), data);
 }
 
 bool verify(const std::string& keyName, const Bytes& data, const Bytes& signature) {
-    const ul::P<sarn::IVerifier> verifier = createAlgo(keyName)->beginVerify(readPublicKey(keyName));
-    verifier->update(data.data(), static_cast<int>(data.size()));
-    return verifier->finish(signature.data(), static_cast<int>(signature.size()));
+    return sarn_test::verify(createAlgo(keyName), readPublicKey(keyName), data, signature);
 }
 
-/// Whether a signature is refused, by an answer or by an error.
-bool isRefused(const std::string& keyName, const Bytes& data, const Bytes& signature) {
+/// Expects that a signature is refused, by an answer or by an error, and that libcrypto's error queue stays empty.
+void expectRefused(const std::string& keyName, const Bytes& data, const Bytes& signature) {
     try {
-        return !verify(keyName, data, signature);
+        EXPECT_FALSE(verify(keyName, data, signature)) << keyName << " " << toHex(signature);
     } catch (const ul::CError& error) {
-        return error.getMessage() == "OpenSSL verify error.";
+        EXPECT_EQ(error.getMessage(), "OpenSSL verify error.");
     }
+    EXPECT_EQ(ERR_peek_error(), 0U);
+}
+
+void expectCorrupted(const ul::String& privateKey, const ul::String& passphrase = "") {
+    expectError(keyCorrupted, [&] { sarn::createRSA_SHA1()->beginSign(privateKey, passphrase); });
+}
+
+void expectPublicKeyCorrupted(const ul::String& publicKey) {
+    expectError(keyCorrupted, [&] { sarn::createRSA_SHA1()->beginVerify(publicKey); });
 }
 
 } // namespace
@@ -76,32 +72,31 @@ TEST(SignatureAlgo, SignaturesOfTheOpensslCommandLine_Verify) {
 }
 
 TEST(SignatureAlgo, OwnSignatures_VerifyAndOnlyOverTheirData) {
-    for (const char* const name : keyNames) {
-        Bytes data = makePattern(1000);
+    for (const char* const name : {"rsa1024", "rsa2048", "rsa3072", "rsa4096", "dsa1024", "dsa2048"}) {
+        const Bytes data = makePattern(1000);
         const Bytes signature = sign(name, data);
         EXPECT_TRUE(verify(name, data, signature)) << name;
-        data[500] ^= 1;
-        EXPECT_FALSE(verify(name, data, signature)) << name;
-        data[500] ^= 1;
-        data.pop_back();
-        EXPECT_FALSE(verify(name, data, signature)) << name;
+        Bytes changed = data;
+        changed[500] ^= 1;
+        EXPECT_FALSE(verify(name, changed, signature)) << name;
+        EXPECT_FALSE(verify(name, cut(data, 999), signature)) << name;
+        EXPECT_EQ(ERR_peek_error(), 0U) << "libcrypto's error queue is as it was";
     }
 }
 
 TEST(SignatureAlgo, SignatureOfAnotherKey_DoesNotVerify) {
     const Bytes data = makePattern(10);
-    EXPECT_TRUE(isRefused("rsa2048", data, sign("rsa1024", data)));
-    EXPECT_TRUE(isRefused("dsa2048", data, sign("dsa1024", data)));
-    EXPECT_TRUE(isRefused("rsa2048", data, sign("dsa2048", data)));
+    expectRefused("rsa2048", data, sign("rsa1024", data));
+    expectRefused("dsa2048", data, sign("dsa1024", data));
+    expectRefused("rsa2048", data, sign("dsa2048", data));
 }
 
-TEST(SignatureAlgo, SignerWithoutUpdate_SignsTheEmptyMessage) {
+TEST(SignatureAlgo, SignerWithoutUpdate_OutlivesItsAlgorithmAndSignsTheEmptyMessage) {
     const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readKey("rsa2048"), "");
     Buffer signature;
     signer->finish(signature);
     EXPECT_EQ(toBytes(signature), sign("rsa2048", {}));
-    const ul::P<sarn::IVerifier> verifier = sarn::createRSA_SHA1()->beginVerify(readPublicKey("rsa2048"));
-    EXPECT_TRUE(verifier->finish(signature));
+    EXPECT_TRUE(sarn::createRSA_SHA1()->beginVerify(readPublicKey("rsa2048"))->finish(signature));
 }
 
 TEST(SignatureAlgo, GetMaxSignatureSize_OfRSA_IsTheSizeOfTheSignature) {
@@ -140,101 +135,62 @@ TEST(SignatureAlgo, DataInPieces_GivesTheSignatureOfTheWhole) {
     EXPECT_EQ(signature, sign("rsa1024", data));
 }
 
-TEST(SignatureAlgo, DamagedSignatures_AreRefused) {
+TEST(SignatureAlgo, DamagedSignatures_AreRefusedAndLeaveNothingInLibcryptosErrorQueue) {
     const Bytes data = makePattern(100);
     for (const char* const name : {"rsa1024", "dsa1024"}) {
         const Bytes signature = sign(name, data);
+        const int size = static_cast<int>(signature.size());
         for (std::size_t at = 0; at < signature.size(); ++at) {
             Bytes damaged = signature;
             damaged[at] ^= 0x10;
-            EXPECT_TRUE(isRefused(name, data, damaged)) << name << " " << at;
+            expectRefused(name, data, damaged);
         }
-        for (std::size_t size = 0; size < signature.size(); size += 7)
-            EXPECT_TRUE(isRefused(name, data, Bytes(signature.begin(), signature.begin() + static_cast<long>(size))));
-        Bytes longer = signature;
-        longer.push_back(0);
-        EXPECT_TRUE(isRefused(name, data, longer)) << name;
-        EXPECT_TRUE(isRefused(name, data, makePattern(static_cast<int>(signature.size()))));
-    }
-    EXPECT_EQ(ERR_peek_error(), 0U) << "libcrypto's error queue is as it was";
-}
-
-TEST(SignatureAlgo, SignatureOfOtherData_LeavesNothingInLibcryptosErrorQueue) {
-    for (const char* const name : {"rsa1024", "dsa1024"}) {
-        ERR_clear_error();
-        EXPECT_TRUE(isRefused(name, makePattern(99), sign(name, makePattern(100)))) << name;
-        EXPECT_EQ(ERR_peek_error(), 0U) << name;
+        for (int shorter = 0; shorter < size; shorter += 7)
+            expectRefused(name, data, cut(signature, shorter));
+        expectRefused(name, data, join(signature, {0}));
+        expectRefused(name, data, makePattern(size));
     }
 }
 
-TEST(SignatureAlgo, EncryptedPrivateKey_NeedsItsPassphrase) {
+TEST(SignatureAlgo, EncryptedPrivateKey_NeedsItsPassphrase_WhichAnyOtherIgnores) {
     for (const char* const name : {"rsa2048_encrypted_traditional", "rsa2048_encrypted_pkcs8"}) {
-        const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readKey(name), testPassphrase);
-        Buffer signature;
-        signer->finish(signature);
-        EXPECT_EQ(toBytes(signature), sign("rsa2048", {}));
+        EXPECT_EQ(sign(sarn::createRSA_SHA1(), readKey(name), {}, testPassphrase), sign("rsa2048", {}));
         for (const char* const wrong : {"", "wrong", "for tests onl", "for tests only "})
-            expectError(keyCorrupted, [&] { sarn::createRSA_SHA1()->beginSign(readKey(name), wrong); });
+            expectCorrupted(readKey(name), wrong);
     }
+    EXPECT_EQ(sign(sarn::createRSA_SHA1(), readKey("rsa2048"), {}, "any"), sign("rsa2048", {}));
+    EXPECT_EQ(sign(sarn::createRSA_SHA1(), readKey("rsa2048_pkcs8"), {}, ""), sign("rsa2048", {}));
 }
 
-TEST(SignatureAlgo, PassphraseOfAKeyThatIsNotEncrypted_IsIgnored) {
-    EXPECT_TRUE(sarn::createRSA_SHA1()->beginSign(readKey("rsa2048"), "any"));
-    EXPECT_TRUE(sarn::createRSA_SHA1()->beginSign(readKey("rsa2048_pkcs8"), ""));
-}
-
-TEST(SignatureAlgo, KeyOfTheWrongKind_IsRefused) {
-    const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
-    expectError(keyCorrupted, [&] { algo->beginSign(readPublicKey("rsa2048"), ""); });
-    expectError(keyCorrupted, [&] { algo->beginVerify(readKey("rsa2048")); });
-}
-
-TEST(SignatureAlgo, TextThatIsNoKey_IsRefused) {
-    const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
+TEST(SignatureAlgo, TextThatIsNotAKeyOrOneOfTheWrongKind_IsRefused) {
     const ul::String key = readKey("rsa2048");
-    const ul::String texts[] = {"", "no key", key.Mid(0, key.getLength() / 2), key.Mid(40),
-                                ul::String(L"\uFF0D") + key.Mid(1)};
-    for (const ul::String& text : texts) {
-        expectError(keyCorrupted, [&] { algo->beginSign(text, ""); });
-        expectError(keyCorrupted, [&] { algo->beginVerify(text); });
+    expectCorrupted(readPublicKey("rsa2048"));
+    expectPublicKeyCorrupted(key);
+    for (const ul::String& text : {ul::String(), ul::String("no key"), key.Mid(0, key.getLength() / 2), key.Mid(40),
+                                   ul::String(L"\uFF0D") + key.Mid(1)}) {
+        expectCorrupted(text);
+        expectPublicKeyCorrupted(text);
     }
     EXPECT_EQ(ERR_peek_error(), 0U) << "libcrypto's error queue is as it was";
 }
 
 TEST(SignatureAlgo, BothFactories_SignAndVerifyTheSame) {
     const Bytes data = makePattern(10);
-    const ul::P<sarn::ISigner> signer = sarn::createDSS_SHA1()->beginSign(readKey("rsa2048"), "");
-    signer->update(data.data(), 10);
-    Buffer signature;
-    signer->finish(signature);
-    EXPECT_EQ(toBytes(signature), sign("rsa2048", data));
-    EXPECT_TRUE(verify("rsa2048", data, toBytes(signature)));
+    const Bytes signature = sign(sarn::createDSS_SHA1(), readKey("rsa2048"), data);
+    EXPECT_EQ(signature, sign("rsa2048", data));
+    EXPECT_TRUE(verify(sarn::createDSS_SHA1(), readPublicKey("rsa2048"), data, signature));
     EXPECT_NE(sarn::createRSA_SHA1(), sarn::createRSA_SHA1()) << "each call makes an object";
-}
-
-TEST(SignatureAlgo, SessionsOutliveTheirAlgorithm) {
-    ul::P<sarn::ISignatureAlgo> algo = ul::make<Algo>(EVP_sha1());
-    const ul::P<sarn::ISigner> signer = algo->beginSign(readKey("rsa2048"), "");
-    algo = nullptr;
-    Buffer signature;
-    signer->finish(signature);
-    EXPECT_EQ(toBytes(signature), sign("rsa2048", {}));
 }
 
 TEST(SignatureAlgo, AnyOtherDigest_Works) {
     const ul::P<sarn::ISignatureAlgo> algo = ul::make<Algo>(EVP_sha256());
-    const ul::P<sarn::ISigner> signer = algo->beginSign(readKey("rsa2048"), "");
-    signer->update("abc", 3);
-    Buffer signature;
-    signer->finish(signature);
-    const ul::P<sarn::IVerifier> verifier = algo->beginVerify(readPublicKey("rsa2048"));
-    verifier->update("abc", 3);
-    EXPECT_TRUE(verifier->finish(signature));
-    EXPECT_FALSE(verify("rsa2048", {'a', 'b', 'c'}, toBytes(signature))) << "another digest, another signature";
+    const Bytes signature = sign(algo, readKey("rsa2048"), toBytes("abc"));
+    EXPECT_TRUE(verify(algo, readPublicKey("rsa2048"), toBytes("abc"), signature));
+    EXPECT_FALSE(verify("rsa2048", toBytes("abc"), signature)) << "another digest, another signature";
 }
 
-TEST(SignatureAlgo, NegativeSizeOfASignature_IsAnsweredAsLibcryptoAnswersIt) {
-    for (const int size : {-1, -128, INT_MIN}) {
+TEST(SignatureAlgo, SignatureOfNoOrANegativeSize_IsAnsweredAsLibcryptoAnswersIt) {
+    for (const int size : {0, -1, -128, INT_MIN}) {
         for (const void* const signature : {static_cast<const void*>("x"), static_cast<const void*>(nullptr)}) {
             EXPECT_FALSE(createAlgo("rsa1024")->beginVerify(readPublicKey("rsa1024"))->finish(signature, size));
             expectError("OpenSSL verify error.",
@@ -243,26 +199,20 @@ TEST(SignatureAlgo, NegativeSizeOfASignature_IsAnsweredAsLibcryptoAnswersIt) {
     }
 }
 
-TEST(SignatureAlgo, EmptySignature_IsAnsweredAsLibcryptoAnswersIt) {
-    EXPECT_FALSE(verify("rsa1024", {}, {}));
-    expectError("OpenSSL verify error.", [] { verify("dsa1024", {}, {}); });
-}
-
 TEST(SignatureAlgo, PassphraseOutsideASCII_IsLatin1) {
     // Encrypted under the two bytes FC DF by the openssl command line.
     const ul::String key = readKey("rsa1024_encrypted_latin1");
     EXPECT_TRUE(sarn::createRSA_SHA1()->beginSign(key, L"\u00FC\u00DF"));
-    expectError(keyCorrupted, [&] { sarn::createRSA_SHA1()->beginSign(key, "\xC3\xBC\xC3\x9F"); });
+    expectCorrupted(key, "\xC3\xBC\xC3\x9F");
 }
 
 TEST(SignatureAlgo, NegativeSizes_AreRefused) {
     const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(readKey("rsa1024"), "");
     const ul::P<sarn::IVerifier> verifier = sarn::createRSA_SHA1()->beginVerify(readPublicKey("rsa1024"));
+    const std::string where = "COpenSSLSignatureAlgo::";
     for (const int size : {-1, INT_MIN}) {
-        expectInvalidArg("COpenSSLSignatureAlgo::CSigner::update", "invalid data size",
-                         [&] { signer->update("x", size); });
-        expectInvalidArg("COpenSSLSignatureAlgo::CVerifier::update", "invalid data size",
-                         [&] { verifier->update("x", size); });
+        expectInvalidArg(where + "CSigner::update", "invalid data size", [&] { signer->update("x", size); });
+        expectInvalidArg(where + "CVerifier::update", "invalid data size", [&] { verifier->update("x", size); });
     }
 }
 
@@ -270,25 +220,12 @@ TEST(SignatureAlgo, OneAlgorithmOnManyThreads_GivesEachItsOwnSession) {
     const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
     const ul::String privateKey = readKey("rsa1024");
     const ul::String publicKey = readPublicKey("rsa1024");
-    std::atomic<int> wrong{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i)
-        threads.emplace_back([&, i] {
-            for (int round = 0; round < 20; ++round) {
-                const Bytes data = makePattern(100 * i + round);
-                const ul::P<sarn::ISigner> signer = algo->beginSign(privateKey, "");
-                signer->update(data.data(), static_cast<int>(data.size()));
-                Buffer signature;
-                signer->finish(signature);
-                const ul::P<sarn::IVerifier> verifier = algo->beginVerify(publicKey);
-                verifier->update(data.data(), static_cast<int>(data.size()));
-                if (!verifier->finish(signature))
-                    ++wrong;
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    EXPECT_EQ(wrong, 0);
+    runOnThreads(8, [&](int number) {
+        for (int round = 0; round < 20; ++round) {
+            const Bytes data = makePattern(100 * number + round);
+            EXPECT_TRUE(verify(algo, publicKey, data, sign(algo, privateKey, data)));
+        }
+    });
 }
 
 } // namespace sarn_test

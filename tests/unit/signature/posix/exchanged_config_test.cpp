@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // A configuration that another process keeps exchanging while it is loaded.
-#include "support/key_files.h"
+#include "support/signing.h"
 #include "support/temp_folder.h"
 
-#include "sarn/encoding.h"
-#include "sarn/signature.h"
+#include "sarn/base64.h"
 #include "sarn/signed_config.h"
-
-#include <gtest/gtest.h>
 
 #include <csignal>
 #include <string>
@@ -61,9 +58,7 @@ TEST_P(ExchangedConfig, LoadedAgainAndAgain_IsTheSignedOneOrRefused) {
     folder.write("signed", encode("[a]\nwho=host\n", GetParam()));
     folder.write("unsigned", encode("[a]\nwho=evil\n", GetParam()));
     const ul::CWindowsPath path = folder.write("a.ini", folder.read("signed"));
-    ul::TBuffer<unsigned char> signature;
-    sarn::createFileSignature_RSA_SHA1(path, readKey("rsa1024"), signature);
-    sarn::storeSignatureBase64(folder.getPath("a.ini.sig"), signature);
+    writeSignatureFile(path, "rsa1024");
     const ul::String publicKey = readPublicKey("rsa1024");
     const Exchanger exchanger(folder);
     int loaded = 0;
@@ -72,7 +67,7 @@ TEST_P(ExchangedConfig, LoadedAgainAndAgain_IsTheSignedOneOrRefused) {
         try {
             sarn::CSignedConfig config(path, publicKey, GetParam());
             ++loaded;
-            EXPECT_TRUE(config.getValue("/a/who") == "host");
+            EXPECT_EQ(config.getValue("/a/who"), "host");
         } catch (const sarn::CSignedConfigSignatureError&) {
             ++refused;
         }

@@ -11,7 +11,7 @@
 
 namespace sarn_test {
 
-TEST(FileSignature, OfAGigabyte_TakesNoMemoryToSpeakOf) {
+TEST(LargeFileSignature, OfAGigabyte_TakesNoMemoryToSpeakOf) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("f", "");
     std::filesystem::resize_file(folder.getNative("f"), 1 << 30);

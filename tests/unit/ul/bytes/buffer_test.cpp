@@ -1,70 +1,24 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/expect.h"
+#include "text_buffer.h"
 
-#include "ul/buffer.h"
 #include "ul/pointer.h"
 
-#include <gtest/gtest.h>
-
+#include <array>
 #include <climits>
-#include <cstring>
+#include <type_traits>
+#include <utility>
 
 namespace sarn_test {
 
-namespace {
-
-using Buffer = ul::TBuffer<unsigned char>;
-
-Buffer makeBuffer(const std::string& text) {
-    Buffer buffer;
-    fill(buffer, toBytes(text));
-    return buffer;
-}
-
-std::string toText(const Buffer& buffer) {
-    return std::string(buffer.getData(), buffer.getData() + buffer.getUsed());
-}
-
-/// Overwrites the blocks that it gives back, and counts them.
-class SpoilingBuffer : public Buffer {
-public:
-    ~SpoilingBuffer() override { freeBlock(); }
-
-    int spoiltBlocks = 0;
-
-protected:
-    void deleteData(unsigned char* data, int size) override {
-        ++spoiltBlocks;
-        std::memset(data, '#', static_cast<std::size_t>(size));
-        Buffer::deleteData(data, size);
+TEST(TBuffer, SizeConstructor_CountsAsManyBytesAsUsedAsItIsTold) {
+    for (const auto& [size, given, used] :
+         {std::array{32, -1, 32}, {32, 5, 5}, {32, 0, 0}, {0, -1, 0}, {-7, -1, 0}, {INT_MIN, 0, 0}}) {
+        const Buffer buffer(size, given);
+        EXPECT_EQ(buffer.getUsed(), used) << size << " " << given;
+        EXPECT_GE(buffer.getAllocated(), size);
+        EXPECT_EQ(buffer.getData() == nullptr, size <= 0);
     }
-};
-
-} // namespace
-
-TEST(TBuffer, New_IsEmptyWithoutABlock) {
-    const Buffer buffer;
-    EXPECT_EQ(buffer.getData(), nullptr);
-    EXPECT_EQ(buffer.getUsed(), 0);
-    EXPECT_EQ(buffer.getAllocated(), 0);
-}
-
-TEST(TBuffer, SizeConstructor_WithMinusOne_CountsAllBytesAsUsed) {
-    const Buffer buffer(32, -1);
-    EXPECT_EQ(buffer.getUsed(), 32);
-    EXPECT_GE(buffer.getAllocated(), 32);
-}
-
-TEST(TBuffer, SizeConstructor_WithUsedSize_CountsThatMany) {
-    const Buffer buffer(32, 5);
-    EXPECT_EQ(buffer.getUsed(), 5);
-    EXPECT_GE(buffer.getAllocated(), 32);
-    EXPECT_EQ(Buffer(0, -1).getUsed(), 0);
-}
-
-TEST(TBuffer, SizeConstructor_WithNegativeSize_IsEmpty) {
-    EXPECT_EQ(Buffer(-7, -1).getUsed(), 0);
-    EXPECT_EQ(Buffer(INT_MIN, 0).getAllocated(), 0);
+    EXPECT_TRUE(Buffer().getData() == nullptr && Buffer().getUsed() == 0 && Buffer().getAllocated() == 0);
 }
 
 TEST(TBuffer, SizeConstructor_WithUsedSizeOutside_IsRefused) {
@@ -84,23 +38,19 @@ TEST(TBuffer, Copy_TakesTheUsedBytesOnly) {
     EXPECT_EQ(copy.getAllocated(), 3);
 }
 
-TEST(TBuffer, Assignment_ToItself_ChangesNothing) {
-    Buffer buffer = makeBuffer("abc");
-    const Buffer& same = buffer;
-    buffer = same;
-    EXPECT_EQ(toText(buffer), "abc");
-}
-
-TEST(TBuffer, Init_WithItsOwnBytes_KeepsThem) {
+TEST(TBuffer, Init_TakesTheBytes_AlsoItsOwn) {
     Buffer buffer = makeBuffer("abcdef");
     buffer.init(buffer.getData() + 2, 3);
     EXPECT_EQ(toText(buffer), "cde");
+    buffer.init(reinterpret_cast<const unsigned char*>("x"), 1);
+    EXPECT_EQ(toText(buffer), "x");
     buffer.init(nullptr, 0);
     EXPECT_EQ(buffer.getUsed(), 0);
 }
 
-TEST(TBuffer, Insert_AtEveryPlace_MovesTheRestBehind) {
-    Buffer buffer;
+TEST(TBuffer, Insert_AtEveryPlace_MovesTheRest) {
+    Buffer buffer(100, 0);
+    const unsigned char* const block = buffer.getData();
     buffer.insert(0, "bd", 2);
     buffer.insert(2, "e", 1);
     buffer.insert(0, "a", 1);
@@ -108,6 +58,7 @@ TEST(TBuffer, Insert_AtEveryPlace_MovesTheRestBehind) {
     EXPECT_EQ(toText(buffer), "abcde");
     buffer.insert(5, nullptr, 0);
     EXPECT_EQ(toText(buffer), "abcde");
+    EXPECT_EQ(buffer.getData(), block) << "there was room";
 }
 
 TEST(TBuffer, Insert_OfItsOwnBytes_WorksWithAndWithoutRoom) {
@@ -159,21 +110,6 @@ TEST(TBuffer, SetUsed_LeavesTheBytesThatTheCallerWrote) {
     EXPECT_GE(buffer.getAllocated(), 500);
 }
 
-TEST(TBuffer, InitWithOneByte_WithRoomInTheBlock_TakesTheByte) {
-    Buffer buffer = makeBuffer("abc");
-    buffer.init(reinterpret_cast<const unsigned char*>("x"), 1);
-    EXPECT_EQ(toText(buffer), "x");
-}
-
-TEST(TBuffer, Insert_WithRoomInTheBlock_LeavesTheBlock) {
-    Buffer buffer(100, 0);
-    buffer.insert(0, "ad", 2);
-    const unsigned char* const block = buffer.getData();
-    buffer.insert(1, "bc", 2);
-    EXPECT_EQ(toText(buffer), "abcd");
-    EXPECT_EQ(buffer.getData(), block);
-}
-
 TEST(TBuffer, InsertOfOwnBytesAtTheEnd_OfAFullBlock_MovesThemToALargerOne) {
     const std::string text = "the old block is given back, and its first bytes are overwritten";
     Buffer buffer(static_cast<int>(text.size()), 0);
@@ -194,19 +130,16 @@ TEST(TBuffer, OwnBytesInsertedInTheMiddle_ManyTimes_GrowTheBlockAsFarAsTheyNeed)
     EXPECT_LE(buffer.getAllocated(), 4 * buffer.getUsed());
 }
 
-TEST(TBuffer, ManyAppendedPieces_GrowTheBlockGeometrically) {
-    SpoilingBuffer buffer;
-    for (int i = 0; i < 100000; ++i)
-        buffer.insert(buffer.getUsed(), "0123456789", 10);
-    EXPECT_EQ(buffer.getUsed(), 1000000);
-    EXPECT_LE(buffer.spoiltBlocks, 20);
-}
-
-TEST(TBuffer, EnsureAllocatedBytewise_GrowsTheBlockGeometrically) {
-    SpoilingBuffer buffer;
-    for (int i = 0; i < 100000; ++i)
-        buffer.setUsed(i);
-    EXPECT_LE(buffer.spoiltBlocks, 20);
+TEST(TBuffer, ManyAppendedPiecesOrBytes_GrowTheBlockGeometrically) {
+    SpoilingBuffer pieces;
+    SpoilingBuffer bytes;
+    for (int i = 0; i < 100000; ++i) {
+        pieces.insert(pieces.getUsed(), "0123456789", 10);
+        bytes.setUsed(i);
+    }
+    EXPECT_EQ(pieces.getUsed(), 1000000);
+    EXPECT_LE(pieces.spoiltBlocks, 20);
+    EXPECT_LE(bytes.spoiltBlocks, 20);
 }
 
 TEST(TBuffer, ClassThatOverridesDeleteDataAlone_SeesEveryBlockThatLeaves) {
@@ -232,6 +165,54 @@ TEST(TBuffer, IsAnObjectThatAPointerOwns) {
     const ul::P<ul::TBuffer<char>> text = ul::make<ul::TBuffer<char>>();
     text->insert(0, "abc", 3);
     EXPECT_EQ(std::string(text->getData(), 3), "abc");
+}
+
+TEST(TBuffer, Moved_HandsItsBlockOnAndIsEmpty) {
+    static_assert(std::is_nothrow_move_constructible_v<Buffer> && std::is_nothrow_move_assignable_v<Buffer>);
+    Buffer source = makeBuffer("abc");
+    const unsigned char* const block = source.getData();
+    Buffer moved(std::move(source));
+    EXPECT_EQ(moved.getData(), block);
+    EXPECT_EQ(toText(moved), "abc");
+    EXPECT_TRUE(source.getData() == nullptr && source.getUsed() == 0 && source.getAllocated() == 0);
+    Buffer assigned = makeBuffer("something longer");
+    assigned = std::move(moved);
+    EXPECT_EQ(assigned.getData(), block);
+    EXPECT_EQ(toText(assigned), "abc");
+    source.insert(0, "x", 1);
+    EXPECT_EQ(toText(source), "x") << "an empty one may be used again";
+}
+
+TEST(TBuffer, AssignedOrMovedToItself_KeepsItsContent) {
+    Buffer buffer = makeBuffer("abc");
+    Buffer& same = buffer;
+    buffer = same;
+    EXPECT_EQ(toText(buffer), "abc");
+    buffer = std::move(same);
+    EXPECT_EQ(toText(buffer), "abc");
+}
+
+TEST(TBuffer, MovedObject_KeepsItsOwnReferences) {
+    const ul::P<Buffer> source = ul::make<Buffer>(makeBuffer("abc"));
+    const ul::P<Buffer> second = source;
+    const ul::P<Buffer> moved = ul::make<Buffer>(std::move(*source));
+    EXPECT_EQ(toText(*moved), "abc");
+    *second = std::move(*moved);
+    EXPECT_EQ(toText(*source), "abc");
+}
+
+TEST(TCryptBuffer, DoesNotBecomeAPlainBufferUnasked) {
+    using Secret = ul::TCryptBuffer<unsigned char>;
+    static_assert(std::is_nothrow_move_constructible_v<Secret> && std::is_nothrow_move_assignable_v<Secret>);
+    static_assert(!std::is_constructible_v<Buffer, Secret&> && !std::is_constructible_v<Buffer, const Secret&>);
+    static_assert(!std::is_constructible_v<Buffer, Secret> && !std::is_convertible_v<Secret, Buffer>);
+    static_assert(!std::is_assignable_v<Buffer&, Secret&> && !std::is_assignable_v<Buffer&, const Secret&>);
+    static_assert(!std::is_assignable_v<Buffer&, Secret>);
+    static_assert(std::is_convertible_v<Secret&, Buffer&>, "an operation may still fill or read it as a buffer");
+    Secret secret(3, -1);
+    Buffer plain;
+    plain.init(secret.getData(), secret.getUsed());
+    EXPECT_EQ(plain.getUsed(), 3);
 }
 
 } // namespace sarn_test

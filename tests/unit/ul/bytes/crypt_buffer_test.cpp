@@ -23,20 +23,15 @@ std::string withZeros(std::string start) {
 
 } // namespace
 
-TEST(TCryptBuffer, Shortened_ZeroesWhatItNoLongerUses) {
+TEST(TCryptBuffer, ShortenedOrOverwritten_ZeroesWhatItNoLongerUses) {
     ul::TCryptBuffer<char> buffer;
     buffer.init(secret, secretSize);
     buffer.setUsed(7);
     EXPECT_EQ(getBytes(buffer), withZeros("hunter2"));
-    buffer.setUsed(0);
-    EXPECT_EQ(getBytes(buffer), withZeros(""));
-}
-
-TEST(TCryptBuffer, Overwritten_ZeroesTheRestOfTheOldContent) {
-    ul::TCryptBuffer<char> buffer;
-    buffer.init(secret, secretSize);
     buffer.init("key", 3);
     EXPECT_EQ(getBytes(buffer), withZeros("key"));
+    buffer.setUsed(0);
+    EXPECT_EQ(getBytes(buffer), withZeros(""));
 }
 
 TEST(Wipe, ZeroesExactlyTheGivenBytes) {

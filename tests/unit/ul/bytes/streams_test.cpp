@@ -1,21 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // Streams over memory, and numbers in them.
-#include "support/expect.h"
+#include "text_buffer.h"
 
 #include "ul/buffer_stream.h"
 #include "ul/data_stream.h"
 
-#include <gtest/gtest.h>
-
 #include <climits>
-#include <cstring>
 #include <stdexcept>
 
 namespace sarn_test {
 
 namespace {
-
-using Buffer = ul::TBuffer<unsigned char>;
 
 /// What `write` puts into a stream.
 template <class Write>
@@ -29,26 +24,20 @@ Bytes getWritten(Write write) {
 
 } // namespace
 
-TEST(CDataOutStream, Integers_AreLittleEndian32Bits) {
-    EXPECT_EQ(getWritten([](ul::CDataOutStream& out) { out.writeInt32(0x12345678).writeUInt32(0xFEDCBA98U); }),
+TEST(CDataOutStream, Integers_AreLittleEndian32Bits_BooleansOneByte_AndRawBytesAsTheyAre) {
+    using Out = ul::CDataOutStream;
+    EXPECT_EQ(getWritten([](Out& out) { out.writeInt32(0x12345678).writeUInt32(0xFEDCBA98U); }),
               (Bytes{0x78, 0x56, 0x34, 0x12, 0x98, 0xBA, 0xDC, 0xFE}));
-    EXPECT_EQ(getWritten([](ul::CDataOutStream& out) { out.writeInt32(-2); }), (Bytes{0xFE, 0xFF, 0xFF, 0xFF}));
-}
-
-TEST(CDataOutStream, Booleans_AreOneByte) {
-    EXPECT_EQ(getWritten([](ul::CDataOutStream& out) { out.writeBool(true).writeBool(false); }), (Bytes{1, 0}));
-}
-
-TEST(CDataOutStream, RawBytes_AreWrittenAsTheyAre) {
-    EXPECT_EQ(getWritten([](ul::CDataOutStream& out) { out.write("ab", 2).write(nullptr, 0); }), (Bytes{'a', 'b'}));
+    EXPECT_EQ(getWritten([](Out& out) { out.writeInt32(-2); }), (Bytes{0xFE, 0xFF, 0xFF, 0xFF}));
+    EXPECT_EQ(getWritten([](Out& out) { out.writeBool(true).writeBool(false); }), (Bytes{1, 0}));
+    EXPECT_EQ(getWritten([](Out& out) { out.write("ab", 2).write(nullptr, 0); }), toBytes("ab"));
 }
 
 TEST(CDataInStream, ReadsWhatWasWritten) {
-    Buffer buffer;
-    ul::CBufferStream stream(&buffer, 2.0);
-    ul::CDataOutStream(stream).writeInt32(INT_MIN).writeUInt32(UINT_MAX).writeBool(true).writeBool(false).write("xyz",
-                                                                                                                3);
-    ul::CBufferInStream source(buffer);
+    const Bytes written = getWritten([](ul::CDataOutStream& out) {
+        out.writeInt32(INT_MIN).writeUInt32(UINT_MAX).writeBool(true).writeBool(false).write("xyz", 3);
+    });
+    ul::CBufferInStream source(written.data(), static_cast<int>(written.size()));
     ul::CDataInStream in(source);
     bool flag = true;
     char text[3];
@@ -101,25 +90,17 @@ TEST(CBufferInStream, NegativeSizes_AreRefused) {
     expectInvalidArg("CBufferInStream::CBufferInStream", "invalid size", [] { ul::CBufferInStream("abc", -1); });
 }
 
-TEST(CBufferStream, Write_AppendsBehindWhatTheBufferHolds) {
-    Buffer buffer;
-    buffer.insert(0, "ab", 2);
+TEST(CBufferStream, Write_AppendsToWhatTheBufferHolds) {
+    Buffer buffer = makeBuffer("ab");
     ul::CBufferStream stream(&buffer, 2.0);
     stream.write("cd", 2);
     stream.write("", 0);
-    EXPECT_EQ(toBytes(buffer), toBytes(std::string("abcd")));
+    EXPECT_EQ(toText(buffer), "abcd");
     expectInvalidArg("CBufferStream::write", "invalid size", [&] { stream.write("x", -1); });
 }
 
 TEST(CBufferStream, Write_OfTheBuffersOwnBytes_AppendsThemThoughTheBlockMoves) {
     // Its old blocks are overwritten, and larger ones may lie elsewhere.
-    struct SpoilingBuffer : Buffer {
-        ~SpoilingBuffer() override { freeBlock(); }
-        void deleteData(unsigned char* data, int size) override {
-            std::memset(data, '#', static_cast<std::size_t>(size));
-            Buffer::deleteData(data, size);
-        }
-    };
     SpoilingBuffer buffer;
     ul::CBufferStream stream(&buffer, 2.0);
     ul::CDataOutStream out(stream);
@@ -132,21 +113,16 @@ TEST(CBufferStream, Write_OfTheBuffersOwnBytes_AppendsThemThoughTheBlockMoves) {
     }
 }
 
-TEST(CBufferStream, Write_WithRoomInTheBlock_LeavesTheBlock) {
-    Buffer buffer(100, 60);
-    ul::CBufferStream(&buffer, 8.0).write("0123456789", 10);
-    EXPECT_EQ(buffer.getAllocated(), 100);
-    EXPECT_EQ(buffer.getUsed(), 70);
-}
-
-TEST(CBufferStream, GrowthFactor_SaysHowLargeTheBlockBecomes) {
-    Buffer buffer(1000, -1);
-    ul::CBufferStream(&buffer, 8.0).write("x", 1);
-    EXPECT_GE(buffer.getAllocated(), 8000);
-    Buffer plain(1000, -1);
-    ul::CBufferStream(&plain, 0.0).write("x", 1);
-    EXPECT_LE(plain.getAllocated(), 2000);
-    EXPECT_EQ(plain.getUsed(), 1001);
+TEST(CBufferStream, GrowthFactor_SaysHowLargeTheBlockBecomesIfItMustGrow) {
+    const auto write = [](int allocated, int used, double factor) {
+        Buffer buffer(allocated, used);
+        ul::CBufferStream(&buffer, factor).write("0123456789", 10);
+        EXPECT_EQ(buffer.getUsed(), used + 10);
+        return buffer.getAllocated();
+    };
+    EXPECT_EQ(write(100, 60, 8.0), 100);
+    EXPECT_GE(write(1000, 1000, 8.0), 8000);
+    EXPECT_LE(write(1000, 1000, 0.0), 2000);
 }
 
 TEST(CBufferStream, Barrier_IsConsultedFirstAndMayRefuse) {

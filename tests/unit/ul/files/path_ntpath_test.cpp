@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Normalisation beside Python's ntpath, on generated texts. Where the two differ is said in docs/paths.md and done to
 // ntpath's result here.
-#include "support/vectors.h"
+#include "support/expect.h"
 
 #include "ul/error.h"
 #include "ul/path.h"
-
-#include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
@@ -67,10 +65,6 @@ std::string adapt(const std::string& normalized) {
     if (result[0] == 'c' && result[1] == ':')
         result[0] = 'C';
     return parts.size() == rootParts ? result + "\\" : result;
-}
-
-std::string toText(const Bytes& bytes) {
-    return std::string(bytes.begin(), bytes.end());
 }
 
 } // namespace

@@ -2,11 +2,8 @@
 #include "support/expect.h"
 #include "support/markdown_table.h"
 #include "support/temp_folder.h"
-#include "support/work_folder.h"
 
 #include "ul/path.h"
-
-#include <gtest/gtest.h>
 
 namespace sarn_test {
 
@@ -84,22 +81,22 @@ TEST(CWindowsPathTraits, Functions_AnswerForEachKindOfRoot) {
     using Traits = ul::CWindowsPathTraits;
     EXPECT_EQ(Traits::getSep(), L'\\');
     EXPECT_STREQ(Traits::getAllSeps(), L"\\/");
-    EXPECT_EQ(Traits::getRootLength("C:\\a"), 3);
-    EXPECT_EQ(Traits::getRootLength("C:a"), 2);
-    EXPECT_EQ(Traits::getRootLength("\\a"), 1);
-    EXPECT_EQ(Traits::getRootLength("a"), 0);
-    EXPECT_EQ(Traits::getRootLength("\\\\server\\share\\a"), 15);
-    EXPECT_EQ(Traits::getRootLength("\\\\server"), 8);
-    EXPECT_EQ(Traits::getRootLength("\\\\?\\C:\\a"), 7);
-    EXPECT_EQ(Traits::getRootLength("\\\\?\\UNC\\server\\share\\a"), 21);
-    EXPECT_EQ(Traits::getRootLength("\\\\?\\UNC\\s\\h\\a"), 12);
+    const std::pair<const char*, int> roots[] = {{"C:\\a", 3},
+                                                 {"C:a", 2},
+                                                 {"\\a", 1},
+                                                 {"a", 0},
+                                                 {"\\\\server\\share\\a", 15},
+                                                 {"\\\\server", 8},
+                                                 {"\\\\?\\C:\\a", 7},
+                                                 {"\\\\?\\UNC\\server\\share\\a", 21},
+                                                 {"\\\\?\\UNC\\s\\h\\a", 12}};
+    for (const auto& [text, length] : roots)
+        EXPECT_EQ(Traits::getRootLength(text), length) << text;
     EXPECT_EQ(Traits::normalizeRoot("\\\\?\\UNC\\s\\h\\").toUTF8(), "\\\\?\\UNC\\s\\h\\");
-    EXPECT_TRUE(Traits::isAbsolute("C:\\") && Traits::isAbsolute("\\\\s\\h") && Traits::isAbsolute("\\\\?\\C:\\"));
-    EXPECT_FALSE(Traits::isAbsolute("C:a") || Traits::isAbsolute("\\a") || Traits::isAbsolute("a"));
-    for (const char* const drive : {"A:\\", "Z:\\", "a:\\", "z:\\"})
-        EXPECT_TRUE(Traits::isAbsolute(drive)) << drive;
-    for (const char* const noDrive : {"@:\\", "[:\\", "`:\\", "{:\\", "1:\\"})
-        EXPECT_FALSE(Traits::isAbsolute(noDrive)) << noDrive;
+    for (const char* const absolute : {"A:\\", "Z:\\", "a:\\", "z:\\", "\\\\s\\h", "\\\\?\\C:\\"})
+        EXPECT_TRUE(Traits::isAbsolute(absolute)) << absolute;
+    for (const char* const other : {"@:\\", "[:\\", "`:\\", "{:\\", "1:\\", "C:a", "\\a", "a"})
+        EXPECT_FALSE(Traits::isAbsolute(other)) << other;
     EXPECT_TRUE(Traits::normalizeSeparators("a//b\\/c") == "a\\b\\c");
     EXPECT_TRUE(Traits::normalizeSeparators("//s/h//a") == "\\\\s\\h\\a");
     EXPECT_EQ(Traits::normalizeSeparators("////a").toUTF8(), "\\\\\\a");

@@ -7,23 +7,11 @@
 #include "ul/pointer.h"
 #include "ul/string.h"
 
-#include <gtest/gtest.h>
-
 #include <functional>
-#include <numeric>
 #include <unordered_set>
 #include <utility>
 
 namespace {
-
-/// Counts its living objects.
-struct Counted : ul::CBase {
-    Counted() { ++living; }
-    Counted(const Counted&) = delete;
-    Counted& operator=(const Counted&) = delete;
-    ~Counted() override { --living; }
-    static inline int living = 0;
-};
 
 /// Runs `atEnd` in its destructor.
 struct Farewell : ul::CBase {
@@ -42,75 +30,48 @@ TEST(TArray, Append_KeepsTheOrder) {
     array.append("a");
     array.append("b");
     array[0] += "c";
-    EXPECT_EQ(array.getSize(), 2);
-    EXPECT_TRUE(array[0] == "ac" && array[1] == "b");
     array.resize(3);
-    EXPECT_TRUE(array[2].isEmpty());
+    EXPECT_EQ(std::vector<ul::String>(array.begin(), array.end()), (std::vector<ul::String>{"ac", "b", ""}));
+    sarn_test::expectInvalidArg("TArray::resize", "invalid size", [&] { array.resize(-1); });
+    EXPECT_EQ(array.getSize(), 3);
     array.clear();
     EXPECT_EQ(array.getSize(), 0);
 }
 
-TEST(TArray, Range_VisitsEveryElement) {
-    ul::TArray<int> array;
-    for (int i = 1; i <= 100; ++i)
-        array.append(i);
-    EXPECT_EQ(std::accumulate(array.begin(), array.end(), 0), 5050);
-}
-
-TEST(TMap, Set_ReplacesWhatIsThereAndReleasesIt) {
-    ul::TMap<ul::String, ul::P<Counted>> map;
-    map.set("a", ul::make<Counted>());
-    map.set("a", ul::make<Counted>());
-    EXPECT_EQ(map.getSize(), 1);
-    EXPECT_EQ(Counted::living, 1);
+TEST(TMap, Values_AreReplacedOrInsertedAndFoundInTheOrderOfTheirKeys) {
+    ul::TMap<ul::String, int> map;
+    map.set("b", 2);
+    map.set("B", 1);
+    map.set("b", 3);
+    ++map.findOrInsert("a");
+    ++map.findOrInsert("a");
+    std::wstring content;
+    for (const auto& [key, value] : map)
+        content += key.toStdWString() + std::to_wstring(value);
+    EXPECT_EQ(content, L"B1a2b3");
+    EXPECT_EQ(*map.find("b"), 3);
     map.clear();
-    EXPECT_EQ(Counted::living, 0);
-    EXPECT_EQ(map.find("a"), nullptr);
+    EXPECT_EQ(map.find("b"), nullptr);
 }
 
-TEST(TMap, Find_TellsAbsentFromNull) {
-    ul::TMap<ul::String, ul::P<Counted>> map;
+TEST(TMap, Find_DistinguishesAbsentFromNull) {
+    ul::TMap<ul::String, ul::P<Farewell>> map;
     map.set("none", nullptr);
     ASSERT_NE(map.find("none"), nullptr);
     EXPECT_EQ(*map.find("none"), nullptr);
     EXPECT_EQ(map.find("other"), nullptr);
 }
 
-TEST(TMap, FindOrInsert_StoresADefaultValueFirst) {
-    ul::TMap<int, int> map;
-    ++map.findOrInsert(7);
-    ++map.findOrInsert(7);
-    EXPECT_EQ(*map.find(7), 2);
-}
-
-TEST(TMap, Range_IsInTheOrderOfTheKeys) {
-    ul::TMap<ul::String, int> map;
-    map.set("b", 2);
-    map.set("B", 1);
-    map.set("a", 0);
-    std::wstring keys;
-    for (const auto& [key, value] : map)
-        keys += key.toStdWString();
-    EXPECT_EQ(keys, L"Bab");
-}
-
 TEST(TList, Ends_GrowAndShrink) {
     ul::TList<ul::String> list;
     list.append("a");
     list.append("b");
-    EXPECT_TRUE(list.getLast() == "b");
+    EXPECT_EQ(list.getLast(), "b");
     list.removeLast();
     EXPECT_EQ(list.getSize(), 1);
-    EXPECT_TRUE(*list.begin() == "a");
+    EXPECT_EQ(*list.begin(), "a");
     list.clear();
     EXPECT_TRUE(list.isEmpty());
-}
-
-TEST(TArray, ResizeToANegativeSize_IsRefused) {
-    ul::TArray<int> array;
-    array.append(1);
-    sarn_test::expectInvalidArg("TArray::resize", "invalid size", [&] { array.resize(-1); });
-    EXPECT_EQ(array.getSize(), 1);
 }
 
 TEST(TMap, ValuesWhoseDestructorsUseTheMap_SeeItWhole) {
@@ -138,7 +99,7 @@ TEST(TMap, ValuesWhoseDestructorsUseTheMap_SeeItWhole) {
 
 TEST(TMap, ValueThatStoresAnotherAtItsEnd_LeavesThatOneBehind) {
     ul::TMap<int, ul::P<Farewell>> map;
-    map.set(1, ul::make<Farewell>([&] { map.set(2, ul::make<Farewell>([] {})); }));
+    map.set(1, ul::make<Farewell>([&] { map.set(2, nullptr); }));
     map.clear();
     EXPECT_EQ(map.getSize(), 1);
     EXPECT_NE(map.find(2), nullptr);
@@ -165,13 +126,14 @@ TEST(TArrayAndTList, ElementsWhoseDestructorsUseThem_FindThemEmpty) {
 }
 
 TEST(P, IsAKeyOfOrderedAndUnorderedContainers) {
-    const ul::P<Counted> first = ul::make<Counted>();
-    const ul::P<Counted> second = ul::make<Counted>();
-    ul::TMap<ul::P<Counted>, int> map;
+    using Object = ul::P<ul::CBase>;
+    const Object first = ul::make<ul::CBase>();
+    const Object second = ul::make<ul::CBase>();
+    ul::TMap<Object, int> map;
     map.set(first, 1);
     map.set(second, 2);
     map.set(nullptr, 0);
     EXPECT_EQ(map.begin()->second, 0) << "null comes first";
     EXPECT_EQ(*map.find(second), 2);
-    EXPECT_EQ(std::unordered_set<ul::P<Counted>>({first, second, first}).size(), 2U);
+    EXPECT_EQ(std::unordered_set<Object>({first, second, first}).size(), 2U);
 }

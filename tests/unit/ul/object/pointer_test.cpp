@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // Reference counts and owning pointers.
+#include "support/threads.h"
+
 #include "ul/base.h"
 #include "ul/pointer.h"
 
 #include <gtest/gtest.h>
 
 #include <stdexcept>
-#include <thread>
 #include <type_traits>
 #include <utility>
 
@@ -44,29 +45,14 @@ static_assert(!std::is_convertible_v<ul::PC<Object>, ul::P<Object>>);
 
 } // namespace
 
-TEST(P, Make_GivesTheOnlyReference_AndDestroysWithIt) {
-    {
-        const ul::P<Object> object = ul::make<Object>(7);
-        EXPECT_EQ(object->getFirst(), 7);
-        EXPECT_EQ(Object::living, 1);
-    }
-    EXPECT_EQ(Object::living, 0);
-}
-
-TEST(P, Conversion_FromAnExpiringPointer_TakesItsReferenceOver) {
-    ul::P<Object> object = ul::make<Object>(7);
-    const ul::P<IFirst> interface = std::move(object);
-    EXPECT_FALSE(object);
-    EXPECT_EQ(interface->getFirst(), 7);
-    ul::P<Object> empty;
-    EXPECT_FALSE(ul::P<IFirst>(std::move(empty)));
-}
-
-TEST(P, Constructor_FromRawPointer_AddsAReferenceToTheCreators) {
+TEST(P, Make_GivesTheOnlyReference_AndAConstructorFromARawPointerAddsOne) {
     Object* const raw = new (ul::CBase::RawNew{}) Object;
     {
-        const ul::P<Object> object(raw);
-        EXPECT_EQ(object.get(), raw);
+        const ul::P<Object> object = ul::make<Object>(7);
+        const ul::P<Object> another(raw);
+        EXPECT_EQ(object->getFirst(), 7);
+        EXPECT_EQ(another.get(), raw);
+        EXPECT_EQ(Object::living, 2);
     }
     EXPECT_EQ(Object::living, 1) << "the creator's reference is left";
     raw->release();
@@ -89,12 +75,16 @@ TEST(P, CopiesOfEveryKind_KeepTheObjectUntilTheLastOneEnds) {
     EXPECT_EQ(Object::living, 0);
 }
 
-TEST(P, Move_TakesTheReferenceAlong) {
-    ul::P<Object> from = ul::make<Object>();
+TEST(P, Move_TakesTheReferenceAlong_AlsoToAnotherType) {
+    ul::P<Object> from = ul::make<Object>(7);
     Object* const raw = from.get();
-    const ul::P<Object> to = std::move(from);
+    ul::P<Object> to = std::move(from);
     EXPECT_EQ(to.get(), raw);
     EXPECT_EQ(from, nullptr); // NOLINT(bugprone-use-after-move): this is what is tested
+    const ul::P<IFirst> interface = std::move(to);
+    EXPECT_FALSE(to); // NOLINT(bugprone-use-after-move)
+    EXPECT_EQ(interface->getFirst(), 7);
+    EXPECT_FALSE(ul::P<IFirst>(ul::P<Object>()));
     EXPECT_EQ(Object::living, 1);
 }
 
@@ -156,14 +146,10 @@ TEST(CBase, CheckCastAllowed_AllowsEveryCast) {
 
 TEST(CBase, References_CountedByTwoThreads_EndAtTheSameNumber) {
     const ul::P<Object> object = ul::make<Object>();
-    const auto copyOften = [&object] {
+    sarn_test::runOnThreads(2, [&object](int) {
         for (int i = 0; i < 100000; ++i)
             const ul::P<IFirst> copy = object;
-    };
-    std::thread first(copyOften);
-    std::thread second(copyOften);
-    first.join();
-    second.join();
+    });
     EXPECT_EQ(Object::living, 1);
     object->addRef();
     object->release();

@@ -3,7 +3,8 @@
 
 #include "ul/string.h"
 
-#include <gtest/gtest.h>
+#include <algorithm>
+#include <climits>
 
 using ul::String;
 
@@ -11,12 +12,12 @@ namespace {
 
 void expectPartition(const char* text, const char* separator, const char* before, const char* found,
                      const char* after) {
-    String actualBefore("x");
-    String actualFound("x");
-    String actualAfter("x");
-    ul::partition(text, separator, actualBefore, actualFound, actualAfter);
-    EXPECT_TRUE(actualBefore == before && actualFound == found && actualAfter == after)
-        << "'" << text << "' at '" << separator << "'";
+    SCOPED_TRACE(std::string(text) + " at " + separator);
+    String parts[] = {"x", "x", "x"};
+    ul::partition(text, separator, parts[0], parts[1], parts[2]);
+    EXPECT_EQ(parts[0], before);
+    EXPECT_EQ(parts[1], found);
+    EXPECT_EQ(parts[2], after);
 }
 
 } // namespace
@@ -27,10 +28,15 @@ TEST(String, NarrowForms_TakeEachByteAsOneCharacter) {
     EXPECT_EQ(String("", 0).getLength(), 0);
 }
 
-TEST(String, NullPointers_GiveEmptyStrings) {
-    EXPECT_TRUE(String(static_cast<const char*>(nullptr)).isEmpty());
-    EXPECT_TRUE(String(static_cast<const wchar_t*>(nullptr)).isEmpty());
-    EXPECT_TRUE(String().isEmpty() && ul::getEmptyString().isEmpty());
+TEST(String, NullPointers_AreEmptyTexts) {
+    const wchar_t* const wide = nullptr;
+    const char* const narrow = nullptr;
+    const String empty;
+    const String text("x");
+    EXPECT_TRUE(String(narrow).isEmpty() && String(wide).isEmpty() && empty.isEmpty());
+    EXPECT_TRUE(ul::getEmptyString().isEmpty());
+    EXPECT_TRUE(empty == wide && empty == narrow && text != wide && text != narrow);
+    EXPECT_TRUE(text.StartsWith(wide) && empty.StartsWith(wide));
 }
 
 TEST(String, StandardWideStrings_AreTakenAndGiven) {
@@ -48,15 +54,15 @@ TEST(String, ToLatin1_TurnsWhatDoesNotFitAByteIntoQuestionMarks) {
 }
 
 TEST(String, Mid_CutsToWhatIsThere) {
-    const String text("abcdef");
-    EXPECT_TRUE(text.Mid(2, 3) == "cde");
-    EXPECT_TRUE(text.Mid(2, -1) == "cdef");
-    EXPECT_TRUE(text.Mid(2) == "cdef");
-    EXPECT_TRUE(text.Mid(4, 9) == "ef");
-    EXPECT_TRUE(text.Mid(6, 1) == "" && text.Mid(7, -1) == "" && text.Mid(0, 0) == "");
-    EXPECT_TRUE(text.Mid(-2, 4) == "ab");
-    EXPECT_TRUE(text.Mid(2147483647, 2147483647) == "");
-    EXPECT_TRUE(text.Mid(-2147483647 - 1, 2147483647) == "");
+    struct {
+        int start;
+        int count;
+        const char* part;
+    } const cuts[] = {{2, 3, "cde"}, {2, -1, "cdef"},        {4, 9, "ef"},          {6, 1, ""}, {7, -1, ""}, {0, 0, ""},
+                      {-2, 4, "ab"}, {INT_MAX, INT_MAX, ""}, {INT_MIN, INT_MAX, ""}};
+    for (const auto& [start, count, part] : cuts)
+        EXPECT_EQ(String("abcdef").Mid(start, count), part) << start << " " << count;
+    EXPECT_EQ(String("abcdef").Mid(2), "cdef");
 }
 
 TEST(String, StartsWith_IsCaseSensitiveAndKnowsShortTexts) {
@@ -67,15 +73,13 @@ TEST(String, StartsWith_IsCaseSensitiveAndKnowsShortTexts) {
 }
 
 TEST(String, TrimRight_RemovesOnlyTrailingWhiteSpace) {
-    String text(L" a b \t\r\n\v\f ");
-    text.trimRight();
-    EXPECT_TRUE(text == " a b");
-    String blank(" \r\n");
-    blank.trimRight();
-    EXPECT_TRUE(blank.isEmpty());
-    String nbsp(L"a\u00A0");
-    nbsp.trimRight();
-    EXPECT_EQ(nbsp.getLength(), 2) << "a no-break space is text";
+    // A no-break space is text.
+    for (const auto& [given, trimmed] :
+         {std::pair(L" a b \t\r\n\v\f ", L" a b"), {L" \r\n", L""}, {L"a\u00A0", L"a\u00A0"}}) {
+        String text(given);
+        text.trimRight();
+        EXPECT_EQ(text.toStdWString(), trimmed);
+    }
 }
 
 TEST(String, Append_TakesEveryForm) {
@@ -83,43 +87,39 @@ TEST(String, Append_TakesEveryForm) {
     text += String(L"a");
     text += "b\xE9";
     text += L'c';
+    text += '\xE9';
     text += L"d";
     text += text;
-    EXPECT_EQ(text.toStdWString(), L"ab\u00E9cdab\u00E9cd");
-    EXPECT_TRUE(String("a") + "b" + String(L"c") == "abc");
+    EXPECT_EQ(text.toStdWString(), L"ab\u00E9c\u00E9dab\u00E9c\u00E9d");
+    EXPECT_EQ(String("a") + "b" + String(L"c"), "abc");
 }
 
-TEST(String, ComparisonWithNarrowText_IsCharacterByCharacter) {
+TEST(String, Comparison_IsOrdinalFromBothSides) {
     EXPECT_TRUE(String(L"a\u00E9") == "a\xE9");
     EXPECT_TRUE(String("ab") != "a" && String("a") != "ab" && String() == "" && String("a") != "b");
     EXPECT_TRUE(String(L"\u0161") != "\x61") << "the low byte is not enough";
     EXPECT_TRUE(String("a\0b", 3) != "a");
-}
-
-TEST(String, Order_IsOrdinal) {
+    const String text("b");
+    EXPECT_TRUE("b" == text && L"b" == text && "a" != text && L"a" != text);
+    EXPECT_TRUE(text > String("a") && text >= String("b") && text <= String("b"));
+    EXPECT_FALSE(text > String("b") || text >= String("c") || text <= String("a") || text < String("b"));
     EXPECT_TRUE(String("B") < String("a") && String("a") < String("ab") && String() < String("a"));
-    EXPECT_FALSE(String("a") < String("a"));
     EXPECT_TRUE(String("z") < String(L"\u00E4") && String(L"\u00E4") < String(L"\uFFFD"));
+    EXPECT_EQ(std::hash<String>()(text), std::hash<String>()(String(L"b")));
 }
 
-TEST(String, ToHexString_GivesUpperCaseDigitsOfThe32Bits) {
-    EXPECT_TRUE(ul::toHexString(0) == "0" && ul::toHexString(0x1010102F) == "1010102F");
-    EXPECT_TRUE(ul::toHexString(-1) == "FFFFFFFF" && ul::toHexString(0xAB) == "AB");
-}
-
-TEST(String, ToString_GivesDecimalDigits) {
+TEST(String, ToStringAndToHexString_GiveDigits) {
     EXPECT_TRUE(ul::toString(0) == "0" && ul::toString(-12) == "-12");
-    EXPECT_TRUE(ul::toString(-9223372036854775807LL - 1) == "-9223372036854775808");
+    EXPECT_EQ(ul::toString(-9223372036854775807LL - 1), "-9223372036854775808");
+    EXPECT_TRUE(ul::toHexString(0) == "0" && ul::toHexString(0x1010102F) == "1010102F");
+    EXPECT_TRUE(ul::toHexString(-1) == "FFFFFFFF" && ul::toHexString(0xAB) == "AB") << "upper case, of 32 bits";
 }
 
-TEST(Partition, SplitsAtTheFirstSeparator) {
+TEST(Partition, SplitsAtTheFirstSeparator_OrGivesTheWholeTextAsBefore) {
     expectPartition("a/b/c", "/", "a", "/", "b/c");
     expectPartition("/b", "/", "", "/", "b");
     expectPartition("a/", "/", "a", "/", "");
     expectPartition("a::b:c", "::", "a", "::", "b:c");
-}
-
-TEST(Partition, WithoutTheSeparator_GivesTheWholeTextAsBefore) {
     expectPartition("abc", "/", "abc", "", "");
     expectPartition("", "/", "", "", "");
     expectPartition("abc", "", "abc", "", "");
@@ -132,6 +132,7 @@ TEST(Partition, MayWriteOverItsInputs) {
     ul::partition(text, separator, text, separator, after);
     EXPECT_TRUE(text == "a" && separator == "/" && after == "b");
 }
+
 TEST(String, ToLatin1_OfAnyLengthWithAForeignCharacterAnywhere_ReplacesJustThatOne) {
     for (std::size_t size = 0; size < 70; ++size) {
         std::wstring wide;
@@ -140,56 +141,50 @@ TEST(String, ToLatin1_OfAnyLengthWithAForeignCharacterAnywhere_ReplacesJustThatO
             wide += static_cast<wchar_t>((i * 37 + 128) % 255 + 1);
             narrow += static_cast<char>((i * 37 + 128) % 255 + 1);
         }
-        ASSERT_EQ(ul::String(wide.data(), size).toLatin1(), narrow);
+        ASSERT_EQ(String(wide.data(), size).toLatin1(), narrow);
         for (std::size_t at = 0; at < size; ++at) {
             for (const wchar_t foreign : {wchar_t{0x100}, wchar_t{0x2F41}, wchar_t{0x7FFF}, wchar_t{0xD800}}) {
                 std::wstring changed = wide;
                 std::string expected = narrow;
                 changed[at] = foreign;
                 expected[at] = '?';
-                ASSERT_EQ(ul::String(changed.data(), size).toLatin1(), expected) << size << " " << at;
+                ASSERT_EQ(String(changed.data(), size).toLatin1(), expected) << size << " " << at;
             }
         }
     }
 }
 
 TEST(String, CopyLatin1_OfAPart_WritesOnlyThat) {
-    const ul::String text(L"ab\x100"
-                          L"de");
+    const String text(L"ab\x100"
+                      L"de");
     char out[] = "......";
     text.copyLatin1(out + 1, 1, 3);
     EXPECT_STREQ(out, ".b?d..");
 }
 
-TEST(String, NullPointers_AreEmptyTexts) {
-    const wchar_t* const wide = nullptr;
-    const char* const narrow = nullptr;
-    const ul::String empty;
-    const ul::String text("x");
-    EXPECT_TRUE(empty == wide && empty == narrow && text != wide && text != narrow);
-    EXPECT_TRUE(text.StartsWith(wide) && empty.StartsWith(wide));
+TEST(WipeText, CharactersOfNowAndOfBefore_AreZeros) {
+    String text(std::wstring(50, L'k') + std::wstring(50, L' '));
+    const wchar_t* const characters = text.c_str();
+    text.trimRight();
+    ASSERT_EQ(text.getLength(), 50);
+    ul::wipe(text);
+    EXPECT_TRUE(text.isEmpty());
+    ASSERT_EQ(text.c_str(), characters) << "the memory is still the text's";
+    EXPECT_TRUE(std::all_of(characters, characters + 100, [](wchar_t character) { return character == 0; }));
 }
 
-TEST(String, Comparison_WorksFromBothSidesAndInEveryOrder) {
-    const ul::String text("b");
-    EXPECT_TRUE("b" == text && L"b" == text && "a" != text && L"a" != text);
-    EXPECT_TRUE(text > ul::String("a") && text >= ul::String("b") && text <= ul::String("b"));
-    EXPECT_FALSE(text > ul::String("b") || text >= ul::String("c") || text <= ul::String("a"));
-    EXPECT_EQ(std::hash<ul::String>()(text), std::hash<ul::String>()(ul::String(L"b")));
-}
-
-TEST(String, AppendedCharacter_OfEightBitsIsLatin1) {
-    ul::String text;
-    text += '\xE9';
-    EXPECT_TRUE(text == L"\u00E9");
-    text += L'z';
-    EXPECT_EQ(text.getLength(), 2);
+TEST(WipeText, EmptyText_StaysEmpty) {
+    String text;
+    ul::wipe(text);
+    EXPECT_TRUE(text.isEmpty());
+    text += "next";
+    EXPECT_TRUE(text == "next");
 }
 
 template <class Appended, class = void>
 constexpr bool isAppendable = false;
 template <class Appended>
-constexpr bool isAppendable<Appended, std::void_t<decltype(std::declval<ul::String&>() += std::declval<Appended>())>> =
+constexpr bool isAppendable<Appended, std::void_t<decltype(std::declval<String&>() += std::declval<Appended>())>> =
     true;
-static_assert(isAppendable<char> && isAppendable<wchar_t> && isAppendable<const char*> && isAppendable<ul::String>);
+static_assert(isAppendable<char> && isAppendable<wchar_t> && isAppendable<const char*> && isAppendable<String>);
 static_assert(!isAppendable<double> && !isAppendable<bool> && !isAppendable<int>, "numbers are not characters");

@@ -4,7 +4,7 @@
 
 #include "ul/string.h"
 
-#include <gtest/gtest.h>
+#include <ostream>
 
 namespace {
 
@@ -18,29 +18,47 @@ struct Pair {
     std::string bytes;
 };
 
-/// For messages of failures.
-void PrintTo(const Pair& pair, std::ostream* out) {
-    *out << pair.name;
-}
-
-class UTF8 : public testing::TestWithParam<Pair> {};
-
 struct Invalid {
     const char* name;
     std::string bytes;
     const char* position;
 };
 
+/// For messages of failures and the names of tests.
+void PrintTo(const Pair& pair, std::ostream* out) {
+    *out << pair.name;
+}
+
 void PrintTo(const Invalid& invalid, std::ostream* out) {
     *out << invalid.name;
 }
 
+class UTF8 : public testing::TestWithParam<Pair> {};
 class InvalidUTF8 : public testing::TestWithParam<Invalid> {};
 
-template <class Param>
-std::string getName(const testing::TestParamInfo<Param>& info) {
-    return info.param.name;
-}
+// clang-format off
+const Pair edges[] = {
+    {"Empty", L"", ""}, {"Ascii", L"a~\x7F", "a~\x7F"},
+    {"Null", std::wstring(L"a\0b", 3), std::string("a\0b", 3)},
+    {"FirstOfTwo", L"\u0080", "\xC2\x80"}, {"LastOfTwo", L"\u07FF", "\xDF\xBF"},
+    {"FirstOfThree", L"\u0800", "\xE0\xA0\x80"}, {"LastOfThree", L"\uFFFF", "\xEF\xBF\xBF"},
+    {"BeforeSurrogates", L"\uD7FF", "\xED\x9F\xBF"}, {"AfterSurrogates", L"\uE000", "\xEE\x80\x80"},
+    {"ByteOrderMark", L"\uFEFF", "\xEF\xBB\xBF"},
+    {"FirstOfFour", L"\U00010000", "\xF0\x90\x80\x80"}, {"LastOfAll", L"\U0010FFFF", "\xF4\x8F\xBF\xBF"},
+    {"Emoji", L"a\U0001F600z", "a\xF0\x9F\x98\x80z"},
+};
+
+const Invalid invalid[] = {
+    {"LoneContinuation", "\x80", "0"}, {"MissingContinuation", "\xE2\x82(", "0"},
+    {"OverlongNull", "a\xC0\x80", "1"}, {"OverlongSlashOfTwo", "\xC0\xAF", "0"}, {"OverlongOfTwo", "ab\xC1\xBF", "2"},
+    {"OverlongOfThree", "\xE0\x9F\xBF", "0"}, {"OverlongOfFour", "\xF0\x8F\xBF\xBF", "0"},
+    {"LeadSurrogate", "\xED\xA0\x80", "0"}, {"TrailSurrogate", "\xED\xBF\xBF", "0"},
+    {"SurrogatePair", "a\xED\xA0\x80\xED\xB0\x80", "1"},
+    {"BeyondUnicode", "\xF4\x90\x80\x80", "0"}, {"FiveBytes", "\xF8\x88\x80\x80\x80", "0"},
+    {"FE", "abc\xFE", "3"}, {"FF", "\xFF", "0"},
+    {"CutOfTwo", "a\xC3", "1"}, {"CutOfThree", "a\xE2\x82", "1"}, {"CutOfFour", "\xF0\x9F\x98", "0"},
+};
+// clang-format on
 
 } // namespace
 
@@ -49,50 +67,18 @@ TEST_P(UTF8, EncodesAndDecodes) {
     EXPECT_EQ(decode(GetParam().bytes).toStdWString(), GetParam().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(Edges, UTF8,
-                         testing::Values(Pair{"Empty", L"", ""}, Pair{"Ascii", L"a~\x7F", "a~\x7F"},
-                                         Pair{"Null", std::wstring(L"a\0b", 3), std::string("a\0b", 3)},
-                                         Pair{"FirstOfTwo", L"\u0080", "\xC2\x80"},
-                                         Pair{"LastOfTwo", L"\u07FF", "\xDF\xBF"},
-                                         Pair{"FirstOfThree", L"\u0800", "\xE0\xA0\x80"},
-                                         Pair{"BeforeSurrogates", L"\uD7FF", "\xED\x9F\xBF"},
-                                         Pair{"BehindSurrogates", L"\uE000", "\xEE\x80\x80"},
-                                         Pair{"LastOfThree", L"\uFFFF", "\xEF\xBF\xBF"},
-                                         Pair{"ByteOrderMark", L"\uFEFF", "\xEF\xBB\xBF"},
-                                         Pair{"FirstOfFour", L"\U00010000", "\xF0\x90\x80\x80"},
-                                         Pair{"Emoji", L"a\U0001F600b",
-                                              "a\xF0\x9F\x98\x80"
-                                              "b"},
-                                         Pair{"LastOfAll", L"\U0010FFFF", "\xF4\x8F\xBF\xBF"}),
-                         getName<Pair>);
+INSTANTIATE_TEST_SUITE_P(Edges, UTF8, testing::ValuesIn(edges), testing::PrintToStringParamName());
 
 TEST_P(InvalidUTF8, IsRefusedWithThePosition) {
     sarn_test::expectError("Invalid UTF-8 text.", {"position", GetParam().position}, [] { decode(GetParam().bytes); });
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, InvalidUTF8,
-    testing::Values(Invalid{"LoneContinuation", "\x80", "0"}, Invalid{"OverlongNull", "a\xC0\x80", "1"},
-                    Invalid{"OverlongSlashOfTwo", "\xC0\xAF", "0"}, Invalid{"OverlongOfTwo", "ab\xC1\xBF", "2"},
-                    Invalid{"OverlongOfThree", "\xE0\x9F\xBF", "0"}, Invalid{"OverlongOfFour", "\xF0\x8F\xBF\xBF", "0"},
-                    Invalid{"LeadSurrogate", "\xED\xA0\x80", "0"}, Invalid{"TrailSurrogate", "\xED\xBF\xBF", "0"},
-                    Invalid{"SurrogatePair", "a\xED\xA0\x80\xED\xB0\x80", "1"},
-                    Invalid{"BeyondUnicode", "\xF4\x90\x80\x80", "0"},
-                    Invalid{"FiveBytes", "\xF8\x88\x80\x80\x80", "0"}, Invalid{"FE", "abc\xFE", "3"},
-                    Invalid{"FF", "\xFF", "0"}, Invalid{"CutOfTwo", "a\xC3", "1"},
-                    Invalid{"CutOfThree", "a\xE2\x82", "1"}, Invalid{"CutOfFour", "\xF0\x9F\x98", "0"},
-                    Invalid{"MissingContinuation", "\xE2\x82(", "0"}),
-    getName<Invalid>);
+INSTANTIATE_TEST_SUITE_P(Kinds, InvalidUTF8, testing::ValuesIn(invalid), testing::PrintToStringParamName());
 
-TEST(ToUTF8, OfAnUnpairedLeadSurrogate_IsRefusedWithThePosition) {
-    for (const wchar_t* const text : {L"ab\xD800", L"ab\xD800z", L"ab\xDBFF\xD800"})
-        sarn_test::expectError("Text cannot be encoded as UTF-8.", {"position", "2"},
-                               [&] { ul::String(text).toUTF8(); });
-}
-
-TEST(ToUTF8, OfAnUnpairedTrailSurrogate_IsRefusedWithThePosition) {
-    const std::pair<const wchar_t*, const char*> texts[] = {
-        {L"\xDC00\xD800", "0"}, {L"\xDFFF", "0"}, {L"a\xDC00", "1"}};
+TEST(ToUTF8, OfAnUnpairedSurrogate_IsRefusedWithThePosition) {
+    const std::pair<const wchar_t*, const char*> texts[] = {{L"ab\xD800", "2"},       {L"ab\xD800z", "2"},
+                                                            {L"ab\xDBFF\xD800", "2"}, {L"\xDC00\xD800", "0"},
+                                                            {L"\xDFFF", "0"},         {L"a\xDC00", "1"}};
     for (const auto& [text, position] : texts)
         sarn_test::expectError("Text cannot be encoded as UTF-8.", {"position", position},
                                [text = text] { ul::String(text).toUTF8(); });

@@ -2,79 +2,80 @@
 // Mutexes and thread identifiers.
 #include "support/expect.h"
 #include "support/log_capture.h"
+#include "support/threads.h"
 
 #include "ul/mutex.h"
 #include "ul/pointer.h"
 #include "ul/thread.h"
 
-#include <gtest/gtest.h>
-
 #include <atomic>
-#include <future>
 #include <set>
-#include <thread>
 
 namespace sarn_test {
 
 namespace {
 
-/// Whether another thread gets the mutex within a moment. It waits on for it otherwise.
-std::future<void> lockElsewhere(ul::CMutex& mutex) {
-    return std::async(std::launch::async, [&mutex] { const ul::CMutexLock lock(mutex); });
-}
+constexpr char notLocked[] = "Mutex is not locked by the calling thread.";
 
-bool isReady(std::future<void>& future, int milliseconds) {
-    return future.wait_for(std::chrono::milliseconds(milliseconds)) == std::future_status::ready;
+/// Whether another thread gets the mutex. It gives it back.
+bool isFree(ul::CMutex& mutex) {
+    bool hasLocked = false;
+    runOnThreads(1, [&](int) {
+        hasLocked = mutex.tryLock();
+        if (hasLocked)
+            mutex.unlock();
+    });
+    return hasLocked;
 }
 
 } // namespace
 
 TEST(CMutex, LockedAgainByItsOwner_IsFreeAfterAsManyUnlocks) {
-    ul::CMutex mutex;
-    mutex.lock();
-    mutex.lock();
-    mutex.unlock();
-    std::future<void> other = lockElsewhere(mutex);
-    EXPECT_FALSE(isReady(other, 50)) << "one lock is left";
-    mutex.unlock();
-    EXPECT_TRUE(isReady(other, 10000));
+    for (const bool isTried : {false, true}) {
+        ul::CMutex mutex;
+        for (int i = 0; i < 2; ++i) {
+            if (isTried)
+                EXPECT_TRUE(mutex.tryLock());
+            else
+                mutex.lock();
+        }
+        EXPECT_FALSE(isFree(mutex));
+        mutex.unlock();
+        EXPECT_FALSE(isFree(mutex)) << "one lock is left";
+        mutex.unlock();
+        EXPECT_TRUE(isFree(mutex));
+    }
 }
 
 TEST(CMutex, Unlock_ByAThreadThatDoesNotHoldIt_IsRefused) {
     ul::CMutex mutex;
-    expectError("Mutex is not locked by the calling thread.", [&] { mutex.unlock(); });
+    const auto expectRefused = [&mutex](int) { expectError(notLocked, [&] { mutex.unlock(); }); };
+    expectRefused(0);
     mutex.lock();
-    std::thread([&] { expectError("Mutex is not locked by the calling thread.", [&] { mutex.unlock(); }); }).join();
+    runOnThreads(1, expectRefused);
     mutex.unlock();
-    expectError("Mutex is not locked by the calling thread.", [&] { mutex.unlock(); });
+    expectRefused(0);
 }
 
 TEST(CMutex, UnderContention_ExcludesEveryOtherThread) {
     ul::CMutex mutex;
     long long sum = 0;
-    std::vector<std::thread> threads;
-    for (int i = 0; i < 8; ++i)
-        threads.emplace_back([&] {
-            for (int round = 0; round < 20000; ++round) {
-                const ul::CMutexLock outer(mutex);
-                const ul::CMutexLock inner(&mutex);
-                ++sum;
-            }
-        });
-    for (std::thread& thread : threads)
-        thread.join();
+    runOnThreads(8, [&](int) {
+        for (int round = 0; round < 20000; ++round) {
+            const ul::CMutexLock outer(mutex);
+            const ul::CMutexLock inner(&mutex);
+            ++sum;
+        }
+    });
     EXPECT_EQ(sum, 160000);
 }
 
 TEST(CMutex, HeldByAThreadThatEnded_IsNotHandedToAnother) {
     ul::CMutex mutex;
-    std::thread([&] { mutex.lock(); }).join();
+    runOnThreads(1, [&](int) { mutex.lock(); });
     // The system likes to give the same stack, and with it the same id, to the next thread.
-    for (int i = 0; i < 20; ++i) {
-        bool hasLocked = true;
-        std::thread([&] { hasLocked = mutex.tryLock(); }).join();
-        EXPECT_FALSE(hasLocked);
-    }
+    for (int i = 0; i < 20; ++i)
+        EXPECT_FALSE(isFree(mutex));
 }
 
 TEST(CMutexLock, AroundAnException_Unlocks) {
@@ -84,8 +85,7 @@ TEST(CMutexLock, AroundAnException_Unlocks) {
         throw 1;
     } catch (int) {
     }
-    std::future<void> other = lockElsewhere(mutex);
-    EXPECT_TRUE(isReady(other, 10000));
+    EXPECT_TRUE(isFree(mutex));
 }
 
 TEST(CMutexLock, OfNull_LocksNothing) {
@@ -99,52 +99,23 @@ TEST(CMutexLock, WhoseUnlockFails_LogsTheFailure) {
         const ul::CMutexLock lock(mutex);
         mutex.unlock();
     }
-    EXPECT_EQ(log.getLines(), std::vector<std::string>{"BUG: exception in the destructor of ul::CMutexLock ignored: "
-                                                       "Mutex is not locked by the calling thread."});
+    const std::string start = "BUG: exception in the destructor of ul::CMutexLock ignored: ";
+    EXPECT_EQ(log.getLines(), std::vector<std::string>{start + notLocked});
 }
 
 TEST(CThread, IDs_AreNonZeroAndDifferBetweenLivingThreads) {
-    constexpr int threadCount = 8;
-    std::vector<std::uint64_t> ids(threadCount);
-    std::atomic<int> arrived{0};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < threadCount; ++i)
-        threads.emplace_back([&, i] {
-            ids[static_cast<std::size_t>(i)] = ul::CThread::getCurrentID();
-            for (++arrived; arrived < threadCount;)
-                std::this_thread::yield();
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-    std::set<std::uint64_t> different(ids.begin(), ids.end());
-    different.insert(ul::CThread::getCurrentID());
+    std::vector<std::uint64_t> ids(8);
+    std::atomic<int> missing{8};
+    runOnThreads(8, [&](int number) {
+        ids[static_cast<std::size_t>(number)] = ul::CThread::getCurrentID();
+        for (--missing; missing > 0;)
+            std::this_thread::yield();
+    });
+    ids.push_back(ul::CThread::getCurrentID());
+    const std::set<std::uint64_t> different(ids.begin(), ids.end());
     EXPECT_EQ(different.size(), 9U);
     EXPECT_EQ(different.count(0), 0U);
-    EXPECT_EQ(ul::CThread::getCurrentID(), ul::CThread::getCurrentID());
-}
-
-TEST(CMutex, TryLock_OfOneThatAnotherThreadHolds_ReturnsFalseAtOnce) {
-    ul::CMutex mutex;
-    const ul::CMutexLock lock(mutex);
-    bool hasLocked = true;
-    std::thread([&] { hasLocked = mutex.tryLock(); }).join();
-    EXPECT_FALSE(hasLocked);
-}
-
-TEST(CMutex, TryLock_ByItsHolder_CountsAsOneMoreLock) {
-    ul::CMutex mutex;
-    EXPECT_TRUE(mutex.tryLock());
-    EXPECT_TRUE(mutex.tryLock());
-    mutex.unlock();
-    bool hasLocked = true;
-    std::thread([&] { hasLocked = mutex.tryLock(); }).join();
-    EXPECT_FALSE(hasLocked);
-    mutex.unlock();
-    std::thread([&] {
-        hasLocked = mutex.tryLock();
-        mutex.unlock();
-    }).join();
-    EXPECT_TRUE(hasLocked);
+    EXPECT_EQ(ul::CThread::getCurrentID(), ids.back());
 }
 
 } // namespace sarn_test

@@ -2,35 +2,56 @@
 // A folder in which files are replaced, and how their status is looked at.
 #pragma once
 
-#include "support/expect.h"
-#include "support/other_user.h"
-#include "support/temp_folder.h"
+#include "../file_fixture.h"
 
-#include "ul/file.h"
-
-#include <gtest/gtest.h>
+#include <cstdio>
 
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace sarn_test {
 
-class ReplacedFile : public testing::Test {
+constexpr char notRegular[] = "it is not a regular file";
+
+/// A user and group without rights of their own.
+constexpr unsigned nobody = 65534;
+
+/// Runs `check` in a copy of the process that has the rights of an ordinary user, and expects it to pass there.
+template <class Check>
+void expectAsOrdinaryUser(Check check) {
+    std::fflush(nullptr);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const bool isOrdinary = ::geteuid() != 0 || (::setgid(nobody) == 0 && ::setuid(nobody) == 0);
+        EXPECT_TRUE(isOrdinary);
+        if (isOrdinary)
+            check();
+        std::fflush(nullptr);
+        ::_exit(testing::Test::HasFailure() ? 1 : 0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0) << "the failures stand above";
+}
+
+class ReplacedFile : public FileFixture {
 protected:
     ~ReplacedFile() override { ::umask(m_previousMask); }
 
     struct stat getStatus(const std::string& name) const {
         struct stat status {};
-        EXPECT_EQ(::lstat(m_folder.getNative(name).c_str(), &status), 0);
+        EXPECT_EQ(::lstat(folder.getNative(name).c_str(), &status), 0);
         return status;
     }
     mode_t getMode(const std::string& name) const { return getStatus(name).st_mode & 07777; }
     void setMode(const std::string& name, mode_t mode) const {
-        ASSERT_EQ(::chmod(m_folder.getNative(name).c_str(), mode), 0);
+        ASSERT_EQ(::chmod(folder.getNative(name).c_str(), mode), 0);
     }
     /// False if the process may not do that.
     bool setOwner(const std::string& name, uid_t owner, gid_t group) const {
-        return ::chown(m_folder.getNative(name).c_str(), owner, group) == 0;
+        return ::chown(folder.getNative(name).c_str(), owner, group) == 0;
     }
     /// Lets an ordinary user work in the folder, who owns it.
     void openFolder() const {
@@ -42,32 +63,15 @@ protected:
     /// Expects that something that is not a regular file is neither replaced nor opened.
     void expectRefused(const std::string& name) const {
         const struct stat before = getStatus(name);
-        const std::vector<std::string> names = m_folder.list();
-        expectFileError("write file", name, -1, [&] { ul::writeUTF8TextFile(m_folder.getPath(name), "x"); });
-        expectFileError("open file", name, -1, [&] { ul::readUTF8TextFile(m_folder.getPath(name)); });
+        const std::vector<std::string> names = folder.list();
+        expectWriteError(folder.getPath(name), -1, notRegular);
+        expectOpenError(folder.getPath(name), -1, notRegular);
         EXPECT_EQ(getStatus(name).st_mode, before.st_mode);
         EXPECT_EQ(getStatus(name).st_ino, before.st_ino);
-        EXPECT_EQ(m_folder.list(), names);
+        EXPECT_EQ(folder.list(), names);
     }
 
-    template <class Action>
-    void expectFileError(const std::string& operation, const std::string& name, int code, Action action) const {
-        const ul::P<ul::CError> error = catchError<ul::CFileError>(action);
-        ASSERT_TRUE(error);
-        const std::string path = m_folder.getPath(name).getString().toUTF8();
-        const std::string start = "Cannot " + operation + " '" + path + "': ";
-        const std::string message = error->what();
-        EXPECT_EQ(message.compare(0, start.size(), start), 0) << message;
-        ul::String property;
-        EXPECT_TRUE(error->getProps().tryGet("path", property));
-        EXPECT_EQ(property.toUTF8(), path);
-        EXPECT_EQ(error->getCode(), code) << message;
-        if (code == -1) {
-            EXPECT_EQ(message, start + "it is not a regular file.");
-        }
-    }
-
-    const TempFolder m_folder;
+private:
     const mode_t m_previousMask = ::umask(0022);
 };
 

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: Apache-2.0
+// No stream does harm, and a state that is refused leaves the digest as it was: the job goes on where it stood.
+#include "support/digest_test_data.h"
+
+#include <ostream>
+
+namespace sarn_test {
+
+namespace {
+
+class DamagedDigestState : public testing::TestWithParam<const char*> {};
+
+/// A digest with some of the states of a kind: a combination has so many states and bytes that one test of them all
+/// would take minutes under sanitizers.
+struct Part {
+    const char* id;
+    int number;
+};
+constexpr int partCount = 4;
+
+/// For messages of failures and the names of tests.
+void PrintTo(const Part& part, std::ostream* out) {
+    *out << getDigestTestName({part.id, 0}) << "_" << part.number;
+}
+
+class DigestStateMutation : public testing::TestWithParam<Part> {};
+
+std::vector<Part> makeParts() {
+    std::vector<Part> parts;
+    for (const char* const id : digestIDs) {
+        for (int number = 0; number < partCount; ++number)
+            parts.push_back({id, number});
+    }
+    return parts;
+}
+
+std::vector<Bytes> readStatesOf(const std::string& id) {
+    std::vector<Bytes> states;
+    for (const Vector& vector : readStates()) {
+        if (vector.getSection() == id)
+            states.push_back(vector.getBytes("state"));
+    }
+    return states;
+}
+
+/// A digest of 70 bytes that is running, finished, read, or reset: every situation that a refusal can meet.
+enum class Stage { Running, Finished, Read, Reset };
+ul::P<sarn::IDigest> makeDigest(const char* id, Stage stage) {
+    ul::P<sarn::IDigest> digest = createDigest(id, makePattern(70));
+    if (stage >= Stage::Finished)
+        digest->finish();
+    if (stage >= Stage::Read)
+        digest->getDigestData();
+    if (stage >= Stage::Reset)
+        digest->reset();
+    return digest;
+}
+
+/// What comes of it if it is fed `rest` where it can be.
+Bytes getExpected(const char* id, Stage stage, const Bytes& rest) {
+    const Bytes start = stage == Stage::Reset ? Bytes() : makePattern(70);
+    return getDigest(id, stage == Stage::Running || stage == Stage::Reset ? join(start, rest) : start);
+}
+
+/// Runs `action`, in which the library may refuse what it is asked for.
+template <class Action>
+bool isDone(Action action) {
+    try {
+        action();
+        return true;
+    } catch (const ul::CError&) {
+        return false;
+    }
+}
+
+/// Loads a state and uses the digest in every way.
+void exercise(sarn::IDigestType& type, const Bytes& state) {
+    static const Bytes input = makePattern(130);
+    const ul::P<sarn::IDigest> digest = type.createDigest();
+    isDone([&] { loadState(*digest, state); });
+    isDone([&] { getResult(*digest); });
+    isDone([&] { feed(*digest, input); });
+    isDone([&] { digest->finish(); });
+    isDone([&] { EXPECT_EQ(static_cast<int>(getData(*digest).size()), type.getDigestSize()); });
+    isDone([&] { getResult(*digest); });
+    isDone([&] { storeState(*digest); });
+}
+
+} // namespace
+
+// What is asserted is little; the sanitizers do the rest.
+TEST_P(DigestStateMutation, EveryByteThroughEveryValue_DoesNoHarm) {
+    const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType(GetParam().id);
+    const std::vector<Bytes> states = readStatesOf(GetParam().id);
+    for (auto i = static_cast<std::size_t>(GetParam().number); i < states.size(); i += partCount) {
+        for (std::size_t at = 0; at < states[i].size(); ++at) {
+            Bytes state = states[i];
+            for (int value = 0; value < 256; ++value) {
+                state[at] = static_cast<unsigned char>(value);
+                exercise(*type, state);
+            }
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DigestStateMutation, testing::ValuesIn(makeParts()), testing::PrintToStringParamName());
+
+TEST_P(DamagedDigestState, CutOrChangedAnywhere_LeavesEveryDigestAsItWasIfItIsRefused) {
+    const Bytes rest = makePattern(500);
+    for (const Stage stage : {Stage::Running, Stage::Finished, Stage::Read, Stage::Reset}) {
+        const ul::P<sarn::IDigest> digest = makeDigest(GetParam(), stage);
+        const Bytes before = storeState(*digest);
+        for (const Bytes& state : readStatesOf(GetParam())) {
+            for (std::size_t at = 0; at < state.size(); ++at) {
+                ASSERT_FALSE(isDone([&] { loadState(*digest, cut(state, static_cast<int>(at))); })) << at;
+                ASSERT_EQ(toHex(storeState(*digest)), toHex(before));
+                for (const int flip : {0x01, 0x02, 0x40, 0x80, 0xFF}) {
+                    Bytes damaged = state;
+                    damaged[at] = static_cast<unsigned char>(damaged[at] ^ flip);
+                    if (isDone([&] { loadState(*digest, damaged); }))
+                        loadState(*digest, before);
+                    ASSERT_EQ(toHex(storeState(*digest)), toHex(before)) << at << " " << flip;
+                }
+            }
+        }
+        isDone([&] { feed(*digest, rest); });
+        EXPECT_EQ(finish(*digest), getExpected(GetParam(), stage, rest));
+        EXPECT_EQ(getData(*digest), getResult(*digest));
+    }
+}
+
+TEST_P(DamagedDigestState, CutAndThenWhole_LoadsAsIfItHadNeverBeenCut) {
+    const Bytes state = getRunningState(GetParam());
+    const ul::P<sarn::IDigest> digest = createDigest(GetParam(), makePattern(70));
+    EXPECT_FALSE(isDone([&] { loadState(*digest, cut(state, -1)); }));
+    loadState(*digest, state);
+    EXPECT_EQ(finish(*digest), getDigest(GetParam(), makePattern(100)));
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DamagedDigestState, testing::ValuesIn(digestIDs), getDigestTestName);
+
+} // namespace sarn_test

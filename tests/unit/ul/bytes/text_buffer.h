@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: Apache-2.0
+// Buffers of text.
+#pragma once
+
+#include "support/expect.h"
+
+#include <cstring>
+
+namespace sarn_test {
+
+inline Buffer makeBuffer(const std::string& text) {
+    Buffer buffer;
+    fill(buffer, toBytes(text));
+    return buffer;
+}
+
+inline std::string toText(const Buffer& buffer) {
+    return toText(toBytes(buffer));
+}
+
+/// Overwrites the blocks that it gives back, and counts them.
+class SpoilingBuffer : public Buffer {
+public:
+    ~SpoilingBuffer() override { freeBlock(); }
+
+    int spoiltBlocks = 0;
+
+protected:
+    void deleteData(unsigned char* data, int size) override {
+        ++spoiltBlocks;
+        std::memset(data, '#', static_cast<std::size_t>(size));
+        Buffer::deleteData(data, size);
+    }
+};
+
+} // namespace sarn_test
