@@ -2,43 +2,17 @@
 // No stream does harm, and a state that is refused leaves the digest as it was: the job goes on where it stood.
 #include "support/digest_test_data.h"
 
-#include <ostream>
-
 namespace sarn_test {
 
 namespace {
 
 class DamagedDigestState : public testing::TestWithParam<const char*> {};
 
-/// A digest with some of the states of a kind: a combination has so many states and bytes that one test of them all
-/// would take minutes under sanitizers.
-struct Part {
-    const char* id;
-    int number;
-};
-constexpr int partCount = 4;
-
-/// For messages of failures and the names of tests.
-void PrintTo(const Part& part, std::ostream* out) {
-    *out << getDigestTestName({part.id, 0}) << "_" << part.number;
-}
-
-class DigestStateMutation : public testing::TestWithParam<Part> {};
-
-std::vector<Part> makeParts() {
-    std::vector<Part> parts;
-    for (const char* const id : digestIDs) {
-        for (int number = 0; number < partCount; ++number)
-            parts.push_back({id, number});
-    }
-    return parts;
-}
-
-std::vector<Bytes> readStatesOf(const std::string& id) {
-    std::vector<Bytes> states;
+std::vector<Vector> readStatesOf(const std::string& id) {
+    std::vector<Vector> states;
     for (const Vector& vector : readStates()) {
         if (vector.getSection() == id)
-            states.push_back(vector.getBytes("state"));
+            states.push_back(vector);
     }
     return states;
 }
@@ -73,11 +47,12 @@ bool isDone(Action action) {
     }
 }
 
-/// Loads a state and uses the digest in every way.
+/// Uses a digest in every way after it has loaded a state. If it refuses the state it is unchanged.
 void exercise(sarn::IDigestType& type, const Bytes& state) {
     static const Bytes input = makePattern(130);
     const ul::P<sarn::IDigest> digest = type.createDigest();
-    isDone([&] { loadState(*digest, state); });
+    if (!isDone([&] { loadState(*digest, state); }))
+        return;
     isDone([&] { getResult(*digest); });
     isDone([&] { feed(*digest, input); });
     isDone([&] { digest->finish(); });
@@ -88,13 +63,15 @@ void exercise(sarn::IDigestType& type, const Bytes& state) {
 
 } // namespace
 
-// What is asserted is little; the sanitizers do the rest.
-TEST_P(DigestStateMutation, EveryByteThroughEveryValue_DoesNoHarm) {
-    const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType(GetParam().id);
-    const std::vector<Bytes> states = readStatesOf(GetParam().id);
-    for (auto i = static_cast<std::size_t>(GetParam().number); i < states.size(); i += partCount) {
-        for (std::size_t at = 0; at < states[i].size(); ++at) {
-            Bytes state = states[i];
+// It asserts little; the sanitizers do the rest. A running, a finished and a read digest have all layouts between them.
+TEST_P(DamagedDigestState, EveryByteThroughEveryValue_DoesNoHarm) {
+    const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType(GetParam());
+    for (const Vector& vector : readStatesOf(GetParam())) {
+        if (vector.getInt("size") != 100 || vector.getInt("again") >= 0)
+            continue;
+        const Bytes original = vector.getBytes("state");
+        for (std::size_t at = 0; at < original.size(); ++at) {
+            Bytes state = original;
             for (int value = 0; value < 256; ++value) {
                 state[at] = static_cast<unsigned char>(value);
                 exercise(*type, state);
@@ -103,14 +80,13 @@ TEST_P(DigestStateMutation, EveryByteThroughEveryValue_DoesNoHarm) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, DigestStateMutation, testing::ValuesIn(makeParts()), testing::PrintToStringParamName());
-
 TEST_P(DamagedDigestState, CutOrChangedAnywhere_LeavesEveryDigestAsItWasIfItIsRefused) {
     const Bytes rest = makePattern(500);
     for (const Stage stage : {Stage::Running, Stage::Finished, Stage::Read, Stage::Reset}) {
         const ul::P<sarn::IDigest> digest = makeDigest(GetParam(), stage);
         const Bytes before = storeState(*digest);
-        for (const Bytes& state : readStatesOf(GetParam())) {
+        for (const Vector& vector : readStatesOf(GetParam())) {
+            const Bytes state = vector.getBytes("state");
             for (std::size_t at = 0; at < state.size(); ++at) {
                 ASSERT_FALSE(isDone([&] { loadState(*digest, cut(state, static_cast<int>(at))); })) << at;
                 ASSERT_EQ(toHex(storeState(*digest)), toHex(before));
