@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <atomic>
 #include <iterator>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -65,12 +66,13 @@ std::string CallWatch::getLibcryptoCalls() const {
     return names;
 }
 
-int CallWatch::countLeft(std::string_view made, const std::set<std::string_view>& ended) const {
+int CallWatch::countLeft(std::string_view made, std::string_view ended) const {
+    const ImportedCall& making = find(made);
     std::set<std::intptr_t> left;
     for (const Call& call : m_calls) {
-        if (call.function->name == made && call.result != 0)
+        if (call.function == &making && call.result != 0)
             left.insert(call.result);
-        else if (ended.count(call.function->name) > 0)
+        else if (std::string_view(call.function->name).rfind(ended, 0) == 0)
             left.erase(call.arguments[0]);
     }
     return static_cast<int>(left.size());

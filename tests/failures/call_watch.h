@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -57,8 +56,8 @@ public:
     /// The calls of libcrypto in their order, separated by spaces. The host's error queue, which is left as it was
     /// found around all of them, is not looked at, nor is the kind of a key.
     std::string getLibcryptoCalls() const;
-    /// How many of the things that `made` returned no function of `ended` was given afterwards.
-    int countLeft(std::string_view made, const std::set<std::string_view>& ended) const;
+    /// How many of the things that `made` returned were given to no function whose name starts with `ended`.
+    int countLeft(std::string_view made, std::string_view ended) const;
 
     /// For the replacements: whether a call that is about to be made must fail. Sets its result then.
     static bool begin(Call& call);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // What a cipher leaves behind when a call of libcrypto fails or does less than it should, or when there is no memory.
 #include "failures/call_watch.h"
-#include "failures/injection.h"
 #include "support/cipher_test_data.h"
 
 #include <climits>
@@ -106,27 +105,6 @@ TEST_F(CipherResult, OfEachOperation_IsAllocatedOnceInItsFullSize) {
     expectOneBlock(
         [&](Buffer& out) { m_cipher.decrypt(m_key, padded.getData(), padded.getUsed(), out, false, nullptr); });
     expectOneBlock([&](Buffer& out) { m_cipher.decryptWithoutPadding(m_key, data.data(), 32, out, false, iv.data()); });
-}
-
-TEST_F(CipherFailures, OfMemoryForTheResult_ArePassedOnAndFreeTheContext) {
-    Buffer encrypted;
-    // The random generator is created on first use, and not counted here.
-    m_cipher.encrypt(m_key, "data", 4, encrypted, false, nullptr);
-    m_cipher.encrypt(m_key, "data", 4, encrypted, false, iv.data());
-    const auto expectPassedOn = [&](auto operation) {
-        EXPECT_GT(failEachAllocation([&] {
-                      Buffer out;
-                      operation(out);
-                  }),
-                  0);
-        EXPECT_EQ(m_watch.countLeft("EVP_CIPHER_CTX_new", {"EVP_CIPHER_CTX_free"}), 0);
-    };
-    const unsigned char* const data = encrypted.getData();
-    expectPassedOn([&](Buffer& out) { m_cipher.encrypt(m_key, "data", 4, out, false, iv.data()); });
-    expectPassedOn([&](Buffer& out) { m_cipher.encrypt(m_key, "data", 4, out, false, nullptr); });
-    expectPassedOn([&](Buffer& out) { m_cipher.encryptWithoutPadding(m_key, "data", 4, out, false, iv.data()); });
-    expectPassedOn([&](Buffer& out) { m_cipher.decrypt(m_key, data, 16, out, false, iv.data()); });
-    expectPassedOn([&](Buffer& out) { m_cipher.decryptWithoutPadding(m_key, data, 16, out, false, iv.data()); });
 }
 
 } // namespace sarn_test

@@ -33,11 +33,8 @@ struct ImportedCall {
 /// The functions that are replaced.
 const std::vector<ImportedCall>& getImportedCalls();
 
-/// Whether an imported function of libcrypto, zlib or the C library has no way to report a failure.
+/// Whether an imported function has no way to report a failure, or belongs to the C++ runtime.
 bool cannotFail(const std::string& name);
-
-/// Whether an imported function belongs to neither: those of the C++ runtime, of memory, of text and of threads.
-bool isNoDependency(const std::string& name);
 
 /// Puts the replacements in place, once. Returns the names of all functions that libul and libsarn import from other
 /// libraries.
