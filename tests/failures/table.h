@@ -14,8 +14,8 @@ struct Row {
     std::string name;
 };
 
-inline void PrintTo(const Row& row, std::ostream* out) {
-    *out << row.name;
+inline std::ostream& operator<<(std::ostream& out, const Row& row) {
+    return out << row.name;
 }
 
 /// Names a test after its row.
