@@ -41,23 +41,6 @@ TEST_F(CipherFailures, WithoutPadding_OfTooLittleOutput_RaiseAnErrorWithBothSize
     EXPECT_EQ(m_watch.count("EVP_CIPHER_CTX_free"), 2);
 }
 
-TEST_F(CipherFailures, WithoutPadding_LeaveTheFullExpectedSizeInTheOutput) {
-    m_watch.fail("EVP_EncryptInit");
-    EXPECT_THROW(m_cipher.encryptWithoutPadding(m_key, "data", 4, m_out, false, iv.data()), ul::CError);
-    EXPECT_EQ(m_out.getUsed(), 16);
-    m_watch.fail("EVP_DecryptUpdate");
-    EXPECT_THROW(m_cipher.decryptWithoutPadding(m_key, makePattern(48).data(), 48, m_out, false, iv.data()),
-                 ul::CError);
-    EXPECT_EQ(m_out.getUsed(), 48);
-}
-
-TEST_F(CipherFailures, OfTheInitOfDecryptWithoutPadding_LeaveTheUsedSizeOfTheOutput) {
-    m_out.setUsed(3);
-    m_watch.fail("EVP_DecryptInit");
-    EXPECT_THROW(m_cipher.decryptWithoutPadding(m_key, iv.data(), 16, m_out, false, iv.data()), ul::CError);
-    EXPECT_EQ(m_out.getUsed(), 3);
-}
-
 TEST_F(CipherFailures, OfDecryptingNothing_ComeAfterAnUpdateWithoutANullPointer) {
     EXPECT_THROW(m_cipher.decrypt(m_key, nullptr, 0, m_out, false, iv.data()), ul::CError);
     ASSERT_EQ(m_watch.count("EVP_DecryptUpdate"), 1);
