@@ -1,29 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "system/soak/forks.h"
-
-#include "system/soak/operations.h"
+#include "system/soak/soak.h"
 
 #include "ul/random.h"
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <mutex>
-#include <stdexcept>
 #include <thread>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-namespace sarn_soak {
+namespace sarn_test {
 
 namespace {
 
-constexpr int threadCount = 8;
-constexpr unsigned secondsOfAChild = 10;
-constexpr int drawnByAChild = 8;
+constexpr unsigned threadCount = 8;
 
-using IVs = std::array<IV, drawnByAChild>;
+using IVs = std::array<IV, 8>;
 
 IV draw() {
     IV iv;
@@ -31,29 +22,19 @@ IV draw() {
     return iv;
 }
 
-/// What a child does: draws random bytes and hands them over. Other threads may have held any lock at the fork, the
-/// allocator's too, so it does nothing else.
-void runChild(int pipe) noexcept {
-    ::alarm(secondsOfAChild);
-    IVs ivs;
-    for (IV& iv : ivs)
-        iv = draw();
-    ::_exit(::write(pipe, &ivs, sizeof ivs) == sizeof ivs ? 0 : 1);
-}
-
 IVs forkOnce() {
     int ends[2];
     if (::pipe(ends) != 0)
         throw std::runtime_error("no pipe");
-    const pid_t child = ::fork();
-    if (child == 0)
-        runChild(ends[1]);
+    // Other threads may have held any lock at the fork, the allocator's too, so the child does nothing else.
+    runInNewProcess([&] {
+        IVs ivs;
+        for (IV& iv : ivs)
+            iv = draw();
+        if (::write(ends[1], &ivs, sizeof ivs) != sizeof ivs)
+            ::_exit(1);
+    });
     ::close(ends[1]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        throw std::runtime_error(WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM ? "a child hangs"
-                                                                                    : "a child failed");
     IVs ivs;
     const ssize_t count = ::read(ends[0], &ivs, sizeof ivs);
     ::close(ends[0]);
@@ -120,4 +101,4 @@ std::size_t runForks(int count) {
     return all.size();
 }
 
-} // namespace sarn_soak
+} // namespace sarn_test
