@@ -206,7 +206,7 @@ protected:
             expectInvalidArg(step.where, step.error, run);
         else
             expectError(step.error, run);
-        EXPECT_EQ(watch.getLibcryptoCalls(), list(index + 1) + (step.then.empty() ? "" : " ") + step.then);
+        EXPECT_EQ(watch.getNames(CallKind::Libcrypto), list(index + 1) + (step.then.empty() ? "" : " ") + step.then);
         EXPECT_EQ(m_out.getUsed(), step.used);
     }
 
@@ -219,7 +219,7 @@ protected:
 TEST_P(DocumentedFailures, OfNoCall_AreTheCallsInTheirOrder) {
     const CallWatch watch;
     GetParam().run(m_out);
-    EXPECT_EQ(watch.getLibcryptoCalls(), list(m_steps.size()));
+    EXPECT_EQ(watch.getNames(CallKind::Libcrypto), list(m_steps.size()));
 }
 
 TEST_P(DocumentedFailures, OfEachCall_RaiseItsErrorFreeWhatWasMadeAndLeaveTheUsedSize) {

@@ -4,7 +4,6 @@
 
 #include "failures/call_watch.h"
 #include "failures/imported_calls.h"
-#include "failures/injection.h"
 
 #include <cerrno>
 #include <new>
@@ -38,33 +37,23 @@ struct Replacement<function, Result (*)(Arguments...)> {
     static inline const ImportedCall* description = nullptr;
 
     static Result call(Arguments... arguments) {
-        Call made{description, {toNumber(arguments)...}};
-        // Both see each call.
-        const bool isFailedByWatch = CallWatch::begin(made);
-        const bool fails = Injection::mustFail(*description) || isFailedByWatch;
+        Call made{description, {toNumber(arguments)...}, description->failure};
+        CallWatch::begin(made);
         if constexpr (std::is_void_v<Result>) {
             function(arguments...);
             CallWatch::end(made);
-        } else if (fails) {
-            return fail(made, arguments...);
         } else {
-            const Result result = function(arguments...);
-            made.result = toNumber(result);
+            if (!made.fails || description->isDoneAllTheSame) {
+                const Result result = function(arguments...);
+                made.result = made.fails ? made.result : toNumber(result);
+            }
             CallWatch::end(made);
-            return result;
+            if (made.fails && description->throws)
+                throw std::bad_alloc();
+            if (made.fails && description->error != 0)
+                errno = description->error;
+            return fromNumber<Result>(made.result);
         }
-    }
-
-private:
-    static Result fail(Call& made, Arguments... arguments) {
-        if (description->isDoneAllTheSame) [[maybe_unused]]
-            const Result result = function(arguments...);
-        CallWatch::end(made);
-        if (description->throws)
-            throw std::bad_alloc();
-        if (description->error != 0)
-            errno = description->error;
-        return fromNumber<Result>(made.result);
     }
 };
 

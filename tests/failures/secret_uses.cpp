@@ -160,7 +160,8 @@ std::vector<Canary> makeKeyCanaries() {
         const bool isLine = start > 0 && text[static_cast<std::size_t>(start) - 1] == '\n';
         if (!isLine || text[static_cast<std::size_t>(start)] == '-')
             continue;
-        const char* const piece = text.data() + start + 16;
+        // After the exponent, which stands in other keys as well.
+        const char* const piece = text.data() + start + 24;
         canaries.push_back(Canary::of(piece));
         std::array<wchar_t, Canary::size / sizeof(wchar_t)> wide;
         std::copy_n(piece, wide.size(), wide.begin());
