@@ -105,3 +105,62 @@ add("ConsumerGlobals", ["{cmake}", "-S", ".", "-B", "build"],
     ("TargetForDevelopers", lambda at: at.replace("CMakeLists.txt", "# taken in", "add_custom_target(sarn_tests)"),
      "sarn_tests is built"),
 ])
+
+# Projects of others, small ones that print what the consumer prints.
+PROGRAM = '#include <cstdio>\nint main() { std::puts("sarn 1.0 with OpenSSL 1.1"); }\n'
+
+
+def make_consumer(at):
+    at.write("consumer/main.cpp", PROGRAM)
+    at.write("consumer/CMakeLists.txt", "cmake_minimum_required(VERSION 3.25)\nproject(consumer LANGUAGES CXX)\n"
+             "add_executable(consumer main.cpp)\n")
+
+
+def make_package(at):
+    at.write("main.cpp", "#ifndef FOUND\n#error pkg-config gave no flags\n#endif\n" + PROGRAM)
+    at.write("prefix/lib/pkgconfig/sarn.pc", "Name: sarn\nDescription: d\nVersion: 1.0\nCflags: -DFOUND\n")
+
+
+def print_else(name):
+    return lambda at: at.replace(name, "sarn 1.0", "sarn")
+
+
+add("Consumer", ["{cmake}", "-DWORK_DIR={work}/build", "-DSOURCE_DIR={work}/consumer", "-DWAY=package",
+                 "-DOPTIONS=-DCMAKE_CXX_COMPILER={cxx}", "-P", "{source}/tests/system/package/run_consumer.cmake"],
+    make_consumer, [
+    ("ThatDoesNotCompile", lambda at: at.append("consumer/main.cpp", "#error no\n"), "failed .*--build"),
+    ("ThatFails", lambda at: at.replace("consumer/main.cpp", "; }", "; return 3; }"), r"failed \(3\)"),
+    ("ThatPrintsSomethingElse", print_else("consumer/main.cpp"), "unexpected output"),
+])
+add("PkgConfig", ["{cmake}", "-DWORK_DIR={work}/build", "-DSOURCE={work}/main.cpp", "-DCXX={cxx}",
+                  "-DPREFIX={work}/prefix", "-DPKG_CONFIG={pkg_config}", "-DSTATIC=", "-DLINK_FLAGS=", "-P",
+                  "{source}/tests/system/package/run_pkg_config.cmake"], make_package, [
+    ("OfAnOlderVersion", lambda at: at.replace("prefix/lib/pkgconfig/sarn.pc", "1.0", "0.9"), "required version is .>= 1.0"),
+    ("WithoutFlags", lambda at: at.replace("prefix/lib/pkgconfig/sarn.pc", "-DFOUND", ""), "pkg-config gave no flags"),
+    ("OfAProgramThatPrintsSomethingElse", print_else("main.cpp"), "unexpected output"),
+])
+
+# Another zlib. The tests of the digests are a script that notes what it would have asked for.
+ZLIB_PROJECT = """cmake_minimum_required(VERSION 3.25)
+project(sarn LANGUAGES C)
+find_package(ZLIB REQUIRED)
+add_library(sarn SHARED a.c)
+target_link_libraries(sarn ZLIB::ZLIB)
+"""
+
+
+def make_zlib(at):
+    at.write("tests", "#!/bin/sh\nprintf 'adler32\\ncrc32\\n' >\"$SARN_TEST_ZLIB_LOG\"\n", 0o755)
+    for name in ("stand_in.so", "headers/zlib.h", "headers/zconf.h", "project/a.c"):
+        at.write(name, "")
+    at.write("project/CMakeLists.txt", ZLIB_PROJECT)
+
+
+add("ZlibStandIn", ["{cmake}", "-DTESTS={work}/tests", "-DLIBRARY={work}/stand_in.so", "-DHEADERS={work}/headers",
+                    "-DSOURCE_DIR={work}/project", "-DWORK_DIR={work}/zlib", "-DLIBCRYPTO=", "-P",
+                    "{source}/tests/system/package/run_zlib_stand_in.cmake"], make_zlib, [
+    ("ThatChangesADigest", lambda at: at.append("tests", "exit 1\n"), "depend on which zlib computes them"),
+    ("ThatIsNotAsked", lambda at: at.replace("tests", "adler32", "adler"), "the stand-in was not used"),
+    ("ThatTheBuildDoesNotTake", lambda at: at.replace("project/CMakeLists.txt", "ZLIB::ZLIB", "z"),
+     "ZLIB_ROOT was not taken"),
+])
