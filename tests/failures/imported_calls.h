@@ -13,6 +13,18 @@ namespace sarn_test {
 
 enum class CallKind { Allocation, Memory, Libcrypto, File };
 
+/// What is particular about the failure of a function.
+enum Trait : unsigned {
+    /// It cannot fail, and is replaced to be seen.
+    cannot = 1,
+    /// The library passes over it on purpose: what it does then is right all the same.
+    ignored = 2,
+    /// It is reported although the work is done.
+    done = 4,
+    /// It is reported as operator new does.
+    throws = 8,
+};
+
 /// What is known of an imported function.
 struct ImportedCall {
     const char* name;
@@ -23,11 +35,9 @@ struct ImportedCall {
     std::intptr_t failure;
     /// The error number that comes with the failure; 0 if none does.
     int error;
-    bool canFail = true;
-    /// A failure that the library passes over on purpose: what it does then is right all the same.
-    bool isIgnored = false;
-    bool isDoneAllTheSame = false;
-    bool throws = false;
+    unsigned traits;
+
+    bool has(Trait trait) const { return (traits & trait) != 0; }
 };
 
 /// The functions that are replaced.

@@ -15,13 +15,13 @@ int pieceCount = 0;
 Injection::Injection(bool ofAllocations, int index, Duration duration) : m_left(index) {
     before("", [this, ofAllocations, duration](Call& call) {
         const ImportedCall& function = *call.function;
-        if (!function.canFail || ofAllocations != (function.kind == CallKind::Allocation) || m_left-- > 0)
+        if (function.has(cannot) || ofAllocations != (function.kind == CallKind::Allocation) || m_left-- > 0)
             return;
         if (m_first && duration == Duration::Once)
             return;
         call.fails = true;
         m_first = m_first ? m_first : &function;
-        m_mustBeNoticed = m_mustBeNoticed || !function.isIgnored;
+        m_mustBeNoticed = m_mustBeNoticed || !function.has(ignored);
     });
 }
 

@@ -31,28 +31,26 @@ int getNext(int index) {
 }
 
 // The errors that a failed call of a dependency ends in; which of them it is has a test of its own for each call.
-const std::set<std::string> documentedErrors = {
-    "Error initializing OpenSSL digest.",
-    "Error updating OpenSSL digest.",
-    "Error finalizing OpenSSL digest.",
-    "OpenSSL encrypt init error.",
-    "OpenSSL encrypt error.",
-    "OpenSSL decrypt error.",
-    "Error computing HMAC digest.",
-    "Error deriving cryptographic key from password.",
-    "Internal error: error during base64 encode.",
-    "Internal error: error during base64 decode.",
-    "invalid base64 data",
-    "OpenSSL sign init error.",
-    "OpenSSL key corrupted.",
-    "OpenSSL sign error.",
-    "OpenSSL verify init error.",
-    "OpenSSL verify update error.",
-    "OpenSSL verify error.",
-    "Random bytes are not available.",
-    "Unexpected end of stream.",
-    "a file error",
-};
+const std::set<std::string> documentedErrors = {"Error initializing OpenSSL digest.",
+                                                "Error updating OpenSSL digest.",
+                                                "Error finalizing OpenSSL digest.",
+                                                "OpenSSL encrypt init error.",
+                                                "OpenSSL encrypt error.",
+                                                "OpenSSL decrypt error.",
+                                                "Error computing HMAC digest.",
+                                                "Error deriving cryptographic key from password.",
+                                                "Internal error: error during base64 encode.",
+                                                "Internal error: error during base64 decode.",
+                                                "invalid base64 data",
+                                                "OpenSSL sign init error.",
+                                                "OpenSSL key corrupted.",
+                                                "OpenSSL sign error.",
+                                                "OpenSSL verify init error.",
+                                                "OpenSSL verify update error.",
+                                                "OpenSSL verify error.",
+                                                "Random bytes are not available.",
+                                                "Unexpected end of stream.",
+                                                "a file error"};
 
 constexpr char noMemory[] = "no memory";
 constexpr char noMatch[] = "Invalid signature for config file.";
