@@ -73,21 +73,20 @@ TEST_F(CipherFailures, OfTheInit_AreWhereTheLargestResultOfAnIntEnds) {
 using CipherResult = CipherFailures;
 
 TEST_F(CipherResult, OfEachOperation_IsAllocatedOnceInItsFullSize) {
-    const auto expectOneBlock = [&](auto operation) {
+    const auto expectOneBlock = [&](decltype(&sarn::ICipher::encrypt) operation, const Bytes& input,
+                                    const unsigned char* givenIV) {
         Buffer out;
         const int before = m_watch.count("realloc");
-        operation(out);
+        (m_cipher.*operation)(m_key, input.data(), static_cast<int>(input.size()), out, false, givenIV);
         EXPECT_EQ(m_watch.count("realloc") - before, 1);
+        return toBytes(out);
     };
-    const Bytes data = makePattern(40);
-    Buffer padded;
-    m_cipher.encrypt(m_key, data.data(), 40, padded, false, nullptr);
-    expectOneBlock([&](Buffer& out) { m_cipher.encrypt(m_key, data.data(), 40, out, false, nullptr); });
-    expectOneBlock([&](Buffer& out) { m_cipher.encrypt(m_key, data.data(), 40, out, false, iv.data()); });
-    expectOneBlock([&](Buffer& out) { m_cipher.encryptWithoutPadding(m_key, data.data(), 40, out, false, iv.data()); });
-    expectOneBlock(
-        [&](Buffer& out) { m_cipher.decrypt(m_key, padded.getData(), padded.getUsed(), out, false, nullptr); });
-    expectOneBlock([&](Buffer& out) { m_cipher.decryptWithoutPadding(m_key, data.data(), 32, out, false, iv.data()); });
+    const Bytes data = makePattern(48);
+    const Bytes padded = expectOneBlock(&sarn::ICipher::encrypt, data, nullptr);
+    expectOneBlock(&sarn::ICipher::encrypt, data, iv.data());
+    expectOneBlock(&sarn::ICipher::encryptWithoutPadding, makePattern(40), iv.data());
+    expectOneBlock(&sarn::ICipher::decrypt, padded, nullptr);
+    expectOneBlock(&sarn::ICipher::decryptWithoutPadding, data, iv.data());
 }
 
 } // namespace sarn_test

@@ -69,6 +69,15 @@ void finishTwice(Buffer&) {
     digest->finish();
 }
 
+/// A digest whose state says that it was never set up, so that it has no end.
+ul::P<sarn::IDigest> loadNotInitialized() {
+    static Bytes state = getRunningState("md5");
+    state.at(state.size() - 2) = 0;
+    const ul::P<sarn::IDigest> digest = createDigest("md5");
+    loadState(*digest, state);
+    return digest;
+}
+
 void derive(Buffer&) {
     unsigned char key[20];
     sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 1, 20, key);
@@ -161,6 +170,9 @@ const std::vector<Operation> operations = {
     {"DigestReset", [](Buffer&) { createDigest("md5")->reset(); },
      {{"MD5_Init", digestInit}, {"MD5_Final", digestEnd, "MD5_Final"}, {"MD5_Init", digestInit}, {"MD5_Final"}}},
     {"DigestFinishedTwice", finishTwice, {{"MD5_Init", digestInit}, {"MD5_Final", digestEnd, "MD5_Final"}}},
+    {"DigestLoadedAsNotInitialized", [](Buffer&) { loadNotInitialized(); }, {{"MD5_Init", digestInit}}},
+    {"DigestLoadedAsNotInitializedAndReset", [](Buffer&) { loadNotInitialized()->reset(); },
+     {{"MD5_Init", digestInit}, {"MD5_Init", digestInit}, {"MD5_Final"}}},
     {"Base64Encode", [](Buffer&) { sarn::base64Encode("hello", 5, true, true); }, encoding},
     {"Base64EncodeBuffer", [](Buffer& out) { sarn::base64EncodeBufferWithCRLF(out); }, encoding},
     {"Base64Decode", [](Buffer& out) { sarn::base64Decode("aGVsbG8=", out); },

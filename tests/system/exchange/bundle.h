@@ -22,8 +22,8 @@ struct Bundle {
     Items random;
 };
 
-// Each family adds its items. Those that the build which reads cannot make, such as those of a cipher that its
-// libcrypto lacks, it leaves out.
+// Each family adds its items, but for those that this build cannot make, such as those of a cipher that its libcrypto
+// lacks.
 void addCiphers(Bundle& bundle);
 void addDigestStates(Bundle& bundle);
 void addKeysAndEncodings(Bundle& bundle);
