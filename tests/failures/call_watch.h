@@ -30,8 +30,8 @@ struct Call {
 };
 
 /// While it lives, records the libraries' calls of all threads in their order, may let some of them fail, and lets a
-/// test act before and after others. Several may live at once, and each sees every call; the last one made ends first. A
-/// name that is not among the functions that are replaced is refused.
+/// test act before and after others. Several may live at once, and each sees every call; the last one made ends first.
+/// A name that is not among the functions that are replaced is refused.
 class CallWatch {
 public:
     using Action = std::function<void(Call&)>;
