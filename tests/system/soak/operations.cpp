@@ -8,10 +8,15 @@ namespace sarn_test {
 
 namespace {
 
-constexpr int textSize = 32;
-const Bytes text = makePattern(textSize);
+// Nothing here is destroyed at the end of the process, when other threads still use it.
+constexpr char text[] = "the only copy of somebody's data";
+constexpr int textSize = sizeof text - 1;
 constexpr unsigned long long saltCount = 16;
 const IV zeroIV{};
+
+Bytes getText() {
+    return Bytes(text, text + textSize);
+}
 
 void check(bool holds, const char* what) {
     if (!holds)
@@ -25,13 +30,13 @@ ul::P<sarn::CPasswordKeyCache> makeCache() {
 }
 
 Bytes computeDigest() {
-    return getDigest("md4-sha1-adler32", text);
+    return getDigest("md4-sha1-adler32", getText());
 }
 
 void useEncodings() {
     ul::TBuffer<unsigned char> decoded;
-    sarn::base64Decode(sarn::base64Encode(text.data(), textSize, true, true), decoded);
-    check(toBytes(decoded) == text, "decoded Base64");
+    sarn::base64Decode(sarn::base64Encode(text, textSize, true, true), decoded);
+    check(toBytes(decoded) == getText(), "decoded Base64");
 }
 
 } // namespace
@@ -75,7 +80,7 @@ IV Shared::drawIV() const {
     const Bytes encrypted = encrypt(nullptr);
     ul::TBuffer<unsigned char> decrypted;
     m_cipher->decrypt(m_key, encrypted.data(), static_cast<int>(encrypted.size()), decrypted, false, nullptr);
-    check(toBytes(decrypted) == text, "what was encrypted decrypts to something else");
+    check(toBytes(decrypted) == getText(), "what was encrypted decrypts to something else");
     IV iv;
     std::copy_n(encrypted.begin(), iv.size(), iv.begin());
     return iv;
@@ -83,7 +88,7 @@ IV Shared::drawIV() const {
 
 Bytes Shared::encrypt(const unsigned char* iv) const {
     ul::TBuffer<unsigned char> out;
-    m_cipher->encrypt(m_key, text.data(), textSize, out, false, iv);
+    m_cipher->encrypt(m_key, text, textSize, out, false, iv);
     return toBytes(out);
 }
 
