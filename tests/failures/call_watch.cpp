@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <atomic>
 #include <iterator>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -11,7 +12,7 @@ namespace sarn_test {
 
 namespace {
 
-std::atomic<CallWatch*> activeWatch{nullptr};
+std::atomic<CallWatch*> innermost{nullptr};
 
 const ImportedCall& find(std::string_view name) {
     for (const ImportedCall& call : getImportedCalls()) {
@@ -23,13 +24,13 @@ const ImportedCall& find(std::string_view name) {
 
 } // namespace
 
-CallWatch::CallWatch() {
+CallWatch::CallWatch() : m_outer(innermost) {
     installReplacements();
-    activeWatch = this;
+    innermost = this;
 }
 
 CallWatch::~CallWatch() {
-    activeWatch = nullptr;
+    innermost = m_outer;
 }
 
 void CallWatch::fail(std::string_view name, int index) {
@@ -37,11 +38,16 @@ void CallWatch::fail(std::string_view name, int index) {
 }
 
 void CallWatch::failWith(std::intptr_t result, std::string_view name, int index) {
-    m_failures.push_back({&find(name), index, result});
+    before(name, [result, index](Call& call) mutable {
+        if (index-- == 0) {
+            call.result = result;
+            call.fails = true;
+        }
+    });
 }
 
 void CallWatch::before(std::string_view name, Action action) {
-    m_hooks.push_back({&find(name), false, std::move(action)});
+    m_hooks.push_back({name.empty() ? nullptr : &find(name), false, std::move(action)});
 }
 
 void CallWatch::after(std::string_view name, Action action) {
@@ -55,62 +61,47 @@ std::vector<Call> CallWatch::getCalls(std::string_view name) const {
     return calls;
 }
 
-std::string CallWatch::getLibcryptoCalls() const {
+std::string CallWatch::getNames(CallKind kind) const {
     std::string names;
-    for (const Call& call : getCalls()) {
+    // A copy: a text that is made meanwhile is a call of the C++ runtime's, which is recorded.
+    for (const Call& call : std::vector<Call>(m_calls)) {
         const std::string_view name = call.function->name;
-        if (call.function->kind == CallKind::Libcrypto && name.rfind("ERR_", 0) != 0 && name != "EVP_PKEY_base_id")
+        if (call.function->kind == kind && name.rfind("ERR_", 0) != 0 && name != "EVP_PKEY_base_id")
             names.append(names.empty() ? "" : " ").append(name);
     }
     return names;
 }
 
-int CallWatch::countLeft(std::string_view made, const std::set<std::string_view>& ended) const {
+int CallWatch::countLeft(std::string_view made, std::string_view ended) const {
+    const ImportedCall& making = find(made);
     std::set<std::intptr_t> left;
     for (const Call& call : m_calls) {
-        if (call.function->name == made && call.result != 0)
+        if (call.function == &making && call.result != 0)
             left.insert(call.result);
-        else if (ended.count(call.function->name) > 0)
+        else if (std::string_view(call.function->name).rfind(ended, 0) == 0)
             left.erase(call.arguments[0]);
     }
     return static_cast<int>(left.size());
 }
 
-void CallWatch::run(const Call& call, bool isAfter) const {
+void CallWatch::run(Call& call, bool isAfter) const {
     for (const Hook& hook : m_hooks) {
-        if (hook.isAfter == isAfter && hook.function == call.function)
+        if (hook.isAfter == isAfter && (!hook.function || hook.function == call.function))
             hook.action(call);
     }
 }
 
-bool CallWatch::takeFailure(Call& call) {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    bool fails = false;
-    for (Failure& failure : m_failures) {
-        if (failure.function == call.function && failure.callsBefore-- == 0) {
-            call.result = failure.result;
-            fails = true;
-        }
+void CallWatch::begin(Call& call) {
+    for (const CallWatch* watch = innermost; watch; watch = watch->m_outer)
+        watch->run(call, false);
+}
+
+void CallWatch::end(Call& call) {
+    for (CallWatch* watch = innermost; watch; watch = watch->m_outer) {
+        watch->run(call, true);
+        const std::lock_guard<std::mutex> lock(watch->m_mutex);
+        watch->m_calls.push_back(call);
     }
-    return fails;
-}
-
-bool CallWatch::begin(Call& call) {
-    call.result = call.function->failure;
-    CallWatch* const watch = activeWatch;
-    if (!watch)
-        return false;
-    watch->run(call, false);
-    return watch->takeFailure(call);
-}
-
-void CallWatch::end(const Call& call) {
-    CallWatch* const watch = activeWatch;
-    if (!watch)
-        return;
-    watch->run(call, true);
-    const std::lock_guard<std::mutex> lock(watch->m_mutex);
-    watch->m_calls.push_back(call);
 }
 
 } // namespace sarn_test

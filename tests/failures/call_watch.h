@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <functional>
 #include <mutex>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -20,7 +19,9 @@ struct Call {
     const ImportedCall* function;
     /// Pointers as addresses.
     std::array<std::intptr_t, 7> arguments;
-    std::intptr_t result = 0;
+    /// What it returned, or returns if it fails.
+    std::intptr_t result;
+    bool fails = false;
 
     template <class T>
     T* getPointer(std::size_t index) const {
@@ -29,11 +30,11 @@ struct Call {
 };
 
 /// While it lives, records the libraries' calls of all threads in their order, may let some of them fail, and lets a
-/// test act before and after others. One at a time. A name that is not among the functions that are replaced is
-/// refused.
+/// test act before and after others. Several may live at once, and each sees every call; the last one made ends first.
+/// A name that is not among the functions that are replaced is refused.
 class CallWatch {
 public:
-    using Action = std::function<void(const Call&)>;
+    using Action = std::function<void(Call&)>;
 
     CallWatch();
     CallWatch(const CallWatch&) = delete;
@@ -44,26 +45,24 @@ public:
     void fail(std::string_view name, int index = 0);
     /// Lets it return `result` instead of what it returns when it fails.
     void failWith(std::intptr_t result, std::string_view name, int index = 0);
-    /// Calls `action` before each call of `name`, or after it.
+    /// Calls `action`, which may let the call fail, before each call of `name`, or of any function if that is empty.
     void before(std::string_view name, Action action);
+    /// Calls `action` after each call of `name`.
     void after(std::string_view name, Action action);
 
-    /// All calls so far. A copy: a text that the test makes meanwhile is a call of the C++ runtime's, which is
-    /// recorded.
-    std::vector<Call> getCalls() const { return m_calls; }
-    /// The calls of one function.
+    /// The calls of one function so far.
     std::vector<Call> getCalls(std::string_view name) const;
     int count(std::string_view name) const { return static_cast<int>(getCalls(name).size()); }
-    /// The calls of libcrypto in their order, separated by spaces. The host's error queue, which is left as it was
-    /// found around all of them, is not looked at, nor is the kind of a key.
-    std::string getLibcryptoCalls() const;
-    /// How many of the things that `made` returned no function of `ended` was given afterwards.
-    int countLeft(std::string_view made, const std::set<std::string_view>& ended) const;
+    /// The names of the calls of one kind in their order, separated by spaces. The host's error queue, which is left as
+    /// it was found around all of libcrypto's, is not looked at, nor is the kind of a key.
+    std::string getNames(CallKind kind) const;
+    /// How many of the things that `made` returned were given to no function whose name starts with `ended`.
+    int countLeft(std::string_view made, std::string_view ended) const;
 
-    /// For the replacements: whether a call that is about to be made must fail. Sets its result then.
-    static bool begin(Call& call);
-    /// For the replacements: records a call that was made.
-    static void end(const Call& call);
+    /// For the replacements: a call is about to be made.
+    static void begin(Call& call);
+    /// For the replacements: a call was made.
+    static void end(Call& call);
 
 private:
     struct Hook {
@@ -71,19 +70,13 @@ private:
         bool isAfter;
         Action action;
     };
-    struct Failure {
-        const ImportedCall* function;
-        int callsBefore;
-        std::intptr_t result;
-    };
 
-    void run(const Call& call, bool isAfter) const;
-    bool takeFailure(Call& call);
+    void run(Call& call, bool isAfter) const;
 
+    CallWatch* m_outer;
     std::mutex m_mutex;
     std::vector<Call> m_calls;
     std::vector<Hook> m_hooks;
-    std::vector<Failure> m_failures;
 };
 
 } // namespace sarn_test

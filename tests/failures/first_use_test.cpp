@@ -3,6 +3,7 @@
 // What exists once in a process stays, so each check has a process of its own.
 #include "failures/call_watch.h"
 #include "failures/injection.h"
+#include "failures/table.h"
 #include "support/expect.h"
 #include "support/log_capture.h"
 #include "support/new_process.h"
@@ -14,7 +15,7 @@
 #include "sarn/signature.h"
 
 #include <functional>
-#include <ostream>
+#include <utility>
 
 namespace sarn_test {
 
@@ -52,21 +53,6 @@ std::string listInstances() {
            (isThere(COpenSSLInit::CCleaner::get) ? "cleaner, " : "") + (isThere(COpenSSLInit::get) ? "anchor, " : "");
 }
 
-void calculateHMAC() {
-    ul::TBuffer<unsigned char> out;
-    sarn::calcHMAC_SHA1(out, "x", 1, "k", 1);
-}
-
-void decode() {
-    ul::TBuffer<unsigned char> out;
-    sarn::base64Decode("QUJD", out);
-}
-
-void derive() {
-    unsigned char key[20];
-    sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("p", 1, "s", 1, 1, 20, key);
-}
-
 /// The set-up comes before the first call of libcrypto.
 void failToCreateMD5() {
     CallWatch watch;
@@ -76,16 +62,13 @@ void failToCreateMD5() {
 
 constexpr char companions[] = "thread stuff, cleaner, ";
 
-struct FirstUse {
-    const char* name;
+struct FirstUse : Row {
     std::function<void()> call;
     const char* created;
 };
 
-/// For messages of failures.
-void PrintTo(const FirstUse& use, std::ostream* out) {
-    *out << use.name;
-}
+ul::TBuffer<unsigned char> out;
+unsigned char key[20];
 
 const FirstUse firstUses[] = {
     {"EnsureInitialized", COpenSSLInit::ensureInitialized, companions},
@@ -98,9 +81,9 @@ const FirstUse firstUses[] = {
     {"MD5WhoseInitFails", failToCreateMD5, companions},
     {"SignatureAlgorithm", [] { sarn::createRSA_SHA1(); }, companions},
     {"Base64Encode", [] { sarn::base64Encode("x", 1, true, true); }, companions},
-    {"Base64Decode", decode, companions},
-    {"DeriveKey", derive, companions},
-    {"CalcHMAC", calculateHMAC, ""},
+    {"Base64Decode", [] { sarn::base64Decode("QUJD", out); }, companions},
+    {"DeriveKey", [] { sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("p", 1, "s", 1, 1, 20, key); }, companions},
+    {"CalcHMAC", [] { sarn::calcHMAC_SHA1(out, "x", 1, "k", 1); }, ""},
     {"DisposalOfTheAnchor", [] { InitAccess::disposeGlobalInstance(); }, ""},
     {"DisposalOfTheCleaner", [] { CleanerAccess::disposeGlobalInstance(); }, "cleaner, "},
     {"DisposalOfTheThreadStuff", [] { ThreadAccess::disposeGlobalInstance(); }, "thread stuff, "},
@@ -133,8 +116,7 @@ TEST_P(FirstUseDeathTest, CreatesWhatItNeedsAndNothingElse) {
     });
 }
 
-INSTANTIATE_TEST_SUITE_P(All, FirstUseDeathTest, testing::ValuesIn(firstUses),
-                         [](const auto& use) { return std::string(use.param.name); });
+INSTANTIATE_TEST_SUITE_P(All, FirstUseDeathTest, testing::ValuesIn(firstUses), getRowName<FirstUse>);
 
 TEST(FirstUsesDeathTest, CreateTheThreadStuffAndThenTheCleaner) {
     for (void (*const action)() : {&COpenSSLInit::ensureInitialized, +[] { sarn::createRSA_SHA1(); }}) {
@@ -163,7 +145,7 @@ TEST(FirstUsesDeathTest, WithoutMemory_GiveBackWhatTheyTookAndAreTriedAgain) {
     expectInNewProcess([] {
         CallWatch watch;
         const auto expectNothing = [&] {
-            EXPECT_EQ(watch.countLeft("_ZnwmRKSt9nothrow_t", {"_ZdlPv", "_ZdlPvm"}), 0);
+            EXPECT_EQ(watch.countLeft("_ZnwmRKSt9nothrow_t", "_ZdlPv"), 0);
             EXPECT_EQ(listInstances(), "");
         };
         EXPECT_GT(tryWithMoreMemory(COpenSSLInit::CThreadStuff::get, expectNothing), 2);
@@ -193,16 +175,15 @@ TEST(CThreadStuffWithoutMemory, DoLock_LocksAndUnlocks) {
 TEST(CThreadStuffWithoutMemory, DoLock_WhoseLogLineCannotBeMade_ThrowsNothing) {
     ThreadAccess threads;
     const LogCapture log;
-    const auto countFailures = [&](int mode, int n) {
-        for (int index = 0;; ++index) {
+    for (const auto& [mode, n] : {std::pair(1, 1), std::pair(2, 0)}) {
+        int index = 0;
+        for (bool hasFailed = true; hasFailed; ++index) {
             const AllocationFailure failure(index);
             EXPECT_NO_THROW(threads.doLock(mode, n));
-            if (!failure.hasHappened())
-                return index;
+            hasFailed = failure.hasHappened();
         }
-    };
-    EXPECT_GT(countFailures(1, 1), 0);
-    EXPECT_GT(countFailures(2, 0), 0);
+        EXPECT_GT(index, 1);
+    }
 }
 
 } // namespace sarn_test

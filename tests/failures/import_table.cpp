@@ -2,6 +2,7 @@
 #include "failures/import_table.h"
 
 #include <cstring>
+#include <map>
 #include <stdexcept>
 
 #include <link.h>
@@ -24,38 +25,19 @@ constexpr unsigned long addressEntry = R_AARCH64_GLOB_DAT;
 #error "The relocations of this processor are not known."
 #endif
 
-/// Tables in the dynamic section of a loaded library.
-struct Tables {
-    const ElfW(Sym) * symbols = nullptr;
-    const char* names = nullptr;
-    const ElfW(Rela) * calls = nullptr;
-    std::size_t callsSize = 0;
-    const ElfW(Rela) * addresses = nullptr;
-    std::size_t addressesSize = 0;
-};
-
 template <class T>
 T toPointer(ElfW(Addr) address) {
     return reinterpret_cast<T>(address); // NOLINT(performance-no-int-to-ptr): ELF stores addresses as numbers
 }
 
-Tables readTables(const link_map& library) {
-    Tables tables;
-    for (const ElfW(Dyn)* entry = library.l_ld; entry->d_tag != DT_NULL; ++entry) {
-        if (entry->d_tag == DT_SYMTAB)
-            tables.symbols = toPointer<const ElfW(Sym)*>(entry->d_un.d_ptr);
-        else if (entry->d_tag == DT_STRTAB)
-            tables.names = toPointer<const char*>(entry->d_un.d_ptr);
-        else if (entry->d_tag == DT_JMPREL)
-            tables.calls = toPointer<const ElfW(Rela)*>(entry->d_un.d_ptr);
-        else if (entry->d_tag == DT_PLTRELSZ)
-            tables.callsSize = entry->d_un.d_val;
-        else if (entry->d_tag == DT_RELA)
-            tables.addresses = toPointer<const ElfW(Rela)*>(entry->d_un.d_ptr);
-        else if (entry->d_tag == DT_RELASZ)
-            tables.addressesSize = entry->d_un.d_val;
-    }
-    return tables;
+/// The dynamic section of a loaded library: numbers and addresses by their tags.
+using Section = std::map<ElfW(Sxword), ElfW(Addr)>;
+
+Section readSection(const link_map& library) {
+    Section section;
+    for (const ElfW(Dyn)* entry = library.l_ld; entry->d_tag != DT_NULL; ++entry)
+        section[entry->d_tag] = entry->d_un.d_ptr;
+    return section;
 }
 
 /// The tables are read-only once a library is loaded.
@@ -66,18 +48,17 @@ void makeWritable(void* address) {
         throw std::runtime_error("the table of imports cannot be made writable");
 }
 
-void visitEntries(const link_map& library, const Tables& tables, const ElfW(Rela) * entries, std::size_t size,
-                  const Visitor& visit) {
-    for (std::size_t i = 0; i < size / sizeof *entries; ++i) {
+void visitEntries(const link_map& library, Section& section, int table, int tableSize, const Visitor& visit) {
+    const auto* const entries = toPointer<const ElfW(Rela)*>(section[table]);
+    const auto* const symbols = toPointer<const ElfW(Sym)*>(section[DT_SYMTAB]);
+    for (std::size_t i = 0; i < section[tableSize] / sizeof *entries; ++i) {
         const unsigned long type = ELF64_R_TYPE(entries[i].r_info);
-        if (type != callEntry && type != addressEntry)
-            continue;
-        const ElfW(Sym)& symbol = tables.symbols[ELF64_R_SYM(entries[i].r_info)];
-        if (ELF64_ST_TYPE(symbol.st_info) == STT_OBJECT)
+        const ElfW(Sym)& symbol = symbols[ELF64_R_SYM(entries[i].r_info)];
+        if ((type != callEntry && type != addressEntry) || ELF64_ST_TYPE(symbol.st_info) == STT_OBJECT)
             continue;
         void** const address = toPointer<void**>(library.l_addr + entries[i].r_offset);
         makeWritable(address);
-        visit(tables.names + symbol.st_name, address);
+        visit(toPointer<const char*>(section[DT_STRTAB]) + symbol.st_name, address);
     }
 }
 
@@ -89,9 +70,9 @@ void visitImports(const std::string& library, const Visitor& visit) {
         const std::string name = slash ? slash + 1 : loaded->l_name;
         if (name.compare(0, library.size(), library) != 0)
             continue;
-        const Tables tables = readTables(*loaded);
-        visitEntries(*loaded, tables, tables.calls, tables.callsSize, visit);
-        visitEntries(*loaded, tables, tables.addresses, tables.addressesSize, visit);
+        Section section = readSection(*loaded);
+        visitEntries(*loaded, section, DT_JMPREL, DT_PLTRELSZ, visit);
+        visitEntries(*loaded, section, DT_RELA, DT_RELASZ, visit);
         return;
     }
     throw std::runtime_error("not loaded: " + library);

@@ -24,6 +24,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <set>
 #include <string_view>
 
@@ -44,35 +45,31 @@ int flush(int file) {
     return isFolder ? Replacement<&flushFolder>::call(file) : Replacement<&flushFile>::call(file);
 }
 
-ImportedCall asFlush(ImportedCall call) {
-    call.replacement = reinterpret_cast<void*>(&flush);
-    return call;
-}
-
 } // namespace
 
-// A row a function: its kind, its name, what it returns when it fails, and errno then.
+// A row a function: its kind, its name, what it returns when it fails, errno then, and its traits.
 // clang-format off
 const std::vector<ImportedCall>& getImportedCalls() {
     constexpr CallKind libcrypto = CallKind::Libcrypto;
     constexpr CallKind file = CallKind::File;
     constexpr CallKind allocation = CallKind::Allocation;
     constexpr CallKind memory = CallKind::Memory;
-    static const std::vector<ImportedCall> table = {
+    // Never destroyed: static objects of the tests are, and give memory back by way of it.
+    static const std::vector<ImportedCall>& table = *new std::vector<ImportedCall>{
         describe<&::BIO_ctrl>(libcrypto, "BIO_ctrl", 0),
         describe<&::BIO_new>(libcrypto, "BIO_new", 0),
         describe<&::BIO_new_mem_buf>(libcrypto, "BIO_new_mem_buf", 0),
         describe<&::BIO_read>(libcrypto, "BIO_read", -1),
         describe<&::BIO_write>(libcrypto, "BIO_write", -1),
-        watched<&::BIO_free_all>(libcrypto, "BIO_free_all"),
+        describe<&::BIO_free_all>(libcrypto, "BIO_free_all", 0, 0, cannot),
         // An empty queue takes no mark either.
-        ignored(describe<&::ERR_set_mark>(libcrypto, "ERR_set_mark", 0)),
-        ignored(describe<&::ERR_pop_to_mark>(libcrypto, "ERR_pop_to_mark", 0)),
+        describe<&::ERR_set_mark>(libcrypto, "ERR_set_mark", 0, 0, ignored),
+        describe<&::ERR_pop_to_mark>(libcrypto, "ERR_pop_to_mark", 0, 0, ignored),
         describe<&::EVP_CIPHER_CTX_new>(libcrypto, "EVP_CIPHER_CTX_new", 0),
         // A new context is as good as a reset one.
-        ignored(describe<&::EVP_CIPHER_CTX_reset>(libcrypto, "EVP_CIPHER_CTX_reset", 0)),
+        describe<&::EVP_CIPHER_CTX_reset>(libcrypto, "EVP_CIPHER_CTX_reset", 0, 0, ignored),
         describe<&::EVP_CIPHER_CTX_set_padding>(libcrypto, "EVP_CIPHER_CTX_set_padding", 0),
-        watched<&::EVP_CIPHER_CTX_free>(libcrypto, "EVP_CIPHER_CTX_free"),
+        describe<&::EVP_CIPHER_CTX_free>(libcrypto, "EVP_CIPHER_CTX_free", 0, 0, cannot),
         describe<&::EVP_EncryptInit>(libcrypto, "EVP_EncryptInit", 0),
         describe<&::EVP_EncryptUpdate>(libcrypto, "EVP_EncryptUpdate", 0),
         describe<&::EVP_EncryptFinal>(libcrypto, "EVP_EncryptFinal", 0),
@@ -81,13 +78,13 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::EVP_DecryptFinal>(libcrypto, "EVP_DecryptFinal", 0),
         describe<&::EVP_MD_CTX_new>(libcrypto, "EVP_MD_CTX_new", 0),
         // Only before its end, or on the way to an error.
-        ignored(describe<&::EVP_MD_CTX_reset>(libcrypto, "EVP_MD_CTX_reset", 0)),
-        watched<&::EVP_MD_CTX_free>(libcrypto, "EVP_MD_CTX_free"),
+        describe<&::EVP_MD_CTX_reset>(libcrypto, "EVP_MD_CTX_reset", 0, 0, ignored),
+        describe<&::EVP_MD_CTX_free>(libcrypto, "EVP_MD_CTX_free", 0, 0, cannot),
         describe<&::EVP_DigestInit>(libcrypto, "EVP_DigestInit", 0),
         describe<&::EVP_DigestUpdate>(libcrypto, "EVP_DigestUpdate", 0),
         describe<&::EVP_SignFinal>(libcrypto, "EVP_SignFinal", 0),
         describe<&::EVP_VerifyFinal>(libcrypto, "EVP_VerifyFinal", -1),
-        watched<&::EVP_PKEY_free>(libcrypto, "EVP_PKEY_free"),
+        describe<&::EVP_PKEY_free>(libcrypto, "EVP_PKEY_free", 0, 0, cannot),
         describe<&::HMAC>(libcrypto, "HMAC", 0),
         describe<&::PKCS5_PBKDF2_HMAC_SHA1>(libcrypto, "PKCS5_PBKDF2_HMAC_SHA1", 0),
         describe<&::PEM_read_bio_PrivateKey>(libcrypto, "PEM_read_bio_PrivateKey", 0),
@@ -106,13 +103,13 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::SHA256_Final>(libcrypto, "SHA256_Final", 0),
 #if OPENSSL_VERSION_NUMBER >= 0x30000000L
         // The cipher of the host's providers stands in.
-        ignored(describe<&::OSSL_LIB_CTX_new>(libcrypto, "OSSL_LIB_CTX_new", 0)),
-        ignored(describe<&::OSSL_PROVIDER_load>(libcrypto, "OSSL_PROVIDER_load", 0)),
-        ignored(describe<&::OSSL_PROVIDER_available>(libcrypto, "OSSL_PROVIDER_available", 0)),
-        ignored(describe<&::EVP_CIPHER_fetch>(libcrypto, "EVP_CIPHER_fetch", 0)),
+        describe<&::OSSL_LIB_CTX_new>(libcrypto, "OSSL_LIB_CTX_new", 0, 0, ignored),
+        describe<&::OSSL_PROVIDER_load>(libcrypto, "OSSL_PROVIDER_load", 0, 0, ignored),
+        describe<&::OSSL_PROVIDER_available>(libcrypto, "OSSL_PROVIDER_available", 0, 0, ignored),
+        describe<&::EVP_CIPHER_fetch>(libcrypto, "EVP_CIPHER_fetch", 0, 0, ignored),
 #else
         // The kind of the key is then not known to be DSA.
-        ignored(describe<&::EVP_PKEY_base_id>(libcrypto, "EVP_PKEY_base_id", 0)),
+        describe<&::EVP_PKEY_base_id>(libcrypto, "EVP_PKEY_base_id", 0, 0, ignored),
         describe<&::BN_mod_exp_mont>(libcrypto, "BN_mod_exp_mont", 0),
         describe<&::DSA_meth_dup>(libcrypto, "DSA_meth_dup", 0),
 #endif
@@ -124,31 +121,31 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::faccessat>(file, "faccessat", -1, EROFS),
         describe<&openFileAt>(file, "openat", -1, ENFILE),
         describe<&setFileFlags>(file, "fcntl", -1, EPERM),
-        asFlush(describe<&flushFile>(file, "fsync", -1, EIO)),
-        ignored(describe<&flushFolder>(file, "fsync of a folder", -1, EIO)),
+        describe<&flushFile>(file, "fsync", -1, EIO),
+        describe<&flushFolder>(file, "fsync of a folder", -1, EIO, ignored),
         describe<&::fchmod>(file, "fchmod", -1, EPERM),
         describe<&::renameat>(file, "renameat", -1, EXDEV),
         describe<&::getcwd>(file, "getcwd", 0, ENOENT),
         describe<&::getrandom>(file, "getrandom", -1, EIO),
         // The bytes have been synced by then. The system closes the descriptor even if it reports an error.
-        done(ignored(describe<&::close>(file, "close", -1, EIO))),
+        describe<&::close>(file, "close", -1, EIO, done | ignored),
         // There is nothing that one could do about it.
-        ignored(describe<&::unlinkat>(file, "unlinkat", -1, EACCES)),
+        describe<&::unlinkat>(file, "unlinkat", -1, EACCES, ignored),
         // Without such a page no random bytes are drawn ahead.
-        ignored(describe<&::mmap>(file, "mmap", -1, ENOMEM)),
-        ignored(describe<&::madvise>(file, "madvise", -1, EINVAL)),
-        ignored(describe<&::munmap>(file, "munmap", -1, EINVAL)),
+        describe<&::mmap>(file, "mmap", -1, ENOMEM, ignored),
+        describe<&::madvise>(file, "madvise", -1, EINVAL, ignored),
+        describe<&::munmap>(file, "munmap", -1, EINVAL, ignored),
         describe<&std::malloc>(allocation, "malloc", 0),
         describe<&std::calloc>(allocation, "calloc", 0),
         describe<&std::realloc>(allocation, "realloc", 0),
-        throwing(describe<&newMemory>(allocation, "_Znwm", 0)),
-        throwing(describe<&newArray>(allocation, "_Znam", 0)),
+        describe<New{&::operator new}>(allocation, "_Znwm", 0, 0, throws),
+        describe<New{&::operator new[]}>(allocation, "_Znam", 0, 0, throws),
         describe<&newMemoryOrNull>(allocation, "_ZnwmRKSt9nothrow_t", 0),
-        watched<&std::free>(memory, "free"),
-        watched<&deleteMemory>(memory, "_ZdlPv"),
-        watched<&deleteMemoryOfSize>(memory, "_ZdlPvm"),
-        watched<&deleteArray>(memory, "_ZdaPv"),
-        watched<&::memcpy>(memory, "memcpy"),
+        describe<&std::free>(memory, "free", 0, 0, cannot),
+        describe<Delete{&::operator delete}>(memory, "_ZdlPv", 0, 0, cannot),
+        describe<SizedDelete{&::operator delete}>(memory, "_ZdlPvm", 0, 0, cannot),
+        describe<Delete{&::operator delete[]}>(memory, "_ZdaPv", 0, 0, cannot),
+        describe<&::memcpy>(memory, "memcpy", 0, 0, cannot),
     };
     return table;
 }
@@ -156,27 +153,25 @@ const std::vector<ImportedCall>& getImportedCalls() {
 
 namespace {
 
-void replace(std::string_view name, void** address) {
-    for (const ImportedCall& call : getImportedCalls()) {
-        if (call.name == name)
-            *address = call.replacement;
-    }
-}
-
 std::vector<std::string> replaceAll() {
-    for (const ImportedCall& call : getImportedCalls())
+    std::map<std::string_view, void*> replacements;
+    for (const ImportedCall& call : getImportedCalls()) {
         *call.slot = &call;
+        replacements[call.name] = call.replacement;
+    }
+    replacements["fsync"] = reinterpret_cast<void*>(&flush);
     std::vector<std::string> names;
     for (const char* const library : {"libul.", "libsarn."}) {
         visitImports(library, [&](const char* name, void** address) {
             names.emplace_back(name);
-            replace(name, address);
+            if (const auto found = replacements.find(name); found != replacements.end())
+                *address = found->second;
         });
     }
-    const auto replaceSome = [](const char* library, const std::set<std::string_view>& some) {
+    const auto replaceSome = [&](const char* library, const std::set<std::string_view>& some) {
         visitImports(library, [&](const char* name, void** address) {
             if (some.count(name) > 0)
-                replace(name, address);
+                *address = replacements.at(name);
         });
     };
     replaceSome("libcrypto.", {"malloc", "calloc", "realloc"});

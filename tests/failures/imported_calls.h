@@ -13,6 +13,18 @@ namespace sarn_test {
 
 enum class CallKind { Allocation, Memory, Libcrypto, File };
 
+/// How the failure of a function differs from that of others.
+enum Trait : unsigned {
+    /// It cannot fail, and is replaced to be observed.
+    cannot = 1,
+    /// The library ignores it on purpose: its result is still right.
+    ignored = 2,
+    /// It is reported although the work is done.
+    done = 4,
+    /// It is reported as operator new does.
+    throws = 8,
+};
+
 /// Description of an imported function.
 struct ImportedCall {
     const char* name;
@@ -23,21 +35,16 @@ struct ImportedCall {
     std::intptr_t failure;
     /// The error number that comes with the failure; 0 if none does.
     int error;
-    bool canFail = true;
-    /// A failure that the library ignores on purpose: its result is still right.
-    bool isIgnored = false;
-    bool isDoneAllTheSame = false;
-    bool throws = false;
+    unsigned traits;
+
+    bool has(Trait trait) const { return (traits & trait) != 0; }
 };
 
 /// The functions that are replaced.
 const std::vector<ImportedCall>& getImportedCalls();
 
-/// Whether an imported function of libcrypto, zlib or the C library has no way to report a failure.
+/// Whether an imported function has no way to report a failure, or belongs to the C++ runtime.
 bool cannotFail(const std::string& name);
-
-/// Whether an imported function belongs to neither: those of the C++ runtime, of memory, of text and of threads.
-bool isNoDependency(const std::string& name);
 
 /// Puts the replacements in place, once. Returns the names of all functions that libul and libsarn import from other
 /// libraries.

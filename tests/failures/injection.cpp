@@ -7,41 +7,22 @@ namespace sarn_test {
 
 namespace {
 
-Injection* activeInjection = nullptr;
-
 bool isInPieces = false;
 int pieceCount = 0;
 
 } // namespace
 
-Injection::Injection(bool ofAllocations, int index, Duration duration)
-    : m_ofAllocations(ofAllocations), m_index(index), m_duration(duration) {
-    installReplacements();
-    activeInjection = this;
-}
-
-Injection::~Injection() {
-    activeInjection = nullptr;
-}
-
-bool Injection::mustFail(const ImportedCall& call) {
-    Injection* const injection = activeInjection;
-    if (!injection || !call.canFail || injection->m_ofAllocations != (call.kind == CallKind::Allocation))
-        return false;
-    const int index = injection->m_count++;
-    const bool fails =
-        injection->m_duration == Duration::Once ? index == injection->m_index : index >= injection->m_index;
-    if (fails) {
-        if (call.kind != CallKind::Allocation)
-            injection->m_failed.insert(call.name);
-        injection->m_first = injection->m_first ? injection->m_first : &call;
-        injection->m_mustBeNoticed = injection->m_mustBeNoticed || !call.isIgnored;
-    }
-    return fails;
-}
-
-bool Injection::hasFailed(const std::string& name) {
-    return activeInjection && activeInjection->m_failed.count(name) > 0;
+Injection::Injection(bool ofAllocations, int index, Duration duration) : m_left(index) {
+    before("", [this, ofAllocations, duration](Call& call) {
+        const ImportedCall& function = *call.function;
+        if (function.has(cannot) || ofAllocations != (function.kind == CallKind::Allocation) || m_left-- > 0)
+            return;
+        if (m_first && duration == Duration::Once)
+            return;
+        call.fails = true;
+        m_first = m_first ? m_first : &function;
+        m_mustBeNoticed = m_mustBeNoticed || !function.has(ignored);
+    });
 }
 
 SmallPieces::SmallPieces() {

@@ -2,26 +2,19 @@
 // Calls that fail, one after the other, whatever their names.
 #pragma once
 
-#include "failures/imported_calls.h"
+#include "failures/call_watch.h"
 
-#include "ul/error.h"
-
-#include <new>
-#include <set>
-#include <string>
+#include <exception>
 
 namespace sarn_test {
 
-/// While it lives, lets calls fail. One at a time.
-class Injection {
+/// While it lives, lets calls fail.
+class Injection : public CallWatch {
 public:
     enum class Duration { Once, FromThenOn };
 
-    /// From the `index`th call on that is an allocation, or that is none, counted from 0.
+    /// From the `index`th call on that is an allocation, or that is not one, counted from 0.
     Injection(bool ofAllocations, int index, Duration duration);
-    Injection(const Injection&) = delete;
-    Injection& operator=(const Injection&) = delete;
-    ~Injection();
 
     bool hasHappened() const { return m_first != nullptr; }
     /// The call that failed first.
@@ -29,19 +22,9 @@ public:
     /// Whether a failure was injected that must not pass unnoticed.
     bool mustBeNoticed() const { return m_mustBeNoticed; }
 
-    /// Whether a call of the function called `name` has been let fail by the one that lives.
-    static bool hasFailed(const std::string& name);
-
-    /// For the replacements.
-    static bool mustFail(const ImportedCall& call);
-
 private:
-    bool m_ofAllocations;
-    int m_index;
-    Duration m_duration;
-    int m_count = 0;
+    int m_left;
     const ImportedCall* m_first = nullptr;
-    std::set<std::string> m_failed;
     bool m_mustBeNoticed = false;
 };
 
@@ -60,9 +43,7 @@ int failEachAllocation(Action action) {
         bool hasRaised = false;
         try {
             action();
-        } catch (const std::bad_alloc&) {
-            hasRaised = true;
-        } catch (const ul::CError&) {
+        } catch (const std::exception&) {
             hasRaised = true;
         }
         if (hasRaised != failure.hasHappened())

@@ -19,8 +19,6 @@ namespace {
 // Read where it is used, so that the compiler cannot keep unmasked bytes.
 volatile unsigned char mask = 0xA5;
 
-constexpr std::size_t pieceSize = 16;
-
 struct Region {
     const unsigned char* begin;
     std::size_t size;
@@ -53,17 +51,12 @@ public:
     static constexpr std::size_t size = 1 << 20;
 
     Window() {
-        void* const memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
-        m_file = ::open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
-        if (memory == MAP_FAILED || m_file < 0)
+        static void* const memory = ::mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+        static const int file = ::open("/proc/self/mem", O_RDONLY | O_CLOEXEC);
+        if (memory == MAP_FAILED || file < 0)
             throw std::runtime_error("the process's memory cannot be read");
         m_memory = static_cast<unsigned char*>(memory);
-    }
-    Window(const Window&) = delete;
-    Window& operator=(const Window&) = delete;
-    ~Window() {
-        ::munmap(m_memory, size);
-        ::close(m_file);
+        m_file = file;
     }
 
     /// Copies what lies at `from`. Returns how many bytes there are.
@@ -82,23 +75,16 @@ private:
     int m_file;
 };
 
-using CanariesByByte = std::array<std::vector<const Canary*>, 256>;
+/// Masked pieces of canaries by their first byte.
+using Pieces = std::array<std::vector<const unsigned char*>, 256>;
 
-/// The canaries by the bytes that their pieces begin with.
-CanariesByByte sortByFirstByte(const std::vector<Canary>& canaries) {
-    CanariesByByte sorted;
-    for (const Canary& canary : canaries) {
-        for (const bool ofLastHalf : {false, true})
-            sorted[canary.getFirst(ofLastHalf)].push_back(&canary);
-    }
-    return sorted;
-}
-
-/// Whether a piece of a canary stands in the bytes.
-bool holds(const CanariesByByte& canaries, const unsigned char* data, std::size_t size) {
-    for (std::size_t i = 0; i + pieceSize <= size; ++i) {
-        for (const Canary* const canary : canaries[data[i]]) {
-            if (canary->standsAt(data + i, size - i))
+/// Whether a piece stands in the bytes.
+bool holds(const Pieces& pieces, const unsigned char* data, std::size_t size) {
+    const unsigned char key = mask;
+    const auto isSame = [key](unsigned char masked, unsigned char byte) { return masked == (byte ^ key); };
+    for (std::size_t i = 0; i + Canary::pieceSize <= size; ++i) {
+        for (const unsigned char* const piece : pieces[data[i] ^ key]) {
+            if (std::equal(piece, piece + Canary::pieceSize, data + i, isSame))
                 return true;
         }
     }
@@ -128,32 +114,21 @@ void Canary::write(unsigned char* out) const {
         out[i] = static_cast<unsigned char>(m_masked[i] ^ mask);
 }
 
-unsigned char Canary::getFirst(bool ofLastHalf) const {
-    return static_cast<unsigned char>(m_masked[ofLastHalf ? pieceSize : 0] ^ mask);
-}
-
-bool Canary::standsAt(const unsigned char* at, std::size_t available) const {
-    const auto matches = [&](std::size_t start) {
-        for (std::size_t i = 0; i < pieceSize; ++i) {
-            if (at[i] != static_cast<unsigned char>(m_masked[start + i] ^ mask))
-                return false;
-        }
-        return true;
-    };
-    return available >= pieceSize && (matches(0) || matches(pieceSize));
-}
-
 std::vector<std::string> findInMemory(const std::vector<Canary>& canaries) {
-    const CanariesByByte sorted = sortByFirstByte(canaries);
+    Pieces pieces;
+    for (const Canary& canary : canaries) {
+        for (const std::size_t start : {std::size_t{0}, Canary::pieceSize})
+            pieces[canary.getMasked()[start]].push_back(canary.getMasked() + start);
+    }
     std::vector<std::string> places;
     Window window;
     for (const Region& region : listRegions()) {
         if (window.isWithin(region))
             continue;
         // Windows overlap by less than a piece, so that none is missed and none counted twice.
-        for (std::size_t offset = 0; offset < region.size; offset += Window::size - pieceSize + 1) {
+        for (std::size_t offset = 0; offset < region.size; offset += Window::size - Canary::pieceSize + 1) {
             const std::size_t size = window.read(region.begin + offset, region.size - offset);
-            if (holds(sorted, window.getData(), size))
+            if (holds(pieces, window.getData(), size))
                 places.push_back(region.name.empty() ? "unnamed memory" : region.name);
         }
     }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -12,6 +13,8 @@ namespace sarn_test {
 class Canary {
 public:
     static constexpr int size = 32;
+    /// It is found by a piece, its first or its last 16 bytes.
+    static constexpr std::size_t pieceSize = 16;
 
     /// Each `kind` is another canary.
     explicit Canary(unsigned char kind);
@@ -20,9 +23,7 @@ public:
 
     /// Writes the bytes to `out`.
     void write(unsigned char* out) const;
-    /// Whether a piece of the canary, its first or its last 16 bytes, stands at `at`.
-    bool standsAt(const unsigned char* at, std::size_t available) const;
-    unsigned char getFirst(bool ofLastHalf) const;
+    const unsigned char* getMasked() const { return m_masked.data(); }
 
 private:
     std::array<unsigned char, size> m_masked;

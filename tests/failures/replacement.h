@@ -4,7 +4,6 @@
 
 #include "failures/call_watch.h"
 #include "failures/imported_calls.h"
-#include "failures/injection.h"
 
 #include <cerrno>
 #include <new>
@@ -38,33 +37,23 @@ struct Replacement<function, Result (*)(Arguments...)> {
     static inline const ImportedCall* description = nullptr;
 
     static Result call(Arguments... arguments) {
-        Call made{description, {toNumber(arguments)...}};
-        // Both see each call.
-        const bool isFailedByWatch = CallWatch::begin(made);
-        const bool fails = Injection::mustFail(*description) || isFailedByWatch;
+        Call made{description, {toNumber(arguments)...}, description->failure};
+        CallWatch::begin(made);
         if constexpr (std::is_void_v<Result>) {
             function(arguments...);
             CallWatch::end(made);
-        } else if (fails) {
-            return fail(made, arguments...);
         } else {
-            const Result result = function(arguments...);
-            made.result = toNumber(result);
+            if (!made.fails || description->has(done)) {
+                const Result result = function(arguments...);
+                made.result = made.fails ? made.result : toNumber(result);
+            }
             CallWatch::end(made);
-            return result;
+            if (made.fails && description->has(throws))
+                throw std::bad_alloc();
+            if (made.fails && description->error != 0)
+                errno = description->error;
+            return fromNumber<Result>(made.result);
         }
-    }
-
-private:
-    static Result fail(Call& made, Arguments... arguments) {
-        if (description->isDoneAllTheSame) [[maybe_unused]]
-            const Result result = function(arguments...);
-        CallWatch::end(made);
-        if (description->throws)
-            throw std::bad_alloc();
-        if (description->error != 0)
-            errno = description->error;
-        return fromNumber<Result>(made.result);
     }
 };
 
@@ -74,35 +63,9 @@ struct Replacement<function, Result (*)(Arguments...) noexcept> : Replacement<fu
 /// Describes an imported function that reports a failure by returning `failure`, a number or an address, and, if it is
 /// not 0, `error` in `errno`.
 template <auto function>
-ImportedCall describe(CallKind kind, const char* name, std::intptr_t failure, int error = 0) {
+ImportedCall describe(CallKind kind, const char* name, std::intptr_t failure, int error = 0, unsigned traits = 0) {
     using Calls = Replacement<function>;
-    return {name, kind, reinterpret_cast<void*>(&Calls::call), &Calls::description, failure, error};
-}
-
-/// Describes one that cannot fail, and is replaced to be seen.
-template <auto function>
-ImportedCall watched(CallKind kind, const char* name) {
-    ImportedCall call = describe<function>(kind, name, 0);
-    call.canFail = false;
-    return call;
-}
-
-/// Describes one whose failure the library passes over on purpose.
-inline ImportedCall ignored(ImportedCall call) {
-    call.isIgnored = true;
-    return call;
-}
-
-/// Describes one that reports a failure although it has done its work.
-inline ImportedCall done(ImportedCall call) {
-    call.isDoneAllTheSame = true;
-    return call;
-}
-
-/// Describes one that reports a failure as operator new does.
-inline ImportedCall throwing(ImportedCall call) {
-    call.throws = true;
-    return call;
+    return {name, kind, reinterpret_cast<void*>(&Calls::call), &Calls::description, failure, error, traits};
 }
 
 } // namespace sarn_test

@@ -3,6 +3,7 @@
 // after the failure of each allocation and of each call of a dependency on the way.
 #include "failures/injection.h"
 #include "failures/memory_search.h"
+#include "failures/table.h"
 #include "support/key_files.h"
 #include "support/log_capture.h"
 
@@ -13,52 +14,61 @@
 
 #include "ul/file.h"
 
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <array>
 #include <functional>
-#include <memory>
-#include <new>
-
-#include <fcntl.h>
-#include <unistd.h>
+#include <utility>
 
 namespace sarn_test {
 
 namespace {
 
+using Buffer = ul::TBuffer<unsigned char>;
 using Key = ul::TCryptBuffer<unsigned char>;
 using Password = ul::TCryptBuffer<char>;
 
 const Canary secret(7);
 
-template <class Buffer>
-void fillWithSecret(Buffer& buffer) {
-    buffer.setUsed(Canary::size);
-    secret.write(reinterpret_cast<unsigned char*>(buffer.getData()));
+/// A buffer of secrets that holds the secret.
+template <class T>
+struct Secret : ul::TCryptBuffer<T> {
+    Secret() {
+        this->setUsed(Canary::size);
+        secret.write(reinterpret_cast<unsigned char*>(this->getData()));
+    }
+};
+
+void growBuffer() {
+    Secret<char> buffer;
+    buffer.ensureAllocated(10000);
+    for (int i = 0; i < 1000; ++i)
+        buffer.insert(buffer.getUsed(), buffer.getData(), Canary::size);
 }
 
-const std::vector<Canary>& getSecrets() {
-    static const std::vector<Canary> secrets = {secret};
-    return secrets;
+void assignBuffers() {
+    Password buffer = Secret<char>();
+    Password longer(5000, -1);
+    std::fill_n(longer.getData(), 5000, 'x');
+    buffer = longer;
+    const Secret<char> other;
+    buffer = other;
+    buffer = Password();
+}
+
+void moveBuffers() {
+    Password moved = Secret<char>();
+    Password assigned = Secret<char>();
+    assigned = std::move(moved);
 }
 
 constexpr unsigned char iv[16] = {};
 
-void encryptUnderSecretKey() {
-    Key key;
-    fillWithSecret(key);
-    ul::TBuffer<unsigned char> out;
-    sarn::CCipherManager::get()->getCipher("aes256cbc")->encrypt(key, "text", 4, out, false, nullptr);
-    sarn::CCipherManager::get()->getCipher("aes256cbc")->encryptWithoutPadding(key, "text", 4, out, true, iv);
-}
-
-void refuseSecretKeyOfTheWrongSize() {
-    Key key;
-    fillWithSecret(key);
-    ul::TBuffer<unsigned char> out;
-    sarn::CCipherManager::get()->getCipher("aes128cbc")->encrypt(key, "text", 4, out, false, nullptr);
+void encryptUnderSecretKey(const char* id) {
+    const Secret<unsigned char> key;
+    const ul::P<sarn::ICipher> cipher = sarn::CCipherManager::get()->getCipher(id);
+    Buffer out;
+    cipher->encrypt(key, "text", 4, out, false, nullptr);
+    cipher->encryptWithoutPadding(key, "text", 4, out, true, iv);
 }
 
 /// What is decrypted, whole or not, goes into a buffer of secrets.
@@ -66,12 +76,8 @@ void decryptSecretText(const char* id, bool isDamaged, bool isPadded) {
     const ul::P<sarn::ICipher> cipher = sarn::CCipherManager::get()->getCipher(id);
     Key key(cipher->getKeySize(), -1);
     std::fill_n(key.getData(), key.getUsed(), static_cast<unsigned char>(1));
-    ul::TBuffer<unsigned char> encrypted;
-    {
-        Key text;
-        fillWithSecret(text);
-        cipher->encrypt(key, text.getData(), text.getUsed(), encrypted, false, iv);
-    }
+    Buffer encrypted;
+    cipher->encrypt(key, Secret<char>().getData(), Canary::size, encrypted, false, iv);
     Key out;
     if (isDamaged)
         encrypted.getData()[encrypted.getUsed() - 1] ^= 1;
@@ -81,149 +87,131 @@ void decryptSecretText(const char* id, bool isDamaged, bool isPadded) {
         cipher->decryptWithoutPadding(key, encrypted.getData(), Canary::size, out, false, iv);
 }
 
-void deriveFromSecretPassword() {
-    Password password;
-    fillWithSecret(password);
-    Key key(32, -1);
-    sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1(password.getData(), password.getUsed(), "saltsalt", 8, 2, 32, key.getData());
+ul::P<sarn::CPasswordKeyCache> makeCache() {
+    return ul::make<sarn::CPasswordKeyCache>(Secret<char>());
 }
 
 void cacheKeysOfSecretPassword() {
-    Password password;
-    fillWithSecret(password);
-    const auto cache = ul::make<sarn::CPasswordKeyCache>(password);
+    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
     cache->getKey(32, 1, 2);
     cache->getKey(16, 2, 2);
     cache->getKey(-1, 2, 2);
 }
 
-void authenticateUnderSecretKey() {
-    Key key;
-    fillWithSecret(key);
-    ul::TBuffer<unsigned char> out;
-    sarn::calcHMAC_SHA1(out, "text", 4, key.getData(), key.getUsed());
-}
-
 /// The passphrase as the host's own text is wide, and the host's to wipe.
 void signWithSecretPassphrase() {
-    ul::String passphrase;
-    {
-        Password narrow;
-        fillWithSecret(narrow);
-        passphrase = ul::String(narrow.getData(), static_cast<std::size_t>(narrow.getUsed()));
-    }
     static const ul::String key = readKey("rsa2048_encrypted_traditional");
+    const ul::String passphrase(Secret<char>().getData(), Canary::size);
     sarn::createRSA_SHA1()->beginSign(key, passphrase);
 }
 
-// No other test of this program reads it.
-constexpr char privateKeyName[] = "rsa3072";
+/// A private key's text as a host reads it from its file, wiped in the end. No other test of this program reads it.
+struct KeyText {
+    KeyText() = default;
+    KeyText(const KeyText&) = delete;
+    KeyText& operator=(const KeyText&) = delete;
+    ~KeyText() { ul::wipe(text); }
 
-std::string getKeyFile(const std::string& name) {
-    return getTestDataFolder() + "/keys/" + name + "_for_tests_only.pem";
-}
+    ul::String text =
+        ul::readUTF8TextFile(ul::CWindowsPath((getTestDataFolder() + "/keys/rsa3072_for_tests_only.pem").c_str()));
+};
 
-/// A host signs with a key from a file, and wipes the text that it was given.
-void signWithPrivateKeyFromAFile() {
-    ul::String key;
-    const auto wipeKey = [&key](void*) { ul::wipe(key); };
-    const std::unique_ptr<void, decltype(wipeKey)> guard(&key, wipeKey);
-    key = ul::readUTF8TextFile(ul::CWindowsPath(getKeyFile(privateKeyName).c_str()));
-    const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(key, ul::getEmptyString());
+void signWithKeyFromAFile() {
+    const KeyText key;
+    const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(key.text, ul::getEmptyString());
     signer->update("text", 4);
-    ul::TBuffer<unsigned char> signature;
+    Buffer signature;
     signer->finish(signature);
 }
 
-/// A piece of each line but the last of a private key's text, as bytes and as wide characters.
-std::vector<Canary> makeKeyCanaries(const char* name) {
-    std::array<char, 8192> text;
-    const int file = ::open(getKeyFile(name).c_str(), O_RDONLY | O_CLOEXEC);
-    const ssize_t size = ::read(file, text.data(), text.size());
-    ::close(file);
+/// The secret and the first key that is derived from it.
+std::vector<Canary> makeSecrets() {
+    return {secret, Canary::of(makeCache()->getKey(32, 1, 2)->getData())};
+}
+
+/// A piece of each line of a private key's text, as bytes and as wide characters.
+std::vector<Canary> makeKeyCanaries() {
+    const KeyText key;
+    const std::wstring& text = key.text.toStdWString();
     std::vector<Canary> canaries;
-    for (ssize_t start = 0; start + 60 < size; ++start) {
-        const bool isLine = start > 0 && text[static_cast<std::size_t>(start) - 1] == '\n';
-        if (!isLine || text[static_cast<std::size_t>(start)] == '-')
-            continue;
-        const char* const piece = text.data() + start + 16;
+    // Of full lines: libcrypto frees the memory in which it decoded the last one as it is.
+    for (std::size_t line = text.find(L'\n') + 1; text.at(line + 64) == L'\n'; line += 65) {
+        // After the exponent, which stands in other keys as well.
+        const wchar_t* const piece = text.data() + line + 24;
         canaries.push_back(Canary::of(piece));
-        std::array<wchar_t, Canary::size / sizeof(wchar_t)> wide;
-        std::copy_n(piece, wide.size(), wide.begin());
-        canaries.push_back(Canary::of(wide.data()));
-        ul::wipe(wide.data(), sizeof wide);
+        std::array<char, Canary::size> narrow;
+        std::transform(piece, piece + narrow.size(), narrow.begin(), [](wchar_t c) { return static_cast<char>(c); });
+        canaries.push_back(Canary::of(narrow.data()));
+        ul::wipe(narrow.data(), narrow.size());
     }
-    ul::wipe(text.data(), text.size());
-    // libcrypto frees the memory in which it decoded the last line as it is.
-    canaries.erase(canaries.end() - 2, canaries.end());
     return canaries;
 }
 
-const std::vector<Canary>& getKeyCanaries() {
-    static const std::vector<Canary> canaries = makeKeyCanaries(privateKeyName);
-    return canaries;
+const std::vector<Canary>& getCanaries(bool ofKey) {
+    static const std::vector<Canary> canaries[] = {makeSecrets(), makeKeyCanaries()};
+    return canaries[ofKey];
 }
 
-struct SecretUse {
-    const char* name;
+struct SecretUse : Row {
     std::function<void()> run;
     /// Whether libcrypto, when it has no memory, leaves the secret in the part of the stack that it used.
     bool mayStayOnTheStack = false;
     bool isKeyFile = false;
 };
 
-/// For messages of failures.
-void PrintTo(const SecretUse& use, std::ostream* out) {
-    *out << use.name;
-}
-
 const SecretUse uses[] = {
-    {"EncryptionKey", encryptUnderSecretKey},
-    {"KeyOfTheWrongSize", refuseSecretKeyOfTheWrongSize},
+    {"Buffer", [] { const Secret<char> buffer; }},
+    {"BufferReleasedThroughItsBase", [] { const ul::P<ul::TBuffer<char>> buffer = ul::make<Secret<char>>(); }},
+    {"GrownBuffer", growBuffer},
+    {"AssignedBuffers", assignBuffers},
+    {"MovedBuffers", moveBuffers},
+    {"EncryptionKey", [] { encryptUnderSecretKey("aes256cbc"); }},
+    {"KeyOfTheWrongSize", [] { encryptUnderSecretKey("aes128cbc"); }},
     {"DecryptedText_aes256cbc", [] { decryptSecretText("aes256cbc", false, true); }},
     {"DecryptedText_bfcbc", [] { decryptSecretText("bfcbc", false, true); }},
     {"DecryptedText_cast128cbc", [] { decryptSecretText("cast128cbc", false, true); }},
     {"DamagedText_aes256cbc", [] { decryptSecretText("aes256cbc", true, true); }},
     {"DamagedText_bfcbc", [] { decryptSecretText("bfcbc", true, true); }},
     {"UnpaddedText_aes128cbc", [] { decryptSecretText("aes128cbc", false, false); }},
-    {"Password", deriveFromSecretPassword},
+    {"Password",
+     [] {
+         sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1(Secret<char>().getData(), Canary::size, "salt", 4, 2, 32,
+                                                Key(32, -1).getData());
+     }},
     {"CachedPassword", cacheKeysOfSecretPassword},
-    {"AuthenticationKey", authenticateUnderSecretKey},
+    {"AuthenticationKey",
+     [] {
+         Buffer out;
+         sarn::calcHMAC_SHA1(out, "text", 4, Secret<char>().getData(), Canary::size);
+     }},
     {"SignPassphrase", signWithSecretPassphrase, true},
-    {"PrivateKeyFromAFile", signWithPrivateKeyFromAFile, false, true},
+    {"PrivateKeyFromAFile", signWithKeyFromAFile, false, true},
 };
 
 /// Runs it, whatever comes of it.
 void runAnyway(const SecretUse& use) {
     try {
         use.run();
-    } catch (const ul::CError&) {
+    } catch (const std::exception&) {
         // That is a way out, too.
-    } catch (const std::bad_alloc&) {
-        // And that.
     }
 }
 
-class SecretsInMemory : public testing::TestWithParam<SecretUse> {
+class SecretUses : public testing::TestWithParam<SecretUse> {
 protected:
     void SetUp() override { runAnyway(GetParam()); }
 
     void expectGone(const std::string& when) {
-        const std::vector<Canary>& secrets = GetParam().isKeyFile ? getKeyCanaries() : getSecrets();
-        for (const std::string& place : findInMemory(secrets)) {
+        for (const std::string& place : findInMemory(getCanaries(GetParam().isKeyFile))) {
             if (place != "[stack]" || !GetParam().mayStayOnTheStack)
                 ADD_FAILURE() << "the secret stands in " << place << " " << when;
         }
     }
 };
 
-std::string getUseName(const testing::TestParamInfo<SecretUse>& info) {
-    return info.param.name;
-}
-
 } // namespace
 
-TEST_P(SecretsInMemory, AreGoneOnEveryWayOut) {
+TEST_P(SecretUses, AreGoneOnEveryWayOut) {
     const LogCapture log;
     expectGone("after a success");
     for (const bool ofAllocations : {false, true}) {
@@ -241,17 +229,16 @@ TEST_P(SecretsInMemory, AreGoneOnEveryWayOut) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(All, SecretsInMemory, testing::ValuesIn(uses), getUseName);
+INSTANTIATE_TEST_SUITE_P(All, SecretUses, testing::ValuesIn(uses), getRowName<SecretUse>);
 
 TEST(SecretsSearch, ALineOfAKeyThatIsThere_IsFound) {
-    ASSERT_GT(getKeyCanaries().size(), 40u) << "two for each line";
-    EXPECT_TRUE(findInMemory(getKeyCanaries()).empty());
+    ASSERT_GT(getCanaries(true).size(), 40u) << "two for each line";
+    EXPECT_EQ(findInMemory(getCanaries(true)), std::vector<std::string>());
     {
-        ul::String key = ul::readUTF8TextFile(ul::CWindowsPath(getKeyFile(privateKeyName).c_str()));
-        EXPECT_FALSE(findInMemory(getKeyCanaries()).empty());
-        ul::wipe(key);
+        const KeyText key;
+        EXPECT_FALSE(findInMemory(getCanaries(true)).empty());
     }
-    EXPECT_TRUE(findInMemory(getKeyCanaries()).empty());
+    EXPECT_EQ(findInMemory(getCanaries(true)), std::vector<std::string>());
 }
 
 TEST(SecretsSearch, ASecretThatIsThere_IsFound) {

@@ -9,6 +9,10 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
+#include <malloc.h>
+
 namespace sarn_test {
 
 namespace {
@@ -39,18 +43,14 @@ protected:
 
 } // namespace
 
-TEST_F(SignatureFailures, OfSigning_LeaveTheSizeAndABufferOfTheLargest) {
+TEST_F(SignatureFailures, OfSigningIntoMemory_LeaveTheSize) {
     const ul::P<sarn::ISigner> signer = beginSign();
     CallWatch watch;
     watch.fail("EVP_SignFinal");
     unsigned char room[128];
     int size = -7;
-    expectError("OpenSSL sign error.", [&] { signer->finish(room, size); });
+    EXPECT_THROW(signer->finish(room, size), ul::CError);
     EXPECT_EQ(size, -7);
-    watch.fail("EVP_SignFinal");
-    Buffer signature;
-    expectError("OpenSSL sign error.", [&] { signer->finish(signature); });
-    EXPECT_EQ(signature.getUsed(), 128);
 }
 
 TEST_F(SignatureFailures, OfVerifying_AreMinusOne_AndNothingButOneIsAMatch) {
@@ -66,6 +66,20 @@ TEST_F(SignatureFailures, OfVerifying_AreMinusOne_AndNothingButOneIsAMatch) {
     for (const int result : {0, -2, -100, 2})
         EXPECT_FALSE(finishWith(result)) << result;
     EXPECT_TRUE(finishWith(1));
+}
+
+TEST_F(SignatureFailures, PrivateKeyGivenForAPublicOne_IsNotInTheMemoryThatIsFreed) {
+    const std::string piece = m_privateKey.toLatin1().substr(200, 40);
+    int freed = 0;
+    CallWatch watch;
+    for (const char* const name : {"_ZdlPv", "_ZdlPvm"})
+        watch.before(name, [&](const Call& call) {
+            void* const block = call.getPointer<void>(0);
+            EXPECT_EQ(::memmem(block, ::malloc_usable_size(block), piece.data(), piece.size()), nullptr);
+            ++freed;
+        });
+    EXPECT_THROW(sarn::createRSA_SHA1()->beginVerify(m_privateKey), ul::CError);
+    EXPECT_GT(freed, 0);
 }
 
 TEST_F(SignatureFailures, EmptyFile_GivesNoUpdate) {

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "failures/scenarios.h"
-#include "support/expect.h"
-#include "support/key_files.h"
+#include "failures/signed_file.h"
 
 #include "sarn/encoding.h"
-#include "sarn/signature.h"
-#include "sarn/signed_config.h"
+
+#include <map>
 
 namespace sarn_test {
 
@@ -15,130 +14,114 @@ using Buffer = ul::TBuffer<unsigned char>;
 
 constexpr char configText[] = "[server]\naddress=backup.example\nport=443\n";
 
-Buffer signText(const ul::String& key, const ul::String& passphrase) {
-    const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(key, passphrase);
+/// A key that was read before anything failed.
+const ul::String& getKey(const std::string& name, const char* suffix) {
+    static std::map<std::string, ul::String> keys;
+    ul::String& key = keys[name + suffix];
+    if (key.isEmpty())
+        key = readKey(name, suffix);
+    return key;
+}
+
+Buffer sign(const std::string& name, const char* passphrase = "") {
+    const ul::P<sarn::ISigner> signer =
+        sarn::createRSA_SHA1()->beginSign(getKey(name, "_for_tests_only.pem"), passphrase);
     signer->update("only copy", 9);
     Buffer signature;
     signer->finish(signature);
     return signature;
 }
 
-Run runSign(const std::string& name, const ul::String& passphrase) {
-    const ul::String key = readKey(name);
-    return [=] { return toBytes(signText(key, passphrase)); };
-}
-
-/// A signature of its own each time; it verifies.
-Run runSignDSA() {
-    const ul::String key = readKey("dsa1024");
-    const ul::String publicKey = readPublicKey("dsa1024");
-    return [=] {
-        const Buffer signature = signText(key, "");
-        const ul::P<sarn::IVerifier> verifier = sarn::createDSS_SHA1()->beginVerify(publicKey);
-        verifier->update("only copy", 9);
-        return Bytes(1, verifier->finish(signature));
-    };
+bool isSigned(const std::string& name, const char* text, const Buffer& signature) {
+    const ul::P<sarn::IVerifier> verifier =
+        sarn::createDSS_SHA1()->beginVerify(getKey(name, "_for_tests_only.pub.pem"));
+    verifier->update(text, 9);
+    return verifier->finish(signature);
 }
 
 Run runVerify(const std::string& name, const char* text) {
-    const Buffer signature = signText(readKey(name), "");
-    const ul::String key = readPublicKey(name);
-    return [=] {
-        const ul::P<sarn::IVerifier> verifier = sarn::createRSA_SHA1()->beginVerify(key);
-        verifier->update(text, 9);
-        return Bytes(1, verifier->finish(signature));
+    return [=, signature = Buffer()]() mutable {
+        if (signature.getUsed() == 0)
+            signature = sign(name);
+        return asBytes(isSigned(name, text, signature));
     };
 }
 
-/// A folder with a file, its signature beside it and the keys.
-struct Signed {
-    explicit Signed(const std::string& content)
-        : file(folder.write("file", content)), signaturePath(folder.getPath("file.sig")) {
-        sarn::createFileSignature_RSA_SHA1(file, key, signature);
-        sarn::storeSignatureBase64(signaturePath, signature);
-    }
+const SignedFile& getFile() {
+    static const SignedFile file(std::string(20000, 'x'));
+    return file;
+}
 
-    TempFolder folder;
-    ul::String key = readKey("rsa1024");
-    ul::String publicKey = readPublicKey("rsa1024");
-    ul::CWindowsPath file;
-    ul::CWindowsPath signaturePath;
+Bytes signFile() {
     Buffer signature;
-};
-
-Run runSignFile() {
-    const auto setting = std::make_shared<Signed>(std::string(20000, 'x'));
-    return [=] {
-        Buffer signature;
-        sarn::createFileSignature_RSA_SHA1(setting->file, setting->key, signature);
-        return toBytes(signature);
-    };
+    sarn::createFileSignature_RSA_SHA1(getFile().path, getFile().privateKey, signature);
+    return toBytes(signature);
 }
 
-Run runVerifyFile(bool isIntact) {
-    const auto setting = std::make_shared<Signed>(std::string(20000, 'x'));
-    if (!isIntact)
-        setting->folder.write("file", std::string(19999, 'x') + "y");
-    return [=] {
-        return Bytes(1, sarn::verifyFileSignature_RSA_SHA1(setting->file, setting->publicKey, setting->signaturePath));
-    };
+Bytes verifyChangedFile() {
+    static const SignedFile file("signed");
+    static const ul::CWindowsPath changed = file.folder.write("file", "other");
+    return asBytes(file.verify());
 }
 
-Run runReadConfig(bool isBase64) {
-    const std::string encoded = sarn::base64Encode(configText, sizeof configText - 1, true, true).toUTF8();
-    const auto setting = std::make_shared<Signed>(isBase64 ? encoded : configText);
-    return [=] {
-        const auto config = ul::make<sarn::CSignedConfig>(setting->file, setting->publicKey, isBase64);
-        return toUTF8Bytes(config->getValue("/server/address"));
-    };
+Bytes readConfig(bool isBase64) {
+    static const SignedFile files[] = {
+        SignedFile(configText), SignedFile(sarn::base64Encode(configText, sizeof configText - 1, true, true).toUTF8())};
+    return toUTF8Bytes(files[isBase64].readConfig(isBase64)->getValue("/server/address"));
 }
 
-Run runUseConfig() {
-    const auto setting = std::make_shared<Signed>(configText);
-    const auto config = ul::make<sarn::CSignedConfig>(setting->file, setting->publicKey, false);
-    return [=] {
-        config->setValueNonPersistent("/server/name", "here");
-        ul::TArray<ul::String> names;
-        config->getValueNamesWithPrefix(names, "/server");
-        std::string text;
-        for (const ul::String& name : names)
-            text += name.toUTF8() + "=" + config->getValue(name).toUTF8() + ";";
-        return toBytes(text);
-    };
+/// The names under `prefix` and their values.
+Bytes listValues(sarn::CSignedConfig& config, const char* prefix) {
+    ul::TArray<ul::String> names;
+    config.getValueNamesWithPrefix(names, prefix);
+    ul::String text;
+    for (const ul::String& name : names)
+        text += name + "=" + config.getValue(name) + ";";
+    return toUTF8Bytes(text);
+}
+
+Bytes useConfig() {
+    static const ul::P<sarn::CSignedConfig> config = SignedFile(configText).readConfig(false);
+    config->setValueNonPersistent("/server/name", "here");
+    return listValues(*config, "/server");
+}
+
+std::string makeLargeConfig() {
+    std::string text;
+    for (int i = 0; i < 60; ++i)
+        text += "[section " + std::to_string(i) + "]\na name that is long enough=and a value that is long enough\n";
+    return text;
+}
+
+Bytes readLargeConfig() {
+    static const SignedFile file(makeLargeConfig());
+    return listValues(*file.readConfig(false), "/section 5");
 }
 
 } // namespace
 
 Scenarios makeSignatureScenarios() {
-    const std::vector<std::string> sign = {"OpenSSL sign init error.", "OpenSSL key corrupted.", "OpenSSL sign error."};
-    const std::vector<std::string> verify = {"OpenSSL verify init error.",
-                                             "OpenSSL key corrupted.",
-                                             "OpenSSL verify update error.",
-                                             "OpenSSL verify error.",
-                                             "Internal error: error during base64 decode.",
-                                             "invalid base64 data"};
-    const Bytes mismatch(1, 0);
-    const std::string invalid = "Invalid signature for config file.";
-    std::vector<std::string> both = verify;
-    both.insert(both.end(), sign.begin(), sign.end());
+    constexpr bool verifies = true;
     return {
-        {"SignRSA", sign, [] { return runSign("rsa1024", ""); }},
-        {"SignRSAOfEncryptedKey", sign, [] { return runSign("rsa2048_encrypted_traditional", testPassphrase); }},
-        {"SignRSAOfPKCS8Key", sign, [] { return runSign("rsa2048_pkcs8", ""); }},
-        {"SignRSAOf3072Bits", sign, [] { return runSign("rsa3072", ""); }},
-        {"SignAndVerifyDSA", both, runSignDSA, mismatch},
-        {"VerifySignatureRSA", verify, [] { return runVerify("rsa1024", "only copy"); }, mismatch},
-        {"VerifySignatureDSA", verify, [] { return runVerify("dsa1024", "only copy"); }, mismatch},
-        {"VerifySignatureRSAOf4096Bits", verify, [] { return runVerify("rsa4096", "only copy"); }, mismatch},
-        {"VerifySignatureDSAOf2048Bits", verify, [] { return runVerify("dsa2048", "only copy"); }, mismatch},
-        {"VerifySignatureRSAOfAnotherText", verify, [] { return runVerify("rsa1024", "only c0py"); }, mismatch},
-        {"VerifySignatureDSAOfAnotherText", verify, [] { return runVerify("dsa1024", "only c0py"); }, mismatch},
-        {"SignFile", sign, runSignFile},
-        {"VerifySignatureOfFile", verify, [] { return runVerifyFile(true); }, mismatch},
-        {"VerifySignatureOfChangedFile", verify, [] { return runVerifyFile(false); }, mismatch},
-        {"ReadSignedConfig", verify, [] { return runReadConfig(false); }, {}, invalid},
-        {"ReadSignedConfigInBase64", verify, [] { return runReadConfig(true); }, {}, invalid},
-        {"UseSignedConfig", {}, runUseConfig},
+        {"SignRSA", [] { return toBytes(sign("rsa1024")); }},
+        {"SignRSAOfEncryptedKey", [] { return toBytes(sign("rsa2048_encrypted_traditional", testPassphrase)); }},
+        {"SignRSAOfPKCS8Key", [] { return toBytes(sign("rsa2048_pkcs8")); }},
+        {"SignRSAOf4096Bits", [] { return toBytes(sign("rsa4096")); }},
+        // A signature of its own each time; it verifies.
+        {"SignAndVerifyDSA", [] { return asBytes(isSigned("dsa1024", "only copy", sign("dsa1024"))); }, verifies},
+        {"VerifySignatureRSA", runVerify("rsa1024", "only copy"), verifies},
+        {"VerifySignatureDSA", runVerify("dsa1024", "only copy"), verifies},
+        {"VerifySignatureRSAOf4096Bits", runVerify("rsa4096", "only copy"), verifies},
+        {"VerifySignatureDSAOf2048Bits", runVerify("dsa2048", "only copy"), verifies},
+        {"VerifySignatureRSAOfAnotherText", runVerify("rsa1024", "only c0py"), verifies},
+        {"VerifySignatureDSAOfAnotherText", runVerify("dsa1024", "only c0py"), verifies},
+        {"SignFile", signFile},
+        {"VerifySignatureOfFile", [] { return asBytes(getFile().verify()); }, verifies},
+        {"VerifySignatureOfChangedFile", verifyChangedFile, verifies},
+        {"ReadSignedConfig", [] { return readConfig(false); }, verifies},
+        {"ReadSignedConfigInBase64", [] { return readConfig(true); }, verifies},
+        {"UseSignedConfig", useConfig},
+        {"LargeSignedConfig", readLargeConfig, verifies},
     };
 }
 

@@ -27,13 +27,9 @@ inline int setFileFlags(int file, int command, int flags) {
     return ::fcntl(file, command, flags);
 }
 
-inline void* newMemory(std::size_t size) {
-    return ::operator new(size);
-}
-
-inline void* newArray(std::size_t size) {
-    return ::operator new[](size);
-}
+using New = void* (*)(std::size_t);
+using Delete = void (*)(void*);
+using SizedDelete = void (*)(void*, std::size_t);
 
 /// Not by way of the one in the runtime, which calls the one that throws and would count twice.
 inline void* newMemoryOrNull(std::size_t size, const std::nothrow_t*) {
@@ -42,18 +38,6 @@ inline void* newMemoryOrNull(std::size_t size, const std::nothrow_t*) {
     } catch (const std::bad_alloc&) {
         return nullptr;
     }
-}
-
-inline void deleteMemory(void* memory) {
-    ::operator delete(memory);
-}
-
-inline void deleteMemoryOfSize(void* memory, std::size_t) {
-    ::operator delete(memory);
-}
-
-inline void deleteArray(void* memory) {
-    ::operator delete[](memory);
 }
 
 /// Does what a call does with a piece of what it was asked for.

@@ -42,28 +42,45 @@ add("Initialisers", ["{cmake}", "-DOUTPUT=[.]init_array +00000008 ", "-P", "{sou
     ("ObjectThatIsConstructedOnLoading", build_with_initialiser, "unexpected output"),
 ])
 
-# Public headers.
-HEADERS = "tests/system/package/broken_headers"
+# Public headers: one that compiles by itself, and what it becomes.
+HEADER = "#pragma once\n#include <string>\nstd::string getName();\n"
+HEADER_PROJECT = """cmake_minimum_required(VERSION 3.25)
+project(headers LANGUAGES CXX)
+add_library(library STATIC empty.cpp)
+target_compile_features(library PUBLIC cxx_std_17)
+target_sources(library PUBLIC FILE_SET HEADERS BASE_DIRS include FILES include/whole.h)
+set_target_properties(library PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON)
+add_custom_target(public_headers ALL)
+add_dependencies(public_headers all_verify_interface_header_sets)
+"""
 
 
-def choose_header(name):
-    return lambda at: at.make("{cmake}", "-S", f"{{source}}/{HEADERS}", "-B", "build", "-G", "Ninja",
-                              "-DCMAKE_CXX_COMPILER={cxx}", f"-DHEADER={name}")
+def make_header(at):
+    at.write("include/whole.h", HEADER)
+    at.write("empty.cpp", "")
+    at.write("CMakeLists.txt", HEADER_PROJECT)
+    at.make("{cmake}", "-S", ".", "-B", "build", "-G", "Ninja", "-DCMAKE_CXX_COMPILER={cxx}")
 
 
-add("HeaderAlone", ["{cmake}", "--build", "build"], choose_header("whole.h"), [
-    ("WithoutAnInclude", choose_header("without_an_include.h"), "'string' in namespace 'std' does not name a type"),
-    ("OfAFileThatIsGone", choose_header("of_a_file_that_is_gone.h"), "moved_away.h: No such file"),
-    ("OfAnUndeclaredType", choose_header("of_an_undeclared_type.h"), "'Undeclared' does not name a type"),
+def append_include(name):
+    return lambda at: at.append("include/whole.h", f"#include {name}\n")
+
+
+add("HeaderAlone", ["{cmake}", "--build", "build"], make_header, [
+    ("WithoutAnInclude", lambda at: at.replace("include/whole.h", "#include <string>\n", ""),
+     "'string' in namespace 'std' does not name a type"),
+    ("OfAFileThatIsGone", append_include('"moved_away.h"'), "moved_away.h: No such file"),
+    ("OfAnUndeclaredType", lambda at: at.append("include/whole.h", "Undeclared get();\n"),
+     "'Undeclared' does not name a type"),
 ])
-add("HeaderReaches", ["{cmake}", "-DCXX={cxx}", "-DINCLUDES={openssl_include}", "-DFOLDERS={work}/headers", "-P",
+add("HeaderReaches", ["{cmake}", "-DCXX={cxx}", "-DINCLUDES={openssl_include}", "-DFOLDERS={work}/include", "-P",
                       "{source}/tests/system/package/check_public_headers.cmake"],
-    lambda at: at.copy(f"{HEADERS}/include/whole.h", to="headers"), [
+    lambda at: at.write("include/whole.h", HEADER), [
     ("LibcryptoByAnotherHeader",
-     lambda at: at.copy(f"{HEADERS}/reaching/reaches_libcrypto.h", f"{HEADERS}/reaching/on_the_way.h", to="headers"),
-     r"headers/reaches_libcrypto\.h reaches \S*openssl/"),
-    ("Zlib", lambda at: at.append("headers/whole.h", "#include <zlib.h>\n"), r"headers/whole\.h reaches \S*/zlib\.h"),
-    ("NothingForThereAreNone", lambda at: at.remove("headers/whole.h"), "there are no headers in"),
+     lambda at: (at.write("include/on_the_way.h", "#include <openssl/opensslv.h>\n"),
+                 append_include('"on_the_way.h"')(at)), r"include/whole\.h reaches \S*openssl/"),
+    ("Zlib", append_include("<zlib.h>"), r"include/whole\.h reaches \S*/zlib\.h"),
+    ("NothingForThereAreNone", lambda at: at.remove("include/whole.h"), "there are no headers in"),
 ])
 
 # The bill of materials, whose maker is damaged: a program that calls the real one and then changes what it wrote.
@@ -104,4 +121,63 @@ add("ConsumerGlobals", ["{cmake}", "-S", ".", "-B", "build"],
      "COMPILE_OPTIONS was '' and is '-Wall'"),
     ("TargetForDevelopers", lambda at: at.replace("CMakeLists.txt", "# taken in", "add_custom_target(sarn_tests)"),
      "sarn_tests is built"),
+])
+
+# Projects of others, small ones that print what the consumer prints.
+PROGRAM = '#include <cstdio>\nint main() { std::puts("sarn 1.0 with OpenSSL 1.1"); }\n'
+
+
+def make_consumer(at):
+    at.write("consumer/main.cpp", PROGRAM)
+    at.write("consumer/CMakeLists.txt", "cmake_minimum_required(VERSION 3.25)\nproject(consumer LANGUAGES CXX)\n"
+             "add_executable(consumer main.cpp)\n")
+
+
+def make_package(at):
+    at.write("main.cpp", "#ifndef FOUND\n#error pkg-config gave no flags\n#endif\n" + PROGRAM)
+    at.write("prefix/lib/pkgconfig/sarn.pc", "Name: sarn\nDescription: d\nVersion: 1.0\nCflags: -DFOUND\n")
+
+
+def print_else(name):
+    return lambda at: at.replace(name, "sarn 1.0", "sarn")
+
+
+add("Consumer", ["{cmake}", "-DWORK_DIR={work}/build", "-DSOURCE_DIR={work}/consumer", "-DWAY=package",
+                 "-DOPTIONS=-DCMAKE_CXX_COMPILER={cxx}", "-P", "{source}/tests/system/package/run_consumer.cmake"],
+    make_consumer, [
+    ("ThatDoesNotCompile", lambda at: at.append("consumer/main.cpp", "#error no\n"), "failed .*--build"),
+    ("ThatFails", lambda at: at.replace("consumer/main.cpp", "; }", "; return 3; }"), r"failed \(3\)"),
+    ("ThatPrintsSomethingElse", print_else("consumer/main.cpp"), "unexpected output"),
+])
+add("PkgConfig", ["{cmake}", "-DWORK_DIR={work}/build", "-DSOURCE={work}/main.cpp", "-DCXX={cxx}",
+                  "-DPREFIX={work}/prefix", "-DPKG_CONFIG={pkg_config}", "-DSTATIC=", "-DLINK_FLAGS=", "-P",
+                  "{source}/tests/system/package/run_pkg_config.cmake"], make_package, [
+    ("OfAnOlderVersion", lambda at: at.replace("prefix/lib/pkgconfig/sarn.pc", "1.0", "0.9"), "required version is .>= 1.0"),
+    ("WithoutFlags", lambda at: at.replace("prefix/lib/pkgconfig/sarn.pc", "-DFOUND", ""), "pkg-config gave no flags"),
+    ("OfAProgramThatPrintsSomethingElse", print_else("main.cpp"), "unexpected output"),
+])
+
+# Another zlib. The tests of the digests are a script that notes what it would have asked for.
+ZLIB_PROJECT = """cmake_minimum_required(VERSION 3.25)
+project(sarn LANGUAGES C)
+find_package(ZLIB REQUIRED)
+add_library(sarn SHARED a.c)
+target_link_libraries(sarn ZLIB::ZLIB)
+"""
+
+
+def make_zlib(at):
+    at.write("tests", "#!/bin/sh\nprintf 'adler32\\ncrc32\\n' >\"$SARN_TEST_ZLIB_LOG\"\n", 0o755)
+    for name in ("stand_in.so", "headers/zlib.h", "headers/zconf.h", "project/a.c"):
+        at.write(name, "")
+    at.write("project/CMakeLists.txt", ZLIB_PROJECT)
+
+
+add("ZlibStandIn", ["{cmake}", "-DTESTS={work}/tests", "-DLIBRARY={work}/stand_in.so", "-DHEADERS={work}/headers",
+                    "-DSOURCE_DIR={work}/project", "-DWORK_DIR={work}/zlib", "-DLIBCRYPTO=", "-P",
+                    "{source}/tests/system/package/run_zlib_stand_in.cmake"], make_zlib, [
+    ("ThatChangesADigest", lambda at: at.append("tests", "exit 1\n"), "depend on which zlib computes them"),
+    ("ThatIsNotAsked", lambda at: at.replace("tests", "adler32", "adler"), "the stand-in was not used"),
+    ("ThatTheBuildDoesNotTake", lambda at: at.replace("project/CMakeLists.txt", "ZLIB::ZLIB", "z"),
+     "ZLIB_ROOT was not taken"),
 ])

@@ -12,6 +12,7 @@ import shutil
 import subprocess
 import sys
 
+import command_cases
 import package_cases
 import page_cases
 import tree_cases

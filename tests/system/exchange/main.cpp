@@ -7,8 +7,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <iterator>
-#include <numeric>
 #include <stdexcept>
 
 namespace sarn_test {
@@ -16,12 +14,6 @@ namespace sarn_test {
 void require(bool condition, const std::string& item) {
     if (!condition)
         throw std::runtime_error(item + " is not what it should be");
-}
-
-const Bytes& getItem(const Items& items, const std::string& name) {
-    const auto found = items.find(name);
-    require(found != items.end(), "missing item " + name);
-    return found->second;
 }
 
 namespace {
@@ -62,17 +54,27 @@ void write(const std::string& folder) {
     writeSignedFiles(folder);
 }
 
-int read(const std::string& folder) {
-    const Bundle bundle = {readItems(folder + "/exact.txt"), readItems(folder + "/random.txt")};
-    for (const auto& [name, bytes] : makeBundle().exact) {
-        const auto found = bundle.exact.find(name);
-        require(found == bundle.exact.end() || found->second == bytes, name);
+/// Expects `isRight` of the name, the own bytes and those of the other build for each item that this one makes.
+template <class Check>
+void checkItems(const Items& own, const Items& others, Check isRight) {
+    for (const auto& [name, bytes] : own) {
+        const auto found = others.find(name);
+        // A build without IDEA wrote none.
+        if (found == others.end() && name.rfind("cipher/ideacbc/", 0) == 0)
+            continue;
+        require(found != others.end(), "missing item " + name);
+        require(isRight(name, bytes, found->second), name);
     }
-    const int counts[] = {checkCiphers(bundle), checkDigestStates(bundle), checkKeysAndEncodings(bundle),
-                          checkSignedFiles(folder)};
-    for (const int count : counts)
-        require(count > 0, "a family without items");
-    return std::accumulate(std::begin(counts), std::end(counts), 0);
+}
+
+/// Returns how many items there are.
+std::size_t read(const std::string& folder) {
+    const Bundle own = makeBundle();
+    const Bundle others = {readItems(folder + "/exact.txt"), readItems(folder + "/random.txt")};
+    checkItems(own.exact, others.exact, [](auto&, const Bytes& left, const Bytes& right) { return left == right; });
+    checkItems(own.random, others.random,
+               [](const std::string& name, auto&, const Bytes& encrypted) { return decrypts(name, encrypted); });
+    return others.exact.size() + others.random.size() + static_cast<std::size_t>(checkSignedFiles(folder));
 }
 
 } // namespace

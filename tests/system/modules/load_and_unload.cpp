@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // A host that knows the library only through a module that it loads and unloads again and again, and that ends from a
 // thread which is not its first one.
-#include "system/modules/module.h"
-#include "system/modules/shared_library.h"
+#include "system/modules/loaded_module.h"
 
 #include <cstdlib>
 #include <iostream>
@@ -12,8 +11,7 @@
 namespace {
 
 bool useModule(const std::string& path) {
-    const sarn_test::SharedLibrary library(path);
-    return library.find<const sarn_test::Module* (*)()>("getModule")()->useEveryFamily();
+    return sarn_test::LoadedModule(path).get().useEveryFamily();
 }
 
 } // namespace
@@ -31,9 +29,8 @@ int main(int count, char** words) {
         }
     }
     std::thread last([&] {
-        const sarn_test::SharedLibrary library(path);
-        const auto* const module = library.find<const sarn_test::Module* (*)()>("getModule")();
-        std::exit(module->useEveryFamily() ? 0 : 1);
+        const sarn_test::LoadedModule module(path);
+        std::exit(module.get().useEveryFamily() ? 0 : 1);
     });
     last.join();
     return 1;

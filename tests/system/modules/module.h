@@ -15,7 +15,7 @@
 
 namespace sarn_test {
 
-/// The error classes of both libraries.
+/// The error classes of both libraries; none is the last.
 enum class ErrorKind {
     error,
     invalidArgument,
@@ -26,10 +26,6 @@ enum class ErrorKind {
     configSignature,
     none,
 };
-
-constexpr ErrorKind errorKinds[] = {
-    ErrorKind::error, ErrorKind::invalidArgument, ErrorKind::badState,       ErrorKind::badPath,
-    ErrorKind::file,  ErrorKind::versionMismatch, ErrorKind::configSignature};
 
 /// Addresses of the process-wide objects of both libraries, as one module sees them.
 using GlobalObjects = std::array<const void*, 7>;

@@ -1,29 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "system/soak/forks.h"
-
-#include "system/soak/operations.h"
+#include "support/threads.h"
+#include "system/soak/soak.h"
 
 #include "ul/random.h"
 
-#include <array>
 #include <atomic>
 #include <chrono>
 #include <mutex>
-#include <stdexcept>
 #include <thread>
 
-#include <sys/wait.h>
-#include <unistd.h>
-
-namespace sarn_soak {
+namespace sarn_test {
 
 namespace {
 
-constexpr int threadCount = 8;
-constexpr unsigned secondsOfAChild = 10;
-constexpr int drawnByAChild = 8;
-
-using IVs = std::array<IV, drawnByAChild>;
+using IVs = std::array<IV, 8>;
 
 IV draw() {
     IV iv;
@@ -31,29 +21,19 @@ IV draw() {
     return iv;
 }
 
-/// What a child does: draws random bytes and hands them over. Other threads may have held any lock at the fork, the
-/// allocator's too, so it does nothing else.
-void runChild(int pipe) noexcept {
-    ::alarm(secondsOfAChild);
-    IVs ivs;
-    for (IV& iv : ivs)
-        iv = draw();
-    ::_exit(::write(pipe, &ivs, sizeof ivs) == sizeof ivs ? 0 : 1);
-}
-
 IVs forkOnce() {
     int ends[2];
     if (::pipe(ends) != 0)
         throw std::runtime_error("no pipe");
-    const pid_t child = ::fork();
-    if (child == 0)
-        runChild(ends[1]);
+    // Other threads may have held any lock at the fork, the allocator's too, so the child does nothing else.
+    runInNewProcess([&] {
+        IVs ivs;
+        for (IV& iv : ivs)
+            iv = draw();
+        if (::write(ends[1], &ivs, sizeof ivs) != sizeof ivs)
+            ::_exit(1);
+    });
     ::close(ends[1]);
-    int status = 0;
-    ::waitpid(child, &status, 0);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        throw std::runtime_error(WIFSIGNALED(status) && WTERMSIG(status) == SIGALRM ? "a child hangs"
-                                                                                    : "a child failed");
     IVs ivs;
     const ssize_t count = ::read(ends[0], &ivs, sizeof ivs);
     ::close(ends[0]);
@@ -62,62 +42,48 @@ IVs forkOnce() {
     return ivs;
 }
 
-/// Threads that use all that is shared, and draw random bytes, until the end.
-class BusyThreads {
-public:
-    explicit BusyThreads(const Shared& shared) {
-        for (unsigned i = 0; i < threadCount; ++i)
-            m_threads.emplace_back([this, &shared, i] { work(shared, i); });
-    }
-    BusyThreads(const BusyThreads&) = delete;
-    BusyThreads& operator=(const BusyThreads&) = delete;
-    ~BusyThreads() { stop(); }
-
-    /// Stops them. Returns what they drew.
-    std::vector<IV>& stop() {
-        m_isOver = true;
-        for (std::thread& thread : m_threads)
-            thread.join();
-        m_threads.clear();
-        return m_ivs;
-    }
-
-private:
-    void work(const Shared& shared, unsigned seed) {
-        std::mt19937 random(seed);
-        std::vector<IV> ivs;
-        while (!m_isOver) {
-            shared.use(random, ivs);
-            // Not each time, because the draws are kept, and more memory makes forks slower.
-            if (random() % 8 == 0)
-                ivs.push_back(draw());
-        }
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_ivs.insert(m_ivs.end(), ivs.begin(), ivs.end());
-    }
-
-    std::atomic<bool> m_isOver{false};
-    std::mutex m_mutex;
-    std::vector<IV> m_ivs;
-    std::vector<std::thread> m_threads;
-};
-
-} // namespace
-
-std::size_t runForks(int count) {
-    const Shared shared;
-    std::mt19937 random(1);
+std::vector<IV> forkAtRandomMoments(int count) {
+    std::mt19937 random(0);
     std::vector<IV> all{draw()};
-    BusyThreads threads(shared);
     for (int i = 0; i < count; ++i) {
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 300));
         const IVs ivs = forkOnce();
         all.insert(all.end(), ivs.begin(), ivs.end());
     }
-    const std::vector<IV>& own = threads.stop();
-    all.insert(all.end(), own.begin(), own.end());
+    return all;
+}
+
+std::vector<IV> useUntil(const std::atomic<bool>& isOver, const Shared& shared, int seed) {
+    std::mt19937 random(static_cast<unsigned>(seed));
+    std::vector<IV> all;
+    while (!isOver) {
+        shared.use(random, all);
+        // Not each time: what they draw is kept, and a process forks the slower the more memory it has.
+        if (random() % 8 == 0)
+            all.push_back(draw());
+    }
+    return all;
+}
+
+} // namespace
+
+std::size_t runForks(int count) {
+    const Shared shared;
+    std::atomic<bool> isOver{false};
+    std::mutex mutex;
+    std::vector<IV> all;
+    // One of the threads forks, the others use all that is shared.
+    runOnThreads(9, [&](int number) {
+        struct End {
+            ~End() { isOver = true; }
+            std::atomic<bool>& isOver;
+        } const end{isOver};
+        const std::vector<IV> ivs = number == 0 ? forkAtRandomMoments(count) : useUntil(isOver, shared, number);
+        const std::lock_guard<std::mutex> lock(mutex);
+        all.insert(all.end(), ivs.begin(), ivs.end());
+    });
     checkNoneIsRepeated(all);
     return all.size();
 }
 
-} // namespace sarn_soak
+} // namespace sarn_test

@@ -1,22 +1,18 @@
 // SPDX-License-Identifier: Apache-2.0
 // Threads, forks, first uses and ends of processes, as many as asked for: sarn_soak threads|forks|first-use|ends COUNT
-#include "system/soak/ends.h"
-#include "system/soak/first_use.h"
-#include "system/soak/forks.h"
-#include "system/soak/operations.h"
+#include "support/threads.h"
+#include "system/soak/soak.h"
 
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <mutex>
 #include <string>
-#include <thread>
 
 namespace {
 
-using namespace sarn_soak;
+using namespace sarn_test;
 
 constexpr int threadCount = 64;
 
@@ -26,28 +22,19 @@ std::size_t runThreads(long count) {
     std::atomic<long> left{count};
     std::mutex mutex;
     std::vector<IV> all;
-    std::exception_ptr error;
-    const auto work = [&](unsigned seed) {
-        std::mt19937 random(seed);
+    runOnThreads(threadCount, [&](int seed) {
+        std::mt19937 random(static_cast<unsigned>(seed));
         std::vector<IV> ivs;
         try {
             while (--left >= 0)
                 shared.use(random, ivs);
         } catch (...) {
-            const std::lock_guard<std::mutex> lock(mutex);
-            error = std::current_exception();
             left = 0;
+            throw;
         }
         const std::lock_guard<std::mutex> lock(mutex);
         all.insert(all.end(), ivs.begin(), ivs.end());
-    };
-    std::vector<std::thread> threads;
-    for (unsigned i = 0; i < threadCount; ++i)
-        threads.emplace_back(work, i);
-    for (std::thread& thread : threads)
-        thread.join();
-    if (error)
-        std::rethrow_exception(error);
+    });
     checkNoneIsRepeated(all);
     return all.size();
 }

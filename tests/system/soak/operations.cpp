@@ -1,65 +1,54 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "system/soak/operations.h"
+#include "support/digest_test_data.h"
+#include "system/soak/soak.h"
 
 #include "sarn/encoding.h"
 
-#include <algorithm>
-#include <stdexcept>
-#include <string>
-
-namespace sarn_soak {
+namespace sarn_test {
 
 namespace {
 
-using Buffer = ul::TBuffer<unsigned char>;
-using Bytes = std::vector<unsigned char>;
-
+// Nothing here is destroyed at the end of the process, when other threads still use it.
 constexpr char text[] = "the only copy of somebody's data";
 constexpr int textSize = sizeof text - 1;
 constexpr unsigned long long saltCount = 16;
 const IV zeroIV{};
 
-Bytes toBytes(const Buffer& buffer) {
-    return Bytes(buffer.getData(), buffer.getData() + buffer.getUsed());
+Bytes getText() {
+    return Bytes(text, text + textSize);
 }
-
-ul::TCryptBuffer<char> getPassword() {
-    ul::TCryptBuffer<char> password;
-    password.init("correct horse", 13);
-    return password;
-}
-
-Bytes computeDigest() {
-    const ul::P<sarn::IDigest> digest = sarn::CDigestManager::get()->getType("md4-sha1-adler32")->createDigest();
-    digest->update(text, textSize);
-    digest->finish();
-    Bytes result(static_cast<std::size_t>(digest->getDigestSize()));
-    digest->storeDigestData(result.data());
-    return result;
-}
-
-} // namespace
 
 void check(bool holds, const char* what) {
     if (!holds)
         throw std::runtime_error(std::string("wrong: ") + what);
 }
 
+ul::P<sarn::CPasswordKeyCache> makeCache() {
+    ul::TCryptBuffer<char> password;
+    password.init("correct horse", 13);
+    return ul::make<sarn::CPasswordKeyCache>(password);
+}
+
+Bytes computeDigest() {
+    return getDigest("md4-sha1-adler32", getText());
+}
+
+void useEncodings() {
+    ul::TBuffer<unsigned char> decoded;
+    sarn::base64Decode(sarn::base64Encode(text, textSize, true, true), decoded);
+    check(toBytes(decoded) == getText(), "decoded Base64");
+}
+
+} // namespace
+
 void checkNoneIsRepeated(std::vector<IV>& ivs) {
     std::sort(ivs.begin(), ivs.end());
     check(std::adjacent_find(ivs.begin(), ivs.end()) == ivs.end(), "an initialisation vector came twice");
 }
 
-Shared::Shared()
-    : m_cipher(sarn::CCipherManager::get()->getCipher("aes256cbc")),
-      m_digest(computeDigest()),
-      m_cache(ul::make<sarn::CPasswordKeyCache>(getPassword())) {
-    m_key.init(reinterpret_cast<const unsigned char*>(text), 32);
-    Buffer out;
-    m_cipher->encrypt(m_key, text, textSize, out, false, zeroIV.data());
-    m_encrypted = toBytes(out);
+Shared::Shared() : m_encrypted(encrypt(zeroIV.data())), m_digest(computeDigest()), m_cache(makeCache()) {
     // By another object, so that the shared one starts empty.
-    const auto cache = ul::make<sarn::CPasswordKeyCache>(getPassword());
+    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
     for (unsigned long long salt = 0; salt < saltCount; ++salt)
         m_keys.push_back(toBytes(*cache->getKey(32, salt, 2)));
 }
@@ -71,13 +60,13 @@ void Shared::use(std::mt19937& random, std::vector<IV>& ivs) const {
         break;
     case 1:
     case 2:
-        useCipher();
+        check(encrypt(zeroIV.data()) == m_encrypted, "a ciphertext");
         break;
     case 3:
         useRegistries(random);
         break;
     case 4:
-        useDigest();
+        check(computeDigest() == m_digest, "a digest");
         break;
     case 5:
         useEncodings();
@@ -88,20 +77,19 @@ void Shared::use(std::mt19937& random, std::vector<IV>& ivs) const {
 }
 
 IV Shared::drawIV() const {
-    Buffer encrypted;
-    Buffer decrypted;
-    m_cipher->encrypt(m_key, text, textSize, encrypted, false, nullptr);
-    m_cipher->decrypt(m_key, encrypted.getData(), encrypted.getUsed(), decrypted, false, nullptr);
-    check(toBytes(decrypted) == Bytes(text, text + textSize), "what was encrypted decrypts to something else");
+    const Bytes encrypted = encrypt(nullptr);
+    ul::TBuffer<unsigned char> decrypted;
+    m_cipher->decrypt(m_key, encrypted.data(), static_cast<int>(encrypted.size()), decrypted, false, nullptr);
+    check(toBytes(decrypted) == getText(), "what was encrypted decrypts to something else");
     IV iv;
-    std::copy_n(encrypted.getData(), iv.size(), iv.begin());
+    std::copy_n(encrypted.begin(), iv.size(), iv.begin());
     return iv;
 }
 
-void Shared::useCipher() const {
-    Buffer out;
-    m_cipher->encrypt(m_key, text, textSize, out, false, zeroIV.data());
-    check(toBytes(out) == m_encrypted, "a ciphertext");
+Bytes Shared::encrypt(const unsigned char* iv) const {
+    ul::TBuffer<unsigned char> out;
+    m_cipher->encrypt(m_key, text, textSize, out, false, iv);
+    return toBytes(out);
 }
 
 void Shared::useRegistries(std::mt19937& random) const {
@@ -113,10 +101,6 @@ void Shared::useRegistries(std::mt19937& random) const {
     check(sarn::CDigestManager::get()->getType("sha256")->getDigestSize() == 32, "a digest's size");
 }
 
-void Shared::useDigest() const {
-    check(computeDigest() == m_digest, "a digest");
-}
-
 void Shared::useCache(std::mt19937& random) const {
     const unsigned long long salt = random() % saltCount;
     const auto key = m_cache->getKey(32, salt, 2);
@@ -124,10 +108,4 @@ void Shared::useCache(std::mt19937& random) const {
     check(m_cache->getKey(32, salt, 2).get() == key.get(), "a cached key is the same object");
 }
 
-void Shared::useEncodings() const {
-    Buffer decoded;
-    sarn::base64Decode(sarn::base64Encode(text, textSize, true, true), decoded);
-    check(toBytes(decoded) == Bytes(text, text + textSize), "decoded Base64");
-}
-
-} // namespace sarn_soak
+} // namespace sarn_test
