@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Encrypts a file of any size with a password, or decrypts it. An encrypted file is a salt, the ciphertext with its IV,
-// and an HMAC, so that nobody can cut or change the file unnoticed.
+// and an HMAC, which detects a file that was cut or changed.
 #include <sarn/host.h>
 
 #include <algorithm>
@@ -54,7 +54,7 @@ void decrypt(ul::CWindowsFileInStream& in, std::ostream& out, ul::CBytes passwor
     out << decryptor.finish().asText();
 }
 
-// The result under another name. It is removed unless it has been renamed.
+// The result under a temporary name. It is removed unless it was renamed.
 struct NewFile {
     const std::filesystem::path part;
     std::ofstream out{part, std::ios::binary};

@@ -5,7 +5,8 @@
 
 int main() {
     const auto key = ul::makeRandomBytes(32);
-    const auto encrypted = sarn::encrypt("aes256cbc", key, "only copy"); // a random IV comes before the ciphertext
+    // The result is a random IV and the ciphertext.
+    const auto encrypted = sarn::encrypt("aes256cbc", key, "only copy");
     const auto decrypted = sarn::decrypt("aes256cbc", key, encrypted);
     std::cout << encrypted.getUsed() << " bytes hold: " << ul::CBytes(decrypted).asText() << "\n";
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Signs a file, or verifies it with the signature beside it. The pass phrase of a key is the first line of a file.
+// Signs a file, or verifies it with the signature beside it. The passphrase of a key is the first line of a file.
 #include <sarn/host.h>
 
 #include <iostream>

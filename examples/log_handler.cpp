@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Takes the library's log to where the host keeps its own.
+// Adds the library's log to the host's own.
 #include <sarn/host.h>
 
 #include <iostream>
@@ -10,7 +10,7 @@ int main() {
     std::mutex mutex;
     std::vector<std::string> lines;
     const ul::LogHandler before = ul::setLogHandler([&](const ul::String& line) {
-        const std::lock_guard<std::mutex> lock(mutex); // lines come from any thread, and from two at once
+        const std::lock_guard<std::mutex> lock(mutex); // any thread may log, and two may log at once
         lines.push_back("[sarn] " + line.toUTF8());
     });
 
@@ -20,7 +20,7 @@ int main() {
         ul::logError(error, "The job \"nightly\" cannot start.", "It is tried again tomorrow.");
     }
 
-    ul::setLogHandler(before); // before the lines go away
+    ul::setLogHandler(before); // before `lines` is destroyed
     for (const std::string& line : lines)
         std::cout << line << "\n";
 }

@@ -12,7 +12,7 @@ int main() {
     std::cout << cipher->getID().toUTF8() << ": key " << cipher->getKeySize() << ", IV " << cipher->getIVSize()
               << ", block " << cipher->getBlockSize() << " bytes\n";
 
-    // From here on it is one of them, for every module of the process.
+    // From now on every module of the process finds it by its identifier.
     const auto key = ul::makeRandomBytes(cipher->getKeySize());
     const auto encrypted = sarn::encrypt("camellia256cbc", key, "only copy");
     std::cout << ul::CBytes(sarn::decrypt("camellia256cbc", key, encrypted)).asText() << "\n";

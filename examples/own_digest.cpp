@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Adds a digest type to the registry: SHA-512, whose running state can be saved and resumed like that of any other.
-#define OPENSSL_SUPPRESS_DEPRECATED // libcrypto 3 keeps these functions and would rather not have them called
+// Adds a digest type to the registry: SHA-512, whose running state can be saved and resumed.
+#define OPENSSL_SUPPRESS_DEPRECATED // libcrypto 3 has these functions but marks them as deprecated
 
 #include <sarn/host.h>
 
@@ -26,7 +26,7 @@ int main() try {
     const ul::P<sarn::IDigest> second = sarn::createDigest("sha512");
     sarn::loadState(*second, sarn::saveState(*first));
     sarn::feed(*second, "bc");
-    std::cout << ul::toHex(sarn::finish(*second)) << "\n"; // that of "abc"
+    std::cout << ul::toHex(sarn::finish(*second)) << "\n"; // the SHA-512 of "abc"
 } catch (const std::exception& error) {
     std::cerr << ul::formatError(error) << "\n";
     return 1;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reads a signed configuration, with defaults for values that it does not have.
+// Reads a signed configuration, with defaults for missing values.
 #include <sarn/host.h>
 
 #include <iostream>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Digests a file that grows, a log for example: each run reads what is new since the last.
+// Digests a file that grows, such as a log: each run reads only the bytes that were added since the previous one.
 #include <sarn/host.h>
 
 #include <fstream>

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Takes over a downloaded file only if its signature verifies: FILE.part becomes FILE. Names are UTF-8.
+// Renames a download from FILE.part to FILE only if its signature verifies. Names are UTF-8.
 #include <sarn/host.h>
 
 #include <algorithm>
 #include <iostream>
 
-// Feeds the file to the verifier while it shows how far it is; reading it twice would take twice as long.
+// Feeds the file to the verifier and shows the progress.
 void feed(sarn::IVerifier& verifier, const ul::CWindowsPath& path) {
     ul::CWindowsFileInStream file(path);
     const std::int64_t total = std::max<std::int64_t>(file.getLength(), 1); // it may grow meanwhile
@@ -24,7 +24,7 @@ int main(int count, char** words) try {
         throw std::runtime_error("usage: verify_download FILE PUBLIC_KEY.pem (with FILE.part and FILE.sig beside it)");
     const std::string file = words[1];
     const ul::CWindowsPath part = ul::path(file + ".part");
-    // Renaming a link would take over whatever it leads to by then. Nobody else may write to the folder meanwhile.
+    // A renamed link could lead to another file later. Nobody else may write to the folder meanwhile.
     if (std::filesystem::is_symlink(ul::native(part)))
         throw std::runtime_error("It is a link: " + file + ".part");
     ul::TBuffer<unsigned char> signature;
@@ -33,7 +33,7 @@ int main(int count, char** words) try {
     feed(*verifier, part);
     if (!verifier->finish(signature))
         throw std::runtime_error("The signature is not one of this file. It stays " + file + ".part.");
-    // Not before: nobody may take a file that is not verified.
+    // Only now: a file under its final name is a verified one.
     std::filesystem::rename(ul::native(part), ul::native(ul::path(file)));
     std::cout << "verified: " << file << "\n";
 } catch (const std::exception& error) {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// The host: turns what a plug-in's C function hands back into the error that it was.
+// The host: raises the error that a C function of the plug-in returns as an object.
 #include "plugin.h"
 
 #include <sarn/host.h>
 
 #include <iostream>
 
-// Ends normally or with the plug-in's own error.
+// Returns, or raises the error of the plug-in.
 void callPlugin(const char* cipherID) {
     const auto error = ul::P<ul::CError>::adopt(static_cast<ul::CError*>(runJob(cipherID)));
     if (error)

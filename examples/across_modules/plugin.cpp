@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The plug-in: a module of its own, perhaps loaded at run time, that uses the library as its host does.
+// The plug-in: another module, perhaps loaded at run time, that uses the same library as its host.
 #include "plugin.h"
 
 #include <sarn/sarn.h>
@@ -9,7 +9,7 @@ void* runJob(const char* cipherID) {
         sarn::CCipherManager::get()->getCipher(cipherID);
         return nullptr;
     } catch (ul::CError& error) {
-        // A copy of the same class, with message, properties and cause. One reference goes to the caller.
+        // A copy of the same class, with message, properties and cause. The caller gets one reference.
         const ul::P<ul::CError> copy = error.clone();
         copy->addRef();
         return copy.get();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a plug-in offers its host: C functions, through which no exception may pass.
+// The C interface of a plug-in. No exception may cross it.
 #pragma once
 
 #if defined(_WIN32)
@@ -10,7 +10,6 @@
 
 extern "C" {
 
-/// Runs a job. Returns null if that worked, else an error that the caller owns: pass it to
-/// ul::P<ul::CError>::adopt().
+/// Runs a job. Returns null, or an error that the caller owns: pass it to ul::P<ul::CError>::adopt().
 PLUGIN_EXPORT void* runJob(const char* cipherID);
 }

@@ -50,7 +50,7 @@ Totals storeFiles(const WorkFolder& folder, const std::vector<fs::path>& files, 
 
 void restoreFile(const ul::String& cipher, const Key& key, const fs::path& copy, const fs::path& restored,
                  const std::string& expectedDigest, const Progress& progress) {
-    const fs::path part = withSuffix(restored, ".part"); // nobody takes it for the file before it is verified
+    const fs::path part = withSuffix(restored, ".part"); // a file under its final name is a verified one
     if (decryptFile(cipher, key, copy, part, progress) != expectedDigest)
         throw ul::CError("The restored file has another digest than the manifest says.", "", -1,
                          ul::CProps().add("path", ul::path(restored).getString()), nullptr);

@@ -13,7 +13,7 @@
 
 namespace demo {
 
-/// Writes a configuration and its signature, as whoever sets backups up would.
+/// Writes a configuration and its signature, as an administrator of backups would.
 void writeConfiguration(const WorkFolder& folder, const std::filesystem::path& source, const ul::String& cipher);
 
 /// The two keys of a backup: one encrypts, the other authenticates the manifest.
@@ -22,7 +22,7 @@ struct Keys {
     ul::PC<Key> manifest;
 };
 
-/// Derives the keys, or takes them from the cache. Each has a salt of its own.
+/// Derives the keys, or takes them from the cache. Each has its own salt.
 Keys getKeys(sarn::CPasswordKeyCache& cache, const Manifest& manifest);
 
 /// Figures of a run over all files.
@@ -36,12 +36,12 @@ Totals storeFiles(const WorkFolder& folder, const std::vector<std::filesystem::p
                   Manifest& manifest);
 
 /// Decrypts each file of the manifest and compares its digest with the one noted there and its content with the
-/// original. The names of those that differ go to `different`.
+/// original. Appends the names of those that differ to `different`.
 Totals restoreFiles(const WorkFolder& folder, const std::vector<std::filesystem::path>& originals, const Key& key,
                     const Manifest& manifest, std::vector<std::string>& different);
 
 /// Restores one encrypted copy to `restored`.
-/// \throws ul::CError if the key is wrong, the copy damaged, or its digest not the one in the manifest
+/// \throws ul::CError if the key is wrong, the copy is damaged, or its digest is not `expectedDigest`.
 void restoreFile(const ul::String& cipher, const Key& key, const std::filesystem::path& copy,
                  const std::filesystem::path& restored, const std::string& expectedDigest, const Progress& progress);
 

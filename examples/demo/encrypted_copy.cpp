@@ -15,7 +15,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Writes to a new file the result of `change` for each piece of the old one, and then that of `finish`.
+/// Writes a new file: the result of `change` for each piece of the old one, then the result of `finish`.
 template <class Change, class Finish>
 void convert(const fs::path& from, const fs::path& to, Change change, Finish finish) {
     constexpr int pieceSize = 1 << 16;

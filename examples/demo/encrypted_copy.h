@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Encrypted copies of files, as a backup program would keep them: a random IV and the ciphertext. The digests that the
-// signed manifest holds prove that a copy is whole.
+// Encrypted copies of files, as a backup program would store them: a random IV and the ciphertext. The digests in the
+// signed manifest prove that a copy is whole.
 #pragma once
 
 #include "manifest.h"
@@ -15,12 +15,12 @@ namespace demo {
 std::string encryptFile(const ul::String& cipher, const Key& key, const std::filesystem::path& source,
                         const std::filesystem::path& copy, const Progress& progress);
 
-/// Writes what the encrypted `copy` holds to `restored`. Returns the digest of that.
-/// \throws ul::CError if the end of the copy shows that the key is wrong or the copy damaged
+/// Decrypts `copy` to `restored`. Returns the digest of the restored file.
+/// \throws ul::CError if the padding shows that the key is wrong or the copy is damaged.
 std::string decryptFile(const ul::String& cipher, const Key& key, const std::filesystem::path& copy,
                         const std::filesystem::path& restored, const Progress& progress);
 
-/// Whether two files hold the same bytes.
+/// Whether two files contain the same bytes.
 bool isSameContent(const std::filesystem::path& left, const std::filesystem::path& right);
 
 } // namespace demo

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Where the demo keeps what, and the keys that it signs with.
+// Files and keys of the demo.
 #pragma once
 
 #include <sarn/host.h>
@@ -16,16 +16,17 @@ std::filesystem::path withSuffix(std::filesystem::path path, const char* suffix)
 /// The text of a path in UTF-8.
 std::string toUTF8(const std::filesystem::path& path);
 
-/// The key that configurations and manifests are verified with.
+/// The key that verifies configurations and manifests.
 ul::String readPublicKey();
 
-/// Writes a text file and its signature beside it. A real host has no private key: it stays where backups are set up.
+/// Writes a text file and its signature beside it. A real host does not have the private key: it
+/// stays where backups are configured.
 void writeSigned(const std::filesystem::path& path, const ul::String& text);
 
-/// The files to back up: build results and hidden folders are left out of a folder.
+/// The files to back up. In a folder, build results and hidden folders are skipped.
 std::vector<std::filesystem::path> listFiles(const std::filesystem::path& path);
 
-/// A folder for what the demo writes; one that it made up itself goes with it.
+/// A folder for the files that the demo writes. If none is wanted, it is a temporary one, which the destructor removes.
 class WorkFolder {
 public:
     explicit WorkFolder(const std::filesystem::path& wanted);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A small backup program. It does a host's whole job once, restores what it stored, and shows what becomes of a backup
-// in which one byte was changed.
+// A small backup program. It backs files up, restores them, and shows the error after one byte of the backup was
+// changed.
 #include "backup.h"
 #include "resumed_digest.h"
 #include "tampering.h"
@@ -49,7 +49,8 @@ bool parse(std::vector<std::string> words, Options& options) {
         else if (words[i] == "--keep" && hasValue)
             options.folder = fs::weakly_canonical(words[++i]);
         else if (words[i].rfind("--", 0) != 0 && !hasPath) {
-            options.path = fs::weakly_canonical(words[i]); // a ".." after a link would mean two files
+            options.path =
+                fs::weakly_canonical(words[i]); // the library and the system read ".." after a link differently
             hasPath = true;
         } else
             return false;
@@ -89,7 +90,7 @@ void showStep(const char* name, const std::string& text) {
     std::cout << "  " << label << text << "\n";
 }
 
-/// Digests the largest file again, in two processes, and asks the system's own tool.
+/// Digests the largest file again, in two processes and with a tool of the system.
 bool resumeDigestOfLargest(const Options& options, const demo::Manifest& manifest, const std::vector<fs::path>& files,
                            const fs::path& folder) {
     std::size_t largest = 0;
@@ -106,7 +107,7 @@ bool resumeDigestOfLargest(const Options& options, const demo::Manifest& manifes
     return isSame;
 }
 
-/// Changes one byte in each kind of file in turn and shows who notices.
+/// Changes one byte in each kind of file in turn and shows the errors.
 bool tamper(const demo::WorkFolder& folder, const demo::Manifest& manifest, const demo::Key& key) {
     const std::string configuration = demo::changeOneByte(folder.getConfiguration(), [&] {
         sarn::CSignedConfig(ul::path(folder.getConfiguration()), demo::readPublicKey(), false);

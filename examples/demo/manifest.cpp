@@ -15,7 +15,7 @@ ul::String getMacLine(const ul::String& text, const Key& key) {
     return "sha1=" + ul::text(sarn::base64(sarn::hmacSHA1(key, text.toUTF8()))) + "\n";
 }
 
-/// The configuration that a manifest is as well.
+/// Loads a manifest as the signed configuration that it also is.
 ul::P<sarn::CSignedConfig> load(const ul::CWindowsPath& path) try {
     return ul::make<sarn::CSignedConfig>(path, readPublicKey(), false);
 } catch (const sarn::CSignedConfigSignatureError& error) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a backup holds: an INI file that carries an HMAC under a key derived from the password, and lies beside its
-// signature.
+// The list of the files in a backup: an INI file with an HMAC under a key derived from the password, and with a
+// signature file beside it.
 #pragma once
 
 #include <sarn/host.h>
@@ -29,7 +29,7 @@ struct Manifest {
 };
 
 /// Reads a manifest.
-/// \throws ul::CError if its signature does not match
+/// \throws ul::CError if its signature does not match.
 Manifest readManifest(const std::filesystem::path& path);
 
 /// Whether the HMAC of a manifest is the one under `macKey`.

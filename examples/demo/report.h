@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the demo shows on the screen.
+// The output of the demo.
 #pragma once
 
 #include <chrono>
@@ -9,7 +9,7 @@
 
 namespace demo {
 
-/// Told how many further bytes have been worked on.
+/// Called with the number of bytes that were processed since the previous call.
 using Progress = std::function<void(std::int64_t size)>;
 
 /// The time that `work` takes, in seconds.
@@ -20,10 +20,10 @@ double measureSeconds(Work work) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// Bytes and the time that went into them.
+/// A number of bytes and the time that they took.
 class Throughput {
 public:
-    /// Runs `work` on the clock.
+    /// Runs `work` and adds the time that it takes.
     template <class Work>
     void measure(Work work) {
         m_seconds += measureSeconds(work);
@@ -38,7 +38,7 @@ private:
     double m_seconds = 0;
 };
 
-/// A line that shows how far the work has come; it redraws itself on a terminal and stays quiet in a log.
+/// A progress line. It redraws itself on a terminal and prints nothing elsewhere.
 class ProgressLine {
 public:
     explicit ProgressLine(std::int64_t total);

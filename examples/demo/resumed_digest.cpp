@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Calls `use` for the next `size` bytes of a stream, piece by piece; for fewer if it ends before.
+/// Calls `use` for the next `size` bytes of a stream, piece by piece; for fewer if the stream ends.
 template <class Use>
 void read(ul::CWindowsFileInStream& stream, std::int64_t size, Use use) {
     ul::TBuffer<unsigned char> piece(1 << 16, -1);
@@ -30,7 +30,7 @@ void read(ul::CWindowsFileInStream& stream, std::int64_t size, Use use) {
 std::string runCommand(const std::string& command, const fs::path& output) {
     std::string line = command + " > \"" + output.string() + "\"";
 #ifdef _WIN32
-    line = "\"" + line + "\""; // the shell takes the outer quotes away
+    line = "\"" + line + "\""; // the shell removes the outer quotes
 #endif
     if (std::system(line.c_str()) != 0)
         return "";

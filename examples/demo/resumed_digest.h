@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Digests of files, in one go and with a break in which the process ends.
+// Digests of files that another process resumes.
 #pragma once
 
 #include <cstdint>
@@ -8,10 +8,10 @@
 
 namespace demo {
 
-/// What every file is digested with.
+/// The type of all digests.
 constexpr char digestID[] = "md4-sha1-adler32";
 
-/// The part of a digest in hexadecimal digits that is the SHA-1.
+/// The SHA-1 in a digest, both in hexadecimal digits.
 std::string getSHA1(const std::string& digest);
 
 /// Digests the first `size` bytes of a file and saves the running state to `stateFile`.
@@ -25,7 +25,7 @@ std::string resumeDigest(const std::filesystem::path& file, const std::filesyste
 std::string digestInTwoRuns(const std::string& program, const std::filesystem::path& file,
                             const std::filesystem::path& folder);
 
-/// The SHA-1 that the system's own tools find; empty if it has none.
+/// The SHA-1 of a file by a tool of the system; empty if there is no such tool.
 std::string askSystemForSHA1(const std::filesystem::path& file, const std::filesystem::path& folder);
 
 } // namespace demo

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What becomes of a backup in which somebody changed one byte.
+// Shows that a changed backup is detected.
 #pragma once
 
 #include <filesystem>
@@ -8,8 +8,8 @@
 
 namespace demo {
 
-/// Changes the byte in the middle of a file, runs `use`, and changes it back. Returns what `use` raised, or an empty
-/// text if it noticed nothing.
+/// Changes the byte in the middle of a file, runs `use`, and changes it back. Returns the message of the
+/// error that `use` raised, or an empty text.
 std::string changeOneByte(const std::filesystem::path& file, const std::function<void()>& use);
 
 } // namespace demo

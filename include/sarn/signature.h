@@ -60,8 +60,9 @@ public:
     ///         error."
     virtual void update(const void* data, int size) = 0;
     /// Whether the `size` bytes at `signature` are a signature of the data. A mismatch is a result, not an error; so is
-    /// a negative size, which no signature has.
-    /// \throws ul::CError "OpenSSL verify error." if libcrypto fails.
+    /// a negative size under an RSA key.
+    /// \throws ul::CError "OpenSSL verify error." if libcrypto fails, as it does for DSA if the bytes are not DER or
+    ///         `size` is negative.
     virtual bool finish(const void* signature, int size) = 0;
 
     /// Whether the used bytes of a buffer are a signature of the data.

@@ -21,6 +21,29 @@ add("ErrorsPage", ["{python}", "{source}/tests/system/docs/check_errors.py", "{w
      lambda at: at.append("src/frame/raise.cpp", 'void f() { raiseInvalidArg("f", "invalid data size or so"); }\n'),
      "does not list: invalid data size or so"),
 ])
+REGISTRIES = ["src", "include", "docs/ciphers.md", "docs/digests.md", "tests/support/cipher_test_data.h"]
+CIPHERS, DIGESTS = "src/cipher/cipher_table.cpp", "src/digest/digest_manager.cpp"
+add("PageRegistries", ["{python}", "{source}/tests/system/docs/check_registries.py", "{work}"],
+    lambda at: at.copy(*REGISTRIES), [
+    ("CipherThatIsNotListed", lambda at: at.replace("docs/ciphers.md", r"^\| `bfcbc`.*\n", ""),
+     r"ciphers\.md: bfcbc is missing"),
+    ("CipherThatIsGone", lambda at: at.replace(CIPHERS, r'^ *\{"bfcbc".*\n', ""), "bfcbc .* in the sources missing"),
+    ("CipherOfAnotherClass", lambda at: at.replace("docs/ciphers.md", "`CCipher_Cast128CBC`", "`CCipher_BlowFishCBC`"),
+     "cast128cbc is .*CCipher_BlowFishCBC.* in the sources .*CCipher_Cast128CBC"),
+    ("CipherThatIsOffered", lambda at: at.replace(CIPHERS, "getBuiltInIDEA, true, false", "getBuiltInIDEA, true, true"),
+     "ideacbc is .*'no'.* in the sources .*'yes'"),
+    ("NullThatIsNotRegistered", lambda at: at.replace("src/cipher/cipher_manager.cpp", "^ *addCipher.*make.*\n", ""),
+     "null is .* in the sources missing"),
+    ("SizeOfAnotherKey", lambda at: at.replace("docs/ciphers.md", r"\| 32 \|", "| 24 |"), "aes256cbc is .*'24'.*'32'"),
+    ("DigestThatIsNotListed", lambda at: at.replace("docs/digests.md", r"^\| `md4-sha1` .*\n", ""),
+     r"digests\.md: md4-sha1 is missing"),
+    ("DigestThatIsGone", lambda at: at.replace(DIGESTS, r"create<CDigestType_CRC32>,", ""),
+     "crc32 is .* in the sources missing"),
+    ("DigestOfAnotherName", lambda at: at.replace("src/digest/openssl_digest_types.cpp", '"sha256"', '"sha-256"'),
+     "sha-256 is missing"),
+    ("TableThatIsGone", lambda at: (at.write("docs/digests.md", ""), at.replace(DIGESTS, r"create<C[^;]*;", "};")),
+     "0 digests"),
+])
 add("PageCode", ["{cmake}", "-DPAGE={work}/README.md", "-DROOT={work}", "-P", "{source}/tests/system/docs/check_page.cmake"],
     lambda at: at.copy("README.md", "examples"), [
     ("ThatDiffersFromTheProgram",
