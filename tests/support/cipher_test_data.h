@@ -33,6 +33,16 @@ constexpr bool hasIDEA = false;
 constexpr bool hasIDEA = true;
 #endif
 
+/// The identifiers of all ciphers that this libcrypto has, "null" and "ideacbc" included.
+inline std::vector<std::string> getCipherIDs() {
+    std::vector<std::string> ids = {"null"};
+    for (const CipherSizes& sizes : getRegisteredCiphers())
+        ids.push_back(sizes.id);
+    if (hasIDEA)
+        ids.push_back("ideacbc");
+    return ids;
+}
+
 /// The cipher called `id`, "ideacbc" included.
 inline ul::P<sarn::ICipher> getAnyCipher(const std::string& id) {
     if (id == "ideacbc")
@@ -65,15 +75,19 @@ struct FilledBuffer : Buffer {
     bool isUntouched() const { return toBytes(*this) == Bytes{9, 8, 7}; }
 };
 
+/// The result of one operation under a `TestKey`.
+inline Bytes runCipher(sarn::ICipher& cipher, const CipherOperation& operation, const Bytes& data,
+                       const unsigned char* iv) {
+    const TestKey key(cipher.getKeySize());
+    Buffer out;
+    (cipher.*operation.function)(key, data.data(), static_cast<int>(data.size()), out, false, iv);
+    return toBytes(out);
+}
+
 /// Encrypts and decrypts 100 bytes under a random IV.
 inline bool restoresItsInput(sarn::ICipher& cipher) {
-    const TestKey key(cipher.getKeySize());
-    const Bytes text = makePattern(100);
-    ul::TBuffer<unsigned char> encrypted;
-    ul::TBuffer<unsigned char> decrypted;
-    cipher.encrypt(key, text.data(), 100, encrypted, false, nullptr);
-    cipher.decrypt(key, encrypted.getData(), encrypted.getUsed(), decrypted, false, nullptr);
-    return toBytes(decrypted) == text;
+    const Bytes encrypted = runCipher(cipher, encrypting, makePattern(100), nullptr);
+    return runCipher(cipher, decrypting, encrypted, nullptr) == makePattern(100);
 }
 
 } // namespace sarn_test

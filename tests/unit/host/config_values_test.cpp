@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/expect.h"
-#include "support/key_files.h"
+#include "support/signing.h"
 #include "support/temp_folder.h"
 
 #include "sarn/host.h"
@@ -17,9 +16,7 @@ class ConfigValues : public testing::Test {
 protected:
     sarn::CSignedConfig makeConfig(const std::string& text) const {
         const ul::CWindowsPath path = folder.write("a.ini", text);
-        ul::TBuffer<unsigned char> signature;
-        sarn::createFileSignature_RSA_SHA1(path, readKey("rsa2048"), signature);
-        sarn::storeSignatureBase64(folder.getPath("a.ini.sig"), signature);
+        writeSignatureFile(path);
         return sarn::CSignedConfig(path, readPublicKey("rsa2048"), false);
     }
 
@@ -59,8 +56,8 @@ TEST_F(ConfigValues, ThatAreNotNumbersOrDoNotFit_AreRefusedByName) {
     for (int i = 0; i < 10; ++i) {
         const std::string key = "/a/v" + std::to_string(i);
         const std::string message = "Config value '" + key + "' is not a number that fits.";
-        const std::string value = sarn::findValue(config, key)->toUTF8();
-        expectError(message.c_str(), {"value", value.c_str()}, [&] { sarn::valueOr(config, key, 1); });
+        expectError(message.c_str(), {"value", sarn::findValue(config, key)->toUTF8()},
+                    [&] { sarn::valueOr(config, key, 1); });
     }
     EXPECT_EQ(sarn::valueOr(config, "/a/v2", 1u), 2147483648u);
 }
@@ -70,11 +67,9 @@ TEST_F(ConfigValues, Keys_InARangeBasedLoop_AreThoseOfTheDocumentedOperation) {
     std::string all;
     for (const ul::String& key : sarn::getKeys(config))
         all += key.toUTF8() + ";";
-    EXPECT_EQ(all, "//top;/a/b;/a/c;/d/e;");
-    all.clear();
     for (const ul::String& key : sarn::getKeys(config, "/a/"))
         all += key.toUTF8() + ";";
-    EXPECT_EQ(all, "/a/b;/a/c;");
+    EXPECT_EQ(all, "//top;/a/b;/a/c;/d/e;/a/b;/a/c;");
 }
 
 } // namespace sarn_test

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Each short form against the operation that it stands for.
+// Each short form and the operation that it stands for.
 #include "support/cipher_test_data.h"
 #include "support/digest_test_data.h"
 
@@ -14,16 +14,13 @@ TEST(Encrypt, OfBytes_IsReadByTheDocumentedOperationAndByDecrypt) {
     for (const char* const id : {"aes256cbc", "aes128cbc", "bfcbc", "cast128cbc", "null"}) {
         const ul::P<sarn::ICipher> cipher = getAnyCipher(id);
         const TestKey key(cipher->getKeySize());
-        const Bytes plain = makePattern(100);
-        const auto encrypted = sarn::encrypt(id, key, plain);
-        ul::TBuffer<unsigned char> decrypted;
-        cipher->decrypt(key, encrypted.getData(), encrypted.getUsed(), decrypted, false, nullptr);
-        EXPECT_EQ(toBytes(decrypted), plain);
-        EXPECT_EQ(toBytes(sarn::decrypt(id, key, encrypted)), plain);
+        const auto encrypted = sarn::encrypt(id, key, makePattern(100));
+        EXPECT_EQ(runCipher(*cipher, decrypting, toBytes(encrypted), nullptr), makePattern(100));
+        EXPECT_EQ(toBytes(sarn::decrypt(id, key, encrypted)), makePattern(100));
     }
 }
 
-TEST(Encrypt, WithAWrongIdOrKey_RaisesWhatTheDocumentedOperationRaises) {
+TEST(Encrypt, WithAWrongIdOrKey_RaisesTheErrorOfTheDocumentedOperation) {
     expectError("Unknown cipher id 'rot13'.", [] { sarn::encrypt("rot13", TestKey(32), "data"); });
     expectInvalidArg("COpenSSLCipher::encrypt", "invalid key size",
                      [] { sarn::encrypt("aes256cbc", TestKey(31), "data"); });
@@ -40,8 +37,7 @@ TEST(Digest, OfBytes_IsThatOfTheDocumentedOperation) {
 
 TEST(Feed, OfNoBytes_ChangesNothing) {
     for (const char* const id : digestIDs) {
-        const ul::P<sarn::IDigest> digest = sarn::createDigest(id);
-        sarn::feed(*digest, "abc");
+        const ul::P<sarn::IDigest> digest = createDigest(id, toBytes("abc"));
         sarn::feed(*digest, {});
         sarn::feed(*digest, Bytes());
         EXPECT_EQ(toBytes(sarn::finish(*digest)), getDigest(id, toBytes("abc"))) << id;
@@ -52,12 +48,12 @@ TEST(HmacSHA1, OfAMessage_IsThatOfTheDocumentedOperation) {
     // RFC 2202, test case 2.
     EXPECT_EQ(ul::toHex(sarn::hmacSHA1(ul::toCryptBuffer("Jefe"), "what do ya want for nothing?")),
               "effcdf6ae5eb2fa2d27416d5f184df9c259a7c79");
-    ul::TBuffer<unsigned char> expected;
+    Buffer expected;
     sarn::calcHMAC_SHA1(expected, "", 0, "", 0);
     EXPECT_EQ(toBytes(sarn::hmacSHA1({}, {})), toBytes(expected));
 }
 
-// The documented operation takes the message first; here the compiler distinguishes the two.
+// The documented operation takes the message first: swapped arguments do not compile here.
 static_assert(!std::is_invocable_v<decltype(sarn::hmacSHA1), std::string, ul::TCryptBuffer<unsigned char>>);
 
 TEST(Base64, OfBytes_IsThatOfTheDocumentedOperation) {
