@@ -2,10 +2,10 @@
 // Each operation's calls of libcrypto in their order, and what the failure of each ends in: the error, the calls that
 // follow, and the used size of the output.
 #include "failures/call_watch.h"
-#include "failures/table.h"
 #include "support/cipher_test_data.h"
 #include "support/digest_test_data.h"
 #include "support/key_files.h"
+#include "support/table.h"
 
 #include "sarn/encoding.h"
 #include "sarn/password_key_cache.h"

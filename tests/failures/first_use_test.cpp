@@ -3,10 +3,10 @@
 // What exists once in a process stays, so each check has a process of its own.
 #include "failures/call_watch.h"
 #include "failures/injection.h"
-#include "failures/table.h"
 #include "support/expect.h"
 #include "support/log_capture.h"
 #include "support/new_process.h"
+#include "support/table.h"
 
 #include "sarn/cipher.h"
 #include "sarn/digest.h"

@@ -2,7 +2,7 @@
 // What the library is used for, each use in a form that can be repeated.
 #pragma once
 
-#include "failures/table.h"
+#include "support/table.h"
 #include "support/vectors.h"
 
 #include <functional>

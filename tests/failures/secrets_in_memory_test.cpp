@@ -3,9 +3,9 @@
 // after the failure of each allocation and of each call of a dependency on the way.
 #include "failures/injection.h"
 #include "failures/memory_search.h"
-#include "failures/table.h"
 #include "support/key_files.h"
 #include "support/log_capture.h"
+#include "support/table.h"
 
 #include "sarn/cipher.h"
 #include "sarn/encoding.h"
