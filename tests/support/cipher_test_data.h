@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The ciphers that every test of ciphers runs over.
+// The ciphers for tests, and their operations.
 #pragma once
 
 #include "support/expect.h"
@@ -50,14 +50,14 @@ inline ul::P<sarn::ICipher> getAnyCipher(const std::string& id) {
     return sarn::CCipherManager::get()->getCipher(id.c_str());
 }
 
-/// A key of `size` bytes.
+/// A key that is a pattern, or any bytes.
 class TestKey : public ul::TCryptBuffer<unsigned char> {
 public:
     explicit TestKey(const Bytes& bytes) { fill(*this, bytes); }
     explicit TestKey(int size) : TestKey(makePattern(size)) {}
 };
 
-/// The four operations, which share one list of arguments.
+/// One of the four operations, which have the same parameters.
 struct CipherOperation {
     const char* name;
     void (sarn::ICipher::*function)(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size, Buffer& out,
@@ -69,7 +69,7 @@ inline constexpr CipherOperation encryptingUnpadded{"encryptWithoutPadding", &sa
 inline constexpr CipherOperation decryptingUnpadded{"decryptWithoutPadding", &sarn::ICipher::decryptWithoutPadding};
 inline constexpr CipherOperation cipherOperations[] = {encrypting, decrypting, encryptingUnpadded, decryptingUnpadded};
 
-/// A buffer that holds some bytes, to see whether an operation touches them.
+/// A buffer whose content shows whether an operation has changed it.
 struct FilledBuffer : Buffer {
     FilledBuffer() { fill(*this, {9, 8, 7}); }
     bool isUntouched() const { return toBytes(*this) == Bytes{9, 8, 7}; }
