@@ -62,7 +62,7 @@ TEST(ObjectModel, CopyOfACipher_EncryptsAsItsSource_AndOutlivesIt) {
     }
 }
 
-TEST(ObjectModel, MovedCipher_EncryptsAsItsSourceDid_WhichKeepsWhatItEncryptsWith) {
+TEST(ObjectModel, MovedCipher_EncryptsAsItsSource_WhichStaysUsable) {
     sarn::CCipher_Cast128CBC source;
     const Bytes expected = encryptSample(source);
     sarn::CCipher_Cast128CBC target(std::move(source));

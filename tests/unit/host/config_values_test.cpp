@@ -6,7 +6,6 @@
 
 #include <cstdint>
 #include <limits>
-#include <string>
 
 namespace sarn_test {
 
@@ -25,7 +24,7 @@ protected:
 
 } // namespace
 
-TEST_F(ConfigValues, OfAKey_AreThoseOfTheDocumentedOperation) {
+TEST_F(ConfigValues, OfAKey_AreTheValuesOfTheDocumentedOperation) {
     sarn::CSignedConfig config = makeConfig("top=1\n[a]\nb=text\n\xC3\xA4=\xE2\x82\xAC\nempty=\n");
     EXPECT_EQ(sarn::findValue(config, "/a/b").value().toUTF8(), config.getValue("/a/b").toUTF8());
     EXPECT_EQ(sarn::findValue(config, "/a/\xC3\xA4").value().toUTF8(), "\xE2\x82\xAC");
@@ -33,7 +32,7 @@ TEST_F(ConfigValues, OfAKey_AreThoseOfTheDocumentedOperation) {
     EXPECT_FALSE(sarn::findValue(config, "/a/none"));
 }
 
-TEST_F(ConfigValues, WithADefault_AreTheDefaultOnlyWhereThereIsNone) {
+TEST_F(ConfigValues, WithADefault_AreTheDefaultIfTheKeyIsMissing) {
     const sarn::CSignedConfig config = makeConfig("[a]\nb=text\nempty=\n");
     EXPECT_EQ(sarn::valueOr(config, "/a/b", "other").toUTF8(), "text");
     EXPECT_EQ(sarn::valueOr(config, "/a/empty", "other").toUTF8(), "");
@@ -41,7 +40,7 @@ TEST_F(ConfigValues, WithADefault_AreTheDefaultOnlyWhereThereIsNone) {
     EXPECT_EQ(sarn::valueOr(config, std::string("/a/none"), ul::text("x")).toUTF8(), "x");
 }
 
-TEST_F(ConfigValues, ThatAreNumbers_AreTakenWholeAndInRange) {
+TEST_F(ConfigValues, ThatAreNumbers_AreConverted) {
     const sarn::CSignedConfig config = makeConfig("[a]\nzero=0\nmost=2147483647\nleast=-2147483648\nbyte=255\n");
     EXPECT_EQ(sarn::valueOr(config, "/a/zero", 7), 0);
     EXPECT_EQ(sarn::valueOr(config, "/a/most", 7), std::numeric_limits<int>::max());
@@ -62,7 +61,7 @@ TEST_F(ConfigValues, ThatAreNotNumbersOrDoNotFit_AreRefusedByName) {
     EXPECT_EQ(sarn::valueOr(config, "/a/v2", 1u), 2147483648u);
 }
 
-TEST_F(ConfigValues, Keys_InARangeBasedLoop_AreThoseOfTheDocumentedOperation) {
+TEST_F(ConfigValues, Keys_InARangeBasedLoop_AreTheKeysOfTheDocumentedOperation) {
     const sarn::CSignedConfig config = makeConfig("top=1\n[a]\nb=2\nc=3\n[d]\ne=4\n");
     std::string all;
     for (const ul::String& key : sarn::getKeys(config))

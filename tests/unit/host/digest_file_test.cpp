@@ -6,9 +6,7 @@
 
 #include <cstdint>
 #include <fstream>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace sarn_test {
 
@@ -21,7 +19,7 @@ using Progress = std::pair<std::int64_t, std::int64_t>;
 TEST(DigestFile, OfAnySize_IsTheDigestOfItsBytes) {
     const TempFolder folder;
     for (const int size : {0, 1, 65535, 65536, 65537, 200000}) {
-        const ul::CWindowsPath path = folder.write("file", toText(makePattern(size)));
+        const ul::CWindowsPath path = folder.write("file", makeText(size));
         for (const char* const id : digestIDs)
             EXPECT_EQ(toBytes(sarn::digestFile(id, path)), getDigest(id, makePattern(size))) << id << " of " << size;
     }

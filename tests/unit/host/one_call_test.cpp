@@ -6,7 +6,6 @@
 #include "sarn/host.h"
 
 #include <climits>
-#include <string>
 
 namespace sarn_test {
 
@@ -28,7 +27,7 @@ TEST(Encrypt, WithAWrongIdOrKey_RaisesTheErrorOfTheDocumentedOperation) {
                      [] { sarn::decrypt("aes256cbc", TestKey(32), "data"); });
 }
 
-TEST(Digest, OfBytes_IsThatOfTheDocumentedOperation) {
+TEST(Digest, OfBytes_IsTheResultOfTheDocumentedOperation) {
     for (const char* const id : digestIDs)
         for (const int size : {0, 1, 100})
             EXPECT_EQ(toBytes(sarn::digest(id, makePattern(size))), getDigest(id, makePattern(size))) << id;
@@ -44,7 +43,7 @@ TEST(Feed, OfNoBytes_ChangesNothing) {
     }
 }
 
-TEST(HmacSHA1, OfAMessage_IsThatOfTheDocumentedOperation) {
+TEST(HmacSHA1, OfAMessage_IsTheResultOfTheDocumentedOperation) {
     // RFC 2202, test case 2.
     EXPECT_EQ(ul::toHex(sarn::hmacSHA1(ul::toCryptBuffer("Jefe"), "what do ya want for nothing?")),
               "effcdf6ae5eb2fa2d27416d5f184df9c259a7c79");
@@ -56,7 +55,7 @@ TEST(HmacSHA1, OfAMessage_IsThatOfTheDocumentedOperation) {
 // The documented operation takes the message first: swapped arguments do not compile here.
 static_assert(!std::is_invocable_v<decltype(sarn::hmacSHA1), std::string, ul::TCryptBuffer<unsigned char>>);
 
-TEST(Base64, OfBytes_IsThatOfTheDocumentedOperation) {
+TEST(Base64, OfBytes_IsTheTextOfTheDocumentedOperation) {
     for (int size = 0; size < 70; ++size) {
         const Bytes bytes = makePattern(size);
         const std::string text = sarn::base64(bytes);
@@ -66,12 +65,14 @@ TEST(Base64, OfBytes_IsThatOfTheDocumentedOperation) {
     expectInvalidArg("base64Decode", "invalid base64 data", [] { sarn::fromBase64("aGVsb"); });
 }
 
-TEST(DeriveKey, FromAPassword_IsThatOfTheDocumentedOperation) {
+TEST(DeriveKey, FromAPassword_IsTheKeyOfTheDocumentedOperation) {
     // RFC 6070.
     EXPECT_EQ(ul::toHex(sarn::deriveKey("password", "salt", 2, 20)), "ea6c014dc72d6f8ccd1ed92ace1d41f0d8de8957");
     unsigned char key[16];
     sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("", 0, "", 0, 3, 16, key);
     EXPECT_EQ(toBytes(sarn::deriveKey({}, {}, 3, 16)), Bytes(key, key + 16));
+    EXPECT_EQ(toBytes(sarn::deriveKey(ul::CSecretText("p\xC3\xA4ss").toUTF8(), "salt", 1, 16)),
+              toBytes(sarn::deriveKey("p\xC3\xA4ss", "salt", 1, 16)));
 }
 
 TEST(DeriveKey, OfNoIterationsOrNoKey_IsRefused) {
@@ -80,12 +81,6 @@ TEST(DeriveKey, OfNoIterationsOrNoKey_IsRefused) {
                          [&] { sarn::deriveKey("password", "salt", number, 16); });
         expectInvalidArg("deriveKey", "invalid key size", [&] { sarn::deriveKey("password", "salt", 1, number); });
     }
-}
-
-TEST(DeriveKey, FromAPasswordInUTF8_TakesItsBytesAsTheyAre) {
-    const ul::CSecretText password("p\xC3\xA4ss");
-    EXPECT_EQ(toBytes(sarn::deriveKey(password.toUTF8(), "salt", 1, 16)),
-              toBytes(sarn::deriveKey("p\xC3\xA4ss", "salt", 1, 16)));
 }
 
 } // namespace sarn_test

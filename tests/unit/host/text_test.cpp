@@ -5,8 +5,6 @@
 #include "sarn/host.h"
 
 #include <filesystem>
-#include <string>
-#include <vector>
 
 namespace sarn_test {
 
