@@ -12,7 +12,7 @@ namespace sarn_test {
 
 namespace {
 
-/// A context without a block and a count of bits.
+/// A context that has neither a block nor a count.
 struct SumContext {
     std::uint64_t sum;
 };

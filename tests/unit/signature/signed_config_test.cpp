@@ -64,7 +64,6 @@ protected:
     const TempFolder m_folder;
 };
 
-/// Makes a protected member public.
 struct ConfigAccess : sarn::CSignedConfig {
     using sarn::CSignedConfig::splitKey;
 };
