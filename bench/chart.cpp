@@ -20,7 +20,7 @@ constexpr double lowest = 0.25;
 constexpr double highest = 32;
 constexpr int width = left + 7 * doubling + 30;
 
-/// Where a time relative to raw libcrypto goes: each doubling takes the same room.
+/// The place of a time relative to raw libcrypto on a logarithmic scale.
 double getX(double ratio) {
     return left + doubling * std::log2(std::clamp(ratio, lowest, highest) / lowest);
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Each cipher operation beside the calls of libcrypto that it stands for: new context, reset, init, update, final,
+// Each cipher operation compared with the calls of libcrypto that it makes: new context, reset, init, update, final,
 // reset, free.
 #include "comparison.h"
 #include "families.h"
@@ -25,7 +25,7 @@ struct CipherPair {
     const EVP_CIPHER* raw;
 };
 
-/// Ends the program if a call failed: its time would mean nothing.
+/// Ends the program if a call failed, because its time would mean nothing.
 void check(int result) {
     if (result <= 0)
         std::abort();
@@ -137,7 +137,7 @@ void compareCipher(const CipherPair& pair, int size) {
     addCipherPeers(name("decryptWithoutPadding"), pair.id, false, *f);
 }
 
-/// With an IV from libcrypto's generator, as a host that calls it would have it.
+/// With an IV from libcrypto's generator, as in a host without the library.
 void compareRandomIV(const CipherPair& pair, int size) {
     const auto f = std::make_shared<Fixture>(pair, size);
     compare(
@@ -154,7 +154,7 @@ void append(const Fixture& f, Buffer& out, int count) {
         f.cipher->encrypt(f.key, f.data.data(), f.size, out, true, f.iv.data());
 }
 
-/// Results appended to one buffer: the last thousand of ten thousand beside the first, and all beside ten buffers.
+/// Results appended to one buffer: the last thousand of ten thousand compared with the first, and all with ten buffers.
 void compareAppending(const CipherPair& pair) {
     const auto f = std::make_shared<Fixture>(pair, 4096);
     const auto full = std::make_shared<Buffer>();

@@ -20,7 +20,7 @@ namespace {
 
 constexpr char rawSide[] = "raw";
 constexpr char ourSide[] = "sarn";
-// Names of benchmarks are cell and side.
+// The name of a benchmark consists of its cell and its side.
 constexpr char separator = '|';
 
 bool g_isQuick = false;
@@ -59,7 +59,7 @@ void registerSide(const std::string& name, const std::string& side, Work work) {
     });
 }
 
-/// A regular expression that matches the sides of one cell and nothing else.
+/// A regular expression that matches only the sides of one cell.
 std::string getPattern(const std::string& name) {
     const std::string special = "\\.[](){}*+?^$|";
     std::string pattern = "^";
@@ -71,8 +71,8 @@ std::string getPattern(const std::string& name) {
     return pattern + "\\|";
 }
 
-/// Runs the cells one by one: the sides of one are interleaved within a second or two, so that a machine whose speed
-/// drifts does not favour any.
+/// Runs the cells one by one. The sides of a cell are interleaved within a second or two, so that a machine whose speed
+/// changes favours none.
 void runCells() {
     const std::string filter = benchmark::GetBenchmarkFilter();
     const std::regex wanted(filter.empty() || filter == "all" ? "." : filter);
@@ -86,7 +86,7 @@ void runCells() {
     std::fputc('\n', stderr);
 }
 
-/// Keeps the process on one processor, whose caches then stay warm.
+/// Keeps the process on one processor, so that its caches stay warm.
 void pin() {
 #ifdef __linux__
     cpu_set_t set;
@@ -118,7 +118,7 @@ void setQuick(bool isQuick) {
 }
 
 int run(int count, char** words, const std::string& folder) {
-    // Defaults that the command line overrides.
+    // The command line overrides these defaults.
     std::vector<std::string> arguments = {words[0],
                                           g_isQuick ? "--benchmark_repetitions=11" : "--benchmark_repetitions=31",
                                           g_isQuick ? "--benchmark_min_time=0.005" : "--benchmark_min_time=0.008",

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Each digest beside the calls of libcrypto and zlib that it stands for, whole and update alone; combined digests
-// beside their components run on the same slices.
+// Each digest compared with the calls of libcrypto and zlib that it makes, as a whole and its update alone; combined
+// digests compared with their components on the same slices.
 #define OPENSSL_SUPPRESS_DEPRECATED
 
 #include "comparison.h"
@@ -23,7 +23,7 @@ namespace bench {
 
 namespace {
 
-/// A hash of libcrypto without anything around it.
+/// A hash by raw calls of libcrypto.
 template <class CTX, int DigestSize, int (*Init)(CTX*), int (*Update)(CTX*, const void*, std::size_t),
           int (*Final)(unsigned char*, CTX*)>
 struct RawHash {
@@ -35,7 +35,7 @@ struct RawHash {
     unsigned char result[DigestSize];
 };
 
-/// A checksum of zlib.
+/// A checksum by raw calls of zlib.
 template <uLong (*Function)(uLong, const Bytef*, uInt)>
 struct RawChecksum {
     void init() { value = Function(0, nullptr, 0); }
@@ -87,7 +87,7 @@ Bytes getDigest(const ul::P<sarn::IDigestType>& type, const Bytes& data) {
     return result;
 }
 
-/// Several digests of one kind one after the other, as a host computes those of many files.
+/// Several digests of one type in turn, as a host computes them for many files.
 template <class Raw>
 void compareWhole(const std::string& id, int size, Goal goal) {
     const auto raw = std::make_shared<Raw>();

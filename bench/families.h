@@ -8,7 +8,7 @@
 
 namespace bench {
 
-/// Sizes in bytes that every operation on data is timed with.
+/// The sizes in bytes for which operations on data are timed.
 inline std::vector<int> getSizes() {
     return isQuick() ? std::vector<int>{16, 4096} : std::vector<int>{16, 256, 4096, 65536, 1 << 20};
 }

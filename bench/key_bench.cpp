@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// HMAC, key derivation and Base64 beside libcrypto's own calls, and the look-up of a cached key.
+// HMAC, key derivation and Base64 compared with raw calls of libcrypto, and the look-up of a cached key.
 #include "comparison.h"
 #include "families.h"
 #include "peers/peer.h"
@@ -22,7 +22,7 @@ namespace bench {
 
 namespace {
 
-/// The filter's text of `data`; nothing is done with it but to take it out of the sink.
+/// Encodes `data` by libcrypto's filter.
 std::string encodeRaw(const Bytes& data) {
     BIO* const filter = BIO_new(BIO_f_base64());
     BIO* const sink = BIO_new(BIO_s_mem());

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // usage: sarn_bench FOLDER full|quick [OPTIONS OF GOOGLE BENCHMARK]
-// Compares the library with the raw calls that it stands for and with other libraries. --benchmark_filter=REGEX picks
-// some cells. results.csv and chart.svg go to the folder.
+// Compares the library with the raw calls that it makes and with other libraries. --benchmark_filter=REGEX selects
+// cells. Writes results.csv and chart.svg to the folder.
 #include "comparison.h"
 #include "families.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Looking up an identifier beside a recursive mutex and a map, by one thread and by eight.
+// The look-up of an identifier, by one thread and by eight, compared with a recursive mutex and a map.
 #include "comparison.h"
 #include "families.h"
 
@@ -24,7 +24,7 @@ namespace {
 constexpr int threadCount = 8;
 constexpr int lookUpsPerThread = 2000;
 
-/// What a registry cannot do without.
+/// The simplest registry.
 struct RawRegistry {
     std::shared_ptr<int> get(const std::wstring& id) {
         const std::lock_guard<std::recursive_mutex> lock(mutex);
@@ -35,7 +35,7 @@ struct RawRegistry {
     std::map<std::wstring, std::shared_ptr<int>> items;
 };
 
-/// Runs `work` in eight threads on all processors.
+/// Runs `work` on eight threads and all processors.
 void runThreads(const Work& work) {
     std::vector<std::thread> threads;
     for (int i = 0; i < threadCount; ++i)

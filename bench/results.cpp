@@ -31,7 +31,7 @@ std::set<std::string> getPeers(const std::vector<Cell>& cells) {
     return peers;
 }
 
-/// How often the library, like raw libcrypto, is faster than a peer, and how often by the same factor to 2 %.
+/// How often both the library and raw libcrypto are faster than a peer, and how often by the same factor within 2 %.
 struct Lead {
     int rawAhead = 0;
     int oursAhead = 0;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Median times, and what is told of them.
+// Median times and their presentation.
 #pragma once
 
 #include "comparison.h"
@@ -27,12 +27,12 @@ struct Cell {
     }
 };
 
-/// Prints the cells, and how the other libraries do in those that have some.
+/// Prints the cells, with the times of the peers.
 void printTables(const std::vector<Cell>& cells);
 
 void writeCSV(const std::string& path, const std::vector<Cell>& cells);
 
-/// Draws how long each library takes beside raw libcrypto, for the cells that have peers.
+/// Draws the times of the libraries relative to raw libcrypto, for the cells that have peers.
 void writeChart(const std::string& path, const std::vector<Cell>& cells);
 
 } // namespace bench

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Signing and verifying, data and a large file, beside libcrypto's own calls. A key is read from its PEM text each
-// time.
+// Signing and verifying data and a large file, compared with raw calls of libcrypto. The PEM text of the key is parsed
+// each time.
 #include "comparison.h"
 #include "families.h"
 #include "peers/peer.h"
@@ -64,7 +64,7 @@ ContextPtr digestRaw(const Bytes& data) {
     return context;
 }
 
-/// In pieces of the size that the library reads.
+/// Uses pieces of the same size as the library.
 ContextPtr digestFileRaw(const std::filesystem::path& path) {
     ContextPtr context = startRaw();
     unsigned char chunk[8192];
@@ -122,7 +122,7 @@ void compareData(const std::string& algorithm, const std::string& keyName, const
              [&](const Peer& peer, const Result& result) { return peer.verify(task, signatureBytes, result); });
 }
 
-/// A file of equal bytes, which are removed in the end.
+/// A file of equal bytes, which is removed at the end.
 struct LargeFile {
     explicit LargeFile(int size)
         : native(std::filesystem::temp_directory_path() / "sarn_bench_file"), path(native.c_str()) {

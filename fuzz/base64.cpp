@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A text decodes to what libcrypto's filter makes of it by the documented steps, and encodes to a text that decodes to
-// the same.
+// The library decodes a text as the documented steps with libcrypto's filter do. The result encodes to a text that
+// decodes to the same bytes.
 #include "sarn/base64.h"
 
 #include "property.h"
@@ -19,7 +19,7 @@ std::optional<Bytes> decode(const ul::String& text) {
 
 void fuzzBase64(const std::uint8_t* data, std::size_t size) {
     Input input(data, size);
-    // Sometimes characters beyond eight bits, which are not Base64.
+    // Some inputs have characters of more than eight bits, which are not Base64.
     const wchar_t shift = input.take() % 8 == 0 ? 0x80 : 0;
     std::wstring text;
     for (const unsigned char byte : input.toBytes())

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A buffer does what a vector does, also with bytes of its own.
+// A buffer behaves like a vector, also with its own bytes.
 #include "property.h"
 #include "targets.h"
 
@@ -9,7 +9,7 @@ namespace sarn_fuzz {
 
 namespace {
 
-/// One random operation on both.
+/// Does a random operation on both.
 void step(Input& input, Buffer& buffer, Bytes& model) {
     const unsigned operation = input.take() % 5;
     const int number = static_cast<int>(input.take());

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Input that lies in the output buffer is processed as if it lay elsewhere, or refused with nothing written.
+// Input in the output buffer is processed like input elsewhere, or refused before anything is written.
 #include "ciphers.h"
 #include "targets.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The ciphers that an input chooses from, and libcrypto's own way to each.
+// The ciphers that an input selects, and the same operations by raw calls of libcrypto.
 #pragma once
 
 #include "property.h"
@@ -15,14 +15,14 @@ struct ChosenCipher {
     const EVP_CIPHER* raw;
 };
 
-/// AES, which every libcrypto has without further ado; padding and sizes do not depend on the cipher.
+/// AES, which every libcrypto has. Padding and sizes do not depend on the cipher.
 inline ChosenCipher chooseCipher(unsigned choice) {
     const bool isLong = choice % 2 == 0;
     return {sarn::CCipherManager::get()->getCipher(isLong ? "aes256cbc" : "aes128cbc"),
             isLong ? EVP_aes_256_cbc() : EVP_aes_128_cbc()};
 }
 
-/// libcrypto's result, or nothing if it fails.
+/// libcrypto's result, or none if it fails.
 inline std::optional<Bytes> runRaw(const EVP_CIPHER* cipher, bool encrypts, bool isPadded, const Key& key,
                                    const Bytes& iv, const Bytes& input) {
     EVP_CIPHER_CTX* const context = EVP_CIPHER_CTX_new();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whatever decrypts with padding is what libcrypto decrypts, and encrypts to the same bytes again.
+// Decryption with padding gives the result of libcrypto, which encrypts to the same bytes again.
 #include "ciphers.h"
 #include "targets.h"
 

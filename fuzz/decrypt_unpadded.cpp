@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whole blocks, and nothing else, decrypt without padding, as libcrypto does it, and encrypt to the same bytes again.
+// Only whole blocks decrypt without padding. The result is that of libcrypto and encrypts to the same bytes again.
 #include "ciphers.h"
 #include "targets.h"
 

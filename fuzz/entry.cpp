@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The entry of a fuzzer. FUZZ_TARGET is the name of the target that it runs.
+// The entry point of a fuzzer. FUZZ_TARGET is the name of its target.
 #include "targets.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a configuration holds can be written down and read again.
+// The content of a configuration can be written and read again.
 #include "ul/ini.h"
 
 #include "property.h"
@@ -19,7 +19,7 @@ ul::P<ul::CINIContent> tryParse(const void* data, int size) {
     }
 }
 
-/// A value in quotes, which keep its spaces, unless it holds some.
+/// A value in quotes, which preserve its spaces, unless it contains quotes.
 ul::String quote(const ul::String& value) {
     const bool hasQuotes = value.toStdWString().find(L'"') != std::wstring::npos;
     return hasQuotes ? value : "\"" + value + "\"";
@@ -27,7 +27,7 @@ ul::String quote(const ul::String& value) {
 
 /// All sections, names and values.
 ul::String write(const ul::CINIContent& content) {
-    // A name may start with what is a mark of UTF-8 at the start of a file.
+    // A name may start with the bytes of a byte order mark.
     ul::String text = "\n";
     ul::TArray<ul::String> sections;
     content.getSectionNames(sections);

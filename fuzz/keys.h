@@ -13,12 +13,12 @@
 
 namespace sarn_fuzz {
 
-/// What the library hands to libcrypto: up to the first null character.
+/// The part that the library passes to libcrypto: up to the first null character.
 inline std::string toKeyText(const Input& input) {
     return input.toString().c_str();
 }
 
-/// libcrypto's own answer to a PEM text; null if it is none. The caller frees it.
+/// The key that libcrypto reads from a PEM text, or null. The caller frees it.
 template <class Read>
 EVP_PKEY* readRaw(const std::string& text, Read read) {
     BIO* const source = BIO_new_mem_buf(text.data(), static_cast<int>(text.size()));

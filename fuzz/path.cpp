@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A path is its own normal form, and absolute.
+// The text of a path is absolute and its own normal form.
 #include "ul/path.h"
 
 #include "property.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A text is taken for a private key if and only if libcrypto takes it and it can be signed with.
+// A text is accepted as a private key if and only if libcrypto reads it and can sign with it.
 #include "keys.h"
 #include "targets.h"
 
@@ -15,7 +15,7 @@ void fuzzPrivateKey(const std::uint8_t* data, std::size_t size) {
         signer->update("text", 4);
         signer->getMaxSignatureSize();
     } catch (const ul::CError&) {
-        // Refused, or of a kind that no signature can be made with.
+        // Refused, or of a kind that cannot sign.
     }
     EVP_PKEY_free(key);
 }

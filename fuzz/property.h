@@ -27,7 +27,7 @@ inline void require(bool holds, const char* property) {
     std::abort();
 }
 
-/// Takes numbers off the front of an input; 0 when there is nothing left.
+/// Reads numbers from the start of an input; 0 at its end.
 class Input {
 public:
     Input(const std::uint8_t* data, std::size_t size) : m_data(data), m_size(size) {}
@@ -59,7 +59,7 @@ inline Key makeKey(int size) {
     return key;
 }
 
-/// What `action` fills a buffer with, or nothing if it raises one of the library's errors. Other errors pass.
+/// The bytes that `action` writes to a buffer, or none if it raises an error of the library. Other exceptions pass.
 template <class Action>
 std::optional<Bytes> tryFill(Action action) {
     Buffer out;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A text is taken for a public key only if libcrypto takes it, and no signature but a right one verifies.
+// A text is accepted as a public key only if libcrypto reads it, and only right signatures verify.
 #include "keys.h"
 #include "targets.h"
 
@@ -7,7 +7,7 @@ namespace sarn_fuzz {
 
 void fuzzPublicKey(const std::uint8_t* data, std::size_t size) {
     const std::string text = toKeyText(Input(data, size));
-    // With an empty passphrase, as the library does: without one libcrypto would ask for it.
+    // With an empty passphrase, like the library: without one libcrypto would ask for it.
     EVP_PKEY* const key =
         readRaw(text, [](BIO* source) { return PEM_read_bio_PUBKEY(source, nullptr, nullptr, const_cast<char*>("")); });
     try {
@@ -19,7 +19,7 @@ void fuzzPublicKey(const std::uint8_t* data, std::size_t size) {
         require(!verifier->finish(forged.data(), static_cast<int>(forged.size())),
                 "what nobody signed does not verify");
     } catch (const ul::CError&) {
-        // Refused, or of a kind that no signature can be verified with.
+        // Refused, or of a kind that cannot verify.
     }
     EVP_PKEY_free(key);
 }

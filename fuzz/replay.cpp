@@ -24,13 +24,13 @@ std::vector<sarn_test::Vector> readInputs(const char* path) {
     return sarn_test::parseVectors(file, path, {"input"});
 }
 
-/// Runs the target over every input; false if one takes too long.
+/// Runs the target on every input. Returns false if one takes too long.
 bool replay(sarn_fuzz::Target run, const std::vector<sarn_test::Vector>& inputs) {
     for (const sarn_test::Vector& input : inputs) {
-        // Before the run, so that the input of a crash is known.
+        // Printed before the run, so that the input of a crash is known.
         std::printf("%s\n", input.getSection().c_str());
         std::fflush(stdout);
-        // A block of exactly this size, so that the address sanitizer sees every byte too far.
+        // A block of exactly this size, so that the address sanitizer notices every access beyond it.
         std::vector<unsigned char> bytes = input.getBytes("input");
         bytes.shrink_to_fit();
         const auto start = std::chrono::steady_clock::now();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Of all bytes only the signature itself verifies with RSA, and with DSA only what signs this text and no other.
+// With RSA, only the signature itself verifies. With DSA, only signatures of this text verify.
 #include "signed_text.h"
 #include "targets.h"
 
@@ -18,7 +18,7 @@ void fuzzSignature(const std::uint8_t* data, std::size_t size) {
         return;
     }
     require(verify(getRSAKey(), text, bytes) == (bytes == signature), "nothing but the signature verifies");
-    // The signature with the input's bytes somewhere within it.
+    // The signature with bytes of the input somewhere within it.
     Bytes changed = signature;
     for (std::size_t i = 0; i < bytes.size() && position + i < changed.size(); ++i)
         changed[position + i] = bytes[i];

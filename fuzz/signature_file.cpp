@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A signature file is its bytes in Base64, and verifies if and only if those are the signature.
+// A signature file contains bytes in Base64 and verifies if and only if they are the signature.
 #include "signed_text.h"
 #include "support/temp_folder.h"
 #include "targets.h"
@@ -15,7 +15,7 @@ void fuzzSignatureFile(const std::uint8_t* data, std::size_t size) {
     const std::string content = Input(data, size).toString();
     const ul::CWindowsPath path = folder.write("file.sig", content);
     const std::optional<Bytes> loaded = tryFill([&](Buffer& out) { sarn::loadSignatureBase64(path, out); });
-    // A byte order mark, which some editors put before UTF-8, is not part of the text.
+    // A byte order mark, which some editors write, is not part of the text.
     const std::size_t start = content.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
     const std::optional<Bytes> decoded = tryFill([&](Buffer& out) {
         sarn::base64Decode(ul::String::fromUTF8(content.data() + start, content.size() - start), out);

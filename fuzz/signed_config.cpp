@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A configuration is read if and only if it is signed, and holds what its text says.
+// A configuration is read if and only if it is signed, and contains the values of its text.
 #include "sarn/signed_config.h"
 
 #include "signed_text.h"
@@ -14,7 +14,7 @@ namespace sarn_fuzz {
 
 namespace {
 
-/// The configuration's text as the INI reader takes it, or null.
+/// The configuration as the INI reader parses it, or null.
 ul::P<ul::CINIContent> tryParse(const Bytes& text) {
     Buffer content;
     content.init(text.data(), static_cast<int>(text.size()));

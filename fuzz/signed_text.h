@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Signatures by the keys of the tests.
+// Signatures with the keys of the tests.
 #pragma once
 
 #include "property.h"
@@ -35,7 +35,7 @@ inline Bytes sign(const SigningKey& key, const std::string& text) {
     return toBytes(signature);
 }
 
-/// Whether a signature verifies; bytes that are not a signature do not.
+/// Whether bytes are a signature that verifies.
 inline bool verify(const SigningKey& key, const std::string& text, const Bytes& signature) {
     const ul::P<sarn::IVerifier> verifier = sarn::createRSA_SHA1()->beginVerify(key.publicKey);
     verifier->update(text.data(), static_cast<int>(text.size()));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whatever state is loaded, the digest goes on without harm, and stores what it was loaded from. One that is refused
-// leaves it as it was.
+// A digest works with any state that it loads, and stores the same bytes again. A state that is refused leaves the
+// digest unchanged.
 #include "property.h"
 #include "targets.h"
 
@@ -23,7 +23,7 @@ Bytes storeState(const sarn::IDigest& digest) {
     return toBytes(state);
 }
 
-/// A state that loads is stored as the bytes that it was loaded from, and the digest goes on without harm.
+/// The digest stores a loaded state as the same bytes and works with it.
 void checkState(const char* id, const Input& input) {
     const ul::P<sarn::IDigest> digest = sarn::CDigestManager::get()->getType(id)->createDigest();
     const Bytes before = storeState(*digest);
@@ -40,7 +40,7 @@ void checkState(const char* id, const Input& input) {
     try {
         digest->update("more", 4);
     } catch (const ul::CBadStateError&) {
-        // It was finished.
+        // The digest was finished.
     }
     digest->finish();
     digest->getDigestData();
@@ -49,7 +49,7 @@ void checkState(const char* id, const Input& input) {
     digest->reset();
 }
 
-/// Takes the digest from the input's first byte.
+/// The first byte of the input selects the digest.
 void checkChosen(std::initializer_list<const char*> ids, Input input) {
     const unsigned choice = input.take();
     checkState(ids.begin()[choice % ids.size()], input);

@@ -32,7 +32,7 @@ void fuzzStateOfCombination(const std::uint8_t* data, std::size_t size);
 void fuzzStateOfDigest(const std::uint8_t* data, std::size_t size);
 void fuzzUTF8(const std::uint8_t* data, std::size_t size);
 
-/// The names are those of the files in corpus/ and of the list in CMakeLists.txt.
+/// The files in corpus/ and the list in CMakeLists.txt have the same names.
 constexpr NamedTarget targets[] = {
     {"base64", fuzzBase64},
     {"buffer", fuzzBuffer},
@@ -52,7 +52,7 @@ constexpr NamedTarget targets[] = {
     {"utf8", fuzzUTF8},
 };
 
-/// The target of that name, or null.
+/// The target called `name`, or null.
 constexpr Target findTarget(std::string_view name) {
     for (const NamedTarget& target : targets) {
         if (target.name == name)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// UTF-8 is taken if and only if it is well-formed by the table of the Unicode standard (D92), and comes back the same.
+// UTF-8 is decoded if and only if it is well-formed by the table of the Unicode standard (D92), and encodes to the
+// same.
 #include "property.h"
 #include "targets.h"
 
@@ -9,7 +10,7 @@ namespace sarn_fuzz {
 
 namespace {
 
-/// The number of bytes of the well-formed sequence at the front; 0 if there is none.
+/// The number of bytes of a well-formed sequence at the start; 0 if there is none.
 std::size_t getSequenceLength(const std::uint8_t* data, std::size_t size) {
     const auto continues = [&](std::size_t index, unsigned low, unsigned high) {
         return index < size && data[index] >= low && data[index] <= high;

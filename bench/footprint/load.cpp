@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // usage: sarn_load_time PROBE
-// Prints the time from loading the library, which this program is not linked with, to a first digest.
+// Prints the time from loading the library to a first digest. This program is not linked with the library.
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -13,7 +13,7 @@
 
 namespace {
 
-/// Loads the probe and has it compute a digest; returns microseconds, -1 if that fails. To be called once in a process.
+/// Loads the probe and makes it compute a digest. Returns microseconds, or -1 on failure. Call it once in a process.
 double loadAndCompute(const char* probe) {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point start = Clock::now();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The system's libcrypto 3, reached through dlopen: the program itself is linked with another version. The functions
-// that are used have the same types in both.
+// The system's libcrypto 3, loaded by dlopen because the program is linked with another version. The functions have the
+// same types in both.
 #define OPENSSL_SUPPRESS_DEPRECATED
 
 #include "peers/peer.h"
@@ -18,7 +18,7 @@ namespace bench {
 
 namespace {
 
-/// One function of the library; null if it has none of that name.
+/// A function of the library, or null if it has none of that name.
 template <class Function>
 class Imported {
 public:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Libraries that a user would pick instead of this one.
+// Other libraries for the same work.
 #pragma once
 
 #include "comparison.h"
@@ -11,10 +11,10 @@
 namespace bench {
 
 using Bytes = std::vector<unsigned char>;
-/// Where the result of a piece of work goes, so that it can be compared.
+/// The result of a piece of work, for comparison.
 using Result = std::shared_ptr<Bytes>;
 
-/// Whole blocks in CBC mode with a key that is set up each time, as the first bytes of a new message are.
+/// Whole blocks in CBC mode. The key is set up each time, as for a new message.
 struct CipherTask {
     std::string id;
     bool isEncrypting;
@@ -26,13 +26,13 @@ struct CipherTask {
 struct SignatureTask {
     /// "rsa" or "dsa".
     std::string algorithm;
-    /// PEM text, read each time.
+    /// PEM text, which is parsed each time.
     std::string privateKey;
     std::string publicKey;
     Bytes data;
 };
 
-/// One library. Each function gives work that writes its result to `result`, or none if the library does not offer it.
+/// One library. Each function returns work that writes to `result`, or no work if the library does not offer it.
 class Peer {
 public:
     Peer() = default;
@@ -60,14 +60,14 @@ std::unique_ptr<Peer> createCryptoPP();
 std::unique_ptr<Peer> createGcrypt();
 std::unique_ptr<Peer> createMbedTLS();
 std::unique_ptr<Peer> createNettle();
-/// The system's libcrypto 3, loaded beside the one that the program is linked with; null if there is none.
+/// The system's libcrypto 3, loaded in addition to the one of the program, or null if there is none.
 std::unique_ptr<Peer> createLibcrypto3();
 
-/// All of them; none where only a quick look is wanted.
+/// All other libraries, or none in a quick run.
 const std::vector<std::unique_ptr<Peer>>& getPeers();
 
-/// Adds to the cell called `name` what `make` gives for each peer. Ends the program if a result is not `expected`,
-/// unless that is empty.
+/// Adds the work that `make` returns for each peer to the cell called `name`. Ends the program if a result differs from
+/// `expected`, unless that is empty.
 void addPeers(const std::string& name, const Bytes& expected,
               const std::function<Work(const Peer& peer, const Result& result)>& make);
 

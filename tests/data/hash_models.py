@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The hashes and checksums, written down from their standards, with the running state laid open.
+"""The hashes and checksums of the standards, with their running states.
 
 Independent of the library and of libcrypto. Each hash is checked against published values and, where Python has it,
 against hashlib when this file is run.
@@ -110,7 +110,7 @@ def compress_sha256(state, block):
 
 
 class Hash:
-    """A running hash: chaining values, bits so far, bytes of the block that is not full yet."""
+    """A running hash: chaining values, number of bits, bytes of the incomplete block."""
 
     KINDS = {
         "md4": (compress_md4, "<", [0x67452301, 0xEFCDAB89, 0x98BADCFE, 0x10325476]),
@@ -134,7 +134,7 @@ class Hash:
         self.block = data[whole:]
 
     def finish(self):
-        """Pads and returns the digest; the bits stay those of the input and the block is left empty."""
+        """Pads and returns the digest. The number of bits stays that of the input, and the block is empty."""
         bits = self.bits
         length = struct.pack(self.order + "Q", bits)
         padding = b"\x80" + bytes((55 - len(self.block)) % 64)

@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Writes ciphers.vec: ciphertexts made by other implementations than the library's own.
+"""Writes ciphers.vec: ciphertexts of other implementations.
 
-AES, Blowfish and CAST-128 come from the openssl command line, IDEA from libgcrypt, which also has to agree with the
-former. Run it from this folder: python3 make_cipher_vectors.py > ciphers.vec
+AES, Blowfish and CAST-128 come from the openssl program, and libgcrypt must agree. IDEA comes from libgcrypt
+alone. Run it from this folder: python3 make_cipher_vectors.py > ciphers.vec
 """
 import ctypes
 import hashlib
@@ -21,7 +21,7 @@ GCRY_CIPHER_MODE_CBC = 3
 
 
 def pattern(size):
-    """The plaintext of a vector; the tests make the same."""
+    """The plaintext of a vector. The tests use the same."""
     return bytes((i * 31 + i // 256) & 0xFF for i in range(size))
 
 

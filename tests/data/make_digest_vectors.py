@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Writes what other implementations say about digests. Run it from this folder:
+"""Writes digests and states of other implementations. Run it from this folder:
 
     python3 make_digest_vectors.py digests > digests.vec
     python3 make_digest_vectors.py states  > digest_states.vec
     python3 make_digest_vectors.py examples     the tables of docs/digest-state.md
 
-States are put together from their documented layout and from hash_models.py, not by the library.
+States come from their documented layout and from hash_models.py, not from the library.
 """
 import struct
 import sys
@@ -19,7 +19,7 @@ COMBINATIONS = {"md4-sha1": ("md4", "sha1"), "md4-sha1-adler32": ("md4-sha1", "a
 
 
 def pattern(size):
-    """The input of a vector; the tests make the same."""
+    """The input of a vector. The tests use the same."""
     return bytes((i * 31 + i // 256) & 0xFF for i in range(size))
 
 

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Writes paths.vec: texts and what Python's ntpath makes of them, for all that need no working directory.
+"""Writes paths.vec: texts that need no working directory, and their normal forms by Python's ntpath.
 
 Run it from this folder: python3 make_path_vectors.py > paths.vec
 """

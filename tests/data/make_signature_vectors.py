@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Writes signatures.vec: signatures over SHA-1 made by the openssl command line with the keys of keys/.
+"""Writes signatures.vec: signatures with SHA-1 by the openssl program and the keys of keys/.
 
 Run it from this folder: python3 make_signature_vectors.py > signatures.vec
 """
@@ -10,7 +10,7 @@ KEYS = ("rsa1024", "rsa2048", "rsa3072", "rsa4096", "dsa1024", "dsa2048")
 
 
 def pattern(size):
-    """The signed bytes; the tests generate the same."""
+    """The signed bytes. The tests use the same."""
     return bytes((i * 31 + i // 256) & 0xFF for i in range(size))
 
 

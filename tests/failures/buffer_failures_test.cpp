@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a buffer holds when there is no memory to grow, and what it gives back when it has grown.
+// Buffers that cannot grow keep their content, and buffers that have grown free the old block.
 #include "failures/call_watch.h"
 #include "failures/injection.h"
 #include "support/expect.h"
 
 namespace sarn_test {
 
-TEST(BufferFailures, OfMemory_LeaveTheContent) {
+TEST(BufferFailures, OfAllocations_LeaveTheContent) {
     const Bytes content = makePattern(3);
     const Bytes more = makePattern(10);
     ul::TBuffer<unsigned char> buffer;
@@ -25,7 +25,7 @@ TEST(BufferFailures, OfMemory_LeaveTheContent) {
     expectRefused([&] { const ul::TBuffer<unsigned char> copy(buffer); });
 }
 
-TEST(BufferFailures, GrownBufferOfSecrets_GivesTheOldBlockBack) {
+TEST(BufferFailures, GrownBufferOfSecrets_FreesTheOldBlock) {
     ul::TCryptBuffer<unsigned char> buffer(10, -1);
     const CallWatch watch;
     buffer.ensureAllocated(10000);

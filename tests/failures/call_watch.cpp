@@ -63,7 +63,7 @@ std::vector<Call> CallWatch::getCalls(std::string_view name) const {
 
 std::string CallWatch::getNames(CallKind kind) const {
     std::string names;
-    // A copy: a text that is made meanwhile is a call of the C++ runtime's, which is recorded.
+    // A copy, because the text allocates memory, and that call is recorded too.
     for (const Call& call : std::vector<Call>(m_calls)) {
         const std::string_view name = call.function->name;
         if (call.function->kind == kind && name.rfind("ERR_", 0) != 0 && name != "EVP_PKEY_base_id")

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The calls that the libraries make into others, recorded, and single ones made to fail.
+// Records the calls that the libraries make into others, and makes single ones fail.
 #pragma once
 
 #include "failures/imported_calls.h"
@@ -14,12 +14,11 @@
 
 namespace sarn_test {
 
-/// One call.
 struct Call {
     const ImportedCall* function;
     /// Pointers as addresses.
     std::array<std::intptr_t, 7> arguments;
-    /// What it returned, or returns if it fails.
+    /// The result, or the one of a failure.
     std::intptr_t result;
     bool fails = false;
 
@@ -29,9 +28,9 @@ struct Call {
     }
 };
 
-/// While it lives, records the libraries' calls of all threads in their order, may let some of them fail, and lets a
-/// test act before and after others. Several may live at once, and each sees every call; the last one made ends first.
-/// A name that is not among the functions that are replaced is refused.
+/// While it lives, records the libraries' calls of all threads in their order, makes some of them fail, and runs
+/// actions before and after others. Several may live at once, and each sees every call; the last one made ends first.
+/// The name of a function that is not replaced is refused.
 class CallWatch {
 public:
     using Action = std::function<void(Call&)>;
@@ -41,22 +40,21 @@ public:
     CallWatch& operator=(const CallWatch&) = delete;
     ~CallWatch();
 
-    /// Lets the `index`th call of `name` from now on fail, counted from 0.
+    /// Makes the `index`th call of `name` from now on fail, counted from 0.
     void fail(std::string_view name, int index = 0);
-    /// Lets it return `result` instead of what it returns when it fails.
+    /// The failing call returns `result`.
     void failWith(std::intptr_t result, std::string_view name, int index = 0);
-    /// Calls `action`, which may let the call fail, before each call of `name`, or of any function if that is empty.
+    /// Runs `action`, which may make the call fail, before each call of `name`, or of any function if that is empty.
     void before(std::string_view name, Action action);
-    /// Calls `action` after each call of `name`.
+    /// Runs `action` after each call of `name`.
     void after(std::string_view name, Action action);
 
-    /// The calls of one function so far.
     std::vector<Call> getCalls(std::string_view name) const;
     int count(std::string_view name) const { return static_cast<int>(getCalls(name).size()); }
-    /// The names of the calls of one kind in their order, separated by spaces. The host's error queue, which is left as
-    /// it was found around all of libcrypto's, is not looked at, nor is the kind of a key.
+    /// The names of the calls of one kind in their order, separated by spaces, without those that preserve libcrypto's
+    /// error queue or ask for the kind of a key.
     std::string getNames(CallKind kind) const;
-    /// How many of the things that `made` returned were given to no function whose name starts with `ended`.
+    /// The number of objects that `made` returned and no function whose name starts with `ended` has received.
     int countLeft(std::string_view made, std::string_view ended) const;
 
     /// For the replacements: a call is about to be made.

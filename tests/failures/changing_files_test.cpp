@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Files that are not what they were a moment ago: exchanged right after they were verified, before they are opened
-// again to be parsed, or of another size than the system reports.
+// Files that are exchanged after they were verified and before they are opened again to be parsed, and files whose size
+// is not the one that the system reports.
 #include "failures/call_watch.h"
 #include "failures/signed_file.h"
 
@@ -26,7 +26,7 @@ class ExchangedFile : public testing::TestWithParam<bool> {
 protected:
     static std::string encodeIfNeeded(const char* text) { return GetParam() ? encode(text) : text; }
 
-    /// Loads the configuration, whose file gets another `content` right before it is opened for the second time.
+    /// Loads the configuration. Its file gets another `content` before it is opened for the second time.
     ul::P<sarn::CSignedConfig> loadExchanged(const std::string& content) const {
         m_file.folder.write("file", encodeIfNeeded(signedText));
         const std::string native = m_file.folder.getNative("file").string();
@@ -42,7 +42,7 @@ protected:
     const SignedFile m_file{encodeIfNeeded(signedText)};
 };
 
-/// Files whose size is not what the system reports: larger than memory, or grown and cut meanwhile.
+/// Files that seem larger than memory, or that grow and shrink while they are read.
 class PretendedSizes : public testing::Test {
 protected:
     /// Runs `action` while the system reports another size of the file than it has.
@@ -59,7 +59,6 @@ protected:
         action();
     }
 
-    /// Expects `read` to report that the file cannot be held in memory.
     template <class Read>
     void expectTooLarge(long long size, Read read) const {
         const std::string message =
@@ -90,9 +89,10 @@ TEST_P(ExchangedFile, ForASignedOneBetweenTheTwoOpenings_IsRead) {
 
 INSTANTIATE_TEST_SUITE_P(PlainAndBase64, ExchangedFile, testing::Bool());
 
-TEST_F(PretendedSizes, TextFileLargerThanAnInt_IsAFileErrorThatSaysSo) {
+TEST_F(PretendedSizes, FileLargerThanAnInt_IsAFileErrorWithThatReason) {
     for (const long long size : {1LL + INT_MAX, INT_MAX - 65535LL})
         expectTooLarge(size, [&] { ul::readUTF8TextFile(m_file.path); });
+    expectTooLarge(1LL + INT_MAX, [&] { m_file.readConfig(true); });
 }
 
 TEST_F(PretendedSizes, TextFileWhoseSizeIsAboveTheLimit_IsRefusedBeforeItIsRead) {
@@ -106,10 +106,6 @@ TEST_F(PretendedSizes, TextFileThatIsShorterThanItsSize_IsReadToItsEnd) {
     const ul::String text = ul::readUTF8TextFile(m_file.path);
     for (const long long size : {0LL, 1LL, 1000LL, INT_MAX - 65536LL})
         pretend(size, [&] { EXPECT_EQ(ul::readUTF8TextFile(m_file.path), text) << size; });
-}
-
-TEST_F(PretendedSizes, ConfigurationLargerThanAnInt_IsAFileErrorThatSaysSo) {
-    expectTooLarge(1LL + INT_MAX, [&] { m_file.readConfig(true); });
 }
 
 TEST_F(PretendedSizes, ConfigurationCutAfterItWasVerified_IsAnError) {

@@ -10,13 +10,11 @@ namespace sarn_test {
 
 namespace {
 
-using Buffer = ul::TBuffer<unsigned char>;
-
 const Bytes iv = makePattern(16);
 
 class CipherFailures : public testing::Test {
 protected:
-    /// Lets libcrypto report that its last call wrote `count` bytes less than it did.
+    /// Makes `call` report `count` bytes fewer than it wrote.
     void shorten(const char* call, int count) {
         m_watch.after(call, [count](const Call& final) { *final.getPointer<int>(2) -= count; });
     }
@@ -41,14 +39,14 @@ TEST_F(CipherFailures, WithoutPadding_OfTooLittleOutput_RaiseAnErrorWithBothSize
     EXPECT_EQ(m_watch.count("EVP_CIPHER_CTX_free"), 2);
 }
 
-TEST_F(CipherFailures, OfDecryptingNothing_ComeAfterAnUpdateWithoutANullPointer) {
+TEST_F(CipherFailures, OfDecryptingNoBytes_FollowAnUpdateWithoutANullPointer) {
     EXPECT_THROW(m_cipher.decrypt(m_key, nullptr, 0, m_out, false, iv.data()), ul::CError);
     ASSERT_EQ(m_watch.count("EVP_DecryptUpdate"), 1);
     EXPECT_NE(m_watch.getCalls("EVP_DecryptUpdate")[0].arguments[3], 0);
 }
 
-TEST_F(CipherFailures, OfTheUpdate_AreWhereTheLargestCiphertextEnds) {
-    // There is room for the result; it ends where libcrypto would read that much.
+TEST_F(CipherFailures, OfTheUpdate_AreReachedByTheLargestCiphertext) {
+    // There is room for the result. The call fails before it reads so many bytes.
     const std::unique_ptr<unsigned char[]> data(new unsigned char[INT_MAX]);
     for (const int before : {0, 15}) {
         Buffer out;
@@ -60,8 +58,8 @@ TEST_F(CipherFailures, OfTheUpdate_AreWhereTheLargestCiphertextEnds) {
     }
 }
 
-TEST_F(CipherFailures, OfTheInit_AreWhereTheLargestResultOfAnIntEnds) {
-    // There is room for it; it ends where libcrypto would read that much.
+TEST_F(CipherFailures, OfTheInit_AreReachedByTheLargestResult) {
+    // There is room for the result. The call fails before it reads so many bytes.
     constexpr char message[] = "OpenSSL encrypt init error.";
     m_watch.fail("EVP_EncryptInit");
     expectError(message, [&] { m_cipher.encrypt(m_key, "x", INT_MAX - 16, m_out, false, iv.data()); });

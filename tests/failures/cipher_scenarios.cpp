@@ -13,7 +13,7 @@ const Bytes iv = makePattern(16);
 const Bytes text = makePattern(100);
 const Bytes wholeBlocks = makePattern(96);
 
-/// What one of the four operations appends to a buffer, or puts into it.
+/// A buffer after an operation has appended its result to it, or put it into it.
 Bytes apply(const std::string& id, Operation operation, const Bytes& input, bool append, const Bytes& givenIV = iv) {
     const ul::P<ICipher> cipher = getAnyCipher(id);
     ul::TBuffer<unsigned char> out;
@@ -23,7 +23,7 @@ Bytes apply(const std::string& id, Operation operation, const Bytes& input, bool
     return toBytes(out);
 }
 
-/// Under a drawn IV if none is given; what is decrypted is the same each time.
+/// Encrypts and decrypts, under a random IV if none is given: the plaintext is the same each time.
 Bytes restore(const std::string& id, bool append, const Bytes& givenIV) {
     return apply(id, &ICipher::decrypt, apply(id, &ICipher::encrypt, text, false, givenIV), append, givenIV);
 }
@@ -32,12 +32,7 @@ Bytes restore(const std::string& id, bool append, const Bytes& givenIV) {
 
 Scenarios makeCipherScenarios() {
     Scenarios scenarios;
-    std::vector<std::string> ids = {"null"};
-    for (const CipherSizes& sizes : getRegisteredCiphers())
-        ids.push_back(sizes.id);
-    if (hasIDEA)
-        ids.push_back("ideacbc");
-    for (const std::string& id : ids) {
+    for (const std::string& id : getCipherIDs()) {
         const auto add = [&](const char* name, const Run& run) { scenarios.push_back({name + ("_" + id), run}); };
         add("Encrypt", [=] { return apply(id, &ICipher::encrypt, text, false); });
         add("EncryptAppended", [=] { return apply(id, &ICipher::encrypt, text, true); });

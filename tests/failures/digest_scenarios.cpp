@@ -6,7 +6,7 @@ namespace sarn_test {
 
 namespace {
 
-/// Lets `use` do the same with one digest each time.
+/// Repeats `use` with one digest, which the first call creates.
 template <class Use>
 Run useDigest(const std::string& id, Use use) {
     return [id, use, digest = ul::P<sarn::IDigest>()]() mutable {

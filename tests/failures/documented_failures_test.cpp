@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Each operation's calls of libcrypto in their order, and what the failure of each ends in: the error, the calls that
-// follow, and the used size of the output.
+// Each operation's calls of libcrypto in their order, and the consequences of the failure of each: the error, the calls
+// that follow, and the used size of the output.
 #include "failures/call_watch.h"
-#include "failures/table.h"
 #include "support/cipher_test_data.h"
 #include "support/digest_test_data.h"
 #include "support/key_files.h"
+#include "support/table.h"
 
 #include "sarn/encoding.h"
 #include "sarn/password_key_cache.h"
@@ -19,20 +19,18 @@ namespace sarn_test {
 namespace {
 
 using sarn::ICipher;
-using Buffer = ul::TBuffer<unsigned char>;
 
 const Bytes pattern = makePattern(48);
 /// The used size of the output before an operation.
 constexpr int unchanged = 3;
 
-/// One call that an operation makes.
 struct Step {
     const char* call;
-    /// The error that its failure ends in; null if it cannot fail or need not be noticed.
+    /// The error of its failure; null if it cannot fail or its failure may pass unnoticed.
     const char* error = nullptr;
-    /// The calls that are made after it failed.
+    /// The calls after it has failed.
     std::string then = "";
-    /// The used size of the output then.
+    /// The used size of the output after it has failed.
     int used = unchanged;
     /// The operation that an argument error names; null for any other error.
     const char* where = nullptr;
@@ -49,7 +47,7 @@ void encrypt(Buffer& out, int size) {
     ul::make<sarn::CCipher_AES256CBC>()->encrypt(TestKey(32), pattern.data(), size, out, false, nullptr);
 }
 
-/// Runs an operation of a cipher in a way in which it needs no ciphertext.
+/// Any bytes are a plaintext and a ciphertext here, because nothing is padded.
 template <int size, decltype(&ICipher::encrypt) operation>
 void runUnpadded(Buffer& out) {
     const ul::P<ICipher> cipher = ul::make<sarn::CCipher_AES256CBC>();
@@ -57,7 +55,7 @@ void runUnpadded(Buffer& out) {
 }
 
 void decrypt(Buffer& out) {
-    // An initialisation vector, and under it nothing.
+    // An IV and the ciphertext of no bytes.
     const TestKey key(fromHex("a278ea0f436b33751785f832650fbcd8eb00aa4998591b36ee088003b17fbeb3"));
     const Bytes encrypted = fromHex("620e768b1c1cb474fd6ac1c5747aea8a82bdbea929a50e68b9355ed5455d0b6c");
     ul::make<sarn::CCipher_AES256CBC>()->decrypt(key, encrypted.data(), 32, out, false, nullptr);
@@ -69,7 +67,7 @@ void finishTwice(Buffer&) {
     digest->finish();
 }
 
-/// A digest whose state says that it was never set up, so that it has no end.
+/// A digest whose state says that it was never initialised, so it cannot be finished.
 ul::P<sarn::IDigest> loadNotInitialized() {
     static Bytes state = getRunningState("md5");
     state.at(state.size() - 2) = 0;
@@ -105,8 +103,8 @@ constexpr char digestEnd[] = "Error finalizing OpenSSL digest.";
 constexpr char encodeError[] = "Internal error: error during base64 encode.";
 constexpr char decodeError[] = "Internal error: error during base64 decode.";
 
-/// The steps of an operation that makes a context, does `between` with it, whatever fails there, and frees it. `used`
-/// is the used size if there is no context.
+/// The steps of an operation that makes a context, uses it in the steps `between`, and frees it whichever step fails.
+/// `used` is the used size if there is no context.
 Steps inCipherContext(int used, Steps between) {
     for (Step& step : between)
         step.then = "EVP_CIPHER_CTX_reset EVP_CIPHER_CTX_free";
@@ -115,8 +113,8 @@ Steps inCipherContext(int used, Steps between) {
     return between;
 }
 
-/// The steps of signing or verifying. A session whose construction fails leaves its context, reset if the key was at
-/// fault, to nobody.
+/// The steps of signing or verifying. A session whose construction fails leaks its context, and resets it before if the
+/// key is at fault.
 Steps inSession(const char* initError, const char* readKey, const char* updateError, const Step& last) {
     static constexpr char corrupted[] = "OpenSSL key corrupted.";
     constexpr char end[] = "EVP_MD_CTX_reset EVP_MD_CTX_free EVP_PKEY_free";
@@ -193,7 +191,7 @@ const std::vector<Operation> operations = {
 
 class DocumentedFailures : public testing::TestWithParam<Operation> {
 protected:
-    // What is called once in a process is called before.
+    // The first run makes the calls that are made once in a process.
     void SetUp() override {
         m_out.setUsed(unchanged);
         GetParam().run(m_out);
@@ -207,7 +205,7 @@ protected:
         return names;
     }
 
-    /// Lets one step fail, which is the `earlier`th call of its function.
+    /// Makes one step fail. `earlier` counts the calls of the same function before it.
     void expectFailure(std::size_t index, int earlier) {
         const Step& step = m_steps[index];
         const auto run = [this] { GetParam().run(m_out); };
@@ -228,13 +226,13 @@ protected:
 
 } // namespace
 
-TEST_P(DocumentedFailures, OfNoCall_AreTheCallsInTheirOrder) {
+TEST_P(DocumentedFailures, OfNoCall_LeaveTheCallsInTheirOrder) {
     const CallWatch watch;
     GetParam().run(m_out);
     EXPECT_EQ(watch.getNames(CallKind::Libcrypto), list(m_steps.size()));
 }
 
-TEST_P(DocumentedFailures, OfEachCall_RaiseItsErrorFreeWhatWasMadeAndLeaveTheUsedSize) {
+TEST_P(DocumentedFailures, OfEachCall_RaiseItsErrorFreeTheObjectsAndLeaveTheUsedSize) {
     std::map<std::string, int> calls;
     for (std::size_t index = 0; index < m_steps.size(); ++index) {
         SCOPED_TRACE(std::string(m_steps[index].call) + ", call " + std::to_string(index) + ", fails");

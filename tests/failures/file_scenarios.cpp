@@ -18,9 +18,6 @@ namespace sarn_test {
 
 namespace {
 
-using Buffer = ul::TBuffer<unsigned char>;
-
-/// A folder with one file in it.
 struct Place {
     explicit Place(const std::string& content) : file(folder.write("file", content)) {}
 
@@ -33,8 +30,8 @@ Bytes readText() {
     return toUTF8Bytes(ul::readUTF8TextFile(place.file));
 }
 
-/// Lets `write` replace a file. Whatever happens, it is the old one or a new one of `size` bytes, and alone unless what
-/// is beside it could not be removed.
+/// `write` replaces a file. If it fails, the file is the old one or a new one of `size` bytes. It is the only one in
+/// its folder unless the removal of another failed.
 template <class Write>
 Bytes replaceFile(std::size_t size, Write write) {
     static const Place place("old");
@@ -64,7 +61,7 @@ Bytes storeSignature() {
     static const Bytes bytes = makePattern(128);
     Buffer signature;
     fill(signature, bytes);
-    // Two lines and a part of one, each with the two characters of its end.
+    // Two lines and a part of one, each with a line end of two characters.
     return replaceFile(178, [&](const ul::CWindowsPath& file) { sarn::storeSignatureBase64(file, signature); });
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// In which steps a file is replaced, and how the failure of each is reported.
+// The steps in which a file is replaced, and the errors of their failures.
 #include "failures/call_watch.h"
 #include "failures/injection.h"
 #include "support/expect.h"
@@ -21,8 +21,8 @@ namespace {
 
 class FileStepsTest : public testing::Test {
 protected:
-    /// Lets each system call of `action` fail, with all that come after it, so that cleaning up fails, too. The error
-    /// must be that of the first, about the file that was asked for.
+    /// Makes each system call of `action` fail with all calls after it, so the clean-up fails too. The error must be
+    /// that of the first call and must name the file of the caller.
     void expectEachFailureReported(const std::function<void()>& action) {
         for (int index = 0;; ++index) {
             m_folder.write("file", "old");
@@ -56,24 +56,21 @@ protected:
 
 } // namespace
 
-TEST_F(FileStepsTest, NewContent_IsOnTheDiskBeforeItGetsTheNameAndThenTheNameIs) {
+TEST_F(FileStepsTest, NewContent_IsSyncedBeforeItGetsTheName_AndThenTheNameIs) {
     const CallWatch watch;
     ul::writeUTF8TextFile(m_file, "new");
     EXPECT_THAT(watch.getNames(CallKind::File),
                 testing::ContainsRegex("openat .*fsync close renameat fsync of a folder"));
-    constexpr int asTheOnlyOne = O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    EXPECT_EQ(watch.getCalls("openat").at(0).arguments[2] & asTheOnlyOne, asTheOnlyOne);
+    constexpr int exclusively = O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    EXPECT_EQ(watch.getCalls("openat").at(0).arguments[2] & exclusively, exclusively);
 }
 
-TEST_F(FileStepsTest, EachFailureOfWriting_IsReportedWithItsReasonAndTheFileThatWasAskedFor) {
+TEST_F(FileStepsTest, EachFailureOfWritingAndReading_IsReportedWithItsReasonAndTheCallersFile) {
     expectEachFailureReported([&] { ul::writeUTF8TextFile(m_file, "new"); });
-}
-
-TEST_F(FileStepsTest, EachFailureOfReading_IsReportedWithItsReasonAndTheFileThatWasAskedFor) {
     expectEachFailureReported([&] { ul::readUTF8TextFile(m_file); });
 }
 
-TEST_F(FileStepsTest, FileOfSomebodyElse_GivesTheNewOneNoRights) {
+TEST_F(FileStepsTest, FileOfAnotherUser_GivesTheNewOneNoRights) {
     const mode_t mask = ::umask(0022);
     const auto writeAndGetMode = [&] {
         const std::string name = m_folder.getNative("file").string();

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Which process-wide objects the first use of something creates, in which order, and what comes of it without memory.
-// What exists once in a process stays, so each check has a process of its own.
+// The process-wide objects that a first use creates, their order, and first uses without memory. Such objects stay
+// until the process ends, so each check has a process of its own.
 #include "failures/call_watch.h"
 #include "failures/injection.h"
-#include "failures/table.h"
 #include "support/expect.h"
 #include "support/log_capture.h"
 #include "support/new_process.h"
+#include "support/table.h"
 
 #include "sarn/cipher.h"
 #include "sarn/digest.h"
@@ -36,7 +36,7 @@ struct ThreadAccess : COpenSSLInit::CThreadStuff {
     using CThreadStuff::doLock;
 };
 
-/// Whether the object that `get` gives is there: else it takes memory to create it, of which there is none.
+/// Whether the object of `get` exists. If not, `get` needs memory to create it, and there is none.
 template <class Get>
 bool isThere(Get get) {
     const AllocationFailure failure(0);
@@ -53,7 +53,6 @@ std::string listInstances() {
            (isThere(COpenSSLInit::CCleaner::get) ? "cleaner, " : "") + (isThere(COpenSSLInit::get) ? "anchor, " : "");
 }
 
-/// The set-up comes before the first call of libcrypto.
 void failToCreateMD5() {
     CallWatch watch;
     watch.fail("MD5_Init");
@@ -91,8 +90,8 @@ const FirstUse firstUses[] = {
 
 class FirstUseDeathTest : public testing::TestWithParam<FirstUse> {};
 
-/// Tries `action` with memory for one thing more each time, until it succeeds, and calls `check` after each failure.
-/// Returns how many there were.
+/// Tries `action` with memory for one more allocation each time until it succeeds, and calls `check` after each
+/// failure. Returns the number of failures.
 template <class Action, class Check>
 int tryWithMoreMemory(Action action, Check check) {
     for (int index = 0;; ++index) {
@@ -101,7 +100,7 @@ int tryWithMoreMemory(Action action, Check check) {
             action();
             return index;
         } catch (const std::exception&) {
-            // The next one gets further.
+            // The next attempt gets further.
         }
         check();
     }
@@ -141,7 +140,7 @@ TEST(FirstUsesDeathTest, OfTheAnchor_CreateItBeforeItsCompanions) {
     });
 }
 
-TEST(FirstUsesDeathTest, WithoutMemory_GiveBackWhatTheyTookAndAreTriedAgain) {
+TEST(FirstUsesDeathTest, WithoutMemory_FreeTheirObjectsAndAreTriedAgain) {
     expectInNewProcess([] {
         CallWatch watch;
         const auto expectNothing = [&] {

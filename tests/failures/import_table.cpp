@@ -30,7 +30,7 @@ T toPointer(ElfW(Addr) address) {
     return reinterpret_cast<T>(address); // NOLINT(performance-no-int-to-ptr): ELF stores addresses as numbers
 }
 
-/// The dynamic section of a loaded library: numbers and addresses by their tags.
+/// The dynamic section of a loaded library by its tags.
 using Section = std::map<ElfW(Sxword), ElfW(Addr)>;
 
 Section readSection(const link_map& library) {
@@ -40,7 +40,7 @@ Section readSection(const link_map& library) {
     return section;
 }
 
-/// The tables are read-only once a library is loaded.
+/// The loader makes the tables read-only.
 void makeWritable(void* address) {
     const auto pageSize = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
     const auto page = reinterpret_cast<std::uintptr_t>(address) / pageSize * pageSize;

@@ -7,8 +7,8 @@
 
 namespace sarn_test {
 
-/// Calls `visit` for each function that a loaded library, found by the start of its name ("libul."), imports. `visit`
-/// may change the address through which it is called.
+/// Calls `visit` for each function that a loaded library imports. The start of its name ("libul.") identifies the
+/// library. `visit` may change the address through which the function is called.
 void visitImports(const std::string& library, const std::function<void(const char* name, void** address)>& visit);
 
 } // namespace sarn_test

@@ -38,7 +38,7 @@ namespace sarn_test {
 
 namespace {
 
-/// Whether a file was flushed must be known; by the time a folder is, the file is in its place.
+/// A failed flush of a file must be reported. When the folder is flushed, the file already has its name.
 int flush(int file) {
     struct stat status {};
     const bool isFolder = ::fstat(file, &status) == 0 && S_ISDIR(status.st_mode);
@@ -47,14 +47,14 @@ int flush(int file) {
 
 } // namespace
 
-// A row a function: its kind, its name, what it returns when it fails, errno then, and its traits.
+// Each row is a function: its kind, its name, the result and errno of its failure, and its traits.
 // clang-format off
 const std::vector<ImportedCall>& getImportedCalls() {
     constexpr CallKind libcrypto = CallKind::Libcrypto;
     constexpr CallKind file = CallKind::File;
     constexpr CallKind allocation = CallKind::Allocation;
     constexpr CallKind memory = CallKind::Memory;
-    // Never destroyed: static objects of the tests are, and give memory back by way of it.
+    // Never destroyed: the destructors of static objects still free memory through it.
     static const std::vector<ImportedCall>& table = *new std::vector<ImportedCall>{
         describe<&::BIO_ctrl>(libcrypto, "BIO_ctrl", 0),
         describe<&::BIO_new>(libcrypto, "BIO_new", 0),
@@ -62,11 +62,11 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::BIO_read>(libcrypto, "BIO_read", -1),
         describe<&::BIO_write>(libcrypto, "BIO_write", -1),
         describe<&::BIO_free_all>(libcrypto, "BIO_free_all", 0, 0, cannot),
-        // An empty queue takes no mark either.
+        // It fails for an empty queue too.
         describe<&::ERR_set_mark>(libcrypto, "ERR_set_mark", 0, 0, ignored),
         describe<&::ERR_pop_to_mark>(libcrypto, "ERR_pop_to_mark", 0, 0, ignored),
         describe<&::EVP_CIPHER_CTX_new>(libcrypto, "EVP_CIPHER_CTX_new", 0),
-        // A new context is as good as a reset one.
+        // A new context needs no reset.
         describe<&::EVP_CIPHER_CTX_reset>(libcrypto, "EVP_CIPHER_CTX_reset", 0, 0, ignored),
         describe<&::EVP_CIPHER_CTX_set_padding>(libcrypto, "EVP_CIPHER_CTX_set_padding", 0),
         describe<&::EVP_CIPHER_CTX_free>(libcrypto, "EVP_CIPHER_CTX_free", 0, 0, cannot),
@@ -77,7 +77,7 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::EVP_DecryptUpdate>(libcrypto, "EVP_DecryptUpdate", 0),
         describe<&::EVP_DecryptFinal>(libcrypto, "EVP_DecryptFinal", 0),
         describe<&::EVP_MD_CTX_new>(libcrypto, "EVP_MD_CTX_new", 0),
-        // Only before its end, or on the way to an error.
+        // It is called only before the context is freed, or before an error is raised.
         describe<&::EVP_MD_CTX_reset>(libcrypto, "EVP_MD_CTX_reset", 0, 0, ignored),
         describe<&::EVP_MD_CTX_free>(libcrypto, "EVP_MD_CTX_free", 0, 0, cannot),
         describe<&::EVP_DigestInit>(libcrypto, "EVP_DigestInit", 0),
@@ -102,13 +102,13 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::SHA256_Update>(libcrypto, "SHA256_Update", 0),
         describe<&::SHA256_Final>(libcrypto, "SHA256_Final", 0),
 #if OPENSSL_VERSION_NUMBER >= 0x30000000L
-        // The cipher of the host's providers stands in.
+        // The library then uses the cipher of the host's providers.
         describe<&::OSSL_LIB_CTX_new>(libcrypto, "OSSL_LIB_CTX_new", 0, 0, ignored),
         describe<&::OSSL_PROVIDER_load>(libcrypto, "OSSL_PROVIDER_load", 0, 0, ignored),
         describe<&::OSSL_PROVIDER_available>(libcrypto, "OSSL_PROVIDER_available", 0, 0, ignored),
         describe<&::EVP_CIPHER_fetch>(libcrypto, "EVP_CIPHER_fetch", 0, 0, ignored),
 #else
-        // The kind of the key is then not known to be DSA.
+        // The library then does not know that the key is one for DSA.
         describe<&::EVP_PKEY_base_id>(libcrypto, "EVP_PKEY_base_id", 0, 0, ignored),
         describe<&::BN_mod_exp_mont>(libcrypto, "BN_mod_exp_mont", 0),
         describe<&::DSA_meth_dup>(libcrypto, "DSA_meth_dup", 0),
@@ -127,11 +127,11 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::renameat>(file, "renameat", -1, EXDEV),
         describe<&::getcwd>(file, "getcwd", 0, ENOENT),
         describe<&::getrandom>(file, "getrandom", -1, EIO),
-        // The bytes have been synced by then. The system closes the descriptor even if it reports an error.
+        // The bytes are synced before. The system closes the descriptor even if it reports an error.
         describe<&::close>(file, "close", -1, EIO, done | ignored),
-        // There is nothing that one could do about it.
+        // The library reports the error that led to the removal.
         describe<&::unlinkat>(file, "unlinkat", -1, EACCES, ignored),
-        // Without such a page no random bytes are drawn ahead.
+        // Without this page no random bytes are drawn in advance.
         describe<&::mmap>(file, "mmap", -1, ENOMEM, ignored),
         describe<&::madvise>(file, "madvise", -1, EINVAL, ignored),
         describe<&::munmap>(file, "munmap", -1, EINVAL, ignored),
@@ -176,7 +176,7 @@ std::vector<std::string> replaceAll() {
     };
     replaceSome("libcrypto.", {"malloc", "calloc", "realloc"});
     replaceSome("libz.", {"malloc", "calloc", "realloc"});
-    // Its operator new is replaced where it is called, and the text of an error needs malloc().
+    // Its operator new is replaced in its callers, and the text of an error needs malloc().
     replaceSome("libstdc++.", {"_Znwm", "getcwd"});
     return names;
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// The functions that the libraries import from others, and that tests watch and let fail.
+// The functions that the libraries import from others. Tests watch them and make them fail.
 //
-// The shared libraries stay as they ship: only their tables of imported addresses are changed, so that each call passes
-// a replacement of the same type, which fails when its turn has come and else calls the function it stands for.
+// The shared libraries are the shipped ones. Only their tables of imported addresses are changed: each call goes to a
+// replacement of the same type, which fails or calls the original function.
 #pragma once
 
 #include <cstdint>
@@ -13,41 +13,38 @@ namespace sarn_test {
 
 enum class CallKind { Allocation, Memory, Libcrypto, File };
 
-/// How the failure of a function differs from that of others.
 enum Trait : unsigned {
-    /// It cannot fail, and is replaced to be observed.
+    /// It cannot fail and is replaced for observation only.
     cannot = 1,
-    /// The library ignores it on purpose: its result is still right.
+    /// The library ignores its failure on purpose: the result is right without it.
     ignored = 2,
-    /// It is reported although the work is done.
+    /// It reports a failure although it has done its work.
     done = 4,
-    /// It is reported as operator new does.
+    /// It raises std::bad_alloc.
     throws = 8,
 };
 
-/// Description of an imported function.
 struct ImportedCall {
     const char* name;
     CallKind kind;
     void* replacement;
     const ImportedCall** slot;
-    /// What it returns when it fails.
+    /// The result of a failure.
     std::intptr_t failure;
-    /// The error number that comes with the failure; 0 if none does.
+    /// The error number of a failure; 0 for none.
     int error;
     unsigned traits;
 
     bool has(Trait trait) const { return (traits & trait) != 0; }
 };
 
-/// The functions that are replaced.
 const std::vector<ImportedCall>& getImportedCalls();
 
-/// Whether an imported function has no way to report a failure, or belongs to the C++ runtime.
+/// Whether an imported function cannot report a failure or belongs to the C++ runtime.
 bool cannotFail(const std::string& name);
 
-/// Puts the replacements in place, once. Returns the names of all functions that libul and libsarn import from other
-/// libraries.
+/// Installs the replacements on the first call. Returns the names of all functions that libul and libsarn import from
+/// other libraries.
 const std::vector<std::string>& installReplacements();
 
 } // namespace sarn_test

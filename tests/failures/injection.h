@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Calls that fail, one after the other, whatever their names.
+// Makes calls fail by their number.
 #pragma once
 
 #include "failures/call_watch.h"
@@ -8,18 +8,17 @@
 
 namespace sarn_test {
 
-/// While it lives, lets calls fail.
+/// While it lives, makes calls fail.
 class Injection : public CallWatch {
 public:
     enum class Duration { Once, FromThenOn };
 
-    /// From the `index`th call on that is an allocation, or that is not one, counted from 0.
+    /// The first is the `index`th allocation, or the `index`th other call, counted from 0.
     Injection(bool ofAllocations, int index, Duration duration);
 
     bool hasHappened() const { return m_first != nullptr; }
-    /// The call that failed first.
     const ImportedCall& getFirst() const { return *m_first; }
-    /// Whether a failure was injected that must not pass unnoticed.
+    /// Whether a call failed whose failure must be reported.
     bool mustBeNoticed() const { return m_mustBeNoticed; }
 
 private:
@@ -34,8 +33,8 @@ public:
     explicit AllocationFailure(int index) : Injection(true, index, Duration::Once) {}
 };
 
-/// Lets each allocation of `action` fail, one after the other, until it needs no more. Returns how many failed; 0 if
-/// one of them did not end in an error.
+/// Makes each allocation of `action` fail, one in each run, until a run needs no more. Returns the number of failures;
+/// 0 if one of them raised no error.
 template <class Action>
 int failEachAllocation(Action action) {
     for (int index = 0;; ++index) {
@@ -53,7 +52,7 @@ int failEachAllocation(Action action) {
     }
 }
 
-/// While it lives, files are read and written in small pieces, each call interrupted by a signal first.
+/// While it lives, files are read and written in small pieces, and each call is interrupted by a signal first.
 class SmallPieces {
 public:
     SmallPieces();
@@ -62,7 +61,7 @@ public:
     ~SmallPieces();
     int getCallCount() const;
 
-    /// For the replacements: how much of `size` bytes is done at once; none if the call is interrupted.
+    /// For the replacements: how many of `size` bytes one call handles; 0 if it is interrupted.
     static std::size_t limit(std::size_t size);
 };
 

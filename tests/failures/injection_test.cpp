@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every allocation, and every call of libcrypto and of the system's files that every scenario makes, fails: once, and
-// from there on. What comes of it is the right result or a documented error, and the next use works.
+// Every allocation of every scenario, and every call of libcrypto and of the system's file functions, fails: once, and
+// together with all later calls. The result is right or a documented error is raised, and the next use works.
 #include "failures/call_watch.h"
 #include "failures/injection.h"
 #include "failures/scenarios.h"
@@ -20,8 +20,8 @@ namespace {
 
 using Duration = Injection::Duration;
 
-/// The call to fail after `index`. Newer versions of libcrypto allocate thousands of times to read a key, and
-/// sanitizers take their time: of many calls only some fail there, unless all are asked for.
+/// The call that fails after `index`. Newer versions of libcrypto allocate thousands of times to read a key, and
+/// sanitizers are slow. There, only some of many calls fail unless SARN_EACH_INJECTION is set.
 int getNext(int index) {
 #ifdef SARN_FEWER_INJECTIONS
     if (index >= 100 && !std::getenv("SARN_EACH_INJECTION"))
@@ -30,7 +30,7 @@ int getNext(int index) {
     return index + 1;
 }
 
-// The errors that a failed call of a dependency ends in; which of them it is has a test of its own for each call.
+// The errors of failed calls of dependencies. Another test expects the right one for each call.
 const std::set<std::string> documentedErrors = {"Error initializing OpenSSL digest.",
                                                 "Error updating OpenSSL digest.",
                                                 "Error finalizing OpenSSL digest.",
@@ -55,7 +55,7 @@ const std::set<std::string> documentedErrors = {"Error initializing OpenSSL dige
 constexpr char noMemory[] = "no memory";
 constexpr char noMatch[] = "Invalid signature for config file.";
 
-/// What came of a run: its result, or the message of the error that it ended in.
+/// The result of a run, or the message of its error.
 struct Outcome {
     Bytes result;
     std::string error;
@@ -85,7 +85,7 @@ Scenarios makeScenarios() {
 
 class Injections : public testing::TestWithParam<Scenario> {
 protected:
-    // What is created once in a process is created here; that it can fail has a test of its own.
+    // The first run creates the process-wide objects. Another test makes that fail.
     void SetUp() override { m_expected = GetParam().run(); }
 
     void injectAll(bool ofAllocations) {
@@ -101,7 +101,7 @@ protected:
     }
 
 private:
-    /// Lets one call fail. Returns false if there are not so many.
+    /// Makes one call fail. Returns false if there are fewer calls.
     bool inject(bool ofAllocations, int index, Duration duration) {
         Outcome outcome;
         std::string failed;
@@ -119,11 +119,11 @@ private:
         SCOPED_TRACE("call " + std::to_string(index) + ", " + failed);
         const bool isMismatch = ofAllocations && GetParam().verifies && outcome.result == asBytes(false);
         if (outcome.error.empty() && !isMismatch) {
-            EXPECT_EQ(toHex(outcome.result), toHex(m_expected)) << "a wrong result was handed out";
-            EXPECT_FALSE(mustBeNoticed) << "nobody was told";
+            EXPECT_EQ(toHex(outcome.result), toHex(m_expected)) << "a wrong result was returned";
+            EXPECT_FALSE(mustBeNoticed) << "the failure was not reported";
         }
         EXPECT_TRUE(outcome.error.empty() || isExpectedError(outcome.error, ofAllocations)) << outcome.error;
-        EXPECT_EQ(toHex(GetParam().run()), toHex(m_expected)) << "what is used afterwards is damaged";
+        EXPECT_EQ(toHex(GetParam().run()), toHex(m_expected)) << "the next use gives a wrong result";
         return true;
     }
 
@@ -138,11 +138,11 @@ private:
 
 } // namespace
 
-TEST_P(Injections, EachAllocationThatFails_IsToldAndDoesNoHarm) {
+TEST_P(Injections, EachAllocationThatFails_IsReportedAndDoesNoHarm) {
     injectAll(true);
 }
 
-TEST_P(Injections, EachCallOfADependencyThatFails_IsToldAndDoesNoHarm) {
+TEST_P(Injections, EachCallOfADependencyThatFails_IsReportedAndDoesNoHarm) {
     injectAll(false);
 }
 

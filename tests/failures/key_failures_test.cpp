@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What encodings, HMAC and keys leave behind when a call of libcrypto or memory fails, and what they hand to libcrypto.
+// Encodings, HMAC and keys when a call of libcrypto or an allocation fails, and the arguments that libcrypto receives.
 #include "failures/call_watch.h"
 #include "failures/injection.h"
 #include "support/expect.h"
@@ -8,13 +8,9 @@
 #include "sarn/encoding.h"
 #include "sarn/password_key_cache.h"
 
-#include <gtest/gtest.h>
-
 namespace sarn_test {
 
 namespace {
-
-using Buffer = ul::TBuffer<unsigned char>;
 
 class KeyFailures : public testing::Test {
 protected:
@@ -29,7 +25,7 @@ ul::P<sarn::CPasswordKeyCache> makeCache() {
 
 } // namespace
 
-TEST_F(KeyFailures, OfAReadFromWhichFewBytesAreExpected_AreStillNoticed) {
+TEST_F(KeyFailures, OfAReadOfFewBytes_AreNoticed) {
     for (const char* const text : {"", "QQ", "QQ==", "QUI", "QUI="}) {
         Buffer out;
         m_watch.fail("BIO_read");
@@ -44,7 +40,7 @@ TEST_F(KeyFailures, OfADerivation_AreNotCached) {
     const auto key = cache->getKey(32, 258, 1000);
     EXPECT_TRUE(key);
     EXPECT_EQ(cache->getKey(32, 258, 1000), key);
-    EXPECT_EQ(m_watch.count("PKCS5_PBKDF2_HMAC_SHA1"), 2) << "the cached key took no third";
+    EXPECT_EQ(m_watch.count("PKCS5_PBKDF2_HMAC_SHA1"), 2) << "the cached key needed no third";
 }
 
 TEST_F(KeyFailures, OfAllocationsForANewKey_AreTriedAgain) {
@@ -53,7 +49,7 @@ TEST_F(KeyFailures, OfAllocationsForANewKey_AreTriedAgain) {
     for (bool isMade = false; !isMade;) {
         const AllocationFailure failure(raised);
         try {
-            // libcrypto can do without some of what it allocates.
+            // libcrypto works without some of its allocations.
             isMade = cache->getKey(32, 258, 1) != nullptr;
         } catch (const std::exception&) {
             ++raised;
@@ -63,7 +59,7 @@ TEST_F(KeyFailures, OfAllocationsForANewKey_AreTriedAgain) {
     EXPECT_TRUE(cache->getKey(32, 258, 1));
 }
 
-TEST_F(KeyFailures, EmptyKeyAndPassword_ReachLibcryptoAsEmptyStringsNotAsNull) {
+TEST_F(KeyFailures, NullKeyAndPassword_ReachLibcryptoAsEmptyStrings) {
     unsigned char key[20];
     Buffer out;
     sarn::calcHMAC_SHA1(out, "x", 1, nullptr, 0);

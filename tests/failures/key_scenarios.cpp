@@ -11,8 +11,6 @@ namespace sarn_test {
 
 namespace {
 
-using Buffer = ul::TBuffer<unsigned char>;
-
 const Bytes data = makePattern(3000);
 
 Bytes authenticate() {
@@ -57,7 +55,7 @@ Bytes encodeBuffer() {
     return toBytes(buffer);
 }
 
-/// How many random bytes there are, in small and in large requests.
+/// Draws random bytes by a small and by a large request. The result is always the same.
 Bytes drawRandomBytes() {
     const ul::P<ul::CMTRand> generator = ul::make<ul::CMTRand>();
     Bytes bytes(2000);

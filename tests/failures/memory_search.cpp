@@ -16,7 +16,7 @@ namespace sarn_test {
 
 namespace {
 
-// Read where it is used, so that the compiler cannot keep unmasked bytes.
+// Volatile, so that the compiler does not keep unmasked bytes.
 volatile unsigned char mask = 0xA5;
 
 struct Region {
@@ -44,8 +44,8 @@ std::vector<Region> listRegions() {
     return regions;
 }
 
-/// A window into the process's memory. It reads by way of the system, because what was listed may have gone meanwhile,
-/// and lies in memory of its own, shared so that the system joins it with no other, which is not looked at.
+/// A copy of a part of the process's memory. The system copies it, because a listed region may have been unmapped
+/// since. The copy is a region of its own, which is not searched; as it is shared, the system merges it with no other.
 class Window {
 public:
     static constexpr std::size_t size = 1 << 20;
@@ -59,7 +59,7 @@ public:
         m_file = file;
     }
 
-    /// Copies what lies at `from`. Returns how many bytes there are.
+    /// Copies the bytes at `from`. Returns their number.
     std::size_t read(const unsigned char* from, std::size_t count) {
         const ssize_t done = ::pread(m_file, m_memory, std::min(count, size),
                                      static_cast<off_t>(reinterpret_cast<std::uintptr_t>(from)));
@@ -78,7 +78,6 @@ private:
 /// Masked pieces of canaries by their first byte.
 using Pieces = std::array<std::vector<const unsigned char*>, 256>;
 
-/// Whether a piece stands in the bytes.
 bool holds(const Pieces& pieces, const unsigned char* data, std::size_t size) {
     const unsigned char key = mask;
     const auto isSame = [key](unsigned char masked, unsigned char byte) { return masked == (byte ^ key); };
@@ -95,7 +94,7 @@ bool holds(const Pieces& pieces, const unsigned char* data, std::size_t size) {
 
 Canary::Canary(unsigned char kind) {
     for (int i = 0; i < size; ++i) {
-        // Printable, different from place to place, and no null character: it serves as a password too.
+        // The bytes differ and are printable, so that they can be a password.
         const auto byte = static_cast<unsigned char>('!' + (kind * 31 + i * i * 7 + i * 3) % 90);
         m_masked[static_cast<std::size_t>(i)] = static_cast<unsigned char>(byte ^ mask);
     }
@@ -125,7 +124,7 @@ std::vector<std::string> findInMemory(const std::vector<Canary>& canaries) {
     for (const Region& region : listRegions()) {
         if (window.isWithin(region))
             continue;
-        // Windows overlap by less than a piece, so that none is missed and none counted twice.
+        // Windows overlap by less than a piece, so that each piece is found once.
         for (std::size_t offset = 0; offset < region.size; offset += Window::size - Canary::pieceSize + 1) {
             const std::size_t size = window.read(region.begin + offset, region.size - offset);
             if (holds(pieces, window.getData(), size))

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Looks for a secret in the whole memory of the process.
+// Searches the whole memory of the process for secrets.
 #pragma once
 
 #include <array>
@@ -9,19 +9,19 @@
 
 namespace sarn_test {
 
-/// Bytes that stand nowhere in the process unless they are written: only their masked form does.
+/// Secret bytes. The object contains only their masked form.
 class Canary {
 public:
     static constexpr int size = 32;
-    /// It is found by a piece, its first or its last 16 bytes.
+    /// The search looks for two pieces: the first and the last 16 bytes.
     static constexpr std::size_t pieceSize = 16;
 
-    /// Each `kind` is another canary.
+    /// Makes bytes that differ for each `kind`.
     explicit Canary(unsigned char kind);
-    /// From `size` bytes of a secret that is known only at run time. The caller wipes what it has of it.
+    /// Masks the first `size` bytes of `secret`.
     static Canary of(const void* secret);
 
-    /// Writes the bytes to `out`.
+    /// Writes the secret bytes to `out`.
     void write(unsigned char* out) const;
     const unsigned char* getMasked() const { return m_masked.data(); }
 
@@ -29,7 +29,7 @@ private:
     std::array<unsigned char, size> m_masked;
 };
 
-/// Every place where a piece of one of the canaries stands, described by the name of its region.
+/// The names of the regions that contain a piece of one of the canaries, one for each place.
 std::vector<std::string> findInMemory(const std::vector<Canary>& canaries);
 
 } // namespace sarn_test

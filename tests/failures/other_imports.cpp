@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Imported functions that no test lets fail.
+// Imported functions that no test makes fail.
 #include "failures/imported_calls.h"
 
 #include <cstring>
@@ -9,8 +9,8 @@ namespace sarn_test {
 
 namespace {
 
-// They return nothing, a constant, their argument, what is known to exist, or a number every value of which is a
-// result. The last are of the runtime. Each stands between spaces.
+// They return nothing, a constant, their argument, something that exists already, or a number of which every value is a
+// result. The last ones belong to the runtime. Spaces separate the names.
 constexpr std::string_view alwaysSucceeding =
     " BIO_f_base64 BIO_s_mem BIO_push BIO_set_flags EVP_aes_128_cbc EVP_aes_256_cbc EVP_bf_cbc EVP_cast5_cbc "
     "EVP_idea_cbc EVP_md5 EVP_sha1 EVP_CIPHER_flags EVP_CIPHER_get_flags EVP_CIPHER_get_mode EVP_CIPHER_block_size "
@@ -22,7 +22,7 @@ constexpr std::string_view alwaysSucceeding =
     "pthread_mutex_lock pthread_mutex_trylock pthread_mutex_unlock pthread_self "
     "__tls_get_addr __assert_fail __errno_location __dynamic_cast __gmon_start__ ";
 
-// Mangled names are those of libul and of the C++ runtime, of which those that allocate are among the calls that fail.
+// Mangled names belong to libul and the C++ runtime. The functions that allocate are in the table of calls that fail.
 constexpr const char* runtimePrefixes[] = {"_Z",     "__cxa_",  "_ITM_",    "_Unwind_",
                                            "__gxx_", "__asan_", "__ubsan_", "__tsan_"};
 

@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// Random bytes drawn in advance, seen from the system's side: the number of its calls, and the content of the block.
+// Random bytes that are drawn in advance: the number of system calls, and the content of the block.
 #include "failures/call_watch.h"
 #include "support/expect.h"
 
 #include "ul/random.h"
-
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
@@ -28,7 +26,7 @@ bool isZero(const unsigned char* data, std::size_t size) {
     return std::all_of(data, data + size, [](int byte) { return byte == 0; });
 }
 
-/// Runs `check` in a forked process; whether it returned true there.
+/// Whether `check` returns true in a forked process.
 template <class Check>
 bool holdsInChild(Check check) {
     const pid_t child = ::fork();
@@ -39,7 +37,7 @@ bool holdsInChild(Check check) {
     return status == 0;
 }
 
-/// A generator has a block of its own.
+/// Each generator has a block of its own.
 class RandomReserve : public testing::Test {
 protected:
     RandomReserve() {
@@ -64,7 +62,7 @@ protected:
         return piece;
     }
 
-    /// Leaves the page of the block as a process finds it that is forked by a signal handler at this moment: zero.
+    /// Fills the page of the block with zeros, as the system does in a process that a signal handler forks now.
     void wipeBlock() const {
         constexpr std::uintptr_t pageSize = 4096;
         const std::uintptr_t inPage = reinterpret_cast<std::uintptr_t>(m_block) % pageSize;
@@ -94,7 +92,7 @@ TEST_F(RandomReserve, ManySmallRequests_AskTheSystemOncePerBlock) {
     EXPECT_EQ(countSystemCalls(), 2);
 }
 
-TEST_F(RandomReserve, BytesThatWereHandedOut_AreWiped) {
+TEST_F(RandomReserve, BytesThatWereReturned_AreWiped) {
     const Piece piece = take();
     EXPECT_NE(piece, zero);
     EXPECT_TRUE(isZero(m_block + m_blockSize - sizeof piece, sizeof piece));
@@ -110,16 +108,16 @@ TEST_F(RandomReserve, ForkedProcess_FindsTheBlockEmptyAndDrawsItsOwn) {
         return isEmpty && take() != zero && countSystemCalls() == callsBefore + 1;
     }));
     take();
-    EXPECT_EQ(countSystemCalls(), 1) << "the parent goes on with its block";
+    EXPECT_EQ(countSystemCalls(), 1) << "the parent still uses its block";
 }
 
-TEST_F(RandomReserve, ForkWhileTheBlockIsFilled_IsNoticedAndItIsFilledAgain) {
+TEST_F(RandomReserve, ForkWhileTheBlockIsFilled_IsNoticedAndTheBlockIsFilledAgain) {
     m_duringFill = [&] { wipeBlock(); };
     EXPECT_NE(take(), zero);
     EXPECT_EQ(countSystemCalls(), 2);
 }
 
-TEST_F(RandomReserve, ForkBetweenTheLookAndTheCopy_IsNoticedAndOtherBytesAreDrawn) {
+TEST_F(RandomReserve, ForkBetweenTheCheckAndTheCopy_IsNoticedAndOtherBytesAreDrawn) {
     take();
     m_isForkedBeforeCopy = true;
     EXPECT_NE(take(), zero);
@@ -127,21 +125,21 @@ TEST_F(RandomReserve, ForkBetweenTheLookAndTheCopy_IsNoticedAndOtherBytesAreDraw
     EXPECT_EQ(countSystemCalls(), 2);
 }
 
-TEST_F(RandomReserve, RequestWhileAnotherIsServed_GoesToTheSystemAndWaitsForNobody) {
+TEST_F(RandomReserve, RequestDuringAnother_GoesToTheSystemWithoutWaiting) {
     Piece meanwhile{};
     m_duringFill = [&] { meanwhile = take(); };
     const Piece piece = take();
     EXPECT_NE(meanwhile, zero);
     EXPECT_NE(piece, meanwhile);
     EXPECT_EQ(countSystemCalls(), 2);
-    EXPECT_EQ(m_watch.getCalls("getrandom").at(0).arguments[1], sizeof meanwhile) << "the other one is not done yet";
+    EXPECT_EQ(m_watch.getCalls("getrandom").at(0).arguments[1], sizeof meanwhile) << "the other request has not ended";
     take();
-    EXPECT_EQ(countSystemCalls(), 2) << "the block is there for the next";
+    EXPECT_EQ(countSystemCalls(), 2) << "the next request uses the block";
 }
 
-TEST_F(RandomReserve, ForkWhileAnotherThreadIsServed_LetsTheChildDrawForEver) {
+TEST_F(RandomReserve, ForkDuringTheRequestOfAnotherThread_LetsTheChildDrawBytes) {
     bool isDrawn = false;
-    // The fork comes in the middle of the other request, which the child never ends.
+    // The fork interrupts the request of the other thread, which does not exist in the child.
     m_duringFill = [&] {
         isDrawn = holdsInChild([&] {
             const Piece first = take();
@@ -161,7 +159,7 @@ TEST_F(RandomReserve, SystemThatCannotWipeOnFork_IsAskedEachTime) {
     std::array<unsigned char, 64> bytes{};
     for (unsigned char& byte : bytes)
         m_generator->randData(&byte, 1);
-    EXPECT_FALSE(isZero(bytes.data(), bytes.size())) << "bytes that come alone are random as well";
+    EXPECT_FALSE(isZero(bytes.data(), bytes.size())) << "single bytes are random too";
     EXPECT_EQ(countSystemCalls(), 3 + 64);
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Replacements of imported functions, made from the types of the functions.
+// Replacements of imported functions, derived from the types of the functions.
 #pragma once
 
 #include "failures/call_watch.h"
@@ -24,7 +24,7 @@ std::intptr_t toNumber(T value) {
 template <class T>
 T fromNumber(std::intptr_t number) {
     if constexpr (std::is_pointer_v<T>)
-        return reinterpret_cast<T>(number); // NOLINT(performance-no-int-to-ptr): that is how a failure is described
+        return reinterpret_cast<T>(number); // NOLINT(performance-no-int-to-ptr): the result of a failure is a number
     else
         return static_cast<T>(number);
 }
@@ -60,8 +60,8 @@ struct Replacement<function, Result (*)(Arguments...)> {
 template <auto function, class Result, class... Arguments>
 struct Replacement<function, Result (*)(Arguments...) noexcept> : Replacement<function, Result (*)(Arguments...)> {};
 
-/// Describes an imported function that reports a failure by returning `failure`, a number or an address, and, if it is
-/// not 0, `error` in `errno`.
+/// Describes an imported function that reports a failure by the result `failure`, a number or an address, and by
+/// `error` in `errno` if that is not 0.
 template <auto function>
 ImportedCall describe(CallKind kind, const char* name, std::intptr_t failure, int error = 0, unsigned traits = 0) {
     using Calls = Replacement<function>;

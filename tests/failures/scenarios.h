@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the library is used for, each use in a form that can be repeated.
+// Uses of the library that can be repeated.
 #pragma once
 
-#include "failures/table.h"
+#include "support/table.h"
 #include "support/vectors.h"
 
 #include <functional>
@@ -11,16 +11,14 @@
 
 namespace sarn_test {
 
-/// Does the same each time it is called, with the same objects, which the first call makes, and returns what came of
-/// it.
+/// Each call does the same with the same objects, which the first call creates, and returns the result.
 using Run = std::function<Bytes()>;
 
 struct Scenario : Row {
     Run run;
-    /// Whether it verifies a signature, which does not match when libcrypto has no memory.
+    /// Whether it verifies a signature. Without memory, libcrypto reports that it does not match.
     bool verifies = false;
-    /// Whether calls of dependencies fail only once: where a digest dies whose end cannot be computed either, the
-    /// process is meant to end.
+    /// Whether only one call of a dependency may fail: the process ends if the destructor of a digest fails as well.
     bool failsOnlyOnce = false;
 };
 
@@ -32,7 +30,6 @@ Scenarios makeKeyScenarios();
 Scenarios makeSignatureScenarios();
 Scenarios makeFileScenarios();
 
-/// What a verification returns, in a form that can be compared.
 inline Bytes asBytes(bool isMatch) {
     return Bytes(1, isMatch);
 }

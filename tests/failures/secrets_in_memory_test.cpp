@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// Keys, passwords and plaintexts stand nowhere in the process once their holders have gone: after each success, and
-// after the failure of each allocation and of each call of a dependency on the way.
+// The memory of the process contains no keys, passwords and plaintexts after the objects that held them have ended:
+// after each success, and after each failure of an allocation or of a call of a dependency.
 #include "failures/injection.h"
 #include "failures/memory_search.h"
-#include "failures/table.h"
+#include "support/cipher_test_data.h"
 #include "support/key_files.h"
 #include "support/log_capture.h"
+#include "support/table.h"
 
-#include "sarn/cipher.h"
 #include "sarn/encoding.h"
 #include "sarn/password_key_cache.h"
 #include "sarn/signature.h"
@@ -23,13 +23,11 @@ namespace sarn_test {
 
 namespace {
 
-using Buffer = ul::TBuffer<unsigned char>;
 using Key = ul::TCryptBuffer<unsigned char>;
 using Password = ul::TCryptBuffer<char>;
 
 const Canary secret(7);
 
-/// A buffer of secrets that holds the secret.
 template <class T>
 struct Secret : ul::TCryptBuffer<T> {
     Secret() {
@@ -71,11 +69,10 @@ void encryptUnderSecretKey(const char* id) {
     cipher->encryptWithoutPadding(key, "text", 4, out, true, iv);
 }
 
-/// What is decrypted, whole or not, goes into a buffer of secrets.
+/// Decrypts the secret into a buffer of secrets.
 void decryptSecretText(const char* id, bool isDamaged, bool isPadded) {
     const ul::P<sarn::ICipher> cipher = sarn::CCipherManager::get()->getCipher(id);
-    Key key(cipher->getKeySize(), -1);
-    std::fill_n(key.getData(), key.getUsed(), static_cast<unsigned char>(1));
+    const TestKey key(cipher->getKeySize());
     Buffer encrypted;
     cipher->encrypt(key, Secret<char>().getData(), Canary::size, encrypted, false, iv);
     Key out;
@@ -87,25 +84,21 @@ void decryptSecretText(const char* id, bool isDamaged, bool isPadded) {
         cipher->decryptWithoutPadding(key, encrypted.getData(), Canary::size, out, false, iv);
 }
 
-ul::P<sarn::CPasswordKeyCache> makeCache() {
-    return ul::make<sarn::CPasswordKeyCache>(Secret<char>());
-}
-
 void cacheKeysOfSecretPassword() {
-    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
-    cache->getKey(32, 1, 2);
-    cache->getKey(16, 2, 2);
-    cache->getKey(-1, 2, 2);
+    sarn::CPasswordKeyCache cache{Secret<char>()};
+    cache.getKey(32, 1, 2);
+    cache.getKey(16, 2, 2);
+    cache.getKey(-1, 2, 2);
 }
 
-/// The passphrase as the host's own text is wide, and the host's to wipe.
+/// Wiping the wide form of the passphrase is up to the host.
 void signWithSecretPassphrase() {
     static const ul::String key = readKey("rsa2048_encrypted_traditional");
     const ul::String passphrase(Secret<char>().getData(), Canary::size);
     sarn::createRSA_SHA1()->beginSign(key, passphrase);
 }
 
-/// A private key's text as a host reads it from its file, wiped in the end. No other test of this program reads it.
+/// The text of a private key that a host reads and wipes. No other test of this program reads this key.
 struct KeyText {
     KeyText() = default;
     KeyText(const KeyText&) = delete;
@@ -124,19 +117,19 @@ void signWithKeyFromAFile() {
     signer->finish(signature);
 }
 
-/// The secret and the first key that is derived from it.
+/// The secret and the first key of cacheKeysOfSecretPassword().
 std::vector<Canary> makeSecrets() {
-    return {secret, Canary::of(makeCache()->getKey(32, 1, 2)->getData())};
+    return {secret, Canary::of(sarn::CPasswordKeyCache(Secret<char>()).getKey(32, 1, 2)->getData())};
 }
 
-/// A piece of each line of a private key's text, as bytes and as wide characters.
+/// A piece of each line of the private key's text, as bytes and as wide characters.
 std::vector<Canary> makeKeyCanaries() {
     const KeyText key;
     const std::wstring& text = key.text.toStdWString();
     std::vector<Canary> canaries;
-    // Of full lines: libcrypto frees the memory in which it decoded the last one as it is.
+    // Full lines only: libcrypto does not wipe the memory in which it has decoded the last one.
     for (std::size_t line = text.find(L'\n') + 1; text.at(line + 64) == L'\n'; line += 65) {
-        // After the exponent, which stands in other keys as well.
+        // The piece follows the exponent, which other keys contain too.
         const wchar_t* const piece = text.data() + line + 24;
         canaries.push_back(Canary::of(piece));
         std::array<char, Canary::size> narrow;
@@ -154,7 +147,7 @@ const std::vector<Canary>& getCanaries(bool ofKey) {
 
 struct SecretUse : Row {
     std::function<void()> run;
-    /// Whether libcrypto, when it has no memory, leaves the secret in the part of the stack that it used.
+    /// Whether libcrypto leaves the secret on the stack if it has no memory.
     bool mayStayOnTheStack = false;
     bool isKeyFile = false;
 };
@@ -188,12 +181,11 @@ const SecretUse uses[] = {
     {"PrivateKeyFromAFile", signWithKeyFromAFile, false, true},
 };
 
-/// Runs it, whatever comes of it.
 void runAnyway(const SecretUse& use) {
     try {
         use.run();
     } catch (const std::exception&) {
-        // That is a way out, too.
+        // An error ends the use too.
     }
 }
 
@@ -204,14 +196,14 @@ protected:
     void expectGone(const std::string& when) {
         for (const std::string& place : findInMemory(getCanaries(GetParam().isKeyFile))) {
             if (place != "[stack]" || !GetParam().mayStayOnTheStack)
-                ADD_FAILURE() << "the secret stands in " << place << " " << when;
+                ADD_FAILURE() << "the secret is in " << place << " " << when;
         }
     }
 };
 
 } // namespace
 
-TEST_P(SecretUses, AreGoneOnEveryWayOut) {
+TEST_P(SecretUses, AreGoneAfterEveryEnd) {
     const LogCapture log;
     expectGone("after a success");
     for (const bool ofAllocations : {false, true}) {
@@ -231,7 +223,7 @@ TEST_P(SecretUses, AreGoneOnEveryWayOut) {
 
 INSTANTIATE_TEST_SUITE_P(All, SecretUses, testing::ValuesIn(uses), getRowName<SecretUse>);
 
-TEST(SecretsSearch, ALineOfAKeyThatIsThere_IsFound) {
+TEST(SecretsSearch, LineOfAKeyInMemory_IsFound) {
     ASSERT_GT(getCanaries(true).size(), 40u) << "two for each line";
     EXPECT_EQ(findInMemory(getCanaries(true)), std::vector<std::string>());
     {
@@ -241,19 +233,18 @@ TEST(SecretsSearch, ALineOfAKeyThatIsThere_IsFound) {
     EXPECT_EQ(findInMemory(getCanaries(true)), std::vector<std::string>());
 }
 
-TEST(SecretsSearch, ASecretThatIsThere_IsFound) {
-    // One of its own: what this test leaves behind is no concern of the others.
+TEST(SecretsSearch, SecretInMemory_IsFound) {
+    // Another secret, so that the other tests do not find copies that this one leaves.
     const Canary another(3);
     Key key(Canary::size, -1);
     another.write(key.getData());
     EXPECT_FALSE(findInMemory({another}).empty());
-    // Also half of it, within other bytes.
+    // Half of it between other bytes.
     Key half(100, -1);
     std::copy_n(key.getData() + 16, 16, half.getData() + 33);
     key = Key();
     const std::vector<std::string> places = findInMemory({another});
     EXPECT_NE(std::find(places.begin(), places.end(), "[heap]"), places.end());
-    half = Key();
 }
 
 } // namespace sarn_test

@@ -1,13 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a session makes of a failed end, and how files are fed to it.
+// Sessions whose end fails, and the pieces in which they receive files.
 #include "failures/call_watch.h"
 #include "support/expect.h"
 #include "support/key_files.h"
 #include "support/temp_folder.h"
 
 #include "sarn/signature.h"
-
-#include <gtest/gtest.h>
 
 #include <cstring>
 
@@ -17,13 +15,11 @@ namespace sarn_test {
 
 namespace {
 
-using Buffer = ul::TBuffer<unsigned char>;
-
 class SignatureFailures : public testing::Test {
 protected:
     ul::P<sarn::ISigner> beginSign() const { return sarn::createRSA_SHA1()->beginSign(m_privateKey, ""); }
 
-    /// Signs a file of `size` bytes and verifies it. Returns the sizes of the pieces that were fed to libcrypto.
+    /// Signs a file of `size` bytes and verifies it. Returns the sizes of the pieces that libcrypto received.
     std::vector<std::intptr_t> feedFileOf(int size) const {
         const TempFolder folder;
         const ul::CWindowsPath path = folder.write("f", std::string(static_cast<std::size_t>(size), 'x'));
@@ -53,7 +49,7 @@ TEST_F(SignatureFailures, OfSigningIntoMemory_LeaveTheSize) {
     EXPECT_EQ(size, -7);
 }
 
-TEST_F(SignatureFailures, OfVerifying_AreMinusOne_AndNothingButOneIsAMatch) {
+TEST_F(SignatureFailures, OfVerifying_AreMinusOne_AndOnlyOneIsAMatch) {
     Buffer signature;
     beginSign()->finish(signature);
     CallWatch watch;
@@ -82,11 +78,8 @@ TEST_F(SignatureFailures, PrivateKeyGivenForAPublicOne_IsNotInTheMemoryThatIsFre
     EXPECT_GT(freed, 0);
 }
 
-TEST_F(SignatureFailures, EmptyFile_GivesNoUpdate) {
+TEST_F(SignatureFailures, File_NeedsAnUpdateForEachOfItsChunks_AndNoneIfItIsEmpty) {
     EXPECT_EQ(feedFileOf(0), std::vector<std::intptr_t>());
-}
-
-TEST_F(SignatureFailures, File_GivesAnUpdateForEachOfItsChunks) {
     EXPECT_EQ(feedFileOf(20000), (std::vector<std::intptr_t>{8192, 8192, 3616, 8192, 8192, 3616}));
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "failures/scenarios.h"
 #include "failures/signed_file.h"
+#include "support/signing.h"
 
 #include "sarn/encoding.h"
 
@@ -10,11 +11,9 @@ namespace sarn_test {
 
 namespace {
 
-using Buffer = ul::TBuffer<unsigned char>;
-
 constexpr char configText[] = "[server]\naddress=backup.example\nport=443\n";
 
-/// A key that was read before anything failed.
+/// The text of a key file, read once.
 const ul::String& getKey(const std::string& name, const char* suffix) {
     static std::map<std::string, ul::String> keys;
     ul::String& key = keys[name + suffix];
@@ -23,25 +22,18 @@ const ul::String& getKey(const std::string& name, const char* suffix) {
     return key;
 }
 
-Buffer sign(const std::string& name, const char* passphrase = "") {
-    const ul::P<sarn::ISigner> signer =
-        sarn::createRSA_SHA1()->beginSign(getKey(name, "_for_tests_only.pem"), passphrase);
-    signer->update("only copy", 9);
-    Buffer signature;
-    signer->finish(signature);
-    return signature;
+Bytes sign(const std::string& name, const char* passphrase = "") {
+    return sarn_test::sign(sarn::createRSA_SHA1(), getKey(name, "_for_tests_only.pem"), toBytes("only copy"),
+                           passphrase);
 }
 
-bool isSigned(const std::string& name, const char* text, const Buffer& signature) {
-    const ul::P<sarn::IVerifier> verifier =
-        sarn::createDSS_SHA1()->beginVerify(getKey(name, "_for_tests_only.pub.pem"));
-    verifier->update(text, 9);
-    return verifier->finish(signature);
+bool isSigned(const std::string& name, const char* text, const Bytes& signature) {
+    return verify(sarn::createDSS_SHA1(), getKey(name, "_for_tests_only.pub.pem"), toBytes(text), signature);
 }
 
 Run runVerify(const std::string& name, const char* text) {
-    return [=, signature = Buffer()]() mutable {
-        if (signature.getUsed() == 0)
+    return [=, signature = Bytes()]() mutable {
+        if (signature.empty())
             signature = sign(name);
         return asBytes(isSigned(name, text, signature));
     };
@@ -70,7 +62,6 @@ Bytes readConfig(bool isBase64) {
     return toUTF8Bytes(files[isBase64].readConfig(isBase64)->getValue("/server/address"));
 }
 
-/// The names under `prefix` and their values.
 Bytes listValues(sarn::CSignedConfig& config, const char* prefix) {
     ul::TArray<ul::String> names;
     config.getValueNamesWithPrefix(names, prefix);
@@ -103,11 +94,11 @@ Bytes readLargeConfig() {
 Scenarios makeSignatureScenarios() {
     constexpr bool verifies = true;
     return {
-        {"SignRSA", [] { return toBytes(sign("rsa1024")); }},
-        {"SignRSAOfEncryptedKey", [] { return toBytes(sign("rsa2048_encrypted_traditional", testPassphrase)); }},
-        {"SignRSAOfPKCS8Key", [] { return toBytes(sign("rsa2048_pkcs8")); }},
-        {"SignRSAOf4096Bits", [] { return toBytes(sign("rsa4096")); }},
-        // A signature of its own each time; it verifies.
+        {"SignRSA", [] { return sign("rsa1024"); }},
+        {"SignRSAOfEncryptedKey", [] { return sign("rsa2048_encrypted_traditional", testPassphrase); }},
+        {"SignRSAOfPKCS8Key", [] { return sign("rsa2048_pkcs8"); }},
+        {"SignRSAOf4096Bits", [] { return sign("rsa4096"); }},
+        // DSA signatures differ each time.
         {"SignAndVerifyDSA", [] { return asBytes(isSigned("dsa1024", "only copy", sign("dsa1024"))); }, verifies},
         {"VerifySignatureRSA", runVerify("rsa1024", "only copy"), verifies},
         {"VerifySignatureDSA", runVerify("dsa1024", "only copy"), verifies},

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// A file that is signed.
 #pragma once
 
 #include "support/expect.h"
@@ -13,7 +12,7 @@
 
 namespace sarn_test {
 
-/// A file called "file" in a folder of its own, its signature beside it, and the keys.
+/// A file called "file", its signature file in the same folder, and the keys.
 struct SignedFile {
     explicit SignedFile(const std::string& content) : path(folder.write("file", content)) {
         sarn::createFileSignature_RSA_SHA1(path, privateKey, signature);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Functions of the C library and of the C++ runtime in a form that a replacement can be made of.
+// Functions of the C library and the C++ runtime that are wrapped so that they can be replaced.
 #pragma once
 
 #include "failures/injection.h"
@@ -13,7 +13,7 @@
 
 namespace sarn_test {
 
-// Functions of the C library that take what a template cannot name: any number of arguments, or one of several types.
+// A template cannot deduce the types of functions that are variadic or overloaded.
 
 inline int openFile(const char* path, int flags) {
     return ::open(path, flags);
@@ -31,7 +31,7 @@ using New = void* (*)(std::size_t);
 using Delete = void (*)(void*);
 using SizedDelete = void (*)(void*, std::size_t);
 
-/// Not by way of the one in the runtime, which calls the one that throws and would count twice.
+/// Does not call the nothrow form of the runtime: that calls the throwing form, so the allocation would count twice.
 inline void* newMemoryOrNull(std::size_t size, const std::nothrow_t*) {
     try {
         return ::operator new(size);
@@ -40,7 +40,7 @@ inline void* newMemoryOrNull(std::size_t size, const std::nothrow_t*) {
     }
 }
 
-/// Does what a call does with a piece of what it was asked for.
+/// Handles only a piece of `size` bytes.
 template <class Function>
 inline ssize_t doPiece(std::size_t size, Function function) {
     const std::size_t piece = SmallPieces::limit(size);

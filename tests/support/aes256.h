@@ -18,11 +18,8 @@ inline void runAES256(const CipherOperation& operation, const void* data, int si
     ((*getAES256()).*operation.function)(key32, data, size, out, append, iv);
 }
 
-/// What an operation makes of `data` in a buffer of its own.
 inline Bytes runAES256(const CipherOperation& operation, const Bytes& data, const unsigned char* iv = iv16.data()) {
-    Buffer out;
-    runAES256(operation, data.data(), static_cast<int>(data.size()), out, false, iv);
-    return toBytes(out);
+    return runCipher(*getAES256(), operation, data, iv);
 }
 
 inline void expectRefused(const CipherOperation& operation, const char* message, const void* data, int size,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Decoding by libcrypto's filter called directly.
+// Decodes Base64 by direct calls of libcrypto's filter.
 #pragma once
 
 #include "support/vectors.h"
@@ -13,7 +13,7 @@
 
 namespace sarn_test {
 
-/// What the documented steps give, or nothing if they refuse the text.
+/// The result of the documented steps, or none if they refuse the text.
 inline std::optional<Bytes> decodeByTheSteps(const std::wstring& text) {
     const auto isSpace = [](wchar_t c) { return c == 32 || c == 9 || c == 10 || c == 13; };
     const int length = static_cast<int>(text.size());
@@ -37,7 +37,7 @@ inline std::optional<Bytes> decodeByTheSteps(const std::wstring& text) {
     Bytes out(static_cast<std::size_t>(expected) + 1);
     const int n = BIO_read(filter, out.data(), expected);
     BIO_free_all(filter);
-    // A failed read gives no result, even if less than three bytes were expected.
+    // A failed read gives no result, even if fewer than three bytes are expected.
     if (n < 0 || n < expected - 3 || n > expected)
         return std::nullopt;
     out.resize(static_cast<std::size_t>(n));

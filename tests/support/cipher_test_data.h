@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The ciphers that every test of ciphers runs over.
+// The ciphers for tests, and their operations.
 #pragma once
 
 #include "support/expect.h"
@@ -33,6 +33,16 @@ constexpr bool hasIDEA = false;
 constexpr bool hasIDEA = true;
 #endif
 
+/// The identifiers of all ciphers that this libcrypto has, "null" and "ideacbc" included.
+inline std::vector<std::string> getCipherIDs() {
+    std::vector<std::string> ids = {"null"};
+    for (const CipherSizes& sizes : getRegisteredCiphers())
+        ids.push_back(sizes.id);
+    if (hasIDEA)
+        ids.push_back("ideacbc");
+    return ids;
+}
+
 /// The cipher called `id`, "ideacbc" included.
 inline ul::P<sarn::ICipher> getAnyCipher(const std::string& id) {
     if (id == "ideacbc")
@@ -40,14 +50,14 @@ inline ul::P<sarn::ICipher> getAnyCipher(const std::string& id) {
     return sarn::CCipherManager::get()->getCipher(id.c_str());
 }
 
-/// A key of `size` bytes.
+/// A key that is a pattern, or any bytes.
 class TestKey : public ul::TCryptBuffer<unsigned char> {
 public:
     explicit TestKey(const Bytes& bytes) { fill(*this, bytes); }
     explicit TestKey(int size) : TestKey(makePattern(size)) {}
 };
 
-/// The four operations, which share one list of arguments.
+/// One of the four operations, which have the same parameters.
 struct CipherOperation {
     const char* name;
     void (sarn::ICipher::*function)(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size, Buffer& out,
@@ -59,21 +69,25 @@ inline constexpr CipherOperation encryptingUnpadded{"encryptWithoutPadding", &sa
 inline constexpr CipherOperation decryptingUnpadded{"decryptWithoutPadding", &sarn::ICipher::decryptWithoutPadding};
 inline constexpr CipherOperation cipherOperations[] = {encrypting, decrypting, encryptingUnpadded, decryptingUnpadded};
 
-/// A buffer that holds some bytes, to see whether an operation touches them.
+/// A buffer whose content shows whether an operation has changed it.
 struct FilledBuffer : Buffer {
     FilledBuffer() { fill(*this, {9, 8, 7}); }
     bool isUntouched() const { return toBytes(*this) == Bytes{9, 8, 7}; }
 };
 
+/// The result of one operation under a `TestKey`.
+inline Bytes runCipher(sarn::ICipher& cipher, const CipherOperation& operation, const Bytes& data,
+                       const unsigned char* iv) {
+    const TestKey key(cipher.getKeySize());
+    Buffer out;
+    (cipher.*operation.function)(key, data.data(), static_cast<int>(data.size()), out, false, iv);
+    return toBytes(out);
+}
+
 /// Encrypts and decrypts 100 bytes under a random IV.
 inline bool restoresItsInput(sarn::ICipher& cipher) {
-    const TestKey key(cipher.getKeySize());
-    const Bytes text = makePattern(100);
-    ul::TBuffer<unsigned char> encrypted;
-    ul::TBuffer<unsigned char> decrypted;
-    cipher.encrypt(key, text.data(), 100, encrypted, false, nullptr);
-    cipher.decrypt(key, encrypted.getData(), encrypted.getUsed(), decrypted, false, nullptr);
-    return toBytes(decrypted) == text;
+    const Bytes encrypted = runCipher(cipher, encrypting, makePattern(100), nullptr);
+    return runCipher(cipher, decrypting, encrypted, nullptr) == makePattern(100);
 }
 
 } // namespace sarn_test

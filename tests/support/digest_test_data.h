@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// Digests for tests.
 #pragma once
 
 #include "support/expect.h"
@@ -17,7 +16,6 @@ namespace sarn_test {
 constexpr const char* digestIDs[] = {"md4",     "md5",   "sha1",     "sha256",
                                      "adler32", "crc32", "md4-sha1", "md4-sha1-adler32"};
 
-/// Names a test after its identifier.
 inline std::string getDigestTestName(const testing::TestParamInfo<const char*>& info) {
     std::string name = info.param;
     std::replace(name.begin(), name.end(), '-', '_');
@@ -28,26 +26,25 @@ inline ul::P<sarn::IDigest> createDigest(const std::string& id) {
     return sarn::CDigestManager::get()->getType(id.c_str())->createDigest();
 }
 
-/// Feeds `bytes`. Null data would take a checksum back to its start, so none is given for nothing.
+/// Feeds `bytes`. Null data would reset a checksum, so no bytes have an address too.
 inline void feed(sarn::IDigest& digest, const Bytes& bytes) {
     digest.update(bytes.empty() ? "" : static_cast<const void*>(bytes.data()), static_cast<int>(bytes.size()));
 }
 
-/// A running digest that was fed `bytes`.
+/// A running digest of `bytes`.
 inline ul::P<sarn::IDigest> createDigest(const std::string& id, const Bytes& bytes) {
     ul::P<sarn::IDigest> digest = createDigest(id);
     feed(*digest, bytes);
     return digest;
 }
 
-/// The result of a finished digest.
 inline Bytes getResult(const sarn::IDigest& digest) {
     Bytes result(static_cast<std::size_t>(digest.getDigestSize()));
     digest.storeDigestData(result.data());
     return result;
 }
 
-/// The same, as the pointer to it shows it.
+/// The result at the address that the digest returns.
 inline Bytes getData(const sarn::IDigest& digest) {
     const unsigned char* const data = digest.getDigestData();
     return Bytes(data, data + digest.getDigestSize());
@@ -71,7 +68,7 @@ inline Bytes storeState(const sarn::IDigest& digest) {
     return toBytes(buffer);
 }
 
-/// Loads a state; returns how many bytes of it were left.
+/// Returns the number of bytes after the state.
 inline int loadState(sarn::IDigest& digest, const Bytes& state) {
     ul::CBufferInStream stream(state.data(), static_cast<int>(state.size()));
     ul::CDataInStream in(stream);
@@ -79,10 +76,9 @@ inline int loadState(sarn::IDigest& digest, const Bytes& state) {
     return stream.getRemaining();
 }
 
-/// A digest that goes on from `state`.
 inline ul::P<sarn::IDigest> resumeDigest(const std::string& id, const Bytes& state) {
     ul::P<sarn::IDigest> digest = createDigest(id);
-    EXPECT_EQ(loadState(*digest, state), 0) << "bytes of the state are left";
+    EXPECT_EQ(loadState(*digest, state), 0) << "bytes follow the state";
     return digest;
 }
 
@@ -93,12 +89,12 @@ inline Bytes withWord(Bytes state, std::size_t offset, unsigned value) {
     return state;
 }
 
-/// The state of a running digest that was fed a pattern of `size` bytes.
+/// The state of a running digest of a pattern of `size` bytes.
 inline Bytes getRunningState(const char* id, int size = 100) {
     return storeState(*createDigest(id, makePattern(size)));
 }
 
-/// States of digests of every kind, as other implementations write them.
+/// States of all digests, written by other implementations.
 inline std::vector<Vector> readStates() {
     return readVectors("digest_states.vec", {"size", "finished", "read", "again", "state"});
 }

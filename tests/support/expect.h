@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// Expectations about errors and buffers.
 #pragma once
 
 #include "support/print.h"
@@ -34,6 +33,10 @@ inline std::string toText(const Bytes& bytes) {
     return std::string(bytes.begin(), bytes.end());
 }
 
+inline std::string makeText(int size) {
+    return toText(makePattern(size));
+}
+
 inline Bytes join(Bytes first, const Bytes& second) {
     first.insert(first.end(), second.begin(), second.end());
     return first;
@@ -44,19 +47,19 @@ inline Bytes cut(const Bytes& bytes, int size) {
     return Bytes(bytes.begin(), (size < 0 ? bytes.end() : bytes.begin()) + size);
 }
 
-/// Fills `buffer`, which cannot be returned from here without losing its kind.
+/// Fills `buffer` of this class or a derived one.
 inline void fill(ul::TBuffer<unsigned char>& buffer, const Bytes& bytes) {
     buffer.init(bytes.data(), static_cast<int>(bytes.size()));
 }
 
-/// The value of an error's property, which must be there.
+/// The value of a property, which the error must have.
 inline std::string getProp(const ul::CError& error, const char* name) {
     ul::String value;
     EXPECT_TRUE(error.getProps().tryGet(name, value)) << name;
     return value.toUTF8();
 }
 
-/// Runs `action`, which must throw exactly an `Error`, and returns a copy of it.
+/// Expects `action` to raise an error whose class is `Error`, and returns a copy of it.
 template <class Error, class Action>
 ul::P<ul::CError> catchError(Action action) {
     try {
@@ -69,8 +72,8 @@ ul::P<ul::CError> catchError(Action action) {
     return nullptr;
 }
 
-/// Expects a failure in the library's style: the message, no second text, code -1, no cause, and the properties as
-/// name, value, name, value and so on.
+/// Expects an error with this message, no second text, code -1, no cause, and the properties: name, value, name, value
+/// and so on.
 template <class Error = ul::CError, class Action>
 void expectError(const char* message, const std::vector<std::string>& props, Action action) {
     const ul::P<ul::CError> error = catchError<Error>(action);
@@ -93,7 +96,7 @@ void expectError(const char* message, Action action) {
     expectError(message, {}, action);
 }
 
-/// Expects an argument error: where, message, no properties.
+/// Expects an argument error without properties.
 template <class Action>
 void expectInvalidArg(const std::string& where, const char* message, Action action) {
     expectError<ul::CInvalidArgError>(message, {}, [&] {
@@ -106,7 +109,6 @@ void expectInvalidArg(const std::string& where, const char* message, Action acti
     });
 }
 
-/// Expects an error of class `Error` with the given message.
 template <class Error, class Action>
 void expectErrorOf(const char* message, Action action) {
     const ul::P<ul::CError> error = catchError<Error>(action);

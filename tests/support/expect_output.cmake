@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Runs a program and checks its status and its output. CTest's own PASS_REGULAR_EXPRESSION would ignore the status.
+# Runs a program and checks its status and its output. CTest's PASS_REGULAR_EXPRESSION ignores the status.
 # Arguments: OUTPUT (a regular expression), STATUS (0 by default); the command line follows "--"
 if(NOT DEFINED STATUS)
   set(STATUS 0)

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// The keys of tests/data/keys.
 #pragma once
 
 #include "support/vectors.h"

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// The log, kept for a test.
 #pragma once
 
 #include "ul/log.h"
@@ -10,7 +9,7 @@
 
 namespace sarn_test {
 
-/// While it lives, keeps the log's lines, in UTF-8, instead of printing them.
+/// While it lives, stores the lines of the log, in UTF-8, instead of printing them.
 class LogCapture {
 public:
     LogCapture() : m_previous(ul::setLogHandler([this](const ul::String& line) { add(line); })) {}

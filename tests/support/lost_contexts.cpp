@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The one leak that is meant to be: a signer or verifier whose construction fails leaves its digest context to nobody.
-// The leak sanitizer is told of each such context, and of nothing else: keys, and all that succeeds, are looked at.
+// The one intended leak: a signer or verifier whose construction fails leaks its digest context. The leak sanitizer
+// ignores these contexts, and nothing else.
 #include <openssl/evp.h>
 
 #include <dlfcn.h>
@@ -8,7 +8,7 @@
 
 extern "C" {
 
-// Stands before libcrypto's own for everything in the process.
+// The whole process calls this function instead of libcrypto's own.
 __attribute__((visibility("default"))) EVP_MD_CTX* EVP_MD_CTX_new() {
     using Function = EVP_MD_CTX* (*)();
     static const auto real = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "EVP_MD_CTX_new"));

@@ -13,7 +13,7 @@ std::string trim(const std::string& text) {
     return first == std::string::npos ? "" : text.substr(first, text.find_last_not_of(' ') + 1 - first);
 }
 
-/// The code spans of a cell: what stands between one backtick and the next.
+/// The texts between backticks.
 std::vector<std::string> getCodeSpans(const std::string& cell) {
     std::vector<std::string> spans;
     std::size_t start = 0;

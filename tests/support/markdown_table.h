@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tables of the documentation, whose rows are tests.
+// Tables of the documentation. Their rows are tests.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -11,7 +11,7 @@
 
 namespace sarn_test {
 
-/// One row: each cell's text, and the code within it.
+/// A row with the text of each cell, and the code spans in it.
 struct MarkdownRow {
     int line = 0;
     std::vector<std::string> cells;
@@ -21,7 +21,6 @@ struct MarkdownRow {
 /// The rows of the first table of docs/`page` whose first column is headed `heading`. Throws if there is none.
 std::vector<MarkdownRow> readMarkdownTable(const std::string& page, const std::string& heading);
 
-/// For messages of failures.
 inline void PrintTo(const MarkdownRow& row, std::ostream* out) {
     *out << "line " << row.line;
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Checks that need a process in which nothing was used yet.
+// Checks that need a new process.
 #pragma once
 
 #include <gtest/gtest-spi.h>
@@ -10,8 +10,8 @@
 
 namespace sarn_test {
 
-/// Runs `check` in a process of its own and expects it to pass there; its failures are part of the message. The test's
-/// name must end in "DeathTest".
+/// Expects `check` to pass in a new process. Its failures are part of the message. The name of the suite must end in
+/// "DeathTest".
 template <class Check>
 void expectInNewProcess(Check check) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");

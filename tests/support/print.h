@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// How GoogleTest shows values of the base library where an expectation fails.
+// Prints values of the base library in the messages of GoogleTest.
 #pragma once
 
 #include "ul/string.h"
@@ -10,7 +10,7 @@
 
 namespace ul {
 
-/// Text in quotes, as UTF-8 if it can be.
+/// Prints text in quotes, as UTF-8 if it is Unicode.
 inline void PrintTo(const String& text, std::ostream* out) {
     try {
         const std::string utf8 = text.toUTF8();

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// Signing and verifying in one step.
 #pragma once
 
 #include "support/expect.h"
@@ -27,7 +26,7 @@ inline bool verify(const ul::P<sarn::ISignatureAlgo>& algo, const ul::String& ke
     return verifier->finish(signature.data(), static_cast<int>(signature.size()));
 }
 
-/// Signs a file and writes the signature beside it.
+/// Signs a file and writes its signature file.
 inline void writeSignatureFile(const ul::CWindowsPath& path, const std::string& key = "rsa2048") {
     Buffer signature;
     sarn::createFileSignature_RSA_SHA1(path, readKey(key), signature);

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tests of the helpers for tests.
 #include "support/print.h"
 #include "support/threads.h"
 #include "support/vectors.h"
@@ -19,7 +18,7 @@ std::vector<Vector> parse(const std::string& text) {
     return parseVectors(stream, "a.vec", {"key", "data"});
 }
 
-/// The message with which `text` is refused, or nothing.
+/// The message of the error that refuses `text`, or an empty text.
 std::string getRefusal(const std::string& text) {
     try {
         parse(text);
@@ -42,7 +41,7 @@ TEST(Vectors, OfTwoSections_AreReadWithTheirFields) {
     EXPECT_THROW(vectors[2].getText("data"), std::runtime_error);
 }
 
-TEST(Vectors, WithAMistake_AreRefusedWithTheirLine) {
+TEST(Vectors, WithAMistake_AreRefusedWithItsLine) {
     EXPECT_EQ(getRefusal("[a]\nkey = 00\nkye = 00\n"), "a.vec, line 3: unknown field");
     EXPECT_EQ(getRefusal("[a]\nkey: 00\n"), "a.vec, line 2: unknown field");
     EXPECT_EQ(getRefusal("[a\nkey = 00\n"), "a.vec, line 1: the section has no end");
@@ -50,18 +49,15 @@ TEST(Vectors, WithAMistake_AreRefusedWithTheirLine) {
     EXPECT_EQ(getRefusal("[a]\n# nothing\n"), "a.vec: no vectors");
 }
 
-TEST(Vectors, BytesThatAreNotPairsOfDigits_AreRefused) {
+TEST(Vectors, MalformedBytesAndNumbers_AreRefused) {
     EXPECT_EQ(fromHex("00aF"), (Bytes{0x00, 0xAF}));
     for (const char* const text : {"0", "0x", "+1", " 1", "1 ", "g0", "0g", "-1"})
         EXPECT_THROW(fromHex(text), std::runtime_error) << text;
-}
-
-TEST(Vectors, NumberThatIsFollowedBySomethingElse_IsRefused) {
     EXPECT_EQ(parse("[a]\nkey = -12\n").front().getInt("key"), -12);
     EXPECT_THROW(parse("[a]\nkey = 12a\n").front().getInt("key"), std::runtime_error);
 }
 
-TEST(PrintTo, Text_ShowsIt) {
+TEST(PrintTo, OfText_PrintsItsCharacters) {
     EXPECT_EQ(testing::PrintToString(ul::String(L"caf\xE9")), "\"caf\xC3\xA9\"");
     EXPECT_EQ(testing::PrintToString(ul::String(std::wstring(1, wchar_t(0xD800)))), "\"?\" (not Unicode)");
 }
@@ -73,7 +69,7 @@ TEST(RunOnThreads, EachNumber_IsGivenOnce) {
 }
 
 TEST(RunOnThreads, Threads_ExistAllAtOnce) {
-    // Nobody would get on if another one had to end first.
+    // No thread could go on if another had to end first.
     std::atomic<int> waiting{4};
     runOnThreads(4, [&](int) {
         for (--waiting; waiting > 0;)

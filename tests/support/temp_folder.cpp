@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Where test files go: the system's folder for them unless the environment names another.
+/// The folder that the environment names, or the system's folder for temporary files.
 fs::path getParent() {
     const char* const named = std::getenv("SARN_TEST_TEMP");
     return named ? fs::path(named) : fs::temp_directory_path();
@@ -32,7 +32,7 @@ TempFolder::TempFolder() {
 TempFolder::~TempFolder() {
     std::error_code ignored;
 #ifdef _WIN32
-    // By the verbatim form, or a file that is called as a device could not be removed.
+    // Only the verbatim form can remove a file with the name of a device.
     fs::remove_all(L"\\\\?\\" + fs::absolute(m_folder).native(), ignored);
 #else
     fs::remove_all(m_folder, ignored);

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// Folders of a test's own.
 #pragma once
 
 #include "ul/path.h"
@@ -10,7 +9,7 @@
 
 namespace sarn_test {
 
-/// An empty folder that is removed with all that is in it.
+/// A new folder, removed at the end with its content.
 class TempFolder {
 public:
     TempFolder();
@@ -22,12 +21,12 @@ public:
     std::filesystem::path getNative(const std::string& name) const { return m_folder / std::filesystem::u8path(name); }
     /// The path of the file called `name`, in UTF-8.
     ul::CWindowsPath getPath(const std::string& name) const { return toPath(getNative(name)); }
-    /// Names of what is in the folder, sorted.
+    /// The sorted names of the entries of the folder.
     std::vector<std::string> list() const;
 
-    /// Writes a file by other means than the library's.
+    /// Writes a file without the library.
     ul::CWindowsPath write(const std::string& name, const std::string& content) const;
-    /// Reads a file by other means than the library's.
+    /// Reads a file without the library.
     std::string read(const std::string& name) const;
 
     static ul::CWindowsPath toPath(const std::filesystem::path& native);
@@ -36,7 +35,7 @@ private:
     std::filesystem::path m_folder;
 };
 
-/// An empty folder in a temporary one, in which the process is while it lives.
+/// While it lives, a new folder is the working directory.
 class WorkFolder {
 public:
     explicit WorkFolder(const std::string& name = "work") : m_previous(std::filesystem::current_path()) {
@@ -49,7 +48,7 @@ public:
     WorkFolder& operator=(const WorkFolder&) = delete;
     ~WorkFolder() { std::filesystem::current_path(m_previous); }
 
-    /// The folder's path as the library writes it.
+    /// The folder's path in the form of the library.
     const std::string& getText() const { return m_text; }
 
 private:

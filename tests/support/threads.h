@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// Work on many threads at once.
 #pragma once
 
 #include <condition_variable>
@@ -10,20 +9,20 @@
 
 namespace sarn_test {
 
-/// Runs `work(i)` for each i below `count`, each on a thread of its own, all of which exist before the first begins.
-/// Returns when all have ended, and throws again what the first of them to fail has thrown.
+/// Runs `work(i)` for each i below `count` on a thread of its own. All threads exist before the work begins. Returns
+/// when all have ended, and rethrows the first exception.
 template <class Work>
 void runOnThreads(int count, Work work) {
     std::mutex mutex;
-    std::condition_variable everybodyIsThere;
+    std::condition_variable allExist;
     int missing = count;
     std::exception_ptr error;
     const auto run = [&](int number) {
         {
             std::unique_lock<std::mutex> lock(mutex);
             if (--missing == 0)
-                everybodyIsThere.notify_all();
-            everybodyIsThere.wait(lock, [&] { return missing <= 0; });
+                allExist.notify_all();
+            allExist.wait(lock, [&] { return missing <= 0; });
         }
         try {
             work(number);

@@ -40,7 +40,7 @@ int toDigit(char character) {
     return static_cast<int>(value);
 }
 
-/// Takes "name = value" into `vector`.
+/// Parses "name = value" and adds the field.
 void takeField(Vector& vector, const std::string& line, const std::set<std::string>& fields) {
     const std::size_t separator = line.find(" =");
     const std::string field = line.substr(0, separator);

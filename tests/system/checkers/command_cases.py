@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Commands that build the whole project, run on a small one."""
+"""Commands that build the whole project. Here they build a small one."""
 from case import add
 
 COMMANDS = ("abi", "memcheck", "reproduce")

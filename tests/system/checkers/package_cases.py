@@ -22,7 +22,7 @@ EXPORTS = ["{cmake}", "-DLIBRARY={work}/library.so", "-DLIST={work}/list.txt", "
 EXPORTS_SCRIPT = "{source}/tests/system/package/check_exports.cmake"
 add("Exports", [*EXPORTS, "-P", EXPORTS_SCRIPT], make_library_and_list, [
     ("SymbolThatIsGone", lambda at: at.append("list.txt", "_ZN2ul3mulEi\n"), r"gone: _ZN2ul3mulEi new:"),
-    ("SymbolThatNobodyListed", lambda at: at.replace("list.txt", r"^_ZN2ul3addEi\n", ""), r"new: _ZN2ul3addEi If"),
+    ("SymbolThatIsNotListed", lambda at: at.replace("list.txt", r"^_ZN2ul3addEi\n", ""), r"new: _ZN2ul3addEi If"),
     ("SymbolThatIsNotOurs", add_foreign_symbol, r"exports EVP_mine, which is not its own"),
 ])
 
@@ -42,7 +42,7 @@ add("Initialisers", ["{cmake}", "-DOUTPUT=[.]init_array +00000008 ", "-P", "{sou
     ("ObjectThatIsConstructedOnLoading", build_with_initialiser, "unexpected output"),
 ])
 
-# Public headers: one that compiles by itself, and what it becomes.
+# A public header that compiles by itself, and damaged forms.
 HEADER = "#pragma once\n#include <string>\nstd::string getName();\n"
 HEADER_PROJECT = """cmake_minimum_required(VERSION 3.25)
 project(headers LANGUAGES CXX)
@@ -80,10 +80,10 @@ add("HeaderReaches", ["{cmake}", "-DCXX={cxx}", "-DINCLUDES={openssl_include}", 
      lambda at: (at.write("include/on_the_way.h", "#include <openssl/opensslv.h>\n"),
                  append_include('"on_the_way.h"')(at)), r"include/whole\.h reaches \S*openssl/"),
     ("Zlib", append_include("<zlib.h>"), r"include/whole\.h reaches \S*/zlib\.h"),
-    ("NothingForThereAreNone", lambda at: at.remove("include/whole.h"), "there are no headers in"),
+    ("FolderWithoutHeaders", lambda at: at.remove("include/whole.h"), "there are no headers in"),
 ])
 
-# The bill of materials, whose maker is damaged: a program that calls the real one and then changes what it wrote.
+# The bill of materials. A program calls its real maker and then changes the result.
 MAKE_SBOM = """#!/bin/sh
 set -e
 {source}/scripts/make-sbom "$1" "$2"
@@ -99,12 +99,12 @@ add("BillOfMaterials", ["{python}", "{source}/tests/system/package/check_sbom.py
     lambda at: at.write("make-sbom", MAKE_SBOM.format(**at.values), 0o755), [
     ("ChecksumThatIsWrong", change_sbom('s/"checksumValue": "./"checksumValue": "x/'), r"AssertionError: \S+\.so"),
     ("PackageThatIsMissing", change_sbom('s/"name": "zlib"/"name": "another"/'), "AssertionError: .*another"),
-    ("RelationToNothing", change_sbom('s/"relatedSpdxElement": "SPDXRef-zlib"/"relatedSpdxElement": "SPDXRef-none"/'),
+    ("RelationToNoPackage", change_sbom('s/"relatedSpdxElement": "SPDXRef-zlib"/"relatedSpdxElement": "SPDXRef-none"/'),
      "AssertionError: .*SPDXRef-none"),
-    ("DateOfItsOwn", change_sbom('s/"created": "2023/"created": "2024/'), "the date is the one that was given"),
+    ("AnotherDate", change_sbom('s/"created": "2023/"created": "2024/'), "the date is the one that was given"),
 ])
 
-# A project that takes this one in as a subdirectory.
+# A project that includes this one as a subdirectory.
 PROJECT = """cmake_minimum_required(VERSION 3.16)
 project(host LANGUAGES NONE)
 include(globals.cmake)
@@ -123,7 +123,7 @@ add("ConsumerGlobals", ["{cmake}", "-S", ".", "-B", "build"],
      "sarn_tests is built"),
 ])
 
-# Projects of others, small ones that print what the consumer prints.
+# Small projects that print the line of the consumer.
 PROGRAM = '#include <cstdio>\nint main() { std::puts("sarn 1.0 with OpenSSL 1.1"); }\n'
 
 
@@ -157,7 +157,7 @@ add("PkgConfig", ["{cmake}", "-DWORK_DIR={work}/build", "-DSOURCE={work}/main.cp
     ("OfAProgramThatPrintsSomethingElse", print_else("main.cpp"), "unexpected output"),
 ])
 
-# Another zlib. The tests of the digests are a script that notes what it would have asked for.
+# Another zlib. A script that logs the calls stands in for the tests of the digests.
 ZLIB_PROJECT = """cmake_minimum_required(VERSION 3.25)
 project(sarn LANGUAGES C)
 find_package(ZLIB REQUIRED)
@@ -177,7 +177,7 @@ add("ZlibStandIn", ["{cmake}", "-DTESTS={work}/tests", "-DLIBRARY={work}/stand_i
                     "-DSOURCE_DIR={work}/project", "-DWORK_DIR={work}/zlib", "-DLIBCRYPTO=", "-P",
                     "{source}/tests/system/package/run_zlib_stand_in.cmake"], make_zlib, [
     ("ThatChangesADigest", lambda at: at.append("tests", "exit 1\n"), "depend on which zlib computes them"),
-    ("ThatIsNotAsked", lambda at: at.replace("tests", "adler32", "adler"), "the stand-in was not used"),
-    ("ThatTheBuildDoesNotTake", lambda at: at.replace("project/CMakeLists.txt", "ZLIB::ZLIB", "z"),
+    ("ThatIsNotCalled", lambda at: at.replace("tests", "adler32", "adler"), "the stand-in was not used"),
+    ("ThatTheBuildDoesNotUse", lambda at: at.replace("project/CMakeLists.txt", "ZLIB::ZLIB", "z"),
      "ZLIB_ROOT was not taken"),
 ])

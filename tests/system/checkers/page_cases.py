@@ -54,7 +54,7 @@ add("PageCode", ["{cmake}", "-DPAGE={work}/README.md", "-DROOT={work}", "-P", "{
 add("Pictures", ["{cmake}", "-DPYTHON={python}", "-DFOLDER={work}/docs/pictures", "-DWORK_DIR={work}/drawn", "-P",
                  "{source}/tests/system/docs/check_pictures.cmake"], lambda at: at.copy("docs/pictures"), [
     ("ThatWasChangedByHand", lambda at: at.append("docs/pictures/ciphertext.svg", "<!-- -->\n"), r"ciphertext\.svg is not what draw.py draws"),
-    ("ThatNobodyDraws", lambda at: at.write("docs/pictures/more.svg", "<svg/>\n"), "there are .*more.svg"),
+    ("ThatIsNotDrawn", lambda at: at.write("docs/pictures/more.svg", "<svg/>\n"), "there are .*more.svg"),
     ("ThatIsMissing", lambda at: at.remove("docs/pictures/ciphertext.svg"), "drawn were .*ciphertext.svg"),
 ])
 
@@ -71,7 +71,7 @@ add("SiteLinks", ["{python}", "{source}/docs/site/check-links", "{work}/site"], 
     ("ToAPictureThatIsGone", lambda at: at.remove("site/a.png"), r"in a\.html: a\.png"),
 ])
 
-# Figures of speed. The program that counts is one that prints what it is given.
+# Figures of speed. The counting program prints given figures.
 add("Instructions", ["{cmake}", "-DCOUNT=cat", "-DPROGRAM={work}/counted", "-DFIGURES={work}/figures", "-P",
                      "{source}/tests/system/instructions/check_instructions.cmake"],
     lambda at: (at.copy("tests/data/instructions.txt"), at.write("counted", at.read("tests/data/instructions.txt")),
@@ -86,7 +86,7 @@ add("Instructions", ["{cmake}", "-DCOUNT=cat", "-DPROGRAM={work}/counted", "-DFI
 # Data of another build.
 add("Exchange", ["{exchange}", "read", "bundle"], lambda at: at.make("{exchange}", "write", "bundle"), [
     ("ItemThatDiffers", lambda at: at.replace("bundle/exact.txt", "(base64/47/padding = )..", r"\g<1>00"),
-     "base64/47/padding is not what it should be"),
+     "base64/47/padding is wrong"),
     ("ItemThatIsMissing", lambda at: at.replace("bundle/exact.txt", "^hmac/1/sha1.*\n", ""), "missing item hmac/1/sha1"),
     ("BytesThatAreNotHexadecimal", lambda at: at.replace("bundle/random.txt", "= ..", "= 0x"), "not hexadecimal"),
     ("FolderThatIsEmpty", lambda at: (at.remove("bundle/exact.txt"), at.remove("bundle/random.txt")), "exact.txt"),

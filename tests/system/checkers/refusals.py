@@ -1,9 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Shows a checker something whole, which it must accept, and then the same thing damaged, which it must refuse.
+"""Runs a checker on intact input, which it must accept, and then on damaged input, which it must refuse.
 
 usage: refusals.py --list                   prints the names of the cases
-       refusals.py NAME FOLDER KEY=VALUE... runs one of them in FOLDER; the values are those that commands name
+       refusals.py NAME FOLDER KEY=VALUE... runs one of them in FOLDER, with values for its commands
 """
 import os
 import pathlib
@@ -20,7 +20,7 @@ from case import CASES
 
 
 class Workplace:
-    """A folder in which what a checker looks at is made and damaged."""
+    """A folder in which the input of a checker is made and damaged."""
 
     def __init__(self, folder, values):
         shutil.rmtree(folder, ignore_errors=True)
@@ -33,14 +33,14 @@ class Workplace:
                               env={**os.environ, "LC_ALL": "C"})
 
     def make(self, *command):
-        """Runs a command that makes something."""
+        """Runs a command that must succeed."""
         done = self.run(command)
         if done.returncode != 0:
             raise SystemExit(f"{' '.join(command)} failed:\n{done.stdout}")
         return done.stdout
 
     def copy(self, *names, to="."):
-        """Copies files and folders of the project, under their own names, or into the folder TO under their last ones."""
+        """Copies files and folders of the project, with their paths, or into the folder `to`."""
         for name in names:
             source = pathlib.Path(self.values["source"]) / name
             target = self.folder / (name if to == "." else f"{to}/{source.name}")
@@ -62,7 +62,7 @@ class Workplace:
         return (self.folder / name).read_text()
 
     def replace(self, name, pattern, replacement):
-        """Replaces the first match, which must be there."""
+        """Replaces the first match, which must exist."""
         text, count = re.subn(pattern, replacement, self.read(name), count=1, flags=re.M)
         if count != 1:
             raise SystemExit(f"{name} holds nothing like {pattern}: this case no longer damages anything")
@@ -81,7 +81,7 @@ def run_case(case, workplace):
     damaged = workplace.run(case.command)
     if damaged.returncode == 0:
         return f"it accepts what is damaged:\n{damaged.stdout}"
-    # cmake breaks its messages into lines.
+    # cmake wraps its messages.
     if not re.search(case.message, re.sub(r"\s+", " ", damaged.stdout)):
         return f"it refuses what is damaged, but not with '{case.message}':\n{damaged.stdout}"
     return ""

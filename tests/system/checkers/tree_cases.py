@@ -30,8 +30,8 @@ add("Tree", ["sh", "-c", "git add --all && scripts/check-tree"], make_tree, [
     ("LibcryptoInAPublicHeader", write("include/sarn/b.h", "#include <openssl/evp.h>\n"), "only src/ includes libcrypto"),
     ("ZlibInTheBaseLibrary", write("ul/src/b.cpp", "#include <zlib.h>\n"), "only src/ includes libcrypto or zlib"),
     ("UpwardInclude", write("ul/src/b.cpp", '#include "sarn/cipher.h"\n'), "knows nothing of the library above it"),
-    ("WipeThatMayBeLeftOut", write("src/b.cpp", "void f(char* p) { memset(p, 0, 1); }\n"), "use ul::wipe"),
-    ("ComparisonThatTakesItsTime", write("src/b.cpp", "bool f() { return memcmp(a, b, 1); }\n"), "secrets are compared"),
+    ("WipeThatMayBeOptimisedAway", write("src/b.cpp", "void f(char* p) { memset(p, 0, 1); }\n"), "use ul::wipe"),
+    ("ComparisonWhoseTimeDependsOnTheContent", write("src/b.cpp", "bool f() { return memcmp(a, b, 1); }\n"), "secrets are compared"),
     ("ComparisonInAHeader", write("include/sarn/b.h", "bool f() { return memcmp(a, b, 1); }\n"), "secrets are compared"),
     ("UnsafeCall", write("src/b.cpp", "void f() { strcpy(a, b); }\n"), "unsafe call"),
     ("ObjectByNew", write("src/b.cpp", "P<CA> f() { return new ul::CA(); }\n"), "objects are created by ul::make"),
@@ -41,12 +41,12 @@ add("Tree", ["sh", "-c", "git add --all && scripts/check-tree"], make_tree, [
     ("Tab", write("src/b.cpp", "\tint b;\n"), "tabs"),
     ("WhiteSpaceAtTheEnd", write("src/b.cpp", "int b; \n"), "white space at the end of a line"),
     ("LongLineOfCMake", append("tests/CMakeLists.txt", "# " + "x" * 120 + "\n"), "more than 120 characters"),
-    ("TestWhoseStatusNobodyAsks", append("tests/CMakeLists.txt", "# PASS_REGULAR_EXPRESSION x\n"), "ignores the exit"),
+    ("TestWhoseStatusIsIgnored", append("tests/CMakeLists.txt", "# PASS_REGULAR_EXPRESSION x\n"), "ignores the exit"),
     ("FileWithoutALicence", lambda at: at.write("src/b.cpp", CODE), r"src/b\.cpp has no SPDX line"),
     ("FileThatIsTooLong", write("src/b.cpp", "int b;\n" * 300), r"src/b\.cpp has 301 lines"),
-    ("TestThatNobodyCompiles", write("tests/b_test.cpp", CODE), r"tests/b_test\.cpp is in no CMakeLists"),
-    ("ExampleThatNobodyCompiles", write("examples/b.cpp", CODE), r"examples/b\.cpp is in no CMakeLists"),
-    ("WaiversWithoutEnd", write("src/b.cpp", "// NOLINTNEXTLINE(a)\n" * 11), "more than ten waivers"),
+    ("TestThatIsNotCompiled", write("tests/b_test.cpp", CODE), r"tests/b_test\.cpp is in no CMakeLists"),
+    ("ExampleThatIsNotCompiled", write("examples/b.cpp", CODE), r"examples/b\.cpp is in no CMakeLists"),
+    ("TooManyWaivers", write("src/b.cpp", "// NOLINTNEXTLINE(a)\n" * 11), "more than ten waivers"),
     ("KeptMutantThatIsGone", append("tests/data/kept_mutants.txt", "src/a.cpp: b: int b; => nothing  # why not\n"),
      "matches no place: src/a.cpp: b"),
     ("KeptMutantOfSeveralPlaces", append("src/a.cpp", CODE), r"matches 2 places, say which of them: src/a\.cpp: a"),
@@ -81,7 +81,7 @@ add("Prose", ["sh", "-c", "git add --all && scripts/check-prose"], make_prose, [
 ])
 
 
-# The output of llvm-cov for a source of two lines, of which one has a count.
+# The output of llvm-cov for a source of two lines. One line has a count.
 REPORT = """{"data": [{"files": [{"filename": "{root}/src/a.cpp", "summary": {"lines": {"count": 2}},
 "segments": [[1, 1, 5, true, true, false], [2, 1, COUNT, true, true, false], [2, 22, 0, false, false, false]],
 "branches": [[1, 1, 1, 5, 1, 1, 0, 0, 4], [2, 1, 2, 5, SIDES, 0, 0, 4]]}]}]}"""

@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Compares docs/errors.md with the messages in the sources: each must stand in the other.
+"""Compares docs/errors.md with the messages in the sources: both must contain the same.
 
 usage: check_errors.py ROOT
 
-A message is a text of several words that starts with a capital letter, wherever it stands, or any text of several words
-that is given to a function raise...(), to the constructor of an error, or to addItem(), which refuses null with it.
+A message is a text of several words that starts with a capital letter, or that is an argument of a function raise...(),
+of the constructor of an error, or of addItem(), which refuses null with it.
 """
 import pathlib
 import re
@@ -13,7 +13,7 @@ import sys
 
 TOKEN = re.compile(r'//[^\n]*|/\*.*?\*/|^[ ]*#[^\n]*|(?:L|u8)?"((?:[^"\\\n]|\\.)*)"|\'(?:[^\'\\]|\\.)+\'|([;{}])|.', re.M | re.S)
 RAISING = re.compile(r"\b(?:raise\w*|addItem|C\w*Error)\(")
-# These put what they are given into a message of their own.
+# These include their arguments in another message.
 COMPOSING = re.compile(r"\b(?:CFileError|COpenSSLVersionMismatchError|raiseFileError|raiseLastError|raiseInvalidLine)\(")
 LOGGING = re.compile(r"\b(?:logError|writeLine|static_assert)\(|\bline \+=|\bString line =")
 

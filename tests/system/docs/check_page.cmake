@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Fails unless each code block of a page is, word for word, part of the source file that it names.
+# Fails unless each code block of a page is a literal part of the source file that it names.
 # Arguments: PAGE, ROOT
 file(READ "${PAGE}" page)
 set(count 0)

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Compiles programs as hosts do, with every warning that they may have switched on.
-# Wants: CXX, STANDARD, WORK_DIR; SOURCES and INCLUDES, joined by |. To link the programs in WORK_DIR as well it wants
-# LIBRARIES, joined likewise, and LIBCRYPTO, the folder of that library
+# Compiles programs as hosts do, with every warning that they may use.
+# Arguments: CXX, STANDARD, WORK_DIR; SOURCES and INCLUDES, joined by |. To link the programs: LIBRARIES, joined by |,
+# and LIBCRYPTO, the folder of that library
 string(REPLACE "|" ";" sources "${SOURCES}")
 string(REPLACE "|" ";" includes "${INCLUDES}")
 string(REPLACE "|" ";" libraries "${LIBRARIES}")
@@ -9,7 +9,7 @@ list(TRANSFORM includes PREPEND "-I")
 set(compile "${CXX}" -std=c++${STANDARD} -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror ${includes}
   "-DSARN_DEMO_SOURCES=\"\"")
 
-# Reading the headers takes longer than all the rest: it is done once for all programs.
+# The headers take most of the time, so they are compiled once.
 file(REMOVE_RECURSE "${WORK_DIR}")
 file(MAKE_DIRECTORY "${WORK_DIR}")
 set(headers "${WORK_DIR}/headers.h")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Derives a key whose check value Python's hashlib and hmac give as well, and one with a salt that the program draws.
+# Derives a key whose check value comes from Python's hashlib and hmac, and one with a random salt.
 include("${CMAKE_CURRENT_LIST_DIR}/programs.cmake")
 
 file(WRITE "${WORK_DIR}/password" "pass phrase with ä and €\n")

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Encrypts files around the size of a piece, decrypts them, and tampers with encrypted ones in every way that somebody
-# without the password has. A file that is refused leaves what stood under the name of the result as it was.
+# Encrypts files around the size of a piece, decrypts them, and tampers with encrypted ones in every way that needs no
+# password. If a file is refused, an existing file with the name of the result is unchanged.
 include("${CMAKE_CURRENT_LIST_DIR}/programs.cmake")
 
 # Joins parts of files, each FILE=FIRST:COUNT in bytes, to the file `result`.
@@ -91,7 +91,7 @@ foreach(part 0:16 16:16 32:${piece} ${second}:${piece} ${third}:${rest} ${mac}:2
   math(EXPR next "${first} + ${count}")
   expect_refused("encrypted=0:${first}" "another=${part}" "encrypted=${next}:${whole}")
 endforeach()
-# With one byte changed in each part, at its ends: of two bytes one is another than the one that stands there.
+# With one byte changed at both ends of each part: one of two bytes differs from the old one.
 file(WRITE "${WORK_DIR}/bytes" "xy")
 math(EXPR last "${whole} - 1")
 math(EXPR last_of_ciphertext "${mac} - 1")
@@ -108,7 +108,7 @@ foreach(position 0 15 16 31 32 500 ${second} ${last_block} ${last_of_ciphertext}
   expect_refused("changed=0:${whole}")
 endforeach()
 
-# A text that ends in a digest of its own beginning is like any other text, whole or cut.
+# A text that ends in a digest of its beginning is not special, whole or cut.
 execute_process(COMMAND printf "%b%b"
     "\\0343\\0260\\0304\\0102\\0230\\0374\\0034\\0024\\0232\\0373\\0364\\0310\\0231\\0157\\0271\\0044"
     "\\0047\\0256\\0101\\0344\\0144\\0233\\0223\\0114\\0244\\0225\\0231\\0033\\0170\\0122\\0270\\0125"

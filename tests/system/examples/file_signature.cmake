@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
-# Signatures go to the openssl command line and come back from it: RSA and DSA, files of sizes around the chunk, a key
-# that is encrypted.
-# Wants besides: OPENSSL, KEYS
+# The openssl program verifies signatures of the example, and the other way round: RSA and DSA, file sizes around the
+# chunk, and an encrypted key.
+# More arguments: OPENSSL, KEYS
 include("${CMAKE_CURRENT_LIST_DIR}/programs.cmake")
 
-# Takes the signature beside a file to the openssl command line.
+# Verifies the signature file of a file by the openssl program.
 function(expect_verified file public)
   run_tool("${OPENSSL}" base64 -d -in ${file}.sig -out signature)
   run_tool("${OPENSSL}" dgst -sha1 -verify "${public}" -signature signature ${file})
@@ -31,7 +31,7 @@ file(APPEND "${WORK_DIR}/file" "y")
 run(1 file_signature verify file "${KEYS}/dsa2048_for_tests_only.pub.pem")
 expect("${output}" "WRONG")
 
-# A key that is encrypted, and a pass phrase that no key can have.
+# An encrypted key, and an impossible passphrase.
 set(private "${KEYS}/rsa2048_encrypted_pkcs8_for_tests_only.pem")
 file(WRITE "${WORK_DIR}/phrase" "for tests only\n")
 run(0 file_signature sign file "${private}" phrase)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Types of later language levels are accepted too; compiled with each of them.
+// Compiled at each language level: the library accepts the types of later levels too.
 #include <sarn/host.h>
 
 #include <array>

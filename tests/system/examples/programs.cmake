@@ -1,10 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
-# Included by the scripts of this folder, which run examples as a person would, in a folder of their own.
-# Wants: BIN (the folder of the programs), SUFFIX (.exe or nothing), WORK_DIR; EMULATOR if they are for another system
+# Included by the scripts of this folder, which run examples as a user would, in a folder of their own.
+# Arguments: BIN (the folder of the programs), SUFFIX (.exe or empty), WORK_DIR; EMULATOR for another system
 file(REMOVE_RECURSE "${WORK_DIR}")
 file(MAKE_DIRECTORY "${WORK_DIR}")
 
-# Runs a program, which must end with `status`. Its output is in `output` and `errors`.
+# Runs a program, which must end with `status`. Sets `output` and `errors`.
 function(run status program)
   execute_process(COMMAND ${EMULATOR} "${BIN}/${program}${SUFFIX}" ${ARGN}
     WORKING_DIRECTORY "${WORK_DIR}" RESULT_VARIABLE actual OUTPUT_VARIABLE output ERROR_VARIABLE errors)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Signs configurations and reads them, changes one, and expects that it is refused.
-# Wants besides: KEYS
+# Signs and reads configurations. A changed one is refused.
+# More arguments: KEYS
 include("${CMAKE_CURRENT_LIST_DIR}/programs.cmake")
 
 function(write_signed name text)
@@ -29,7 +29,7 @@ write_signed(slash.ini "first = 1\n[net]\nport = 80\n[net/port2]\nx = 3\n[end]\n
 read_config(slash.ini 0 "${defaults}//first = 1\r?\n/net/port = 80\r?\n/end/last = 2\r?\n$")
 
 if(NOT EMULATOR)
-  # Names are UTF-8, and so is what comes out.
+  # Names and the output are UTF-8.
   write_signed("données.ini" "[où]\nclé = été\n")
   read_config("données.ini" 0 "${defaults}/où/clé = été\n$")
 endif()

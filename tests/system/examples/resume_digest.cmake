@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Digests a file that grows, is cut, or whose saved state is damaged.
+# Digests files that grow or are cut, and files with damaged states.
 include("${CMAKE_CURRENT_LIST_DIR}/programs.cmake")
 
 function(expect_digest content size)
@@ -16,7 +16,7 @@ expect_digest("only copy" 9)
 # The beginning is not read again.
 file(WRITE "${WORK_DIR}/log" "ONLY COPY, and more")
 expect_digest("only copy, and more" 19)
-# More than the program reads at once.
+# Larger than the pieces of the program.
 string(REPEAT "0123456789" 20000 more)
 file(APPEND "${WORK_DIR}/log" "${more}")
 expect_digest("only copy, and more${more}" 200019)

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Runs the demo as a person would: whole round trips, a digest with a break, then a wrong password and damaged copies.
-# Wants besides: SOURCES
+# Runs the demo as a user would: whole round trips, a resumed digest, a wrong password, and damaged copies.
+# More arguments: SOURCES
 include("${CMAKE_CURRENT_LIST_DIR}/programs.cmake")
 function(run_demo expected_status expected_text)
   run(${expected_status} sarn_demo ${ARGN})
@@ -41,7 +41,7 @@ run_demo(0 "cf46f1fe79aa463e06f8231dcfe5b69189d230861269d536c18cd41c1249bab17e14
 file(WRITE "${WORK_DIR}/state" "no state")
 run_demo(1 "Error: " digest "${WORK_DIR}/file.txt" "${WORK_DIR}/state")
 
-# One wrong key in 256 is noticed by the digest only.
+# Only the digest notices one wrong key in 256.
 run_demo(1 "Error: " restore "${copy}" --password wrong)
 file(COPY_FILE "${copy}" "${WORK_DIR}/whole")
 file(REMOVE "${copy}.restored")

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Looks at the two forms of an error: one for the user, one for the log.
+# Checks the two forms of an error: one for the user, one for the log.
 include("${CMAKE_CURRENT_LIST_DIR}/programs.cmake")
 
 run(0 show_errors)

@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
-# Takes a download that was signed, refuses one that was changed, and looks whether names can make the program verify
-# one file and take over another.
-# Wants besides: KEYS
+# Accepts a signed download and refuses a changed one. No name makes the program verify one file and accept another.
+# More arguments: KEYS
 include("${CMAKE_CURRENT_LIST_DIR}/programs.cmake")
 set(public "${KEYS}/rsa2048_for_tests_only.pub.pem")
 string(REPEAT "0123456789" 20000 content)
@@ -38,7 +37,7 @@ verify("${WORK_DIR}/absolute" 0 "verified: ")
 expect_taken(absolute)
 
 if(NOT EMULATOR)
-  # The system goes through the link before it goes up; the library's path has neither.
+  # The system follows the link before "..". The library's path contains neither.
   file(MAKE_DIRECTORY "${WORK_DIR}/x" "${WORK_DIR}/elsewhere/deep")
   file(CREATE_LINK ../elsewhere/deep "${WORK_DIR}/x/link" SYMBOLIC)
   make_download(x/f)
@@ -47,7 +46,7 @@ if(NOT EMULATOR)
   expect_taken(x/f)
   expect_none(elsewhere/f)
 
-  # To the system a backslash is part of a name.
+  # For the system a backslash is part of a name.
   file(MAKE_DIRECTORY "${WORK_DIR}/sub")
   make_download(sub/g)
   run_tool(sh -c "printf evil >'sub\\g.part'")
@@ -55,7 +54,7 @@ if(NOT EMULATOR)
   expect_taken(sub/g)
   run_tool(sh -c "test ! -e 'sub\\g'")
 
-  # The bytes of a UTF-8 name taken for characters are another name.
+  # The bytes of a UTF-8 name, read as characters, are another name.
   make_download("donnÃ©es")
   file(WRITE "${WORK_DIR}/données.part" "evil")
   verify("données" 1 "Cannot open file .*données.sig")
@@ -72,7 +71,7 @@ if(NOT EMULATOR)
   expect_none("c.ini.")
   expect_none("c.ini")
 
-  # A link is what it leads to, and somebody may change that later.
+  # The target of a link may change later.
   make_download(behind)
   file(CREATE_LINK behind.part "${WORK_DIR}/front.part" SYMBOLIC)
   file(COPY_FILE "${WORK_DIR}/behind.sig" "${WORK_DIR}/front.sig")

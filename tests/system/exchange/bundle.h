@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What one build writes for the others to read: named items in two text files, and signed files beside them.
+// The data that builds exchange: named items in two text files, and signed files.
 #pragma once
 
 #include "support/vectors.h"
@@ -11,30 +11,27 @@
 
 namespace sarn_test {
 
-/// Items by name. Their file has a line "name = hexadecimal digits" for each, in order, so that two of them can be
-/// compared byte by byte.
+/// Items by name. Their file has a line "name = hexadecimal digits" for each in order, so files can be compared.
 using Items = std::map<std::string, Bytes>;
 
 struct Bundle {
-    /// What every build must make alike.
+    /// Every build must write the same.
     Items exact;
-    /// What differs each time: it holds random bytes.
+    /// They contain random bytes and differ each time.
     Items random;
 };
 
-// Each family adds its items, but for those that this build cannot make, such as those of a cipher that its libcrypto
-// lacks.
+// Each family adds the items that this build supports; its libcrypto may lack a cipher.
 void addCiphers(Bundle& bundle);
 void addDigestStates(Bundle& bundle);
 void addKeysAndEncodings(Bundle& bundle);
 
-/// Whether the random item called `name` decrypts to what it was made of.
+/// Whether the random item called `name` decrypts to its plaintext.
 bool decrypts(const std::string& name, const Bytes& encrypted);
 
-/// Signed files, signed configurations and their signature files, in `folder`.
+/// Writes signed files, signed configurations and their signature files to `folder`.
 void writeSignedFiles(const std::string& folder);
-/// Verifies and reads them. Throws std::runtime_error with the name of the first one that is not as it should be.
-/// Returns how many there are.
+/// Verifies and reads them. Returns their number, or throws std::runtime_error with the name of the first wrong one.
 int checkSignedFiles(const std::string& folder);
 
 /// Throws unless `condition` holds.

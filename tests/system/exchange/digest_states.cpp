@@ -6,7 +6,7 @@ namespace sarn_test {
 
 namespace {
 
-// Around the blocks of the hashes and around the longest run that Adler-32 takes without a division.
+// Sizes around the blocks of the hashes and around the longest run of Adler-32 without a division.
 constexpr int offsets[] = {0, 1, 55, 56, 63, 64, 65, 127, 128, 1000, 5551, 5552, 5553};
 
 } // namespace
@@ -15,12 +15,11 @@ void addDigestStates(Bundle& bundle) {
     const Bytes data = makePattern(6000);
     for (const char* const id : digestIDs) {
         for (const int offset : offsets) {
-            const Bytes front(data.begin(), data.begin() + offset);
-            const ul::P<sarn::IDigest> digest = createDigest(id);
+            const Bytes front = cut(data, offset);
+            const ul::P<sarn::IDigest> digest = createDigest(id, front);
             const auto add = [&](const char* kind) {
                 bundle.exact["digest/" + (id + ("/" + std::to_string(offset))) + "/" + kind] = storeState(*digest);
             };
-            feed(*digest, front);
             add("running");
             digest->finish();
             add("finished");

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Writes a bundle of data of every family, or reads one that another build wrote.
+// Writes data of every family, or reads the data of another build.
 #include "system/exchange/bundle.h"
 
 #include "ul/error.h"
@@ -13,7 +13,7 @@ namespace sarn_test {
 
 void require(bool condition, const std::string& item) {
     if (!condition)
-        throw std::runtime_error(item + " is not what it should be");
+        throw std::runtime_error(item + " is wrong");
 }
 
 namespace {
@@ -54,12 +54,12 @@ void write(const std::string& folder) {
     writeSignedFiles(folder);
 }
 
-/// Expects `isRight` of the name, the own bytes and those of the other build for each item that this one makes.
+/// Checks each item of this build by `isRight(name, own bytes, bytes of the other build)`.
 template <class Check>
 void checkItems(const Items& own, const Items& others, Check isRight) {
     for (const auto& [name, bytes] : own) {
         const auto found = others.find(name);
-        // A build without IDEA wrote none.
+        // The other build may lack IDEA.
         if (found == others.end() && name.rfind("cipher/ideacbc/", 0) == 0)
             continue;
         require(found != others.end(), "missing item " + name);
@@ -67,7 +67,7 @@ void checkItems(const Items& own, const Items& others, Check isRight) {
     }
 }
 
-/// Returns how many items there are.
+/// Returns the number of items.
 std::size_t read(const std::string& folder) {
     const Bundle own = makeBundle();
     const Bundle others = {readItems(folder + "/exact.txt"), readItems(folder + "/random.txt")};

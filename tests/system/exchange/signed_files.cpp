@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "support/expect.h"
 #include "support/key_files.h"
 #include "support/temp_folder.h"
 #include "system/exchange/bundle.h"
@@ -51,8 +52,7 @@ std::string getDataName(int size) {
 void writeSignedFiles(const std::string& folder) {
     for (const int size : sizes) {
         const std::string name = getDataName(size);
-        const Bytes data = makePattern(size);
-        write(folder, name, std::string(data.begin(), data.end()));
+        write(folder, name, makeText(size));
         for (const char* const key : keys)
             sign(folder, name, key, name + "." + key + ".sig");
     }

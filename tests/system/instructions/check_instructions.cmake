@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Compares the instructions of the hottest calls with the figures that were checked in. The tolerance covers another
-# version of the C library; an additional allocation or lock exceeds it.
-# Arguments: COUNT, PROGRAM, FIGURES, and UPDATE to write the figures instead
+# Compares the instructions of the hottest calls with the recorded figures. The tolerance covers another version of the
+# C library, but not an additional allocation or lock.
+# Arguments: COUNT, PROGRAM, FIGURES; UPDATE writes the figures
 execute_process(COMMAND "${COUNT}" "${PROGRAM}" OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
 if(UPDATE)
   file(WRITE "${FIGURES}" "${output}")

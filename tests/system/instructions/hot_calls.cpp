@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The calls that hosts make most, each a thousand times between two marks for valgrind's instruction counter.
+// The calls that hosts make most. Callgrind counts the instructions of a thousand runs of each.
 #include "sarn/cipher.h"
 #include "sarn/digest.h"
 #include "sarn/encoding.h"

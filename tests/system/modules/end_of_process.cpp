@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A static object that is older than every process-wide one, and so destroyed after whatever the end of the process
-// destroys. Its destructor uses the library.
+// A static object that is created before every process-wide object uses the library in its destructor, after the end of
+// the process has destroyed everything else.
 #include "support/key_files.h"
 #include "system/modules/module.h"
 
@@ -32,7 +32,7 @@ void logALine() {
     check(g_lines == before + 1, "a line of the log did not reach its handler");
 }
 
-/// Its destructor is the last thing that happens in the process.
+/// Its destructor runs last.
 class LateUser {
 public:
     LateUser() = default;
@@ -49,7 +49,6 @@ public:
         }
     }
 
-    /// Makes what is verified in the end.
     void sign() {
         const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(sarn_test::readKey("rsa2048"), "");
         signer->update("data", 4);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// A host that knows the library only through a module that it loads and unloads again and again, and that ends from a
-// thread which is not its first one.
+// A host that uses the library only through a module, which it loads and unloads many times. Another thread than the
+// first ends the process.
 #include "system/modules/loaded_module.h"
 
 #include <cstdlib>

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// A module that is loaded while the program runs.
 #pragma once
 
 #include "system/modules/module.h"
@@ -15,7 +14,7 @@
 
 namespace sarn_test {
 
-/// Loads on construction, unloads on destruction.
+/// While it lives, a module is loaded.
 class LoadedModule {
 public:
 #ifdef _WIN32

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Built twice, into two shared libraries that know nothing of each other.
+// The code of two shared libraries that do not know each other.
 #include "system/modules/module.h"
 
 #include "sarn/encoding.h"

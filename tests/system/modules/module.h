@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What a module, a shared library of its own that uses the library, offers to the program that loads it.
+// The interface of a module: a shared library that uses this one and is loaded by a program.
 #pragma once
 
 #include "sarn/cipher.h"
@@ -15,36 +15,26 @@
 
 namespace sarn_test {
 
-/// The error classes of both libraries; none is the last.
-enum class ErrorKind {
-    error,
-    invalidArgument,
-    badState,
-    badPath,
-    file,
-    versionMismatch,
-    configSignature,
-    none,
-};
+/// The error classes of both libraries. `none` comes last.
+enum class ErrorKind { error, invalidArgument, badState, badPath, file, versionMismatch, configSignature, none };
 
-/// Addresses of the process-wide objects of both libraries, as one module sees them.
+/// The addresses of the process-wide objects of both libraries.
 using GlobalObjects = std::array<const void*, 7>;
 
 struct Module {
     GlobalObjects (*getGlobalObjects)();
-    /// Throws an error of that class.
     void (*raise)(ErrorKind kind);
-    /// What `action` throws, told by its class.
+    /// The class of the error that `action` raises.
     ErrorKind (*classify)(void (*action)(ErrorKind), ErrorKind argument);
     ul::P<sarn::IDigest> (*createDigest)(const char* id);
-    /// Feeds "abc", finishes, gives up the reference and returns the first byte of the result.
+    /// Feeds "abc", finishes and releases the digest, and returns the first byte of the result.
     int (*finishAndRelease)(ul::P<sarn::IDigest> digest);
-    /// Allocates blocks of a buffer that another module may have begun.
+    /// Appends to a buffer that another module may have allocated.
     void (*encrypt)(const ul::TCryptBuffer<unsigned char>& key, const ul::String& text,
                     ul::TBuffer<unsigned char>& out);
-    /// Registers a cipher whose class is the module's own.
+    /// Registers a cipher whose class belongs to the module.
     void (*registerCipher)(const char* id);
-    /// Makes a call of every family; returns whether each gave the right result.
+    /// Makes a call of every family. Returns whether all results are right.
     bool (*useEveryFamily)();
 };
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Two shared libraries and a program that use the library together: what one of them makes, the others can use, catch
-// and release.
+// Two shared libraries and a program use the library together. Each can use, catch and release the objects of the
+// others.
 #include "support/expect.h"
 #include "system/modules/loaded_module.h"
 
@@ -8,13 +8,11 @@
 
 #include "ul/random.h"
 
-#include <gtest/gtest.h>
-
 namespace sarn_test {
 
 namespace {
 
-// Neither library is unloaded: objects whose classes are a module's own may outlive every test.
+// The modules are never unloaded, because objects of their classes may outlive every test.
 
 const Module& getFirst() {
     static const auto* const library = new LoadedModule(SARN_FIRST_MODULE);
@@ -26,9 +24,10 @@ const Module& getSecond() {
     return library->get();
 }
 
-TEST(ModuleBoundary, Modules_AreTwo) {
+TEST(ModuleBoundary, Modules_AreTwo_AndEveryFamilyWorksInBoth) {
     EXPECT_NE(&getFirst(), &getSecond());
     EXPECT_NE(getFirst().raise, getSecond().raise);
+    EXPECT_TRUE(getFirst().useEveryFamily() && getSecond().useEveryFamily());
 }
 
 TEST(ModuleBoundary, GlobalInstances_AreTheSameInEveryModule) {
@@ -92,11 +91,6 @@ TEST(ModuleBoundary, CipherRegisteredByOneModule_IsFoundByTheOthers) {
     EXPECT_EQ(cipher->getID(), "of the first");
     EXPECT_NE(dynamic_cast<sarn::CCipher_Null*>(cipher.get()), nullptr);
     EXPECT_TRUE(sarn::CCipherManager::get()->findCipher("of the second"));
-}
-
-TEST(ModuleBoundary, EveryFamily_WorksInBothModules) {
-    EXPECT_TRUE(getFirst().useEveryFamily());
-    EXPECT_TRUE(getSecond().useEveryFamily());
 }
 
 } // namespace

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-# Compares the exports of a library with the list that was checked in. A removed symbol breaks hosts; a new one must
-# remain for the whole major version, so it must be intended.
-# Arguments: LIBRARY, LIST, NM, OBJDUMP, and UPDATE to write the list instead
+# Compares the exports of a library with the list. A removed symbol breaks hosts. A new one must remain for the whole
+# major version, so it must be intended.
+# Arguments: LIBRARY, LIST, NM, OBJDUMP; UPDATE writes the list
 if(LIBRARY MATCHES "[.]dll$")
   execute_process(COMMAND "${OBJDUMP}" -p "${LIBRARY}" OUTPUT_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
   string(REGEX REPLACE "^.*\\[Ordinal/Name Pointer\\] Table" "" output "${output}")

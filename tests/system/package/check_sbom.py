@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Makes the bill of materials of a build and looks whether it is whole and true.
+"""Makes the bill of materials of a build and checks that it is complete and true.
 
 usage: check_sbom.py MAKE_SBOM BUILD_FOLDER FILE
 """

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Installs a build into a fresh prefix and moves that elsewhere: it must work in any place.
+# Installs a build into a new prefix and moves it: it must work anywhere.
 # Arguments: BUILD_DIR, PREFIX, CONFIG
 file(REMOVE_RECURSE "${PREFIX}" "${PREFIX}-first")
 execute_process(COMMAND "${CMAKE_COMMAND}" --install "${BUILD_DIR}" --prefix "${PREFIX}-first" --config "${CONFIG}"

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-# Builds the consumer project in one way and runs it.
+# Builds and runs the consumer project in one way.
 # Arguments: WORK_DIR, SOURCE_DIR, WAY, OPTIONS (for cmake, joined by |); EMULATOR and LIBRARIES (a folder with DLLs)
 # for another system; PREFIX to install the result
 function(run)

@@ -25,7 +25,7 @@ IVs forkOnce() {
     int ends[2];
     if (::pipe(ends) != 0)
         throw std::runtime_error("no pipe");
-    // Other threads may have held any lock at the fork, the allocator's too, so the child does nothing else.
+    // Another thread may have held any lock at the fork, even one of the allocator, so the child does nothing else.
     runInNewProcess([&] {
         IVs ivs;
         for (IV& iv : ivs)
@@ -58,7 +58,7 @@ std::vector<IV> useUntil(const std::atomic<bool>& isOver, const Shared& shared, 
     std::vector<IV> all;
     while (!isOver) {
         shared.use(random, all);
-        // Not each time: what they draw is kept, and a process forks the slower the more memory it has.
+        // Not each time: the bytes are kept, and a larger process forks more slowly.
         if (random() % 8 == 0)
             all.push_back(draw());
     }
@@ -72,7 +72,7 @@ std::size_t runForks(int count) {
     std::atomic<bool> isOver{false};
     std::mutex mutex;
     std::vector<IV> all;
-    // One of the threads forks, the others use all that is shared.
+    // One thread forks while the others use the shared objects.
     runOnThreads(9, [&](int number) {
         struct End {
             ~End() { isOver = true; }

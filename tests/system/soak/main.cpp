@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Threads, forks, first uses and ends of processes, as many as asked for: sarn_soak threads|forks|first-use|ends COUNT
+// usage: sarn_soak threads|forks|first-use|ends COUNT
 #include "support/threads.h"
 #include "system/soak/soak.h"
 
@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
-#include <string>
 
 namespace {
 
@@ -16,7 +15,7 @@ using namespace sarn_test;
 
 constexpr int threadCount = 64;
 
-/// `count` checked operations on 64 threads. Returns how many IVs they drew.
+/// Checks `count` operations on 64 threads. Returns the number of random IVs.
 std::size_t runThreads(long count) {
     const Shared shared;
     std::atomic<long> left{count};
@@ -44,9 +43,8 @@ int run(const std::string& what, long count) {
         const auto start = std::chrono::steady_clock::now();
         const std::size_t drawn = runThreads(count);
         const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-        std::printf(
-            "%ld checked operations on %d threads in %.1f s, none wrong; %zu initialisation vectors, none twice\n",
-            count, threadCount, time.count(), drawn);
+        std::printf("%ld checked operations on %d threads in %.1f s, none wrong; %zu IVs, none twice\n", count,
+                    threadCount, time.count(), drawn);
     } else if (what == "forks") {
         const std::size_t drawn = runForks(static_cast<int>(count));
         std::printf("%ld forks at random moments, no hang; %zu draws of parent and children, none twice\n", count,

@@ -8,7 +8,7 @@ namespace sarn_test {
 
 namespace {
 
-// Nothing here is destroyed at the end of the process, when other threads still use it.
+// At the end of the process, when other threads still use these objects, nothing may destroy them.
 constexpr char text[] = "the only copy of somebody's data";
 constexpr int textSize = sizeof text - 1;
 constexpr unsigned long long saltCount = 16;
@@ -43,44 +43,37 @@ void useEncodings() {
 
 void checkNoneIsRepeated(std::vector<IV>& ivs) {
     std::sort(ivs.begin(), ivs.end());
-    check(std::adjacent_find(ivs.begin(), ivs.end()) == ivs.end(), "an initialisation vector came twice");
+    check(std::adjacent_find(ivs.begin(), ivs.end()) == ivs.end(), "an IV came twice");
 }
 
 Shared::Shared() : m_encrypted(encrypt(zeroIV.data())), m_digest(computeDigest()), m_cache(makeCache()) {
-    // By another object, so that the shared one starts empty.
+    // Another cache derives the keys, so that the shared one starts empty.
     const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
     for (unsigned long long salt = 0; salt < saltCount; ++salt)
         m_keys.push_back(toBytes(*cache->getKey(32, salt, 2)));
 }
 
 void Shared::use(std::mt19937& random, std::vector<IV>& ivs) const {
-    switch (random() % 8) {
-    case 0:
+    const auto number = random() % 8;
+    if (number == 0)
         ivs.push_back(drawIV());
-        break;
-    case 1:
-    case 2:
+    else if (number <= 2)
         check(encrypt(zeroIV.data()) == m_encrypted, "a ciphertext");
-        break;
-    case 3:
+    else if (number == 3)
         useRegistries(random);
-        break;
-    case 4:
+    else if (number == 4)
         check(computeDigest() == m_digest, "a digest");
-        break;
-    case 5:
+    else if (number == 5)
         useEncodings();
-        break;
-    default:
+    else
         useCache(random);
-    }
 }
 
 IV Shared::drawIV() const {
     const Bytes encrypted = encrypt(nullptr);
     ul::TBuffer<unsigned char> decrypted;
     m_cipher->decrypt(m_key, encrypted.data(), static_cast<int>(encrypted.size()), decrypted, false, nullptr);
-    check(toBytes(decrypted) == getText(), "what was encrypted decrypts to something else");
+    check(toBytes(decrypted) == getText(), "a decrypted text");
     IV iv;
     std::copy_n(encrypted.begin(), iv.size(), iv.begin());
     return iv;

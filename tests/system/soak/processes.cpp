@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// This process never uses the library, so each child is as new as a program that was just started.
+// This process never uses the library, so each child is like a program that has just started.
 #include "support/threads.h"
 #include "system/soak/soak.h"
 
@@ -35,13 +35,13 @@ void useAtOnce(int threadCount) {
     });
     for (const Addresses& some : seen) {
         if (some != seen[0])
-            throw std::runtime_error("a process-wide object is there twice");
+            throw std::runtime_error("a process-wide object exists twice");
     }
 }
 
 [[noreturn]] void endWhileOthersEncrypt() {
     constexpr int threadCount = 4;
-    // Neither is ever destroyed: the threads use both for as long as there is a process.
+    // Never destroyed: the threads use both until the process has ended.
     static const Shared& shared = *new Shared;
     static std::atomic<int> encrypted{0};
     for (int i = 0; i < threadCount; ++i)
@@ -53,7 +53,7 @@ void useAtOnce(int threadCount) {
         }).detach();
     while (encrypted < 2 * threadCount)
         std::this_thread::yield();
-    // What the return of main does.
+    // As when main returns.
     std::exit(0);
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Uses of what threads share, each of which checks its result; new processes; and what main() runs of both.
+// Checked uses of objects that threads share, and the runs of main().
 #pragma once
 
 #include "support/cipher_test_data.h"
@@ -21,16 +21,15 @@ namespace sarn_test {
 
 using IV = std::array<unsigned char, 16>;
 
-/// What all threads of a process use.
+/// Objects that all threads of a process use.
 class Shared {
 public:
     Shared();
 
-    /// Does one of the operations, chosen at random. Throws if its result is wrong. Initialisation vectors that a
-    /// cipher drew are added to `ivs`.
+    /// Does a random operation. Throws if its result is wrong. Adds the random IVs of the cipher to `ivs`.
     void use(std::mt19937& random, std::vector<IV>& ivs) const;
 
-    /// Encrypts under a new initialisation vector and decrypts again.
+    /// Encrypts under a random IV and decrypts again. Returns the IV.
     IV drawIV() const;
 
 private:
@@ -46,10 +45,10 @@ private:
     std::vector<Bytes> m_keys;
 };
 
-/// Throws if a vector is there twice.
+/// Throws if two IVs are equal.
 void checkNoneIsRepeated(std::vector<IV>& ivs);
 
-/// Runs `work` in a new process. Throws unless it ends well within ten seconds.
+/// Runs `work` in a new process. Throws unless it succeeds within ten seconds.
 template <class Work>
 void runInNewProcess(Work work) {
     const pid_t child = ::fork();
@@ -70,16 +69,16 @@ void runInNewProcess(Work work) {
         throw std::runtime_error("a process ended with the status " + std::to_string(status));
 }
 
-/// In `count` new processes lets `threadCount` threads use every process-wide object at the same moment for the first
-/// time. Throws if they did not all get the same ones.
+/// In each of `count` new processes, `threadCount` threads use every process-wide object for the first time at once.
+/// Throws unless all threads get the same objects.
 void runFirstUses(int count, int threadCount);
 
-/// `count` times starts a new process whose main returns while four detached threads encrypt under random
-/// initialisation vectors. Throws unless each ends as if nothing else ran.
+/// Starts `count` new processes. Each ends while four detached threads encrypt under random IVs. Throws unless all
+/// succeed.
 void runEnds(int count);
 
-/// Forks `count` times at random moments while threads use all that is shared. Each child draws random bytes. Returns
-/// how many initialisation vectors and draws of that size there were in all; throws if one came twice.
+/// Forks `count` times at random moments while threads use the shared objects. Each child draws random bytes. Returns
+/// the number of IVs and of draws of that size; throws if two are equal.
 std::size_t runForks(int count);
 
 } // namespace sarn_test

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sizes that make no sense, and input that lies in the output buffer.
+// Impossible sizes, and input within the output buffer.
 #include "support/aes256.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@ using Secret = ul::TCryptBuffer<unsigned char>;
 
 const unsigned char* const iv = iv16.data();
 
-/// Makes room for `room` bytes, puts `data` at `position`, and has `used` bytes counted.
+/// Allocates `room` bytes, copies `data` to `position`, and sets the used size.
 template <class AnyBuffer>
 void place(AnyBuffer& buffer, int room, const Bytes& data, int position, int used) {
     buffer.ensureAllocated(room);
@@ -65,9 +65,9 @@ TEST(CipherLimits, InputInPlace_WithRoomForTheResult_IsProcessedRight) {
     }
 }
 
-TEST(CipherLimits, InputInPlaceAfterOtherBytes_WithExactlyTheRoom_IsProcessedRight) {
+TEST(CipherLimits, InputInPlaceAfterOtherBytes_WithJustEnoughRoom_IsProcessedRight) {
     const Bytes data = makePattern(40);
-    // Four bytes ahead, which stay, and room for 40 bytes and a block.
+    // Four bytes, which stay, then room for 40 bytes and a block.
     Buffer buffer(4 + 40 + 16, 0);
     place(buffer, 0, data, 4, 4);
     ASSERT_EQ(buffer.getAllocated(), 60);
@@ -83,7 +83,7 @@ TEST(CipherLimits, InputInPlaceAfterRoomForTheIv_IsProcessedRight) {
     EXPECT_EQ(runAES256(decrypting, toBytes(buffer), nullptr), data);
 }
 
-TEST(CipherLimits, InputAheadOfTheAppendedResult_IsProcessedRight) {
+TEST(CipherLimits, InputBeforeTheAppendedResult_IsProcessedRight) {
     const Bytes data = makePattern(40);
     Buffer buffer;
     place(buffer, 200, data, 0, 40);
@@ -109,7 +109,7 @@ TEST(CipherLimits, IvInTheOutput_IsReadBeforeTheBlockMovesOrIsOverwrittenOrWiped
                   decrypted->getData());
         EXPECT_EQ(toBytes(*decrypted), data);
     }
-    // The IV lies after the result, where a buffer that shrinks is wiped.
+    // The IV follows the result, where a buffer is wiped when it shrinks.
     for (const CipherOperation& operation : {encryptingUnpadded, decryptingUnpadded}) {
         Secret shrinking;
         place(shrinking, 0, iv16, 48, 64);
@@ -118,7 +118,7 @@ TEST(CipherLimits, IvInTheOutput_IsReadBeforeTheBlockMovesOrIsOverwrittenOrWiped
     }
 }
 
-TEST(CipherLimits, KeyInABufferWithSpareRoom_IsTakenByItsUsedSize) {
+TEST(CipherLimits, KeyInABufferWithSpareRoom_HasTheUsedSize) {
     TestKey key(32);
     key.ensureAllocated(100);
     Buffer out;
@@ -136,7 +136,7 @@ TEST(CipherLimits, OverlappingInput_IsRefusedByEveryOperation_AndNothingIsWritte
         expectRefused(operation, "input overlaps output", buffer.getData() + position, size, buffer, append, givenIV);
         EXPECT_EQ(toBytes(buffer), makePattern(80));
     };
-    // One byte off the place of the result, to either side; before a generated IV; after the start when appending.
+    // One byte before or after the result; at the place of a random IV; within the appended result.
     expectOverlap(encrypting, 1, 48, false, iv);
     expectOverlap(encrypting, 0, 48, false, nullptr);
     expectOverlap(encrypting, 70, 20, true, iv);

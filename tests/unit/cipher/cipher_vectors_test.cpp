@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every vector, whole, appended, unaligned and by a copy of the cipher, both ways.
+// Every vector: in one call, appended, unaligned, and by a copy of the cipher.
 #include "support/cipher_test_data.h"
 
 #include <openssl/evp.h>
@@ -62,7 +62,7 @@ std::vector<CipherCase> readCases() {
     return cases;
 }
 
-/// What the cipher makes of `size` bytes in a buffer that holds `held` already.
+/// The content of a buffer after an operation that found `held` in it.
 Bytes run(sarn::ICipher& cipher, const CipherCase& item, bool encrypts, const unsigned char* data, std::size_t size,
           const Bytes& held = {}, bool append = false) {
     const CipherOperation& operation =

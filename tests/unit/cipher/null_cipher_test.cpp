@@ -22,7 +22,7 @@ TEST(CCipher_Null, Sizes_AreTheDocumentedOnes) {
     EXPECT_EQ(cipher.getBlockSize(), 1);
 }
 
-TEST(CCipher_Null, EveryOperation_ReplacesOrAppendsTheInput_WhateverTheKeyAndTheIv) {
+TEST(CCipher_Null, EveryOperation_CopiesOrAppendsTheInput_ForAnyKeyAndIv) {
     for (const CipherOperation& operation : cipherOperations) {
         Buffer out;
         fill(out, toBytes("old"));
@@ -46,7 +46,7 @@ TEST(CCipher_Null, InputInTheOutput_IsCopiedRight) {
     EXPECT_EQ(toBytes(out), toBytes("efcde"));
 }
 
-TEST(CCipher_Null, WhatNoCipherCanWorkWith_IsRefusedByEveryOperation_AndNothingIsWritten) {
+TEST(CCipher_Null, BadSizesAndTheKeyAsOutput_AreRefusedByEveryOperation_AndNothingIsWritten) {
     TestKey key(7);
     FilledBuffer out;
     for (const CipherOperation& operation : cipherOperations) {

@@ -60,7 +60,7 @@ TEST(COpenSSLCipher, Encrypt_OfNothing_YieldsOneBlock_AfterTheIvIfThatIsDrawn) {
     EXPECT_EQ(join(cut(whole, 16), runAES256(encrypting, {}, whole.data())), whole);
 }
 
-TEST(COpenSSLCipher, Encrypt_WithoutIv_DrawsEveryByteOfTheIvAnewWhateverStoodInTheOutput) {
+TEST(COpenSSLCipher, Encrypt_WithoutIv_DrawsEveryByteOfTheIv_ForAnyContentOfTheOutput) {
     for (const CipherSizes& sizes : getRegisteredCiphers()) {
         SCOPED_TRACE(sizes.id);
         const ul::P<sarn::ICipher> cipher = getAnyCipher(sizes.id);
@@ -72,13 +72,13 @@ TEST(COpenSSLCipher, Encrypt_WithoutIv_DrawsEveryByteOfTheIvAnewWhateverStoodInT
             for (std::size_t position = 0; position < seen.size(); ++position)
                 seen[position].insert(out.getData()[position]);
         }
-        // Of 64 random bytes some 56 differ; fewer than 32 come up once in a number of 19 digits.
+        // About 56 of 64 random bytes differ. The probability of fewer than 32 is below 1 in 10^18.
         for (const std::set<unsigned char>& values : seen)
             EXPECT_GE(values.size(), 32U);
     }
 }
 
-TEST(COpenSSLCipher, AllOperations_WithAKeyOfAnotherSize_RefuseItBeforeAllElse) {
+TEST(COpenSSLCipher, AllOperations_WithAKeyOfAnotherSize_RefuseItFirst) {
     FilledBuffer out;
     for (const CipherOperation& operation : cipherOperations) {
         expectRefused(operation, "invalid key size", nullptr, 0, out, false, nullptr, TestKey(31));
@@ -98,12 +98,12 @@ TEST(COpenSSLCipher, Decrypt_WithFewerBytesThanIv_RefusesInput) {
     }
 }
 
-TEST(COpenSSLCipher, Decrypt_OfNothingButAnIv_FailsInTheFinalStep) {
+TEST(COpenSSLCipher, Decrypt_OfAnIvAlone_FailsInTheFinalStep) {
     expectDecryptError(iv16, nullptr);
     expectDecryptError({}, iv16.data());
 }
 
-TEST(COpenSSLCipher, EncryptThenDecrypt_WithoutIv_GivesBackInputsOfAllLengthsAroundABlock) {
+TEST(COpenSSLCipher, EncryptThenDecrypt_WithoutIv_RestoresInputsOfAllLengthsAroundABlock) {
     for (const CipherSizes& sizes : getRegisteredCiphers()) {
         for (const int length : {0, 1, sizes.block - 1, sizes.block, sizes.block + 1}) {
             SCOPED_TRACE(std::string(sizes.id) + " " + std::to_string(length));
@@ -143,7 +143,7 @@ TEST(COpenSSLCipher, OperationsWithoutPadding_OfNothing_EmptyOutOrLeaveItIfAppen
     }
 }
 
-TEST(COpenSSLCipher, OperationsWithoutPadding_WithoutIv_RefuseItAheadOfTheSize) {
+TEST(COpenSSLCipher, OperationsWithoutPadding_WithoutIv_RefuseThatBeforeTheSize) {
     FilledBuffer out;
     for (const int size : {0, 5, -1}) {
         expectRefused(encryptingUnpadded, "IV cannot be NULL", "12345", size, out, false, nullptr);
@@ -153,7 +153,7 @@ TEST(COpenSSLCipher, OperationsWithoutPadding_WithoutIv_RefuseItAheadOfTheSize) 
 }
 
 TEST(COpenSSLCipher, Decrypt_WithAWrongKeyOfTheRightSize_EndsInADecryptError) {
-    // One wrong key in 256 gives valid padding by chance; none of these does.
+    // One wrong key in 256 gives valid padding by chance, but none of these.
     const Bytes encrypted = runAES256(encrypting, toBytes("some secret data"));
     for (unsigned char i = 1; i <= 64; ++i) {
         Bytes wrong = makePattern(32);
@@ -186,7 +186,7 @@ TEST(CipherThreads, EncryptWithoutIv_WaitsForTheGlobalGeneratorsMutex) {
             runAES256(encrypting, toBytes("data"), nullptr);
             isDrawn = true;
         });
-        // Gives the thread time to do what it must not: more of it finds more, less of it fails nothing.
+        // Time for the thread to make a mistake: too little of it can hide one but never fails the test.
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         EXPECT_FALSE(isDrawn);
     }
@@ -194,7 +194,7 @@ TEST(CipherThreads, EncryptWithoutIv_WaitsForTheGlobalGeneratorsMutex) {
     EXPECT_TRUE(isDrawn);
 }
 
-TEST(COpenSSLCipher, ACipherOfTheHostsOwn_WorksThroughTheSameEngine) {
+TEST(COpenSSLCipher, CipherOfTheHost_WorksThroughTheSameEngine) {
     const auto cipher = ul::make<sarn::COpenSSLCipher>(EVP_aes_192_cbc(), "aes192cbc");
     EXPECT_EQ(cipher->getKeySize(), 24);
     // NIST SP 800-38A, F.2.3 (CBC-AES192), first block
@@ -211,13 +211,13 @@ TEST(COpenSSLCipher, Constructor_OfADescriptionThatItCannotWorkWith_RefusesIt) {
     for (const EVP_CIPHER* const other : {EVP_aes_256_ecb(), EVP_aes_256_ctr(), EVP_aes_256_gcm(), EVP_aes_256_ofb(),
                                           EVP_aes_256_xts(), EVP_chacha20_poly1305(), EVP_enc_null()})
         expectDescriptionRefused("cipher is not in CBC mode", other);
-    // CBC with a tag, which libcrypto has for some processors only.
+    // CBC with a tag. libcrypto has it for some processors only.
     const EVP_CIPHER* const withTag = EVP_aes_256_cbc_hmac_sha1();
     expectDescriptionRefused(withTag ? "cipher is not in CBC mode" : "cipher cannot be NULL", withTag);
 }
 
 #if OPENSSL_VERSION_NUMBER < 0x30000000L
-// Newer versions declare these functions deprecated.
+// Newer versions deprecate these functions.
 TEST(COpenSSLCipher, Constructor_OfADescriptionWithAnIvThatIsTooLong_RefusesIt) {
     const std::unique_ptr<EVP_CIPHER, decltype(&EVP_CIPHER_meth_free)> description(
         EVP_CIPHER_meth_dup(EVP_aes_256_cbc()), EVP_CIPHER_meth_free);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The order in which a combination calls its two digests: what the first refuses must not reach the second.
+// The order in which a combination calls its two digests: a call that the first refuses must not reach the second.
 #include "support/digest_test_data.h"
 
 #include <utility>
@@ -10,7 +10,7 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-/// Writes down what it is asked to do, and refuses what it is told to.
+/// Records its calls, and refuses one of them.
 class RecordingDigest : public sarn::CDigest_CRC32 {
 public:
     RecordingDigest(std::string name, Names& calls)
@@ -29,7 +29,7 @@ public:
     // clang-format on
 
     std::string refused;
-    /// How often that is done before it is refused.
+    /// The number of such calls before the refused one.
     mutable int doneBefore = 0;
 
 private:
@@ -45,7 +45,7 @@ private:
 
 class CombinerOrder : public testing::Test {
 protected:
-    /// The calls since the last time.
+    /// The calls since the last look.
     Names takeCalls() { return std::exchange(calls, {}); }
 
     /// Runs `action`, in which `digest` refuses `call`, and returns the calls.
@@ -58,7 +58,7 @@ protected:
         return takeCalls();
     }
 
-    /// Whether the combination is finished and whether its result is ready, as its state says.
+    /// The flags of the state: whether the combination is finished, and whether its result is ready.
     Bytes getFlags() const {
         const Bytes state = storeState(combiner);
         return Bytes(state.end() - 2, state.end());
@@ -70,10 +70,9 @@ protected:
     sarn::TDigestCombiner<sarn::IDigest, sarn::IDigest> combiner{nullptr, first, second};
 };
 
-/// The types, by number and object, that have created a digest.
+/// The number and the address of each type that has created a digest.
 std::vector<std::pair<int, const void*>> created;
 
-/// A type that writes down when it creates a digest.
 template <int Index>
 class RecordingType : public sarn::CDigestType_CRC32 {
 public:
@@ -85,7 +84,7 @@ public:
 
 } // namespace
 
-TEST_F(CombinerOrder, Sizes_AreAskedOnceInTheConstructor) {
+TEST_F(CombinerOrder, Sizes_AreReadOnceInTheConstructor) {
     EXPECT_EQ(takeCalls(), (Names{"1 size", "2 size"}));
     EXPECT_EQ(combiner.getDigestSize(), 8);
     finish(combiner);
@@ -96,7 +95,7 @@ TEST_F(CombinerOrder, Sizes_AreAskedOnceInTheConstructor) {
 TEST_F(CombinerOrder, EveryCall_ReachesTheFirstDigestBeforeTheSecond) {
     takeCalls();
     combiner.update(nullptr, -5);
-    EXPECT_EQ(takeCalls(), (Names{"1 update -5", "2 update -5"})) << "for each to judge";
+    EXPECT_EQ(takeCalls(), (Names{"1 update -5", "2 update -5"})) << "each decides for itself";
     combiner.finish();
     EXPECT_EQ(takeCalls(), (Names{"1 finish", "2 finish"}));
     getResult(combiner);
@@ -122,7 +121,7 @@ TEST_F(CombinerOrder, Update_SlicesTheInputAndEndsWithTheRemainderEvenIfItIsEmpt
     }
 }
 
-TEST_F(CombinerOrder, WhatTheFirstRefuses_DoesNotReachTheSecond) {
+TEST_F(CombinerOrder, CallThatTheFirstRefuses_DoesNotReachTheSecond) {
     const Bytes state = storeState(combiner);
     EXPECT_EQ(refuse(*first, "load", [&] { loadState(combiner, state); }), (Names{"1 store", "1 load"}));
     EXPECT_EQ(refuse(*first, "store", [&] { storeState(combiner); }), Names{"1 store"});
@@ -154,7 +153,7 @@ TEST_F(CombinerOrder, ResetThatFails_LeavesTheCombinationFinishedAndItsResultRea
     EXPECT_EQ(getFlags(), (Bytes{0, 0}));
 }
 
-TEST_F(CombinerOrder, StateThatTheSecondRefuses_IsTakenBackFromTheFirst) {
+TEST_F(CombinerOrder, StateThatTheSecondRefuses_IsUndoneInTheFirst) {
     feed(combiner, makePattern(10));
     const Bytes state = storeState(combiner);
     feed(combiner, makePattern(20));
@@ -167,7 +166,7 @@ TEST_F(CombinerOrder, StateThatTheSecondRefuses_IsTakenBackFromTheFirst) {
     expectErrorOf<ul::CError>("Unexpected end of stream.", [&] { loadState(combiner, cut(state, -1)); });
     EXPECT_EQ(takeCalls(), callsForCut);
     EXPECT_EQ(toHex(storeState(combiner)), toHex(before));
-    // From the first all the same if the second does not take its own back.
+    // Even if the second fails to load its own state again.
     const Bytes ofTheFirst = storeState(*first);
     second->doneBefore = 1;
     EXPECT_EQ(refuse(*second, "load", [&] { loadState(combiner, cut(state, -1)); }), callsForCut);

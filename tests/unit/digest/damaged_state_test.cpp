@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// No stream does harm, and a state that is refused leaves the digest as it was: the job goes on where it stood.
+// No state does harm. A state that is refused leaves the digest unchanged, so that its job can go on.
 #include "support/digest_test_data.h"
 
 namespace sarn_test {
@@ -17,7 +17,7 @@ std::vector<Vector> readStatesOf(const std::string& id) {
     return states;
 }
 
-/// A digest of 70 bytes that is running, finished, read, or reset: every situation that a refusal can meet.
+/// The stages of a digest of 70 bytes in which a state can be refused.
 enum class Stage { Running, Finished, Read, Reset };
 ul::P<sarn::IDigest> makeDigest(const char* id, Stage stage) {
     ul::P<sarn::IDigest> digest = createDigest(id, makePattern(70));
@@ -30,13 +30,13 @@ ul::P<sarn::IDigest> makeDigest(const char* id, Stage stage) {
     return digest;
 }
 
-/// What comes of it if it is fed `rest` where it can be.
+/// The result after `rest` was fed, if the stage allows that.
 Bytes getExpected(const char* id, Stage stage, const Bytes& rest) {
     const Bytes start = stage == Stage::Reset ? Bytes() : makePattern(70);
     return getDigest(id, stage == Stage::Running || stage == Stage::Reset ? join(start, rest) : start);
 }
 
-/// Runs `action`, in which the library may refuse what it is asked for.
+/// Runs `action`. Returns whether it was not refused.
 template <class Action>
 bool isDone(Action action) {
     try {
@@ -47,7 +47,7 @@ bool isDone(Action action) {
     }
 }
 
-/// Uses a digest in every way after it has loaded a state. If it refuses the state it is unchanged.
+/// Uses a digest in every way after it has loaded a state.
 void exercise(sarn::IDigestType& type, const Bytes& state) {
     static const Bytes input = makePattern(130);
     const ul::P<sarn::IDigest> digest = type.createDigest();
@@ -63,7 +63,7 @@ void exercise(sarn::IDigestType& type, const Bytes& state) {
 
 } // namespace
 
-// It asserts little; the sanitizers do the rest. A running, a finished and a read digest have all layouts between them.
+// It asserts little, but the sanitizers watch. A running, a finished and a read digest cover all layouts.
 TEST_P(DamagedDigestState, EveryByteThroughEveryValue_DoesNoHarm) {
     const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType(GetParam());
     for (const Vector& vector : readStatesOf(GetParam())) {
@@ -80,7 +80,7 @@ TEST_P(DamagedDigestState, EveryByteThroughEveryValue_DoesNoHarm) {
     }
 }
 
-TEST_P(DamagedDigestState, CutOrChangedAnywhere_LeavesEveryDigestAsItWasIfItIsRefused) {
+TEST_P(DamagedDigestState, CutOrChangedAnywhere_LeavesEveryDigestThatRefusesItUnchanged) {
     const Bytes rest = makePattern(500);
     for (const Stage stage : {Stage::Running, Stage::Finished, Stage::Read, Stage::Reset}) {
         const ul::P<sarn::IDigest> digest = makeDigest(GetParam(), stage);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// States that are refused, in the order of the checks, and odd ones that are taken.
+// States that are refused, in the order of the checks, and unusual ones that are loaded.
 #include "support/digest_test_data.h"
+#include "support/table.h"
 
 #include <algorithm>
-#include <ostream>
 
 namespace sarn_test {
 
@@ -15,7 +15,7 @@ void expectRefused(const char* id, const Bytes& state, const char* message) {
     expectError(message, [&] { loadState(*digest, state); });
     digest->reset();
     feed(*digest, toBytes("abc"));
-    EXPECT_EQ(finish(*digest), getDigest(id, toBytes("abc"))) << "reset makes it good again";
+    EXPECT_EQ(finish(*digest), getDigest(id, toBytes("abc"))) << "reset makes it usable again";
 }
 
 // Offsets in the state of a hash.
@@ -30,9 +30,8 @@ constexpr char badContext[] = "Bad OpenSSL digest context in state stream.";
 constexpr char badResult[] = "Bad digest result length in state stream.";
 constexpr char badCombination[] = "Unsupported version of TDigestCombined state data.";
 
-/// Words at a place of a running digest's state for which it is refused.
-struct BadWords {
-    const char* name;
+/// Words that are refused at an offset of a running digest's state.
+struct BadWords : Row {
     const char* id;
     std::size_t at;
     std::vector<unsigned> words;
@@ -55,21 +54,16 @@ const BadWords badWords[] = {
 };
 // clang-format on
 
-/// For messages of failures and the names of tests.
-void PrintTo(const BadWords& bad, std::ostream* out) {
-    *out << bad.name;
-}
-
 class BadDigestStateWord : public testing::TestWithParam<BadWords> {};
 
 } // namespace
 
-TEST_P(BadDigestStateWord, IsRefusedAndResetMakesTheDigestGood) {
+TEST_P(BadDigestStateWord, IsRefusedAndResetMakesTheDigestUsable) {
     for (const unsigned word : GetParam().words)
         expectRefused(GetParam().id, withWord(getRunningState(GetParam().id), GetParam().at, word), GetParam().message);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, BadDigestStateWord, testing::ValuesIn(badWords), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(All, BadDigestStateWord, testing::ValuesIn(badWords), getRowName<BadWords>);
 
 TEST(OpenSSLDigestState, Refusals_ComeInTheirOrder) {
     Bytes state = withWord(getRunningState("sha1"), contextSizeAt, 92);
@@ -101,7 +95,7 @@ TEST(OpenSSLDigestState, VersionMismatchHeldByPointer_IsThrownWithItsOwnType) {
     EXPECT_EQ(getProp(*held, "actualVersion"), "0xFFFFFFFF");
 }
 
-TEST(OpenSSLDigestState, OfMD5_IsRefusedBySHA1AndTakenByMD4) {
+TEST(OpenSSLDigestState, OfMD5_IsRefusedBySHA1AndLoadedByMD4) {
     expectRefused("sha1", getRunningState("md5"), "Bad OpenSSL digest size in state stream.");
     EXPECT_EQ(finish(*resumeDigest("md4", getRunningState("md5"))).size(), 16U);
     EXPECT_EQ(finish(*resumeDigest("md5", getRunningState("md4"))).size(), 16U);
@@ -117,7 +111,7 @@ TEST(OpenSSLDigestState, BadFlagsAndABadFillTogether_AreRefusedForTheFlags) {
     expectErrorOf<ul::CError>("Unexpected end of stream.", [&] { loadState(*createDigest("md5"), cut(state, -1)); });
 }
 
-TEST(OpenSSLDigestState, ThatIsNotInitialized_IsStoredSoAgainAndResetMakesItUsable) {
+TEST(OpenSSLDigestState, ThatIsNotInitialized_IsStoredAgainUnchanged_AndResetMakesItUsable) {
     Bytes state = getRunningState("md5");
     state.at(state.size() - 2) = 0;
     const ul::P<sarn::IDigest> digest = resumeDigest("md5", state);
@@ -126,12 +120,12 @@ TEST(OpenSSLDigestState, ThatIsNotInitialized_IsStoredSoAgainAndResetMakesItUsab
     EXPECT_EQ(toHex(storeState(*digest)), toHex(storeState(*createDigest("md5"))));
 }
 
-TEST(OpenSSLDigestState, ResultLengthBeyondTheStream_IsRefusedWithoutTakingThatMuchMemory) {
+TEST(OpenSSLDigestState, ResultLengthBeyondTheStream_IsRefusedWithoutAllocatingIt) {
     const Bytes state = withWord(getRunningState("md5"), md5ResultAt, 0x7FFFFFFF);
     expectErrorOf<ul::CError>("Unexpected end of stream.", [&] { loadState(*createDigest("md5"), state); });
 }
 
-TEST(OpenSSLDigestState, ResultOfAnotherLength_IsDeliveredInTheDigestsSize) {
+TEST(OpenSSLDigestState, ResultOfAnotherLength_IsReturnedInTheDigestsSize) {
     const ul::P<sarn::IDigest> source = createDigest("md5");
     source->finish();
     for (const int length : {0, 5, 15, 17, 10000}) {
@@ -145,11 +139,11 @@ TEST(OpenSSLDigestState, ResultOfAnotherLength_IsDeliveredInTheDigestsSize) {
         digest->storeDigestData(out.data());
         EXPECT_EQ(out, join(expected, Bytes(4, 0xEE)));
         EXPECT_EQ(getData(*digest), expected);
-        EXPECT_EQ(storeState(*digest), crafted) << "what was loaded is stored again";
+        EXPECT_EQ(storeState(*digest), crafted) << "the loaded state is stored again";
     }
 }
 
-TEST(ChecksumState, OfTheOtherChecksum_IsTaken) {
+TEST(ChecksumState, OfTheOtherChecksum_IsLoaded) {
     EXPECT_EQ(finish(*resumeDigest("adler32", getRunningState("crc32"))), getDigest("crc32", makePattern(100)));
 }
 
@@ -163,7 +157,7 @@ TEST(CombinerState, FinishedOverARunningComponent_RaisesOnReadingAndKeepsTheLeng
     EXPECT_EQ(toHex(storeState(*digest)), toHex(expected));
 }
 
-TEST(CombinerState, WithAReadyResult_DeliversThatAsItIs) {
+TEST(CombinerState, WithAReadyResult_ReturnsItUnchanged) {
     const ul::P<sarn::IDigest> source = createDigest("md4-sha1");
     source->finish();
     Bytes changed = getData(*source);

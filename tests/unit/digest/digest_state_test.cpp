@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Saved states: the format, and resuming.
+// The format of saved states, and resuming from them.
 #include "support/digest_test_data.h"
 #include "support/markdown_table.h"
 
@@ -11,7 +11,7 @@ namespace {
 
 class DigestState : public testing::TestWithParam<const char*> {};
 
-/// A digest that has been through what a vector says.
+/// A digest with the history of a vector.
 ul::P<sarn::IDigest> replay(const Vector& vector) {
     ul::P<sarn::IDigest> digest = createDigest(vector.getSection(), makePattern(vector.getInt("size")));
     if (vector.getInt("finished"))

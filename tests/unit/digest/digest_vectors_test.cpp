@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Results beside those of other implementations and beside the published ones.
+// Results of other implementations, and published ones.
 #include "support/digest_test_data.h"
 
 #include <random>
@@ -22,7 +22,7 @@ std::map<std::string, std::map<int, Bytes>> readDigests() {
     return digests;
 }
 
-/// Feeds `bytes` in pieces whose sizes `next` gives; if `saves`, a new digest takes the state over after each.
+/// Feeds `bytes` in pieces of the sizes of `next`. If `saves`, a new digest resumes after each piece.
 template <class Next>
 std::string digestInPieces(const std::string& id, const Bytes& bytes, Next next, bool saves = false) {
     ul::P<sarn::IDigest> digest = createDigest(id);
@@ -81,14 +81,14 @@ TEST_P(DigestVectors, InPiecesOfEverySize_GiveTheSameDigest) {
 
 INSTANTIATE_TEST_SUITE_P(All, DigestVectors, testing::ValuesIn(digestIDs), getDigestTestName);
 
-TEST(PublishedDigests, InOnePieceAndByteByByte_AreGiven) {
+TEST(PublishedDigests, InOnePieceAndByteByByte_AreMet) {
     for (const Published& published : readPublished()) {
         EXPECT_EQ(toHex(getDigest(published.id, published.text)), published.digest) << published.name;
         EXPECT_EQ(digestInPieces(published.id, published.text, [] { return 1; }), published.digest) << published.name;
     }
 }
 
-TEST(PublishedDigests, WithTheStateSavedAndResumedBetweenRandomPieces_AreGiven) {
+TEST(PublishedDigests, WithTheStateSavedAndResumedBetweenRandomPieces_AreMet) {
     std::mt19937 random(7);
     for (const Published& published : readPublished()) {
         const unsigned largest = std::max(static_cast<unsigned>(published.text.size()) / 5, 3U);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// Hashes that a host makes of contexts of its own, and their saved states.
-#define OPENSSL_SUPPRESS_DEPRECATED // libcrypto 3 keeps these functions and would rather not have them called
+// Hashes with contexts of a host, and their saved states.
+#define OPENSSL_SUPPRESS_DEPRECATED // libcrypto 3 deprecates these functions
 
 #include "support/digest_test_data.h"
 
@@ -12,7 +12,7 @@ namespace sarn_test {
 
 namespace {
 
-/// A context of which nothing is known: it has no block and counts nothing.
+/// A context that has neither a block nor a count.
 struct SumContext {
     std::uint64_t sum;
 };
@@ -34,7 +34,7 @@ int finalSum(unsigned char* out, SumContext* context) {
     return 1;
 }
 
-/// A context with a block, in an order of its own: it keeps the last bytes that it was fed.
+/// A context with members in another order than in those of libcrypto. It keeps the last bytes.
 struct TailContext {
     unsigned num;
     unsigned char data[8];
@@ -62,17 +62,16 @@ using Digest_Sum = sarn::TDigest_OpenSSL<SumContext, 8, initSum, updateSum, fina
 using Digest_Tail = sarn::TDigest_OpenSSL<TailContext, 8, initTail, updateTail, finalTail>;
 using Digest_SHA512 = sarn::TDigest_OpenSSL<SHA512_CTX, 64, SHA512_Init, SHA512_Update, SHA512_Final>;
 
-/// The state of a digest that was fed "abc".
 template <class Digest>
 Bytes getStateOfAbc() {
-    // The digest may get this memory next, and must not save what lay there.
+    // The digest may get this memory next and must not save its old content.
     makePattern(static_cast<int>(sizeof(Digest)));
     const ul::P<Digest> digest = ul::make<Digest>(nullptr);
     digest->update("abc", 3);
     return storeState(*digest);
 }
 
-/// The result of "abcdef" whose second half was fed to the state of the first.
+/// The result of "abcdef" if the second half is fed to a digest with the state of the first.
 template <class Digest>
 std::string resumeWithDef() {
     const ul::P<Digest> digest = ul::make<Digest>(nullptr);
@@ -92,12 +91,12 @@ constexpr std::size_t contextAt = 16;
 
 } // namespace
 
-TEST(HostHash, WithAContextOfWhichNothingIsKnown_SavesAndResumesItsBytes) {
+TEST(HostHash, WithAnUnknownContext_SavesAndResumesItsBytes) {
     EXPECT_EQ(getStateOfAbc<Digest_Sum>().size(), contextAt + sizeof(SumContext) + 4 + 2);
     EXPECT_EQ(resumeWithDef<Digest_Sum>(), "5502000000000000");
 }
 
-TEST(HostHash, WithABlockInAnOrderOfItsOwn_ResumesAndRefusesAFillOutsideTheBlock) {
+TEST(HostHash, WithMembersInAnotherOrder_ResumesAndRefusesAFillOutsideTheBlock) {
     EXPECT_EQ(resumeWithDef<Digest_Tail>(), "6162636465660000");
     expectContextRefused<Digest_Tail>(withWord(getStateOfAbc<Digest_Tail>(), contextAt, 0x08080808));
 }

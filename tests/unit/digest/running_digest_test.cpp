@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Types of digests; rules that every running digest keeps, and those of each kind.
+// Types of digests, and the rules of running digests.
 #include "support/digest_test_data.h"
 
 #include <climits>
@@ -87,7 +87,7 @@ TEST_P(RunningDigest, NegativeSize_IsRefusedByTheNameOfTheOperationAndChangesNot
     expectDigestOf(abc);
 }
 
-TEST_P(RunningDigest, NullDataOfNoLength_IsNothingToHashesAndANewStartToChecksums) {
+TEST_P(RunningDigest, NullDataOfNoLength_IsIgnoredByHashesAndResetsChecksums) {
     feed(*digest, abc);
     digest->update(nullptr, 0);
     feed(*digest, makePattern(10));
@@ -142,7 +142,7 @@ TEST(DigestTypes, CopiesAndMovedOnes_CreateTheSameDigestsAndOutliveTheirSource) 
     expectSame(ul::make<sarn::CDigestType_SHA256>(), "sha256");
 }
 
-TEST(Checksums, NullDataOfAnyLength_TakesThemBackToTheInitialValue) {
+TEST(Checksums, NullDataOfAnyLength_ResetsThem) {
     for (const int length : {0, 1, 100000, -1, INT_MIN}) {
         for (const char* const id : {"adler32", "crc32"}) {
             const ul::P<sarn::IDigest> digest = createDigest(id, makePattern(100));
@@ -152,7 +152,7 @@ TEST(Checksums, NullDataOfAnyLength_TakesThemBackToTheInitialValue) {
     }
 }
 
-TEST(Combiner, NullDataOfAnyLength_TakesEachChecksumBackToItsInitialValue) {
+TEST(Combiner, NullDataOfAnyLength_ResetsEachChecksum) {
     using Type = sarn::TDigestTypeCombiner<sarn::CDigestType_Adler32, sarn::CDigestType_CRC32>;
     for (const int length : {0, 100, 2048, 5000, INT_MAX, -1}) {
         const ul::P<sarn::IDigest> digest = ul::make<Type>()->createDigest();
@@ -162,7 +162,7 @@ TEST(Combiner, NullDataOfAnyLength_TakesEachChecksumBackToItsInitialValue) {
     }
 }
 
-TEST(Checksums, Copy_RunsOnByItself) {
+TEST(Checksums, Copy_IsIndependent) {
     const ul::P<sarn::CDigestType_Adler32> type = ul::make<sarn::CDigestType_Adler32>();
     sarn::CDigest_Adler32 original(type.get());
     original.update("ab", 2);

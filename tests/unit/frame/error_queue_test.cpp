@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// libcrypto's error queue belongs to the host: every operation, whether it succeeds, fails or refuses, leaves errors,
-// texts and marks as they were.
+// libcrypto's error queue belongs to the host: every operation leaves its errors, texts and marks unchanged, even if it
+// fails or refuses its arguments.
 #include "support/aes256.h"
 #include "support/signing.h"
 
@@ -17,24 +17,21 @@ namespace sarn_test {
 
 namespace {
 
-/// The errors of a host, and after which of them, counted from 1, it has set a mark.
+/// The number of errors of a host, and the numbers of the errors after which it has set a mark, counted from 1.
 struct HostsQueue {
     int errors;
     std::vector<int> marks;
 };
 
-const std::vector<HostsQueue>& getHostsQueues() {
-    static const std::vector<HostsQueue> queues = {
-        // clang-format off
-        {0, {}}, {2, {}}, {2, {1}}, {2, {2}}, {2, {1, 2}}, {2, {2, 2}}, {3, {}}, {3, {1, 3}}, {3, {1, 2, 3}},
+// clang-format off
+const HostsQueue hostsQueues[] = {
+    {0, {}}, {2, {}}, {2, {1}}, {2, {2}}, {2, {1, 2}}, {2, {2, 2}}, {3, {}}, {3, {1, 3}}, {3, {1, 2, 3}},
 #if OPENSSL_VERSION_NUMBER < 0x30000000L
-        // A queue of 16 is full: libcrypto 3 drops the oldest for each error that it adds, even if it takes that back.
-        {15, {}}, {15, {1}}, {15, {7, 15}}, {16, {}}, {16, {1}}, {16, {2}}, {16, {8, 16}},
+    // With 16 errors the queue is full: libcrypto 3 drops the oldest for each that it adds, even temporarily.
+    {15, {}}, {15, {1}}, {15, {7, 15}}, {16, {}}, {16, {1}}, {16, {2}}, {16, {8, 16}},
 #endif
-        // clang-format on
-    };
-    return queues;
-}
+};
+// clang-format on
 
 void fillQueue(const HostsQueue& queue) {
     ERR_clear_error();
@@ -47,7 +44,7 @@ void fillQueue(const HostsQueue& queue) {
     }
 }
 
-/// Empties the queue and says what was in it.
+/// Empties the queue and describes its errors.
 std::string takeErrors() {
     std::string all;
     const char* file = nullptr;
@@ -66,7 +63,7 @@ std::string takeErrors() {
     }
 }
 
-/// What a host finds that takes back to its newest mark `pops` times after `operation`.
+/// The queue of a host that returns to its newest mark `pops` times after `operation`.
 std::string describeQueueAfter(const HostsQueue& queue, std::size_t pops, const std::function<void()>& operation) {
     fillQueue(queue);
     operation();
@@ -76,9 +73,9 @@ std::string describeQueueAfter(const HostsQueue& queue, std::size_t pops, const 
     return description + takeErrors();
 }
 
-/// Expects that `operation` leaves each of the queues as it was, looked at as a whole and from each of its marks.
+/// Expects that `operation` leaves each queue unchanged, as a whole and up to each of its marks.
 void expectQueueUntouched(const char* name, const std::function<void()>& operation) {
-    for (const HostsQueue& queue : getHostsQueues()) {
+    for (const HostsQueue& queue : hostsQueues) {
         SCOPED_TRACE(name + (" with " + std::to_string(queue.errors)) + " errors and " +
                      std::to_string(queue.marks.size()) + " marks");
         for (std::size_t pops = 0; pops <= queue.marks.size() + 1; ++pops)
@@ -94,7 +91,7 @@ const Bytes data = toBytes("data");
 
 } // namespace
 
-TEST(ErrorQueue, OfAHost_IsLeftAsItWasByCiphers) {
+TEST(ErrorQueue, OfAHost_IsUnchangedByCiphers) {
     const Bytes encrypted = runAES256(encrypting, data);
     for (const CipherOperation& operation : cipherOperations)
         expectQueueUntouched(operation.name, [&] { runAES256(operation, encrypted); });
@@ -102,7 +99,7 @@ TEST(ErrorQueue, OfAHost_IsLeftAsItWasByCiphers) {
     expectQueueUntouched("construction", [] { ul::make<sarn::CCipher_Cast128CBC>(); });
 }
 
-TEST(ErrorQueue, OfAHost_IsLeftAsItWasByCiphersThatFailOrRefuse) {
+TEST(ErrorQueue, OfAHost_IsUnchangedByCiphersThatFailOrRefuse) {
     Buffer out;
     expectQueueUntouchedByFailure("damaged padding", [] { runAES256(decrypting, iv16); });
     expectQueueUntouchedByFailure("part of a block", [] { runAES256(decrypting, cut(iv16, 5)); });
@@ -113,7 +110,7 @@ TEST(ErrorQueue, OfAHost_IsLeftAsItWasByCiphersThatFailOrRefuse) {
                                   [&] { getAES256()->encrypt(TestKey(5), "data", 4, out, false, iv16.data()); });
 }
 
-TEST(ErrorQueue, OfAHost_IsLeftAsItWasByEncodings) {
+TEST(ErrorQueue, OfAHost_IsUnchangedByEncodings) {
     Buffer out;
     unsigned char derived[16];
     const auto derive = [&derived](int size) {
@@ -128,7 +125,7 @@ TEST(ErrorQueue, OfAHost_IsLeftAsItWasByEncodings) {
     expectQueueUntouchedByFailure("derivation that fails", [&] { derive(-1); });
 }
 
-TEST(ErrorQueue, OfAHost_IsLeftAsItWasBySigning) {
+TEST(ErrorQueue, OfAHost_IsUnchangedBySigning) {
     const ul::String privateKey = readKey("rsa1024");
     const ul::String publicKey = readPublicKey("rsa1024");
     const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
@@ -136,7 +133,7 @@ TEST(ErrorQueue, OfAHost_IsLeftAsItWasBySigning) {
     expectQueueUntouched("sign", [&] { sign(algo, privateKey, data); });
     expectQueueUntouched("beginVerify", [&] { algo->beginVerify(publicKey); });
     expectQueueUntouched("verify", [&] { EXPECT_TRUE(verify(algo, publicKey, data, signature)); });
-    expectQueueUntouched("verify what was changed",
+    expectQueueUntouched("verify changed data",
                          [&] { EXPECT_FALSE(verify(algo, publicKey, toBytes("dat4"), signature)); });
     expectQueueUntouchedByFailure("key that is not one", [&] { algo->beginVerify("no key"); });
     const Bytes unknownKind = fromHex("3013300c06082a0304050607080905000303000500");

@@ -12,7 +12,7 @@ namespace sarn_test {
 
 namespace {
 
-/// Counts its living objects, and refuses to be constructed as often as `failures` says.
+/// Counts its living objects. The next `failures` constructions fail.
 class Instance : public ul::CBase {
 public:
     Instance() {

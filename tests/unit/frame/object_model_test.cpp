@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What every class shares: copy and move operations, and interfaces over one root.
+// Copy and move operations of every class, and interfaces over one root.
 #include "support/cipher_test_data.h"
 
 #include "sarn/digest.h"
@@ -39,13 +39,11 @@ static_assert(implement<ul::IBase, CCipherManager, CDigestManager>);
 static_assert(std::is_base_of_v<COpenSSLCipher, CCipher_AES128CBC> &&
               sizeof(CCipher_AES128CBC) == sizeof(COpenSSLCipher));
 
-/// What becomes of part of a block, which needs the zero block.
+/// The ciphertext of part of a block, which the cipher completes with its zero block.
 Bytes encryptSample(sarn::ICipher& cipher) {
-    const Bytes iv(8);
-    Buffer out;
-    cipher.encryptWithoutPadding(TestKey(16), "sample", 6, out, false, iv.data());
-    EXPECT_EQ(out.getUsed(), 8);
-    return toBytes(out);
+    const Bytes encrypted = runCipher(cipher, encryptingUnpadded, toBytes("sample"), Bytes(8).data());
+    EXPECT_EQ(encrypted.size(), 8U);
+    return encrypted;
 }
 
 } // namespace
@@ -64,7 +62,7 @@ TEST(ObjectModel, CopyOfACipher_EncryptsAsItsSource_AndOutlivesIt) {
     }
 }
 
-TEST(ObjectModel, MovedCipher_EncryptsAsItsSourceDid_WhichKeepsWhatItEncryptsWith) {
+TEST(ObjectModel, MovedCipher_EncryptsAsItsSource_WhichStaysUsable) {
     sarn::CCipher_Cast128CBC source;
     const Bytes expected = encryptSample(source);
     sarn::CCipher_Cast128CBC target(std::move(source));

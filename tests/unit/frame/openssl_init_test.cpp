@@ -12,7 +12,6 @@
 #include <gmock/gmock.h>
 
 #include <climits>
-#include <string>
 #include <thread>
 #include <type_traits>
 
@@ -39,7 +38,7 @@ struct ThreadAccess : COpenSSLInit::CThreadStuff {
     using CThreadStuff::threadIDFunc;
 };
 
-// libcrypto 1.0's callback types, to the letter.
+// The callback types of libcrypto 1.0.
 static_assert(std::is_same_v<decltype(&ThreadAccess::lockFunc), void (*)(int, int, const char*, int)>);
 static_assert(std::is_same_v<decltype(&ThreadAccess::threadIDFunc), unsigned long (*)()>);
 #ifdef _WIN32
@@ -54,14 +53,14 @@ bool isThreadStuffDisposed() {
     return (COpenSSLInit::CThreadStuff::get().get()->*(&ThreadAccess::isDisposed))();
 }
 
-/// Gives the mutex of `threads` back once. False if this thread did not hold it, which is logged.
+/// Unlocks the mutex of `threads` once. Returns false if this thread did not hold it, which is logged.
 bool unlocks(ThreadAccess& threads) {
     const LogCapture log;
     threads.doLock(2, 0);
     return log.getLines().empty();
 }
 
-/// Expects that `dispose`, called twice, disposes of these of the companions and raises nothing.
+/// Expects that two calls of `dispose` dispose of these companions and raise nothing.
 void expectDisposal(void (*dispose)(), bool ofCleaner, bool ofThreadStuff) {
     const auto* const before = COpenSSLInit::get().get();
     EXPECT_FALSE(isCleanerDisposed() || isThreadStuffDisposed());
@@ -156,7 +155,7 @@ TEST(CThreadStuff, ThreadIDFunc_IsTheCallersIdCutToUnsignedLong) {
     EXPECT_NE(other, ThreadAccess::threadIDFunc());
 }
 
-// Disposed objects remain disposed, and existing objects remain: each of these tests needs its own process.
+// Disposed objects remain disposed, and objects are never destroyed: each of these tests needs a new process.
 
 TEST(COpenSSLInitDeathTest, DisposeGlobalInstance_HasNoEffect) {
     expectInNewProcess([] { expectDisposal(InitAccess::disposeGlobalInstance, false, false); });
@@ -180,7 +179,7 @@ TEST(CThreadStuffDeathTest, LockFunc_BeforeAnyOtherUse_CreatesTheInstanceAndLock
     expectInNewProcess([] {
         const LogCapture log;
         ThreadAccess::lockFunc(1, 0, nullptr, 0);
-        // Only a mutex that this thread holds can be unlocked without a line in the log.
+        // A line is logged if this thread does not hold the mutex.
         ThreadAccess::lockFunc(2, 0, nullptr, 0);
         EXPECT_TRUE(log.getLines().empty());
         ThreadAccess::lockFunc(2, 0, nullptr, 0);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What the registries of ciphers and of digest types do alike.
+// The common behaviour of the registries of ciphers and of digest types.
 #include "support/cipher_test_data.h"
 #include "support/digest_test_data.h"
 #include "support/new_process.h"
@@ -13,7 +13,7 @@ namespace sarn_test {
 
 namespace {
 
-/// The registry of ciphers. `Base` is a class whose objects a host may register in the place of `hostID`.
+/// The registry of ciphers. A host may replace the item `hostID` by an object of `Base`.
 struct Ciphers : sarn::CCipherManager {
     using Manager = sarn::CCipherManager;
     using Item = sarn::ICipher;
@@ -46,7 +46,7 @@ struct DigestTypes : sarn::CDigestManager {
     using Manager::disposeGlobalInstance;
 };
 
-/// An item of a host's own, which does as it is told while the registry asks for its name and when it ends.
+/// An item of a host, with actions for its name and its end.
 template <class Family>
 struct HostItem : Family::Base {
     explicit HostItem(
@@ -74,7 +74,7 @@ struct Registry : testing::Test {
         expectError((Family::unknownText + id.toUTF8() + "'.").c_str(), [&] { (*manager.*Family::getItem)(id); });
     }
 
-    /// An item under a name that is taken, which counts the living ones.
+    /// An item called `hostID` that is counted while it lives.
     ul::P<Host> makeCounted() {
         ++living;
         return ul::make<Host>([] { return Family::hostID; }, [this] { --living; });
@@ -144,13 +144,13 @@ TYPED_TEST(Registry, FoundItem_OutlivesItsReplacement) {
     EXPECT_EQ(this->living, 0);
 }
 
-TYPED_TEST(Registry, Add_ThatEndsAnItemWhichUsesTheRegistry_DoesNotLockUp) {
+TYPED_TEST(Registry, Add_ThatDestroysAnItemWhichUsesTheRegistry_DoesNotDeadlock) {
     this->add(ul::make<HostItem<TypeParam>>([] { return TypeParam::hostID; }, [this] { this->find("x"); }));
     this->add(ul::make<typename TypeParam::Base>().get());
     EXPECT_TRUE(this->find(TypeParam::hostID));
 }
 
-TYPED_TEST(Registry, Dispose_OfItemsThatUseTheRegistryAsTheyEnd_FindsItEmptyAndKeepsWhatTheyAdd) {
+TYPED_TEST(Registry, Dispose_OfItemsWhoseDestructorsUseTheRegistry_ShowsItEmptyAndKeepsItemsThatTheyAdd) {
     int found = 0;
     for (int i = 0; i < 9; ++i)
         this->add(ul::make<HostItem<TypeParam>>([i] { return "wish " + ul::toString(i); },
@@ -189,13 +189,13 @@ TYPED_TEST(Registry, UsedByEightThreads_NeverLosesAnItem) {
     });
 }
 
-TYPED_TEST(Registry, LookUps_WhileAnItemIsAdded_WaitUntilItIsThere) {
+TYPED_TEST(Registry, LookUps_WhileAnItemIsAdded_WaitForIt) {
     std::thread finding;
     std::thread getting;
     this->add(ul::make<HostItem<TypeParam>>([&] {
         finding = std::thread([this] { EXPECT_TRUE(this->find("asked")); });
         getting = std::thread([this] { EXPECT_NO_THROW(((*this->manager).*TypeParam::getItem)("asked")); });
-        // Gives the threads time to do what they must not: more of it finds more, less of it fails nothing.
+        // Time for the threads to make a mistake: too little of it can hide one but never fails the test.
         std::this_thread::sleep_for(std::chrono::milliseconds(50));
         return "asked";
     }));
@@ -205,7 +205,7 @@ TYPED_TEST(Registry, LookUps_WhileAnItemIsAdded_WaitUntilItIsThere) {
 
 TYPED_TEST(Registry, Dispose_WhileAnItemIsAdded_DoesNotWaitForIt) {
     this->add(ul::make<HostItem<TypeParam>>([this] {
-        // Would wait for ever.
+        // If it waited for the item, this would never end.
         std::thread([this] { this->manager->dispose(); }).join();
         return "asked";
     }));
@@ -213,7 +213,7 @@ TYPED_TEST(Registry, Dispose_WhileAnItemIsAdded_DoesNotWaitForIt) {
     EXPECT_TRUE(this->find("asked"));
 }
 
-// The process-wide registry stays empty once it is disposed, so these run in processes of their own.
+// A disposed process-wide registry stays empty, so each of these tests needs a new process.
 TYPED_TEST(RegistryDeathTest, DisposeGlobalInstance_BeforeAnyGet_LeavesAnEmptyRegistry) {
     expectInNewProcess([] {
         TypeParam::disposeGlobalInstance();

@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(Version, OfTheLoadedLibraries_IsThatOfTheHeadersAndOfTheProject) {
+TEST(Version, OfTheLoadedLibraries_IsTheOneOfTheHeadersAndTheProject) {
     EXPECT_EQ(SARN_VERSION, sarn::getVersion());
     EXPECT_EQ(UL_VERSION, ul::getVersion());
     EXPECT_STREQ(SARN_PROJECT_VERSION, sarn::getVersionText());
@@ -19,7 +19,7 @@ TEST(Version, OfTheLoadedLibraries_IsThatOfTheHeadersAndOfTheProject) {
               sarn::getVersionText());
 }
 
-TEST(Version, OfLibcrypto_IsThatOfTheOneThatWasLoaded) {
+TEST(Version, OfLibcrypto_IsTheOneOfTheLoadedLibrary) {
     EXPECT_EQ(OpenSSL_version_num(), sarn::getLibcryptoVersion());
     EXPECT_STREQ(OpenSSL_version(OPENSSL_VERSION), sarn::getLibcryptoVersionText());
     EXPECT_EQ(std::string("OpenSSL "), std::string(sarn::getLibcryptoVersionText()).substr(0, 8));

@@ -6,18 +6,13 @@
 
 #include <cstdint>
 #include <fstream>
-#include <string>
 #include <utility>
-#include <vector>
 
 namespace sarn_test {
 
 namespace {
 
-std::string makeText(int size) {
-    const Bytes bytes = makePattern(size);
-    return std::string(bytes.begin(), bytes.end());
-}
+using Progress = std::pair<std::int64_t, std::int64_t>;
 
 } // namespace
 
@@ -37,14 +32,12 @@ TEST(DigestFile, OfAFileThatIsNotThere_RaisesTheFileError) {
 
 TEST(DigestFile, Progress_GrowsToTheWholeAndIsNotCalledForAnEmptyFile) {
     const TempFolder folder;
-    std::vector<std::pair<std::int64_t, std::int64_t>> calls;
+    std::vector<Progress> calls;
     const auto note = [&](std::int64_t done, std::int64_t whole) { calls.emplace_back(done, whole); };
     sarn::digestFile("sha1", folder.write("empty", ""), note);
     EXPECT_TRUE(calls.empty());
-    sarn::digestFile("sha1", folder.write("file", makeText(150000)), note);
-    const std::vector<std::pair<std::int64_t, std::int64_t>> expected = {
-        {65536, 150000}, {131072, 150000}, {150000, 150000}};
-    EXPECT_EQ(calls, expected);
+    sarn::digestFile("sha1", folder.write("file", std::string(150000, 'x')), note);
+    EXPECT_EQ(calls, (std::vector<Progress>{{65536, 150000}, {131072, 150000}, {150000, 150000}}));
 }
 
 #ifdef __linux__
@@ -58,20 +51,19 @@ TEST(DigestFile, Progress_OfAFileWithoutASize_IsNeverMoreThanTheWhole) {
 }
 #endif
 
-TEST(DigestFile, WhatTheProgressThrows_EndsTheCall) {
+TEST(DigestFile, ExceptionOfTheProgress_EndsTheCall) {
     const TempFolder folder;
-    const ul::CWindowsPath path = folder.write("file", makeText(150000));
+    const ul::CWindowsPath path = folder.write("file", std::string(150000, 'x'));
     int calls = 0;
-    EXPECT_THROW(sarn::digestFile("sha1", path,
-                                  [&](std::int64_t, std::int64_t) {
-                                      ++calls;
-                                      throw std::runtime_error("cancelled");
-                                  }),
-                 std::runtime_error);
+    const auto cancel = [&](std::int64_t, std::int64_t) {
+        ++calls;
+        throw std::runtime_error("cancelled");
+    };
+    EXPECT_THROW(sarn::digestFile("sha1", path, cancel), std::runtime_error);
     EXPECT_EQ(calls, 1);
 }
 
-TEST(DigestFile, OfAFileThatGrowsMeanwhile_DigestsWhatIsThereInTheEnd) {
+TEST(DigestFile, OfAFileThatGrowsMeanwhile_IsTheDigestOfAllOfIt) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("file", "only ");
     bool hasGrown = false;
@@ -83,7 +75,7 @@ TEST(DigestFile, OfAFileThatGrowsMeanwhile_DigestsWhatIsThereInTheEnd) {
     EXPECT_EQ(toBytes(result), getDigest("sha1", toBytes("only copy")));
 }
 
-TEST(FeedFile, CalledAgain_GoesOnWhereTheFileHasGrown) {
+TEST(FeedFile, CalledAgain_ReadsTheBytesThatWereAdded) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("file", "only ");
     ul::CWindowsFileInStream file(path);
@@ -95,10 +87,9 @@ TEST(FeedFile, CalledAgain_GoesOnWhereTheFileHasGrown) {
     EXPECT_EQ(toBytes(sarn::finish(*digest)), getDigest("sha1", toBytes("only copy")));
 }
 
-TEST(SaveState, OfEveryDigest_IsWhatTheDocumentedOperationsWriteAndRead) {
+TEST(SaveState, OfEveryDigest_IsTheStateThatTheDocumentedOperationsWriteAndRead) {
     for (const char* const id : digestIDs) {
-        const ul::P<sarn::IDigest> first = sarn::createDigest(id);
-        sarn::feed(*first, makePattern(100));
+        const ul::P<sarn::IDigest> first = createDigest(id, makePattern(100));
         EXPECT_EQ(toBytes(sarn::saveState(*first)), storeState(*first)) << id;
         const ul::P<sarn::IDigest> second = sarn::createDigest(id);
         sarn::loadState(*second, sarn::saveState(*first));
@@ -108,14 +99,12 @@ TEST(SaveState, OfEveryDigest_IsWhatTheDocumentedOperationsWriteAndRead) {
     }
 }
 
-TEST(LoadState, OfWhatIsNotOneState_RaisesAnErrorAndResetsTheDigest) {
+TEST(LoadState, OfBytesThatAreNotOneState_RaisesAnErrorAndResetsTheDigest) {
     for (const char* const id : digestIDs) {
         const Bytes state = getRunningState(id);
-        Bytes longer = state;
-        longer.push_back(0);
-        const Bytes shorter(state.begin(), state.end() - 1);
+        const Bytes longer = join(state, {0});
         const ul::P<sarn::IDigest> digest = sarn::createDigest(id);
-        for (const Bytes& bad : {longer, shorter, Bytes(), withWord(state, 0, 2)}) {
+        for (const Bytes& bad : {longer, cut(state, -1), Bytes(), withWord(state, 0, 2)}) {
             sarn::feed(*digest, "something");
             EXPECT_THROW(sarn::loadState(*digest, bad), ul::CError);
             sarn::feed(*digest, "abc");

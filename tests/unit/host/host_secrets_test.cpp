@@ -23,7 +23,7 @@ using Key = ul::TCryptBuffer<unsigned char>;
 
 constexpr int textSize = 64;
 
-/// A text that is known to this object alone, and only masked.
+/// A secret text in a file. The object contains it only masked.
 class SecretText {
 public:
     SecretText() {
@@ -42,7 +42,7 @@ public:
 
     ul::CWindowsPath getPath() const { return ul::path(path); }
 
-    /// The secret amid other bytes: what uses a freed block anew writes to its ends first.
+    /// The secret between other bytes, because the next owner of a freed block overwrites its ends first.
     Key makePlaintext() const {
         const std::string filler(20000, 'f');
         Key plaintext = ul::toCryptBuffer(filler);
@@ -57,7 +57,7 @@ public:
     void expectGone() const {
         for (const Canary* const canary : {m_narrow.get(), m_wide.get()})
             for (const std::string& place : findInMemory({*canary}))
-                ADD_FAILURE() << (canary == m_wide.get() ? "the wide secret" : "the secret") << " stands in " << place;
+                ADD_FAILURE() << (canary == m_wide.get() ? "the wide secret" : "the secret") << " is in " << place;
     }
 
 private:
@@ -104,14 +104,14 @@ TEST(SecretsOfHosts, PlaintextOfStreams_IsGoneWithThem) {
         SCOPED_TRACE(id);
         const Key key = ul::makeRandomBytes(id[0] == 'a' ? 32 : 16);
         const SecretText secret;
-        std::string
-            last; // allocated after the streams' own: the end of the heap goes back to the system and shows nothing
+        // Its block follows those of the streams, so that the heap keeps them when they are freed.
+        std::string last;
         {
             sarn::CStreamEncryptor encryptor(id, key);
             sarn::CStreamDecryptor decryptor(id, key);
             decryptor.update(encryptor.update(secret.makePlaintext()));
             last.assign(50000, 'l');
-            secret.expectThere(); // in a result, or where it waits; the streams end here, too
+            secret.expectThere();
         }
         secret.expectGone();
     }

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Each short form against the operation that it stands for.
+// Each short form and the operation that it stands for.
 #include "support/cipher_test_data.h"
 #include "support/digest_test_data.h"
 
 #include "sarn/host.h"
 
 #include <climits>
-#include <string>
 
 namespace sarn_test {
 
@@ -14,16 +13,13 @@ TEST(Encrypt, OfBytes_IsReadByTheDocumentedOperationAndByDecrypt) {
     for (const char* const id : {"aes256cbc", "aes128cbc", "bfcbc", "cast128cbc", "null"}) {
         const ul::P<sarn::ICipher> cipher = getAnyCipher(id);
         const TestKey key(cipher->getKeySize());
-        const Bytes plain = makePattern(100);
-        const auto encrypted = sarn::encrypt(id, key, plain);
-        ul::TBuffer<unsigned char> decrypted;
-        cipher->decrypt(key, encrypted.getData(), encrypted.getUsed(), decrypted, false, nullptr);
-        EXPECT_EQ(toBytes(decrypted), plain);
-        EXPECT_EQ(toBytes(sarn::decrypt(id, key, encrypted)), plain);
+        const auto encrypted = sarn::encrypt(id, key, makePattern(100));
+        EXPECT_EQ(runCipher(*cipher, decrypting, toBytes(encrypted), nullptr), makePattern(100));
+        EXPECT_EQ(toBytes(sarn::decrypt(id, key, encrypted)), makePattern(100));
     }
 }
 
-TEST(Encrypt, WithAWrongIdOrKey_RaisesWhatTheDocumentedOperationRaises) {
+TEST(Encrypt, WithAWrongIdOrKey_RaisesTheErrorOfTheDocumentedOperation) {
     expectError("Unknown cipher id 'rot13'.", [] { sarn::encrypt("rot13", TestKey(32), "data"); });
     expectInvalidArg("COpenSSLCipher::encrypt", "invalid key size",
                      [] { sarn::encrypt("aes256cbc", TestKey(31), "data"); });
@@ -31,7 +27,7 @@ TEST(Encrypt, WithAWrongIdOrKey_RaisesWhatTheDocumentedOperationRaises) {
                      [] { sarn::decrypt("aes256cbc", TestKey(32), "data"); });
 }
 
-TEST(Digest, OfBytes_IsThatOfTheDocumentedOperation) {
+TEST(Digest, OfBytes_IsTheResultOfTheDocumentedOperation) {
     for (const char* const id : digestIDs)
         for (const int size : {0, 1, 100})
             EXPECT_EQ(toBytes(sarn::digest(id, makePattern(size))), getDigest(id, makePattern(size))) << id;
@@ -40,27 +36,26 @@ TEST(Digest, OfBytes_IsThatOfTheDocumentedOperation) {
 
 TEST(Feed, OfNoBytes_ChangesNothing) {
     for (const char* const id : digestIDs) {
-        const ul::P<sarn::IDigest> digest = sarn::createDigest(id);
-        sarn::feed(*digest, "abc");
+        const ul::P<sarn::IDigest> digest = createDigest(id, toBytes("abc"));
         sarn::feed(*digest, {});
         sarn::feed(*digest, Bytes());
         EXPECT_EQ(toBytes(sarn::finish(*digest)), getDigest(id, toBytes("abc"))) << id;
     }
 }
 
-TEST(HmacSHA1, OfAMessage_IsThatOfTheDocumentedOperation) {
+TEST(HmacSHA1, OfAMessage_IsTheResultOfTheDocumentedOperation) {
     // RFC 2202, test case 2.
     EXPECT_EQ(ul::toHex(sarn::hmacSHA1(ul::toCryptBuffer("Jefe"), "what do ya want for nothing?")),
               "effcdf6ae5eb2fa2d27416d5f184df9c259a7c79");
-    ul::TBuffer<unsigned char> expected;
+    Buffer expected;
     sarn::calcHMAC_SHA1(expected, "", 0, "", 0);
     EXPECT_EQ(toBytes(sarn::hmacSHA1({}, {})), toBytes(expected));
 }
 
-// The documented operation takes the message first; here the compiler distinguishes the two.
+// The documented operation takes the message first: swapped arguments do not compile here.
 static_assert(!std::is_invocable_v<decltype(sarn::hmacSHA1), std::string, ul::TCryptBuffer<unsigned char>>);
 
-TEST(Base64, OfBytes_IsThatOfTheDocumentedOperation) {
+TEST(Base64, OfBytes_IsTheTextOfTheDocumentedOperation) {
     for (int size = 0; size < 70; ++size) {
         const Bytes bytes = makePattern(size);
         const std::string text = sarn::base64(bytes);
@@ -70,12 +65,14 @@ TEST(Base64, OfBytes_IsThatOfTheDocumentedOperation) {
     expectInvalidArg("base64Decode", "invalid base64 data", [] { sarn::fromBase64("aGVsb"); });
 }
 
-TEST(DeriveKey, FromAPassword_IsThatOfTheDocumentedOperation) {
+TEST(DeriveKey, FromAPassword_IsTheKeyOfTheDocumentedOperation) {
     // RFC 6070.
     EXPECT_EQ(ul::toHex(sarn::deriveKey("password", "salt", 2, 20)), "ea6c014dc72d6f8ccd1ed92ace1d41f0d8de8957");
     unsigned char key[16];
     sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("", 0, "", 0, 3, 16, key);
     EXPECT_EQ(toBytes(sarn::deriveKey({}, {}, 3, 16)), Bytes(key, key + 16));
+    EXPECT_EQ(toBytes(sarn::deriveKey(ul::CSecretText("p\xC3\xA4ss").toUTF8(), "salt", 1, 16)),
+              toBytes(sarn::deriveKey("p\xC3\xA4ss", "salt", 1, 16)));
 }
 
 TEST(DeriveKey, OfNoIterationsOrNoKey_IsRefused) {
@@ -84,12 +81,6 @@ TEST(DeriveKey, OfNoIterationsOrNoKey_IsRefused) {
                          [&] { sarn::deriveKey("password", "salt", number, 16); });
         expectInvalidArg("deriveKey", "invalid key size", [&] { sarn::deriveKey("password", "salt", 1, number); });
     }
-}
-
-TEST(DeriveKey, FromAPasswordInUTF8_TakesItsBytesAsTheyAre) {
-    const ul::CSecretText password("p\xC3\xA4ss");
-    EXPECT_EQ(toBytes(sarn::deriveKey(password.toUTF8(), "salt", 1, 16)),
-              toBytes(sarn::deriveKey("p\xC3\xA4ss", "salt", 1, 16)));
 }
 
 } // namespace sarn_test

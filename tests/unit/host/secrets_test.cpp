@@ -6,8 +6,9 @@
 #include "sarn/host.h"
 
 #include <algorithm>
+#include <iterator>
 #include <new>
-#include <string>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -23,43 +24,39 @@ ul::CWindowsPath getKeyPath(const std::string& name) {
 
 static_assert(!std::is_copy_constructible_v<ul::CSecretText>);
 
-TEST(ReadSecretTextFile, OfAKey_IsWhatTheDocumentedOperationReads) {
-    const ul::CWindowsPath path = getKeyPath("rsa2048");
-    EXPECT_TRUE(ul::readSecretTextFile(path).get() == ul::readUTF8TextFile(path));
-}
-
-TEST(ReadSecretTextFile, WithAByteOrderMark_LeavesItOut) {
+TEST(ReadSecretTextFile, OfUTF8_IsTheTextThatTheDocumentedOperationReads_WithoutTheByteOrderMark) {
     const TempFolder folder;
-    for (const char* const content : {"\xEF\xBB\xBFkey\r\n", "\xEF\xBB\xBF", "", "\xC3\xA4"}) {
+    const std::string key = readKey("rsa2048").toUTF8();
+    for (const std::string& content : {key, std::string("\xEF\xBB\xBFkey\r\n"), std::string("\xEF\xBB\xBF"),
+                                       std::string(), std::string("\xC3\xA4")}) {
         const ul::CWindowsPath path = folder.write("file", content);
-        EXPECT_TRUE(ul::readSecretTextFile(path).get() == ul::readUTF8TextFile(path)) << content;
+        EXPECT_EQ(ul::readSecretTextFile(path).get(), ul::readUTF8TextFile(path));
     }
 }
 
-TEST(ReadSecretTextFile, OfWhatIsNotUTF8_NamesTheFile) {
+TEST(ReadSecretTextFile, OfTextThatIsNotUTF8_NamesTheFile) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("file", "a\xE4");
-    const std::string name = path.getString().toUTF8();
-    expectError("Invalid UTF-8 text.", {"position", "1", "path", name.c_str()}, [&] { ul::readSecretTextFile(path); });
+    expectError("Invalid UTF-8 text.", {"position", "1", "path", path.getString().toUTF8()},
+                [&] { ul::readSecretTextFile(path); });
     EXPECT_THROW(ul::readSecretTextFile(folder.getPath("none")), ul::CFileError);
 }
 
 TEST(ReadSecretFile, OfAnySize_IsItsBytes) {
     const TempFolder folder;
     for (const int size : {0, 1, 4095, 4096, 4097, 100000}) {
-        const Bytes bytes = makePattern(size);
-        const ul::CWindowsPath path = folder.write("file", std::string(bytes.begin(), bytes.end()));
-        EXPECT_EQ(toBytes(ul::readSecretFile(path)), bytes);
+        const ul::CWindowsPath path = folder.write("file", makeText(size));
+        EXPECT_EQ(toBytes(ul::readSecretFile(path)), makePattern(size));
     }
 }
 
-TEST(ReadSecretLine, OfAFile_IsItsFirstLineWithoutTheEnd) {
+TEST(ReadSecretLine, OfAFile_IsItsFirstLineWithoutTheLineEnd) {
     const TempFolder folder;
     const std::pair<const char*, const char*> cases[] = {{"", ""},
                                                          {"\n", ""},
-                                                         {"pass phrase", "pass phrase"},
-                                                         {"pass phrase\n", "pass phrase"},
-                                                         {"pass phrase\r\n", "pass phrase"},
+                                                         {"a b", "a b"},
+                                                         {"a b\n", "a b"},
+                                                         {"a\r\n", "a"},
                                                          {" a \t\nb", " a \t"},
                                                          {"\xEF\xBB\xBF\xC3\xA4\n", "\xC3\xA4"}};
     for (const auto& [content, line] : cases)
@@ -71,34 +68,34 @@ TEST(CSecretText, AfterAMove_IsEmptyAndTheOtherHasTheText) {
         ul::CSecretText first(text);
         const ul::CSecretText second(std::move(first));
         EXPECT_EQ(second.get().toUTF8(), text);
-        EXPECT_TRUE(first.get().isEmpty()); // NOLINT(bugprone-use-after-move): it is said to be so
-        const ul::TCryptBuffer<char> utf8 = second.toUTF8();
-        EXPECT_EQ(ul::CBytes(utf8).asText(), text);
+        EXPECT_TRUE(first.get().isEmpty()); // NOLINT(bugprone-use-after-move): its contract says so
+        EXPECT_TRUE(ul::CBytes(second.toUTF8()) == text);
     }
 }
 
-TEST(CSecretText, ShortText_IsWipedInTheObjectItself) {
-    // Short texts lie in the object, where no operator delete sees them.
-    alignas(ul::CSecretText) unsigned char memory[sizeof(ul::CSecretText)] = {};
-    auto* const text = new (memory) ul::CSecretText("xyz");
-    const wchar_t wide[] = L"xyz";
-    const auto* const begin = reinterpret_cast<const unsigned char*>(wide);
-    const auto isThere = [&] {
-        return std::search(memory, memory + sizeof memory, begin, begin + 3 * sizeof(wchar_t)) !=
-               memory + sizeof memory;
-    };
-    EXPECT_TRUE(isThere());
-    text->~CSecretText();
-    EXPECT_FALSE(isThere());
+TEST(CSecretText, ShortText_IsWipedWithinTheObject_AlsoByAMove) {
+    const std::wstring_view end = L"yz"; // the beginning is overwritten in any case
+    const ul::CBytes bytes(end.data(), end.size() * sizeof(wchar_t));
+    for (const bool isMoved : {false, true}) {
+        alignas(ul::CSecretText) unsigned char memory[sizeof(ul::CSecretText)] = {};
+        const auto isThere = [&] {
+            return std::search(memory, std::end(memory), bytes.begin(), bytes.end()) != std::end(memory);
+        };
+        auto* const text = new (memory) ul::CSecretText("xyz");
+        EXPECT_TRUE(isThere());
+        if (isMoved) {
+            const ul::CSecretText other(std::move(*text));
+            EXPECT_FALSE(isThere());
+        }
+        text->~CSecretText();
+        EXPECT_FALSE(isThere());
+    }
 }
 
-TEST(CheckPassPhrase, OfLatin1_IsThePassPhrase) {
+TEST(CheckPassPhrase, OfLatin1_IsThePassPhrase_AndOfAnyOtherOrANullCharacter_IsRefused) {
     const ul::String latin1 = L"all of \u00E4\u00FF\u0001";
     EXPECT_TRUE(sarn::checkPassPhrase(latin1) == latin1);
     EXPECT_TRUE(sarn::checkPassPhrase("").isEmpty());
-}
-
-TEST(CheckPassPhrase, OutsideLatin1_SaysSo) {
     for (const wchar_t* const text : {L"\u0100", L"Latin \u20AC", L"\uFFFF"})
         expectInvalidArg("checkPassPhrase", "pass phrase has a character outside Latin-1",
                          [&] { sarn::checkPassPhrase(text); });
@@ -109,19 +106,18 @@ TEST(CheckPassPhrase, OutsideLatin1_SaysSo) {
 
 TEST(SignFile, ByAnEncryptedKey_GivesTheSignatureOfTheDocumentedOperation) {
     const TempFolder folder;
-    const Bytes bytes = makePattern(200000);
-    const ul::CWindowsPath path = folder.write("file", std::string(bytes.begin(), bytes.end()));
+    const ul::CWindowsPath path = folder.write("file", makeText(200000));
     for (const char* const name : {"rsa2048_encrypted_traditional", "rsa2048_encrypted_pkcs8"}) {
         const ul::CSecretText key = ul::readSecretTextFile(getKeyPath(name));
         const auto signature = sarn::signFile(path, key, ul::CSecretText(testPassphrase));
         EXPECT_TRUE(sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey("rsa2048"), signature));
     }
-    ul::TBuffer<unsigned char> documented;
+    Buffer documented;
     sarn::createFileSignature_RSA_SHA1(path, readKey("rsa2048"), documented);
     EXPECT_EQ(toBytes(sarn::signFile(path, readKey("rsa2048"), "")), toBytes(documented));
 }
 
-TEST(SignFile, WithAPassPhraseOutsideLatin1_SaysSoInsteadOfCallingTheKeyCorrupted) {
+TEST(SignFile, WithAPassPhraseOutsideLatin1_RefusesItInsteadOfReportingACorruptedKey) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("file", "data");
     expectInvalidArg("checkPassPhrase", "pass phrase has a character outside Latin-1", [&] {

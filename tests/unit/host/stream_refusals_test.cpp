@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// What streams refuse: ciphers whose calls cannot be chained, bad arguments, calls after their end.
-#include "support/cipher_test_data.h"
+// Streams refuse ciphers whose calls cannot be chained, bad arguments, and calls after their end.
+#include "support/aes256.h"
 
 #include "sarn/host.h"
 
@@ -10,7 +10,7 @@ namespace sarn_test {
 
 namespace {
 
-/// A key stream that starts anew with each call, and what a host might do wrong.
+/// A cipher of a host that is a key stream, which restarts with each call, or one that fails.
 class OwnCipher : public sarn::CCipher_Null {
 public:
     enum class Fault { KeyStream, Fails };
@@ -31,35 +31,26 @@ private:
     Fault m_fault;
 };
 
-void expectRefused(const ul::P<sarn::ICipher>& cipher) {
-    const TestKey key(cipher->getKeySize());
-    expectInvalidArg("CStreamEncryptor", "cipher cannot work in pieces", [&] { sarn::CStreamEncryptor(cipher, key); });
-    expectInvalidArg("CStreamDecryptor", "cipher cannot work in pieces", [&] { sarn::CStreamDecryptor(cipher, key); });
-}
-
 } // namespace
 
 TEST(CStreamEncryptor, OfACipherThatIsAKeyStream_IsRefused) {
-    expectRefused(ul::make<OwnCipher>(OwnCipher::Fault::KeyStream));
+    const ul::P<sarn::ICipher> cipher = ul::make<OwnCipher>(OwnCipher::Fault::KeyStream);
+    constexpr char message[] = "cipher cannot work in pieces";
+    expectInvalidArg("CStreamEncryptor", message, [&] { sarn::CStreamEncryptor(cipher, TestKey(0)); });
+    expectInvalidArg("CStreamDecryptor", message, [&] { sarn::CStreamDecryptor(cipher, TestKey(0)); });
 }
 
 TEST(CStreamEncryptor, OfAHostsOwnCBCCipher_GivesTheBytesOfOneCall) {
     const ul::P<sarn::ICipher> camellia = ul::make<sarn::COpenSSLCipher>(EVP_camellia_256_cbc(), "camellia256cbc");
-    const TestKey key(32);
-    sarn::CStreamEncryptor encryptor(camellia, key, makePattern(16));
-    ul::TBuffer<unsigned char> inPieces;
-    for (int i = 0; i < 100; ++i) {
-        const ul::CBytes more = encryptor.update("only copy");
-        inPieces.insert(inPieces.getUsed(), more.data(), static_cast<int>(more.size()));
-    }
-    const ul::CBytes last = encryptor.finish();
-    inPieces.insert(inPieces.getUsed(), last.data(), static_cast<int>(last.size()));
+    sarn::CStreamEncryptor encryptor(camellia, key32, iv16);
     std::string plain;
-    for (int i = 0; i < 100; ++i)
+    std::string inPieces;
+    for (int i = 0; i < 100; ++i) {
+        inPieces += encryptor.update("only copy").asText();
         plain += "only copy";
-    ul::TBuffer<unsigned char> atOnce;
-    camellia->encrypt(key, plain.data(), static_cast<int>(plain.size()), atOnce, false, makePattern(16).data());
-    EXPECT_EQ(toBytes(inPieces), toBytes(atOnce));
+    }
+    inPieces += encryptor.finish().asText();
+    EXPECT_EQ(toBytes(inPieces), runCipher(*camellia, encrypting, toBytes(plain), iv16.data()));
 }
 
 TEST(CStreamEncryptor, AfterItsCipherFailed_IsClosed) {
@@ -70,24 +61,22 @@ TEST(CStreamEncryptor, AfterItsCipherFailed_IsClosed) {
 }
 
 TEST(CStreamEncryptor, OfAnUnknownCipherOrABadKeyOrIV_IsRefusedAtOnce) {
-    expectError("Unknown cipher id 'rot13'.", [] { sarn::CStreamEncryptor("rot13", TestKey(32)); });
-    const ul::P<sarn::ICipher> aes = getAnyCipher("aes256cbc");
+    expectError("Unknown cipher id 'rot13'.", [] { sarn::CStreamEncryptor("rot13", key32); });
+    const ul::P<sarn::ICipher> aes = getAES256();
     expectInvalidArg("COpenSSLCipher::encryptWithoutPadding", "invalid key size",
                      [&] { sarn::CStreamEncryptor(aes, TestKey(31)); });
-    expectInvalidArg("CStreamEncryptor", "invalid IV size",
-                     [&] { sarn::CStreamEncryptor(aes, TestKey(32), makePattern(15)); });
+    expectInvalidArg("CStreamEncryptor", "invalid IV size", [&] { sarn::CStreamEncryptor(aes, key32, cut(iv16, 15)); });
     expectInvalidArg("COpenSSLCipher::encryptWithoutPadding", "invalid key size",
                      [&] { sarn::CStreamDecryptor(aes, TestKey(31)); });
     expectInvalidArg("CStreamEncryptor", "cipher cannot be NULL",
-                     [&] { sarn::CStreamEncryptor(ul::P<sarn::ICipher>(), TestKey(32)); });
+                     [&] { sarn::CStreamEncryptor(ul::P<sarn::ICipher>(), key32); });
     expectInvalidArg("CStreamDecryptor", "invalid IV size",
-                     [&] { sarn::CStreamDecryptor(aes, TestKey(32), makePattern(17)); });
+                     [&] { sarn::CStreamDecryptor(aes, key32, makePattern(17)); });
 }
 
 TEST(CStreamEncryptor, AfterItsEnd_RefusesEveryCall) {
-    const TestKey key(32);
-    sarn::CStreamEncryptor encryptor("aes256cbc", key);
-    sarn::CStreamDecryptor decryptor("aes256cbc", key);
+    sarn::CStreamEncryptor encryptor("aes256cbc", key32);
+    sarn::CStreamDecryptor decryptor("aes256cbc", key32);
     decryptor.update(encryptor.finish());
     decryptor.finish();
     constexpr char message[] = "The cipher stream has ended.";

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Decoding beside libcrypto's filter called directly: whatever the filter makes of a text, the library hands on.
+// The library decodes texts as libcrypto's filter does.
 #include "support/base64_steps.h"
 #include "support/expect.h"
 

@@ -34,7 +34,7 @@ void expectRefused(std::initializer_list<ul::String> texts) {
         Buffer out;
         fill(out, makePattern(3));
         expectInvalidArg("base64Decode", "invalid base64 data", [&] { sarn::base64Decode(text, out); });
-        EXPECT_EQ(out.getUsed(), 3) << "the used size stays";
+        EXPECT_EQ(out.getUsed(), 3) << "the used size is unchanged";
     }
 }
 
@@ -62,7 +62,7 @@ TEST(Base64Encode, PublishedVectors_AreEncodedAndDecoded) {
     }
 }
 
-TEST(Base64Encode, WholeAlphabet_IsThatOfTheStandard) {
+TEST(Base64Encode, WholeAlphabet_IsTheOneOfTheStandard) {
     const Bytes bytes = fromHex("00108310518720928b30d38f41149351559761969b71d79f8218a39259a7a29aabb2dbafc31cb3d35db7e3"
                                 "9ebbf3dfbf");
     const char* const alphabet = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -85,12 +85,12 @@ TEST(Base64Encode, WithLineBreaks_EndsEveryLineOf64CharactersAndTheLast) {
     EXPECT_EQ(encode("", true, true), "");
 }
 
-TEST(Base64Encode, WithoutLineBreaks_IsOneLine_AndNothingForANullPointerOfNoBytes) {
+TEST(Base64Encode, WithoutLineBreaks_IsOneLine_AndEmptyForANullPointer) {
     EXPECT_EQ(encode(makePattern(100000)).find_first_of("\r\n"), std::string::npos);
     EXPECT_TRUE(sarn::base64Encode(nullptr, 0, true, false).isEmpty());
 }
 
-TEST(Base64Encode, NegativeSize_IsTheErrorOfAWriteThatIsNotWhole) {
+TEST(Base64Encode, NegativeSize_RaisesTheErrorOfAPartialWrite) {
     for (const int size : {-1, -3, INT_MIN}) {
         for (const bool lineBreaks : {false, true})
             expectError("Internal error: error during base64 encode.",
@@ -108,7 +108,7 @@ TEST(Base64Decode, TextWithWhiteSpace_FollowsTheRulesForLines) {
     expectRefused({"aGVsbG8\n", "aGVsbG8\r\n", "aGVs bG8=", " aGVsbG8=", "aGVs\rbG8=\r"});
 }
 
-TEST(Base64Decode, FirstLineOf1024Characters_IsRefusedUnlessItIsAll) {
+TEST(Base64Decode, FirstLineOf1024Characters_IsRefusedUnlessItIsTheOnlyOne) {
     const std::string line = encode(makePattern(765));
     EXPECT_EQ(decode((line + "\n").c_str()), makePattern(765)) << "1020 characters";
     const std::string longLine = encode(makePattern(768));
@@ -116,7 +116,7 @@ TEST(Base64Decode, FirstLineOf1024Characters_IsRefusedUnlessItIsAll) {
     expectRefused({(longLine + "\n").c_str()});
 }
 
-TEST(Base64Decode, OneCharacterBeyondWholeGroups_IsRefusedAndNothingDecoded) {
+TEST(Base64Decode, OneCharacterBeyondWholeGroups_IsRefusedBeforeDecoding) {
     for (const char* const text : {"a", "aGVsb", "aGVs\r\nb\r\n", "aGVsbG8=a"}) {
         Buffer out;
         expectInvalidArg("base64Decode", "invalid base64 data", [&] { sarn::base64Decode(text, out); });
@@ -124,7 +124,7 @@ TEST(Base64Decode, OneCharacterBeyondWholeGroups_IsRefusedAndNothingDecoded) {
     }
 }
 
-TEST(Base64Decode, Result_ReplacesWhatTheBufferHeld_AlsoByNoBytes) {
+TEST(Base64Decode, Result_ReplacesTheContentOfTheBuffer_EvenIfItIsEmpty) {
     for (const char* const text : {"foo", ""}) {
         Buffer out;
         fill(out, makePattern(100));
@@ -134,20 +134,17 @@ TEST(Base64Decode, Result_ReplacesWhatTheBufferHeld_AlsoByNoBytes) {
     expectDecoded({"\r\n \t"}, "");
 }
 
-TEST(Base64Decode, ForeignCharacters_AreRefused) {
+TEST(Base64Decode, ForeignCharacters_AreRefused_EvenIfTheirLowByteIsBase64) {
     expectRefused({"aGVs!G8haGVsbG8h", L"\u0161GVsbG8haGVsbG8h", L"\uFF21GVsbG8haGVsbG8h"});
-    expectRefused({L"aGVsbG8h\x000E"}); // no white space, so it counts
+    expectRefused({L"aGVsbG8h\x000E"}); // it counts, because it is not white space
+    // The low byte of U+0161 is "a".
+    expectRefused({L"\u0161\u0161\u0161\u0161\u0161\u0161\u0161\u0161"});
 }
 
 TEST(Base64Decode, LossWithinTheTolerance_IsNotNoticed) {
-    // The filter gives what it decoded before the damage, and three bytes may be missing. One line without its end is
-    // none to the filter.
+    // The filter returns the bytes before the damage, and three bytes may be missing. It does not decode a single line
+    // that is not whole.
     expectDecoded({"aGV!", "Zm8\n", "Zg =="}, "");
-}
-
-TEST(Base64Decode, WideCharactersWithAMatchingLowByte_NeverTurnIntoBase64) {
-    // U+0161 has the low byte of "a".
-    expectRefused({L"\u0161\u0161\u0161\u0161\u0161\u0161\u0161\u0161"});
 }
 
 TEST(Base64, EveryLengthInBothModes_ComesBackTheSame) {
@@ -161,7 +158,7 @@ TEST(Base64, EveryLengthInBothModes_ComesBackTheSame) {
     }
 }
 
-TEST(Base64EncodeBufferWithCRLF, EndsEveryLineWithBoth_AndLeavesAnEmptyBufferEmpty) {
+TEST(Base64EncodeBufferWithCRLF, EndsEveryLineWithCRLF_AndLeavesAnEmptyBufferEmpty) {
     const std::pair<int, std::size_t> sizes[] = {{0, 0}, {48, 66}, {96, 132}, {100, 142}};
     for (const auto& [size, textSize] : sizes) {
         const std::string text = encodeWithCRLF(makePattern(size));

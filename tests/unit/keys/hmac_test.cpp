@@ -35,10 +35,7 @@ TEST(CalcHMAC, PublishedVectors_AreMet) {
         sarn::calcHMAC(alsoOut, isMD5 ? EVP_md5() : EVP_sha1(), data.data(), dataSize, key.data(), keySize);
         EXPECT_EQ(toBytes(alsoOut), toBytes(out));
     }
-}
-
-TEST(CalcHMAC, AnyOtherDigest_Works) {
-    // RFC 4231, test case 2.
+    // RFC 4231, test case 2: any digest works.
     Buffer out;
     sarn::calcHMAC(out, EVP_sha512(), question, 28, "Jefe", 4);
     EXPECT_EQ(toHex(toBytes(out)), "164b7a7bfcf819e2e395fbe73b56e0a387bd64222e831fd610270cd7ea250554"
@@ -64,13 +61,13 @@ TEST(CalcHMAC, Output_HasRoomForTheLargestDigest_AndEndsWithTheDigestsSize) {
     EXPECT_EQ(larger.getUsed(), 20);
 }
 
-TEST(CalcHMAC, RefusedByLibcrypto_RaisesAndLeavesTheUsedSize) {
+TEST(CalcHMAC, RefusedByLibcrypto_RaisesAnErrorAndLeavesTheUsedSize) {
     Buffer out(7, -1);
     expectError("Error computing HMAC digest.", [&] { sarn::calcHMAC(out, nullptr, "x", 1, "k", 1); });
     for (const int size : {-1, INT_MIN})
         expectError("Error computing HMAC digest.", [&] { sarn::calcHMAC_SHA1(out, "x", 1, "k", size); });
     EXPECT_EQ(out.getUsed(), 7);
-    EXPECT_EQ(ERR_peek_error(), 0U) << "libcrypto's error queue is as it was";
+    EXPECT_EQ(ERR_peek_error(), 0U) << "libcrypto's error queue is unchanged";
 }
 
 TEST(CalcHMAC, NegativeDataSize_IsRefused) {
@@ -80,7 +77,7 @@ TEST(CalcHMAC, NegativeDataSize_IsRefused) {
     EXPECT_EQ(out.getAllocated(), 0);
 }
 
-TEST(CalcHMAC, InputInAnOutputThatMustGrow_IsRefused_ElseProcessedRight) {
+TEST(CalcHMAC, InputInTheOutput_IsProcessedRight_UnlessTheOutputMustGrow) {
     Buffer small(32, -1);
     unsigned char* const data = small.getData();
     expectInvalidArg("calcHMAC", "input overlaps output", [&] { sarn::calcHMAC_MD5(small, data + 31, 10, "k", 1); });
@@ -92,7 +89,7 @@ TEST(CalcHMAC, InputInAnOutputThatMustGrow_IsRefused_ElseProcessedRight) {
     EXPECT_EQ(toHex(toBytes(roomy)), answer);
 }
 
-TEST(CalcHMAC, NoInputAtAPlaceInTheOutput_OverlapsNothing) {
+TEST(CalcHMAC, EmptyInputWithinTheOutput_OverlapsNothing) {
     Buffer small(32, -1);
     sarn::calcHMAC_SHA1(small, small.getData() + 16, 0, "", 0);
     EXPECT_EQ(toHex(toBytes(small)), emptyHMAC);

@@ -21,7 +21,7 @@ std::string derive(const std::string& password, const std::string& salt, int ite
 
 constexpr char deriveError[] = "Error deriving cryptographic key from password.";
 
-/// What comes of a key of up to 20 bytes, by the library or by libcrypto, which may refuse what it is asked for.
+/// A key of up to 20 bytes by the library or by libcrypto, or a refusal.
 std::string deriveBy(bool isLibcrypto, int passwordSize, int iterations, int keySize = 20) {
     Bytes key(20, 7);
     bool isDone = true;
@@ -57,7 +57,7 @@ TEST(DeriveKey, PublishedVectorOf16777216Iterations_IsMet) {
     EXPECT_EQ(derive("password", "salt", 16777216, 20), "eefe3d61cd4da4e4e9945b3d6ba2158c2634e984");
 }
 
-TEST(DeriveKey, PasswordOrSaltOfNoBytes_IsTakenAlsoAsANullPointer) {
+TEST(DeriveKey, EmptyPasswordOrSalt_IsAccepted_AlsoAsANullPointer) {
     // By hashlib.pbkdf2_hmac of Python.
     constexpr char ofNoPassword[] = "a33dddc30478185515311f8752895d36ea4363a2";
     constexpr char ofNoSalt[] = "8754c32c64b0f524fc50c00f788135de2d2dd767";
@@ -89,7 +89,7 @@ TEST(DeriveKey, RefusedArguments_RaiseTheDocumentedErrorAndWriteNothing) {
     }
 }
 
-TEST(DeriveKey, ArgumentsOutOfTheOrdinary_GoToLibcryptoAsTheyAre) {
+TEST(DeriveKey, UnusualArguments_ReachLibcryptoUnchanged) {
     for (const int iterations : {0, -1, INT_MIN})
         EXPECT_EQ(deriveBy(false, 8, iterations), deriveBy(true, 8, iterations)) << iterations;
     EXPECT_EQ(deriveBy(false, 8, 1, 0), deriveBy(true, 8, 1, 0)) << "a key of no bytes";

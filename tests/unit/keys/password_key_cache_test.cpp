@@ -36,7 +36,7 @@ std::string toHexText(const Key& key) {
     return toHex(toBytes(*key));
 }
 
-/// What the cache should derive.
+/// The key that the cache should derive.
 std::string derive(const char* password, const Bytes& salt, int iterations, int size) {
     Bytes key(static_cast<std::size_t>(size));
     sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1(password, static_cast<int>(std::strlen(password)), salt.data(), 8,
@@ -44,7 +44,7 @@ std::string derive(const char* password, const Bytes& salt, int iterations, int 
     return toHex(key);
 }
 
-/// What an action gives, or the message with which it is refused.
+/// The result of an action, or the message of its error.
 template <class Action>
 std::string getOrRefuse(Action action) {
     try {
@@ -69,21 +69,21 @@ TEST(CPasswordKeyCache, GetKey_CalledAgain_ReturnsTheSameBuffer_AndOtherArgument
     const ul::P<CPasswordKeyCache> cache = makeCache("password");
     const Key longKey = cache->getKey(32, 7, 1000);
     const Key shortKey = cache->getKey(16, 7, 1000);
-    EXPECT_EQ(longKey->getUsed(), 32) << "so that it goes straight into a cipher";
+    EXPECT_EQ(longKey->getUsed(), 32) << "it fits a cipher";
     EXPECT_EQ(toHexText(shortKey), toHexText(longKey).substr(0, 32));
     EXPECT_EQ(cache->getKey(32, 7, 1000), longKey);
     for (const Key& other : {shortKey, cache->getKey(32, 7, 1001), cache->getKey(32, 8, 1000)})
         EXPECT_NE(other, longKey);
 }
 
-TEST(CPasswordKeyCache, ArgumentsOutOfTheOrdinary_GoToTheDerivationAsTheyAre) {
+TEST(CPasswordKeyCache, UnusualArguments_ReachTheDerivationUnchanged) {
     const ul::P<CPasswordKeyCache> cache = makeCache("password");
     for (const auto& odd : {std::pair(0, 1), std::pair(32, 0), std::pair(32, -1), std::pair(32, INT_MIN)})
         EXPECT_EQ(getOrRefuse([&] { return toHexText(cache->getKey(odd.first, 0, odd.second)); }),
                   getOrRefuse([&] { return derive("password", Bytes(8), odd.second, odd.first); }));
 }
 
-TEST(CPasswordKeyCache, EmptyPassword_IsTaken) {
+TEST(CPasswordKeyCache, EmptyPassword_IsAccepted) {
     // By hashlib.pbkdf2_hmac of Python.
     EXPECT_EQ(toHexText(makeCache("")->getKey(32, 258, 1000)),
               "2d639a0ff3c193565c491e99d65189c18f42bcaf218a10e46997b945532bedcd");
@@ -97,11 +97,10 @@ TEST(CPasswordKeyCache, Password_IsCopied) {
     EXPECT_EQ(toHexText(cache->getKey(20, 0, 1)), derive("password", Bytes(8), 1, 20));
 }
 
-TEST(CPasswordKeyCache, FailedDerivation_RaisesFreesTheMutexAndIsTriedAgain) {
+TEST(CPasswordKeyCache, FailedDerivation_RaisesAndUnlocksTheMutex_AndIsTriedAgain) {
     const ul::P<CPasswordKeyCache> cache = makeCache("password");
     for (int i = 0; i < 3; ++i)
         expectError(deriveError, [&] { cache->getKey(-1, 7, 1000); });
-    // Another thread gets the mutex.
     Key key;
     std::thread([&] { key = cache->getKey(32, 258, 1000); }).join();
     EXPECT_TRUE(key);

@@ -10,7 +10,7 @@ namespace sarn_test {
 
 namespace {
 
-/// A folder with a file "f", and perhaps "f.sig", of tests.
+/// A folder for a file "f" and its signature file "f.sig".
 struct FileSignature : testing::Test {
     static Bytes sign(const ul::CWindowsPath& path, const std::string& key = "rsa2048") {
         Buffer signature;
@@ -22,7 +22,6 @@ struct FileSignature : testing::Test {
         fill(buffer, signature);
         return sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey(key), buffer);
     }
-    /// Verifies "f" by "f.sig".
     bool verify() const {
         return sarn::verifyFileSignature_RSA_SHA1(folder.getPath("f"), readPublicKey("rsa2048"),
                                                   folder.getPath("f.sig"));
@@ -36,11 +35,7 @@ struct FileSignature : testing::Test {
     const TempFolder folder;
 };
 
-std::string makeContent(int size) {
-    return toText(makePattern(size));
-}
-
-/// The text of 48393 bytes, in at least 65533 characters.
+/// 48393 bytes in Base64, with line feeds up to `size` characters.
 std::string makeLongSignature(std::size_t size) {
     std::string text;
     for (int line = 0; line < 1008; ++line)
@@ -51,9 +46,9 @@ std::string makeLongSignature(std::size_t size) {
 
 } // namespace
 
-TEST_F(FileSignature, OfFilesOfEverySize_IsThatOfTheOpensslCommandLine) {
+TEST_F(FileSignature, OfFilesOfEverySize_IsTheOneOfTheOpensslProgram) {
     for (const Vector& vector : readVectors("signatures.vec", {"size", "signature"})) {
-        const ul::CWindowsPath path = folder.write("f", makeContent(vector.getInt("size")));
+        const ul::CWindowsPath path = folder.write("f", makeText(vector.getInt("size")));
         EXPECT_TRUE(verify(path, vector.getBytes("signature"), vector.getSection())) << vector.describe();
         if (vector.getSection().find("rsa") == 0) {
             EXPECT_EQ(sign(path, vector.getSection()), vector.getBytes("signature")) << vector.describe();
@@ -61,17 +56,17 @@ TEST_F(FileSignature, OfFilesOfEverySize_IsThatOfTheOpensslCommandLine) {
     }
 }
 
-TEST_F(FileSignature, OfAnEmptyFileOrAMultipleOfTheChunk_IsThatOfTheSameMessage) {
+TEST_F(FileSignature, OfAnEmptyFileOrWholeChunks_IsTheOneOfTheSameMessage) {
     for (const int size : {0, 8192, 16384}) {
         const Bytes expected = sarn_test::sign(sarn::createRSA_SHA1(), readKey("rsa2048"), makePattern(size));
-        const ul::CWindowsPath path = folder.write("f", makeContent(size));
+        const ul::CWindowsPath path = folder.write("f", makeText(size));
         EXPECT_EQ(sign(path), expected);
         EXPECT_TRUE(verify(path, expected));
     }
 }
 
 TEST_F(FileSignature, FileChangedByOneByte_DoesNotVerify) {
-    const std::string content = makeContent(20000);
+    const std::string content = makeText(20000);
     const Bytes signature = sign(folder.write("f", content));
     for (const std::size_t at : {0U, 8191U, 8192U, 19999U}) {
         std::string changed = content;
@@ -84,7 +79,7 @@ TEST_F(FileSignature, FileChangedByOneByte_DoesNotVerify) {
 }
 
 TEST_F(FileSignature, StoredSignature_IsReadBackAndVerifies) {
-    const ul::CWindowsPath path = folder.write("f", makeContent(100));
+    const ul::CWindowsPath path = folder.write("f", makeText(100));
     writeSignatureFile(path);
     const std::string text = folder.read("f.sig");
     EXPECT_EQ(text.size(), 344U + 6) << "256 bytes in lines of 64 characters";
@@ -97,7 +92,7 @@ TEST_F(FileSignature, StoredSignature_IsReadBackAndVerifies) {
 }
 
 TEST_F(FileSignature, SignatureFileInAnyShape_IsRead) {
-    const Bytes signature = sign(folder.write("f", makeContent(100)));
+    const Bytes signature = sign(folder.write("f", makeText(100)));
     const auto encode = [&signature](bool keepPadding, bool lineBreaks) {
         return sarn::base64Encode(signature.data(), 256, keepPadding, lineBreaks).toLatin1();
     };
@@ -130,7 +125,7 @@ TEST_F(FileSignature, MissingFiles_AreFileErrorsInTheirOrder) {
 
 TEST_F(FileSignature, SignatureFileThatIsNotBase64_IsRefused_AndAnEmptyOneDoesNotVerify) {
     folder.write("f", "x");
-    folder.write("f.sig", "this is no signature");
+    folder.write("f.sig", "not a signature");
     expectInvalidArg("base64Decode", "invalid base64 data", [this] { verify(); });
     folder.write("f.sig", "QUJ\xFF");
     EXPECT_THROW(verify(), ul::CError);
@@ -155,7 +150,7 @@ TEST_F(FileSignature, SignatureFileLargerThan64KiB_IsRefusedBeforeItIsRead) {
     const std::string path = folder.write("f.sig", makeLongSignature(65537)).getString().toUTF8();
     const std::string message = "Cannot read file '" + path + "': it is larger than 65536 bytes.";
     expectErrorOf<ul::CFileError>(message.c_str(), [this] { load(); });
-    // However large it is, which takes no longer.
+    // A much larger file takes no longer.
     std::filesystem::resize_file(folder.getNative("f.sig"), std::uintmax_t{1} << 30);
     expectErrorOf<ul::CFileError>(message.c_str(), [this] { verify(); });
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Keys that libcrypto reads although they are none. What a host must not accept is shown here; see SECURITY.md.
+// Malformed keys that libcrypto reads. SECURITY.md lists the keys that a host must not accept.
 #include "support/signing.h"
 
 #include <openssl/sha.h>
@@ -41,16 +41,16 @@ Bytes padDigest() {
 
 } // namespace
 
-TEST(HostileKeys, RSAKeyOfExponent1_VerifiesWhatNobodySigned_SoNoHostMayAcceptIt) {
+TEST(HostileKeys, RSAKeyOfExponent1_VerifiesAForgery_SoHostsMustNotAcceptIt) {
     EXPECT_TRUE(verifies("rsa_e1.pub", padDigest()));
 }
 
-TEST(HostileKeys, DSAKeyOfGenerator1_VerifiesWhatNobodySigned_SoNoHostMayAcceptIt) {
+TEST(HostileKeys, DSAKeyOfGenerator1_VerifiesAForgery_SoHostsMustNotAcceptIt) {
     // SEQUENCE { INTEGER 1, INTEGER 2 }
     EXPECT_TRUE(verifies("dsa_g1.pub", {0x30, 6, 2, 1, 1, 2, 1, 2}));
 }
 
-TEST(HostileKeys, DSAKeyWithoutASignature_IsASignErrorInsteadOfNoEnd) {
+TEST(HostileKeys, DSAKeyThatHasNoSignatures_RaisesASignErrorInsteadOfLoopingForEver) {
     for (const char* const name : {"dsa_p1", "dsa_q1", "dsa_g_is_p", "dsa_p_is_g_squared", "dsa_q2", "dsa_q3", "dsa_p0",
                                    "dsa_q0", "dsa_g0", "dsa_g1_x_of_abc", "dsa_g_has_order_2", "dsa_q_divides_p"}) {
         SCOPED_TRACE(name);
@@ -63,14 +63,14 @@ TEST(HostileKeys, DSAKeyWithoutASignature_IsASignErrorInsteadOfNoEnd) {
     }
 }
 
-TEST(HostileKeys, RSAKeyOfOneByteOrNone_HasThatSizeAndCannotSign) {
+TEST(HostileKeys, RSAKeyOfAtMostOneByte_HasThatSizeAndCannotSign) {
     for (const auto& [name, size] : {std::pair("rsa_8_bits", 1), std::pair("rsa_n0", 0)}) {
         EXPECT_EQ(sarn::createRSA_SHA1()->beginSign(readHostileKey(name), "")->getMaxSignatureSize(), size);
         expectSignError(name, toBytes("abc"));
     }
 }
 
-TEST(HostileKeys, DSAKeyThatIsOddOrCannotSignOneText_StillSignsOthers) {
+TEST(HostileKeys, DSAKeyThatIsUnusualOrCannotSignOneText_SignsOthers) {
     for (const char* const text : {"abd", "abe"}) {
         expectSignError("dsa_g1_x_of_abc", toBytes("abc"));
         for (const char* const name : {"dsa_g1_x_of_abc", "dsa_g1"})

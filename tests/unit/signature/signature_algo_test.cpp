@@ -38,7 +38,7 @@ bool verify(const std::string& keyName, const Bytes& data, const Bytes& signatur
     return sarn_test::verify(createAlgo(keyName), readPublicKey(keyName), data, signature);
 }
 
-/// Expects that a signature is refused, by an answer or by an error, and that libcrypto's error queue stays empty.
+/// Expects that a signature does not verify or raises an error, and that libcrypto's error queue stays empty.
 void expectRefused(const std::string& keyName, const Bytes& data, const Bytes& signature) {
     try {
         EXPECT_FALSE(verify(keyName, data, signature)) << keyName << " " << toHex(signature);
@@ -58,7 +58,7 @@ void expectPublicKeyCorrupted(const ul::String& publicKey) {
 
 } // namespace
 
-TEST(SignatureAlgo, SignaturesOfTheOpensslCommandLine_Verify) {
+TEST(SignatureAlgo, SignaturesOfTheOpensslProgram_Verify) {
     const std::vector<Vector> vectors = readVectors("signatures.vec", {"size", "signature"});
     EXPECT_EQ(vectors.size(), 42U);
     for (const Vector& vector : vectors) {
@@ -108,7 +108,7 @@ TEST(SignatureAlgo, GetMaxSignatureSize_OfRSA_IsTheSizeOfTheSignature) {
     }
 }
 
-TEST(SignatureAlgo, GetMaxSignatureSize_OfDSA_IsRoomEnoughAndTheBufferEndsWithTheRealSize) {
+TEST(SignatureAlgo, GetMaxSignatureSize_OfDSA_IsNeverExceeded_AndTheBufferHasTheRealSize) {
     for (const char* const name : {"dsa1024", "dsa2048"}) {
         const int room = sarn::createDSS_SHA1()->beginSign(readKey(name), "")->getMaxSignatureSize();
         std::size_t shortest = INT_MAX;
@@ -135,7 +135,7 @@ TEST(SignatureAlgo, DataInPieces_GivesTheSignatureOfTheWhole) {
     EXPECT_EQ(signature, sign("rsa1024", data));
 }
 
-TEST(SignatureAlgo, DamagedSignatures_AreRefusedAndLeaveNothingInLibcryptosErrorQueue) {
+TEST(SignatureAlgo, DamagedSignatures_AreRefusedAndLeaveLibcryptosErrorQueueEmpty) {
     const Bytes data = makePattern(100);
     for (const char* const name : {"rsa1024", "dsa1024"}) {
         const Bytes signature = sign(name, data);
@@ -152,7 +152,7 @@ TEST(SignatureAlgo, DamagedSignatures_AreRefusedAndLeaveNothingInLibcryptosError
     }
 }
 
-TEST(SignatureAlgo, EncryptedPrivateKey_NeedsItsPassphrase_WhichAnyOtherIgnores) {
+TEST(SignatureAlgo, EncryptedPrivateKey_NeedsItsPassphrase_AndOtherKeysIgnoreIt) {
     for (const char* const name : {"rsa2048_encrypted_traditional", "rsa2048_encrypted_pkcs8"}) {
         EXPECT_EQ(sign(sarn::createRSA_SHA1(), readKey(name), {}, testPassphrase), sign("rsa2048", {}));
         for (const char* const wrong : {"", "wrong", "for tests onl", "for tests only "})
@@ -162,7 +162,7 @@ TEST(SignatureAlgo, EncryptedPrivateKey_NeedsItsPassphrase_WhichAnyOtherIgnores)
     EXPECT_EQ(sign(sarn::createRSA_SHA1(), readKey("rsa2048_pkcs8"), {}, ""), sign("rsa2048", {}));
 }
 
-TEST(SignatureAlgo, TextThatIsNotAKeyOrOneOfTheWrongKind_IsRefused) {
+TEST(SignatureAlgo, TextThatIsNotAKeyOfTheRightKind_IsRefused) {
     const ul::String key = readKey("rsa2048");
     expectCorrupted(readPublicKey("rsa2048"));
     expectPublicKeyCorrupted(key);
@@ -189,7 +189,7 @@ TEST(SignatureAlgo, AnyOtherDigest_Works) {
     EXPECT_FALSE(verify("rsa2048", toBytes("abc"), signature)) << "another digest, another signature";
 }
 
-TEST(SignatureAlgo, SignatureOfNoOrANegativeSize_IsAnsweredAsLibcryptoAnswersIt) {
+TEST(SignatureAlgo, SignatureOfASizeBelow1_GetsTheAnswerOfLibcrypto) {
     for (const int size : {0, -1, -128, INT_MIN}) {
         for (const void* const signature : {static_cast<const void*>("x"), static_cast<const void*>(nullptr)}) {
             EXPECT_FALSE(createAlgo("rsa1024")->beginVerify(readPublicKey("rsa1024"))->finish(signature, size));
@@ -200,7 +200,7 @@ TEST(SignatureAlgo, SignatureOfNoOrANegativeSize_IsAnsweredAsLibcryptoAnswersIt)
 }
 
 TEST(SignatureAlgo, PassphraseOutsideASCII_IsLatin1) {
-    // Encrypted under the two bytes FC DF by the openssl command line.
+    // The openssl program encrypted it under the bytes FC DF.
     const ul::String key = readKey("rsa1024_encrypted_latin1");
     EXPECT_TRUE(sarn::createRSA_SHA1()->beginSign(key, L"\u00FC\u00DF"));
     expectCorrupted(key, "\xC3\xBC\xC3\x9F");

@@ -40,13 +40,11 @@ Names list(const CSignedConfig& config, const char* prefix) {
     return result;
 }
 
-/// Expects each of the values under its key.
 void expectValues(CSignedConfig& config, std::initializer_list<std::pair<const char*, const char*>> values) {
     for (const auto& [key, value] : values)
         EXPECT_EQ(config.getValue(key), value) << key;
 }
 
-/// A folder with a signed configuration in it.
 class SignedConfig : public testing::Test {
 protected:
     /// Writes a configuration and its signature file.
@@ -66,7 +64,6 @@ protected:
     const TempFolder m_folder;
 };
 
-/// Reaches what hosts may derive from.
 struct ConfigAccess : sarn::CSignedConfig {
     using sarn::CSignedConfig::splitKey;
 };
@@ -91,7 +88,7 @@ TEST_F(SignedConfig, Keys_ReadTheirValuesWithAndWithoutTheFirstSlash) {
     expectValues(*load(write(sample)), {{"/a/b", "1"}, {"a/b", "1"}, {"/a/b/c", "2"}, {"/net/port", "80"}});
 }
 
-TEST_F(SignedConfig, KeyWithoutSection_ReadsTheSectionNamedSlashAndValuesAheadOfAll) {
+TEST_F(SignedConfig, KeyWithoutSection_ReadsTheSectionNamedSlashAndValuesBeforeAllSections) {
     const ul::P<CSignedConfig> config = load(write("b=ahead\n[/]\nc=in slash\n"));
     expectValues(*config, {{"c", "in slash"}, {"/c", "in slash"}, {"b", "ahead"}, {"//b", "ahead"}});
     config->setValueNonPersistent("b", "set");
@@ -162,7 +159,7 @@ TEST_F(SignedConfig, ChangedConfiguration_IsRefusedBeforeItIsParsed) {
     }
 }
 
-TEST_F(SignedConfig, SignatureOfAnotherKeyOrFileOrNoneOrAPart_IsRefused) {
+TEST_F(SignedConfig, WrongMissingOrPartialSignature_IsRefused) {
     const ul::CWindowsPath path = write(sample);
     const std::string own = m_folder.read("a.ini.sig");
     writeSignatureFile(path, "rsa3072");
@@ -176,16 +173,12 @@ TEST_F(SignedConfig, SignatureOfAnotherKeyOrFileOrNoneOrAPart_IsRefused) {
     EXPECT_TRUE(load(path));
 }
 
-TEST_F(SignedConfig, SignatureFileThatIsNotBase64_PassesThatErrorOn) {
+TEST_F(SignedConfig, MalformedPublicKeyOrSignatureFile_PassesThatErrorOn) {
     const ul::CWindowsPath path = write(sample);
+    expectError("OpenSSL key corrupted.", [&] { CSignedConfig(path, "not a key", false); });
+    expectError("OpenSSL key corrupted.", [&] { CSignedConfig(path, readKey("rsa2048"), false); });
     m_folder.write("a.ini.sig", "not a signature");
     expectInvalidArg("base64Decode", "invalid base64 data", [&] { load(path); });
-}
-
-TEST_F(SignedConfig, PublicKeyThatIsNotOne_PassesThatErrorOn) {
-    const ul::CWindowsPath path = write(sample);
-    expectError("OpenSSL key corrupted.", [&] { CSignedConfig(path, "no key", false); });
-    expectError("OpenSSL key corrupted.", [&] { CSignedConfig(path, readKey("rsa2048"), false); });
 }
 
 TEST_F(SignedConfig, ConfigurationThatIsNotINI_PassesThatErrorOnWithThePath) {
@@ -203,13 +196,13 @@ TEST_F(SignedConfig, Base64ConfigurationThatIsNotText_PassesThatErrorOnWithThePa
     expectInvalidArg("base64Decode", "invalid base64 data", [&] { load(path, true); });
 }
 
-TEST_F(SignedConfig, Base64Configuration_IsSignedAsItLiesOnTheDisk) {
+TEST_F(SignedConfig, Base64Configuration_IsSignedInItsEncodedForm) {
     for (const bool lineBreaks : {false, true})
         expectValues(*load(write(toBase64(sample, lineBreaks)), true), {{"/net/port", "80"}});
     EXPECT_EQ(list(*load(write(""), true), ""), Names());
 }
 
-TEST_F(SignedConfig, ConfigurationTakenForTheOtherForm_PassesTheSignatureAndFailsInDecodingOrParsing) {
+TEST_F(SignedConfig, ConfigurationReadInTheOtherForm_PassesTheSignatureButNotDecodingOrParsing) {
     const ul::CWindowsPath path = write(sample);
     expectInvalidArg("base64Decode", "invalid base64 data", [&] { load(path, true); });
     write(toBase64("[a]\nb=12\n", true));
@@ -217,7 +210,7 @@ TEST_F(SignedConfig, ConfigurationTakenForTheOtherForm_PassesTheSignatureAndFail
                               [&] { load(path, false); });
 }
 
-TEST_F(SignedConfig, LongAndForeignNames_AreTaken) {
+TEST_F(SignedConfig, LongAndForeignNames_AreAccepted) {
     for (const std::string& name :
          {std::string(240, 'n'), std::string("donn\xC3\xA9-.ini"), std::string("\xF0\x9F\x98\x80.ini")})
         expectValues(*load(write(sample, name)), {{"/a/b", "1"}});

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
-// Uses a type of each library across the boundary and ends with status 0 if all is well.
+// Uses types of both libraries. The status is 0 if all results are right.
 #include <sarn/sarn.h>
 
 #include <cstring>
 #include <iostream>
 
 #if SARN_VERSION < 10000
-#error "the version can be asked by the preprocessor"
+#error "the preprocessor does not see the version"
 #endif
 #if defined(CONSUMER_STANDARD)
 static_assert(__cplusplus == (CONSUMER_STANDARD == 17 ? 201703L : 202002L), "not the C++ that was asked for");

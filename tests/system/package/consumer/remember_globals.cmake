@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Checks that a subdirectory changes only its own settings.
 
-# Settings that a project makes for the including folder or for all folders.
+# Settings of a project that affect the including folder or all folders.
 set(watched_properties COMPILE_OPTIONS COMPILE_DEFINITIONS INCLUDE_DIRECTORIES LINK_OPTIONS LINK_LIBRARIES TESTS)
 
 macro(remember_globals)

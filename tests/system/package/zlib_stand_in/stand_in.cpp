@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The two checksums with zlib's interface, bit by bit as defined (RFC 1950, RFC 1952). The file that SARN_TEST_ZLIB_LOG
-// names receives a line for each call.
+// The two checksums with zlib's interface, as RFC 1950 and RFC 1952 define them. The first call of each adds a line to
+// the file that SARN_TEST_ZLIB_LOG names.
 #include <cstdio>
 #include <cstdlib>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The host's own library context of libcrypto 3, beside the one that the library's ciphers are fetched from.
+// The host's own context of libcrypto 3. The library fetches its ciphers from another one.
 #include "support/cipher_test_data.h"
 #include "support/digest_test_data.h"
 #include "support/new_process.h"
@@ -17,8 +17,8 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-/// Providers that are active in the host's context. Where none was ever loaded the question itself activates
-/// libcrypto's fallback, "default", as every use of that context would.
+/// The active providers of the host's context. If none was ever loaded, the query activates libcrypto's fallback,
+/// "default", as every use of that context does.
 Names getHostProviders() {
     Names names;
     OSSL_PROVIDER_do_all(

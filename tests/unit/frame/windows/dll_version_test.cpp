@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// What Windows shows of the DLLs.
+// The versions of the DLLs that Windows shows.
 #include "sarn/version.h"
 
 #include <gtest/gtest.h>
@@ -24,7 +24,7 @@ std::vector<int> readFileVersion(const wchar_t* dll) {
             LOWORD(info->dwFileVersionLS)};
 }
 
-TEST(Version, InTheResourcesOfTheDLLs_IsThatOfTheHeaders) {
+TEST(Version, InTheResourcesOfTheDLLs_IsTheOneOfTheHeaders) {
     const std::vector<int> expected = {UL_VERSION_MAJOR, UL_VERSION_MINOR, UL_VERSION_PATCH, 0};
     EXPECT_EQ(readFileVersion(L"sarn.dll"), expected);
     EXPECT_EQ(readFileVersion(L"ul.dll"), expected);

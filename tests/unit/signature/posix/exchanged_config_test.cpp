@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A configuration that another process keeps exchanging while it is loaded.
+// A configuration that another process exchanges all the time while it is loaded.
 #include "support/signing.h"
 #include "support/temp_folder.h"
 
@@ -7,7 +7,6 @@
 #include "sarn/signed_config.h"
 
 #include <csignal>
-#include <string>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,10 +15,9 @@ namespace sarn_test {
 
 namespace {
 
-// In each of the two forms.
 constexpr int loadCount = 1500;
 
-/// Puts two files in the place of a third in turns, until it is killed.
+/// A process that replaces a file by two others in turns.
 class Exchanger {
 public:
     explicit Exchanger(const TempFolder& folder) {

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A file of 1 GiB is signed and verified without being held in memory.
+// A file of 1 GiB is signed and verified in pieces.
 #include "support/key_files.h"
 #include "support/temp_folder.h"
 
@@ -11,7 +11,7 @@
 
 namespace sarn_test {
 
-TEST(LargeFileSignature, OfAGigabyte_TakesNoMemoryToSpeakOf) {
+TEST(LargeFileSignature, OfAGigabyte_TakesLessThan4MiBOfMemory) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("f", "");
     std::filesystem::resize_file(folder.getNative("f"), 1 << 30);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Keys that are encrypted: nobody is asked for a passphrase, on a terminal or on standard input.
+// The library never asks for the passphrase of an encrypted key, on a terminal or on standard input.
 #include "support/key_files.h"
 #include "support/temp_folder.h"
 
@@ -12,7 +12,6 @@
 #include <cstdlib>
 #include <functional>
 #include <stdexcept>
-#include <string>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -26,7 +25,7 @@ namespace {
 
 enum class Input { Terminal, Closed, Endless };
 
-/// Where a process finds its standard streams: the ends that it is given, and those that the test keeps.
+/// The ends of the standard streams of a process, and the ends that the test keeps.
 struct Streams {
     int input = -1;
     int output = -1;
@@ -50,7 +49,7 @@ Streams openPipes() {
     return {input[0], output[1], input[1], output[0]};
 }
 
-/// Writes lines until no more fit: a process that waits for one never gets to the end.
+/// Writes lines until the pipe is full.
 void fillPipe(int file) {
     ::fcntl(file, F_SETFL, O_NONBLOCK);
     while (::write(file, "x\n", 2) > 0) {
@@ -68,7 +67,7 @@ int countWaiting(int file) {
     return count;
 }
 
-/// A process of its own session, so that it has no terminal but the one that it is given.
+/// Starts a new session, so that the process has no other terminal.
 [[noreturn]] void runChild(Input input, const Streams& streams, const std::function<bool()>& use) {
     ::alarm(20);
     ::setsid();
@@ -82,7 +81,7 @@ int countWaiting(int file) {
     ::_exit(use() ? 0 : 1);
 }
 
-/// Expects that `use` gives true in a process that ends by itself, prints nothing and reads nothing.
+/// Expects `use` to return true in a process that ends by itself and neither prints nor reads.
 void expectSilent(Input input, const std::function<bool()>& use) {
     const Streams streams = input == Input::Terminal ? openTerminal() : openPipes();
     if (input == Input::Endless)
@@ -101,7 +100,7 @@ void expectSilent(Input input, const std::function<bool()>& use) {
         ::close(file);
 }
 
-/// Whether `use` raises the error of a text that is not a key that can be read.
+/// Whether `use` raises the error of an unreadable key.
 std::function<bool()> refusesTheKey(const std::function<void()>& use) {
     return [use] {
         try {
@@ -128,9 +127,9 @@ TEST_P(NoPrompt, EveryUseOfAnEncryptedKeyWithoutItsPassphrase_RefusesItWithoutAs
                                    readKey("rsa2048_encrypted_pkcs8"), readKey("rsa2048_encrypted_traditional")}) {
         const std::pair<const char*, std::function<void()>> uses[] = {
             {"beginVerify", [&] { algo->beginVerify(text); }},
-            {"beginSign with none", [&] { algo->beginSign(text, ""); }},
-            {"beginSign with a wrong one", [&] { algo->beginSign(text, "wrong"); }},
-            {"signer of a null one", [&] { ul::make<Signer>(EVP_sha1(), text.toLatin1().c_str(), nullptr); }},
+            {"beginSign without a passphrase", [&] { algo->beginSign(text, ""); }},
+            {"beginSign with a wrong passphrase", [&] { algo->beginSign(text, "wrong"); }},
+            {"signer with a null passphrase", [&] { ul::make<Signer>(EVP_sha1(), text.toLatin1().c_str(), nullptr); }},
             {"verify a file", [&] { sarn::verifyFileSignature_RSA_SHA1(path, text, signature); }},
             {"sign a file", [&] { sarn::createFileSignature_RSA_SHA1(path, text, signature); }},
             {"load a configuration", [&] { sarn::CSignedConfig(path, text, false); }},

@@ -10,7 +10,7 @@
 
 namespace sarn_test {
 
-TEST(TBuffer, SizeConstructor_CountsAsManyBytesAsUsedAsItIsTold) {
+TEST(TBuffer, SizeConstructor_SetsTheUsedSize) {
     for (const auto& [size, given, used] :
          {std::array{32, -1, 32}, {32, 5, 5}, {32, 0, 0}, {0, -1, 0}, {-7, -1, 0}, {INT_MIN, 0, 0}}) {
         const Buffer buffer(size, given);
@@ -115,14 +115,14 @@ TEST(TBuffer, InsertOfOwnBytesAtTheEnd_OfAFullBlock_MovesThemToALargerOne) {
     Buffer buffer(static_cast<int>(text.size()), 0);
     buffer.insert(0, text.data(), static_cast<int>(text.size()));
     ASSERT_EQ(buffer.getUsed(), buffer.getAllocated());
-    // The next block keeps it from growing in place.
+    // The next block prevents growth in place.
     const Buffer next(buffer);
     buffer.insert(buffer.getUsed(), buffer.getData(), buffer.getUsed());
     EXPECT_EQ(toText(buffer), text + text);
     EXPECT_LE(buffer.getUsed(), buffer.getAllocated());
 }
 
-TEST(TBuffer, OwnBytesInsertedInTheMiddle_ManyTimes_GrowTheBlockAsFarAsTheyNeed) {
+TEST(TBuffer, OwnBytesInsertedInTheMiddle_ManyTimes_GrowTheBlockNoMoreThanNeeded) {
     Buffer buffer = makeBuffer("ab");
     for (int i = 0; i < 100; ++i)
         buffer.insert(1, buffer.getData(), 1);
@@ -142,10 +142,10 @@ TEST(TBuffer, ManyAppendedPiecesOrBytes_GrowTheBlockGeometrically) {
     EXPECT_LE(bytes.spoiltBlocks, 20);
 }
 
-TEST(TBuffer, ClassThatOverridesDeleteDataAlone_SeesEveryBlockThatLeaves) {
+TEST(TBuffer, ClassThatOverridesDeleteDataAlone_SeesEveryBlockThatIsFreed) {
     SpoilingBuffer buffer;
     buffer.setUsed(4);
-    EXPECT_EQ(buffer.spoiltBlocks, 0) << "there was no block before";
+    EXPECT_EQ(buffer.spoiltBlocks, 0) << "there was no old block";
     buffer.ensureAllocated(1000);
     EXPECT_EQ(buffer.spoiltBlocks, 1);
     const std::vector<unsigned char> large(5000);
@@ -167,7 +167,7 @@ TEST(TBuffer, IsAnObjectThatAPointerOwns) {
     EXPECT_EQ(std::string(text->getData(), 3), "abc");
 }
 
-TEST(TBuffer, Moved_HandsItsBlockOnAndIsEmpty) {
+TEST(TBuffer, Moved_PassesItsBlockOnAndIsEmpty) {
     static_assert(std::is_nothrow_move_constructible_v<Buffer> && std::is_nothrow_move_assignable_v<Buffer>);
     Buffer source = makeBuffer("abc");
     const unsigned char* const block = source.getData();
@@ -201,7 +201,7 @@ TEST(TBuffer, MovedObject_KeepsItsOwnReferences) {
     EXPECT_EQ(toText(*source), "abc");
 }
 
-TEST(TCryptBuffer, DoesNotBecomeAPlainBufferUnasked) {
+TEST(TCryptBuffer, DoesNotBecomeAPlainBufferImplicitly) {
     using Secret = ul::TCryptBuffer<unsigned char>;
     static_assert(std::is_nothrow_move_constructible_v<Secret> && std::is_nothrow_move_assignable_v<Secret>);
     static_assert(!std::is_constructible_v<Buffer, Secret&> && !std::is_constructible_v<Buffer, const Secret&>);

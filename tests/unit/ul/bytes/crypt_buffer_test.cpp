@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Bytes that leave the used part of a buffer of secrets. Bytes that leave it for good are searched for where memory is
-// freed.
+// Bytes that leave the used part of a buffer of secrets. Other tests search the memory for the bytes of freed blocks.
 #include "ul/buffer.h"
 
 #include <gtest/gtest.h>
@@ -23,7 +22,7 @@ std::string withZeros(std::string start) {
 
 } // namespace
 
-TEST(TCryptBuffer, ShortenedOrOverwritten_ZeroesWhatItNoLongerUses) {
+TEST(TCryptBuffer, ShortenedOrOverwritten_ZeroesTheRest) {
     ul::TCryptBuffer<char> buffer;
     buffer.init(secret, secretSize);
     buffer.setUsed(7);

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Streams over memory, and numbers in them.
+// Streams over memory, and values in them.
 #include "text_buffer.h"
 
 #include "ul/buffer_stream.h"
@@ -12,7 +12,7 @@ namespace sarn_test {
 
 namespace {
 
-/// What `write` puts into a stream.
+/// The bytes that `write` writes.
 template <class Write>
 Bytes getWritten(Write write) {
     Buffer buffer;
@@ -68,7 +68,7 @@ TEST(CDataInStream, CutOffValue_IsRefused) {
                 [&] { ul::CDataInStream(empty).readBool(); });
 }
 
-TEST(CBufferInStream, ReadLax_GivesWhatIsLeft) {
+TEST(CBufferInStream, ReadLax_GivesTheRemainingBytes) {
     ul::CBufferInStream stream("abcde", 5);
     char data[8];
     EXPECT_EQ(stream.readLax(data, 2), 2);
@@ -90,7 +90,7 @@ TEST(CBufferInStream, NegativeSizes_AreRefused) {
     expectInvalidArg("CBufferInStream::CBufferInStream", "invalid size", [] { ul::CBufferInStream("abc", -1); });
 }
 
-TEST(CBufferStream, Write_AppendsToWhatTheBufferHolds) {
+TEST(CBufferStream, Write_AppendsToTheContentOfTheBuffer) {
     Buffer buffer = makeBuffer("ab");
     ul::CBufferStream stream(&buffer, 2.0);
     stream.write("cd", 2);
@@ -99,8 +99,8 @@ TEST(CBufferStream, Write_AppendsToWhatTheBufferHolds) {
     expectInvalidArg("CBufferStream::write", "invalid size", [&] { stream.write("x", -1); });
 }
 
-TEST(CBufferStream, Write_OfTheBuffersOwnBytes_AppendsThemThoughTheBlockMoves) {
-    // Its old blocks are overwritten, and larger ones may lie elsewhere.
+TEST(CBufferStream, Write_OfTheBuffersOwnBytes_AppendsThemEvenIfTheBlockMoves) {
+    // The buffer overwrites its old blocks when they move.
     SpoilingBuffer buffer;
     ul::CBufferStream stream(&buffer, 2.0);
     ul::CDataOutStream out(stream);
@@ -113,7 +113,7 @@ TEST(CBufferStream, Write_OfTheBuffersOwnBytes_AppendsThemThoughTheBlockMoves) {
     }
 }
 
-TEST(CBufferStream, GrowthFactor_SaysHowLargeTheBlockBecomesIfItMustGrow) {
+TEST(CBufferStream, GrowthFactor_DeterminesTheSizeOfABlockThatMustGrow) {
     const auto write = [](int allocated, int used, double factor) {
         Buffer buffer(allocated, used);
         ul::CBufferStream(&buffer, factor).write("0123456789", 10);

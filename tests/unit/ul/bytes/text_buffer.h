@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// Buffers of text.
 #pragma once
 
 #include "support/expect.h"
@@ -18,7 +17,7 @@ inline std::string toText(const Buffer& buffer) {
     return toText(toBytes(buffer));
 }
 
-/// Overwrites the blocks that it gives back, and counts them.
+/// Overwrites and counts the blocks that it frees.
 class SpoilingBuffer : public Buffer {
 public:
     ~SpoilingBuffer() override { freeBlock(); }

@@ -31,7 +31,7 @@ TEST(LogError, Exception_IsDescribedWithPropertiesAndCauses) {
               (Lines{"ERROR: cannot save: outer. [a=1, b=2] Caused by: inner. (state)", "ERROR: cannot load: plain"}));
 }
 
-TEST(LogError, ExceptionInDestructor_NamesTheClassAndTellsBugsApart) {
+TEST(LogError, ExceptionInDestructor_NamesTheClassAndDistinguishesBugs) {
     const LogCapture log;
     std::runtime_error error("oops");
     ul::onExceptionInDestructorIgnored("ul::CThing", error, false);
@@ -40,9 +40,9 @@ TEST(LogError, ExceptionInDestructor_NamesTheClassAndTellsBugsApart) {
                                      "BUG: exception in the destructor of ul::CThing ignored: oops"}));
 }
 
-TEST(LogError, HandlerThatThrowsWhateverItBe_IsSurvived) {
+TEST(LogError, HandlerThatThrowsAnything_DoesNoHarm) {
     static_assert(noexcept(ul::logError(std::declval<const ul::String&>())));
-    const ul::LogHandler before = ul::setLogHandler(nullptr);
+    const LogCapture restoresTheHandler;
     std::runtime_error error("x");
     const ul::LogHandler handlers[] = {[](const ul::String&) { throw std::runtime_error("handler"); },
                                        [](const ul::String&) { throw 7; }};
@@ -52,18 +52,17 @@ TEST(LogError, HandlerThatThrowsWhateverItBe_IsSurvived) {
         EXPECT_NO_THROW(ul::logError(error, "y", "z"));
         EXPECT_NO_THROW(ul::onExceptionInDestructorIgnored("ul::CThing", error, true));
     }
-    ul::setLogHandler(before);
 }
 
-TEST(LogError, HandlerThatWaitsForAThreadThatLogsAndSetsAHandler_IsNotInItsWay) {
-    const ul::LogHandler before = ul::setLogHandler([](const ul::String&) {
+TEST(LogError, HandlerThatWaitsForAThreadThatLogsAndSetsAHandler_DoesNotBlockIt) {
+    const LogCapture restoresTheHandler;
+    ul::setLogHandler([](const ul::String&) {
         std::thread([] {
             ul::setLogHandler([](const ul::String&) {});
             ul::logError("from within");
         }).join();
     });
     ul::logError("x");
-    ul::setLogHandler(before);
 }
 
 TEST(LogError, RefusedArgument_IsLoggedWithItsOperation) {
@@ -94,17 +93,18 @@ TEST(LogError, ChainOf200000Causes_IsLoggedAndDestroyed) {
 }
 
 TEST(LogError, WithoutAHandler_GoesToStandardError) {
-    const ul::LogHandler before = ul::setLogHandler(nullptr);
+    const LogCapture restoresTheHandler;
+    ul::setLogHandler(nullptr);
     testing::internal::CaptureStderr();
     ul::logError(L"caf\u00E9");
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "ERROR: caf\xC3\xA9\n");
-    ul::setLogHandler(before);
 }
 
 TEST(LogError, FromManyThreadsWhileTheHandlerChanges_LosesNoLine) {
     std::atomic<int> lines{0};
     const ul::LogHandler count = [&lines](const ul::String&) { ++lines; };
-    const ul::LogHandler before = ul::setLogHandler(count);
+    const LogCapture restoresTheHandler;
+    ul::setLogHandler(count);
     runOnThreads(5, [&](int number) {
         for (int i = 0; i < 500; ++i) {
             if (number < 4)
@@ -113,7 +113,6 @@ TEST(LogError, FromManyThreadsWhileTheHandlerChanges_LosesNoLine) {
                 EXPECT_TRUE(ul::setLogHandler(count));
         }
     });
-    ul::setLogHandler(before);
     EXPECT_EQ(lines, 2000);
 }
 

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// A folder with a file in it, and expectations about errors of files.
 #pragma once
 
 #include "support/expect.h"
@@ -12,7 +11,7 @@
 
 namespace sarn_test {
 
-/// Expects an error that says what could not be done with which file; with this code and reason if they are given.
+/// Expects an error that names the operation and the file, with this code and reason if they are given.
 template <class Action>
 void expectFileError(const std::string& operation, const ul::CWindowsPath& path, int code, const std::string& reason,
                      Action action) {
@@ -34,10 +33,10 @@ inline void expectOpenError(const ul::CWindowsPath& path, int code = 0, const st
     expectFileError("open file", path, code, reason, [&] { ul::CWindowsFileInStream stream(path); });
 }
 
-/// A folder of a test's own in which "f" is the file that it is about.
+/// A folder for a file "f".
 struct FileFixture : testing::Test {
     ul::CWindowsPath write(const std::string& content) const { return folder.write("f", content); }
-    /// Expects that "f" holds `content` and that nothing is beside it.
+    /// Expects that the folder contains only "f" with this content.
     void expectOnly(const std::string& content) const {
         EXPECT_EQ(folder.read("f"), content);
         EXPECT_EQ(folder.list(), std::vector<std::string>{"f"});

@@ -12,7 +12,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// Reads a stream as signing does: the end is asked for before every read.
+/// Reads a stream as signing does, with a query for its end before each read.
 std::string readInChunks(ul::CWindowsFileInStream& stream, int chunkSize) {
     std::string content;
     std::string chunk(static_cast<std::size_t>(chunkSize), '\0');
@@ -21,15 +21,11 @@ std::string readInChunks(ul::CWindowsFileInStream& stream, int chunkSize) {
     return content;
 }
 
-std::string makeContent(int size) {
-    return toText(makePattern(size));
-}
-
 } // namespace
 
 TEST_F(CWindowsFileInStream, ChunksOfEverySize_GiveTheWholeFile) {
     for (const int size : {0, 1, 8191, 8192, 8193, 16384, 100000}) {
-        const std::string content = makeContent(size);
+        const std::string content = makeText(size);
         write(content);
         for (const int chunkSize : {1, 63, 8192, 200000}) {
             ul::CWindowsFileInStream stream(path);
@@ -41,7 +37,7 @@ TEST_F(CWindowsFileInStream, ChunksOfEverySize_GiveTheWholeFile) {
     }
 }
 
-TEST_F(CWindowsFileInStream, ReadLax_GivesWhatIsLeftAndThenZero) {
+TEST_F(CWindowsFileInStream, ReadLax_GivesTheRemainingBytesAndThenZero) {
     ul::CWindowsFileInStream stream(write("abcde"));
     char data[8];
     EXPECT_EQ(stream.readLax(data, 2), 2);
@@ -64,7 +60,7 @@ TEST_F(CWindowsFileInStream, Read_IsExactOrAnError) {
     expectInvalidArg("CWindowsFileInStream::read", "invalid size", [&] { stream.readLax(data, INT_MIN); });
 }
 
-TEST_F(CWindowsFileInStream, WhatIsNotAFile_IsAFileError) {
+TEST_F(CWindowsFileInStream, PathThatIsNotAFile_IsAFileError) {
     const ul::CWindowsPath paths[] = {path, TempFolder::toPath(folder.getNative()), ul::CWindowsPath("Q:\\no\\such"),
                                       ul::CWindowsPath("\\\\no-such-server\\share\\a"),
                                       ul::CWindowsPath("\\\\?\\Q:\\a")};
@@ -80,11 +76,11 @@ TEST_F(CWindowsFileInStream, FileThatGrowsMeanwhile_IsReadToItsNewEnd) {
     EXPECT_FALSE(stream.isEndOfStream());
     EXPECT_FALSE(stream.isEndOfStream());
     EXPECT_EQ(stream.getLength(), 6);
-    EXPECT_EQ(readInChunks(stream, 8), "def") << "the look at the end lost no byte";
+    EXPECT_EQ(readInChunks(stream, 8), "def") << "the query for the end lost no byte";
 }
 
 TEST_F(CWindowsFileInStream, FileThatShrinksMeanwhile_EndsThere) {
-    write(makeContent(50000));
+    write(makeText(50000));
     ul::CWindowsFileInStream stream(path);
     std::string chunk(8192, '\0');
     EXPECT_EQ(stream.readLax(chunk.data(), 8192), 8192);
@@ -98,12 +94,12 @@ TEST_F(CWindowsFileInStream, FileThatIsEmptiedBeforeTheFirstRead_EndsThere) {
     ul::CWindowsFileInStream stream(path);
     fs::resize_file(folder.getNative("f"), 0);
     char data[3];
-    EXPECT_FALSE(stream.isEndOfStream()) << "fewer bytes were read than it had: nobody has looked yet";
+    EXPECT_FALSE(stream.isEndOfStream()) << "the stream has not read yet";
     EXPECT_EQ(stream.readLax(data, 3), 0);
     EXPECT_TRUE(stream.isEndOfStream());
 }
 
-TEST_F(CWindowsFileInStream, SecondStream_HasAPositionOfItsOwn) {
+TEST_F(CWindowsFileInStream, SecondStream_HasItsOwnPosition) {
     write("abc");
     const ul::P<ul::IInStream> first = ul::make<ul::CWindowsFileInStream>(path);
     ul::CWindowsFileInStream second(path);
@@ -149,7 +145,7 @@ TEST_F(ReadUTF8TextFile, LeavesLineEndsAndDropsTheByteOrderMark) {
               "a\r\nb\n");
     EXPECT_TRUE(ul::readUTF8TextFile(write("")).isEmpty());
     EXPECT_TRUE(ul::readUTF8TextFile(write("\xEF\xBB\xBF")).isEmpty());
-    EXPECT_THROW(ul::readUTF8TextFile(write("\xEF\xBB")), ul::CError) << "a mark cut off is not text";
+    EXPECT_THROW(ul::readUTF8TextFile(write("\xEF\xBB")), ul::CError) << "part of a mark is not text";
 }
 
 TEST_F(ReadUTF8TextFile, InvalidUTF8_NamesThePositionAndTheFile) {
@@ -193,7 +189,7 @@ TEST_F(WriteUTF8TextFile, TextThatCannotBeEncoded_LeavesTheOldFile) {
     expectOnly("old");
 }
 
-TEST_F(WriteUTF8TextFile, OverAFolder_IsAFileErrorThatLeavesNothingBehind) {
+TEST_F(WriteUTF8TextFile, OverAFolder_IsAFileErrorAndLeavesNoOtherFile) {
     fs::create_directory(folder.getNative("f"));
     expectWriteError(path);
     EXPECT_EQ(folder.list(), std::vector<std::string>{"f"});

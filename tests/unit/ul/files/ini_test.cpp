@@ -17,7 +17,7 @@ ul::P<ul::CINIContent> parse(const std::string& text) {
     return ul::CINIContent::parseData(data);
 }
 
-/// Every value as "/section/name=value", in order.
+/// All values as "/section/name=value", in order.
 Values list(const ul::CINIContent& content) {
     Values values;
     ul::TArray<ul::String> sections;
@@ -39,7 +39,7 @@ void replaceAll(std::string& text, const std::string& what, const std::string& b
         text.replace(at, what.size(), by);
 }
 
-/// What the documentation writes with a backslash.
+/// Resolves the documentation's escape sequences.
 std::string unescape(std::string text) {
     replaceAll(text, "\\n", "\n");
     replaceAll(text, "\\r", "\r");
@@ -49,7 +49,7 @@ std::string unescape(std::string text) {
     return text;
 }
 
-/// The rules of docs/configuration-format.md.
+/// A rule of docs/configuration-format.md.
 class INIRule : public testing::TestWithParam<MarkdownRow> {};
 
 const std::string refusedInLine = "Refused in line ";
@@ -79,7 +79,7 @@ TEST_P(INIRule, Holds) {
 INSTANTIATE_TEST_SUITE_P(Docs, INIRule, testing::ValuesIn(readMarkdownTable("configuration-format.md", "Text")),
                          getRowName);
 
-TEST(CINIContent, TryGetSectionValue_OfAMissingValue_LeavesTheOutputAlone) {
+TEST(CINIContent, TryGetSectionValue_OfAMissingValue_LeavesTheOutputUnchanged) {
     const ul::P<ul::CINIContent> content = parse("[a]\nx=1\n");
     ul::String value("old");
     for (const auto& [section, name] : {std::pair("a", "y"), std::pair("b", "x"), std::pair("/", "x")})
@@ -89,7 +89,7 @@ TEST(CINIContent, TryGetSectionValue_OfAMissingValue_LeavesTheOutputAlone) {
     EXPECT_EQ(value, "1");
 }
 
-TEST(CINIContent, ValueAheadOfAnySection_IsFoundInTheSectionNamedNothingAlone) {
+TEST(CINIContent, ValueBeforeAnySection_IsFoundOnlyInTheSectionWithAnEmptyName) {
     const ul::P<ul::CINIContent> content = parse("x=1\ny=2\n[/]\ny=3\n");
     EXPECT_EQ(list(*content), (Values{"//x=1", "//y=2", "///y=3"}));
     ul::String value;
@@ -104,7 +104,7 @@ TEST(CINIContent, SetSectionValue_ReplacesOrGoesToTheEnd) {
     EXPECT_EQ(list(*content), (Values{"/a/x=new", "/a/y=2", "/a/w=4", "/b/z=3"}));
 }
 
-TEST(CINIContent, NameLists_ReplaceWhatTheArrayHolds) {
+TEST(CINIContent, NameLists_ReplaceTheContentOfTheArray) {
     const ul::P<ul::CINIContent> content = parse("[a]\nx=1\n[b]\n");
     ul::TArray<ul::String> names;
     names.append("old");
@@ -117,7 +117,7 @@ TEST(CINIContent, NameLists_ReplaceWhatTheArrayHolds) {
     EXPECT_EQ(names.getSize(), 0);
 }
 
-TEST(CINIContent, OfAFileOrItsBytes_IsThatOfTheData_AndItsErrorsNameTheFile) {
+TEST(CINIContent, OfAFileOrItsBytes_IsTheSame_AndErrorsNameTheFile) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("a.ini", "\xEF\xBB\xBF[a]\r\nx=1\r\n");
     const std::string text = path.getString().toUTF8();
@@ -136,7 +136,7 @@ TEST(CINIContent, OfAFileOrItsBytes_IsThatOfTheData_AndItsErrorsNameTheFile) {
     EXPECT_THROW(ul::CINIContent::readFile(folder.getPath("none"), data), ul::CFileError);
 }
 
-TEST(CINIContent, ManyNames_AreReadInLittleTime) {
+TEST(CINIContent, ManyNames_AreReadQuickly) {
     std::string text = "[a]\n";
     for (int i = 0; i < 100000; ++i)
         text += "name" + std::to_string(i) + "=" + std::to_string(i) + "\n[s" + std::to_string(i) + "]\n";

@@ -1,13 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// Normalisation beside Python's ntpath, on generated texts. Where the two differ is said in docs/paths.md and done to
-// ntpath's result here.
+// Normalisation compared with Python's ntpath on generated texts. docs/paths.md lists the differences, which are
+// applied to ntpath's results here.
 #include "support/expect.h"
 
 #include "ul/error.h"
 #include "ul/path.h"
-
-#include <string>
-#include <vector>
 
 namespace sarn_test {
 
@@ -26,14 +23,14 @@ std::vector<std::string> split(const std::string& text) {
     return parts;
 }
 
-/// How many parts of a text belong to its root, including the empty ones before a share.
+/// The number of parts of a text that belong to its root, including the empty ones before a share.
 std::size_t countRootParts(const std::string& text) {
     if (isVerbatim(text))
         return split(text)[3] == "UNC" ? 6 : 4;
     return text[1] == ':' ? 1 : 4;
 }
 
-/// Whether the library refuses what ntpath takes: a climb above the root, a name of nothing but dots and spaces.
+/// Whether only ntpath accepts a text: it leads above the root, or has a name of only dots and spaces.
 bool isRefused(const std::string& text) {
     const std::vector<std::string> parts = split(text);
     int depth = 0;
@@ -69,7 +66,7 @@ std::string adapt(const std::string& normalized) {
 
 } // namespace
 
-TEST(CWindowsPath, GeneratedTexts_AreNormalisedAsByNtpathButForTheDocumentedDifferences) {
+TEST(CWindowsPath, GeneratedTexts_AreNormalisedAsByNtpathExceptForDocumentedDifferences) {
     int taken = 0;
     int refused = 0;
     for (const Vector& vector : readVectors("paths.vec", {"text", "normalized"})) {

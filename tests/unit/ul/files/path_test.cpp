@@ -17,10 +17,10 @@ std::string getPath(const std::string& text) {
     return ul::CWindowsPath(fromUTF8(text)).getString().toUTF8();
 }
 
-/// The rules of docs/paths.md: what a text becomes.
+/// A rule of docs/paths.md.
 class PathRule : public testing::TestWithParam<MarkdownRow> {
 protected:
-    /// `text` with the folder of the documentation's examples replaced by one that exists.
+    /// Replaces the folder of the documentation's examples in `text` by an existing one.
     std::string inWorkFolder(std::string text) const {
         const std::string documented = "Z:\\srv\\x";
         const std::string parent = documented.substr(0, 6);
@@ -44,7 +44,7 @@ TEST_P(PathRule, Holds) {
         return;
     }
     const std::string expected = inWorkFolder(row.code[1].at(0));
-    // The expected text is normalised only where it goes through the folder's parent.
+    // The expected text needs normalising only if it contains the folder's parent.
     EXPECT_EQ(getPath(text), expected.find("\\..") == std::string::npos ? expected : getPath(expected));
     EXPECT_EQ(getPath(getPath(text)), getPath(text)) << "a path's text is its own path";
 }
@@ -70,14 +70,14 @@ TEST(CWindowsPath, UnpairedSurrogate_IsPartOfTheName) {
     EXPECT_EQ(ul::CWindowsPath(text).getString(), text);
 }
 
-TEST(CWindowsPath, Comparison_IsThatOfTheTexts) {
+TEST(CWindowsPath, Comparison_ComparesTheTexts) {
     const ul::CWindowsPath path("C:\\a");
     const ul::CWindowsPath copy(path);
     EXPECT_TRUE(path == copy && path == ul::CWindowsPath("c:/./a") && !(path != copy));
     EXPECT_TRUE(path != ul::CWindowsPath("C:\\A") && ul::CWindowsPath("C:\\A") < path && !(path < copy));
 }
 
-TEST(CWindowsPathTraits, Functions_AnswerForEachKindOfRoot) {
+TEST(CWindowsPathTraits, Functions_HandleEachKindOfRoot) {
     using Traits = ul::CWindowsPathTraits;
     EXPECT_EQ(Traits::getSep(), L'\\');
     EXPECT_STREQ(Traits::getAllSeps(), L"\\/");
@@ -110,7 +110,7 @@ TEST(CWindowsPathTraits, Functions_AnswerForEachKindOfRoot) {
                 Traits::finalizeNormalizedPath("C:\\") == "C:\\");
 }
 
-TEST(GetCurrentWorkDirectoryAsString, NamesTheFolderThatTheProcessIsIn) {
+TEST(GetCurrentWorkDirectoryAsString, NamesTheWorkingDirectory) {
     const WorkFolder folder;
     EXPECT_EQ(ul::getCurrentWorkDirectoryAsString().toUTF8(), folder.getText());
 }

@@ -13,7 +13,6 @@
 
 namespace {
 
-/// Runs `atEnd` in its destructor.
 struct Farewell : ul::CBase {
     explicit Farewell(std::function<void()> action) : atEnd(std::move(action)) {}
     Farewell(const Farewell&) = delete;
@@ -74,7 +73,7 @@ TEST(TList, Ends_GrowAndShrink) {
     EXPECT_TRUE(list.isEmpty());
 }
 
-TEST(TMap, ValuesWhoseDestructorsUseTheMap_SeeItWhole) {
+TEST(TMap, ValuesWhoseDestructorsUseTheMap_SeeAConsistentMap) {
     using Map = ul::TMap<int, ul::P<Farewell>>;
     Map map;
     std::vector<int> seen;
@@ -97,7 +96,7 @@ TEST(TMap, ValuesWhoseDestructorsUseTheMap_SeeItWhole) {
     EXPECT_EQ(seen.back(), 0);
 }
 
-TEST(TMap, ValueThatStoresAnotherAtItsEnd_LeavesThatOneBehind) {
+TEST(TMap, ValueWhoseDestructorStoresAnother_LeavesThatOneInTheMap) {
     ul::TMap<int, ul::P<Farewell>> map;
     map.set(1, ul::make<Farewell>([&] { map.set(2, nullptr); }));
     map.clear();

@@ -11,7 +11,7 @@ namespace sarn_test {
 
 namespace {
 
-// Slots take plain functions, so what these do is kept here.
+// Slots take plain functions, so their effects are global.
 std::atomic<int> createCalls{0};
 std::vector<int> destroyed;
 ul::CSafeGlobalSlot* slotInUse = nullptr;
@@ -36,7 +36,6 @@ protected:
     }
     ~CSafeGlobalSlotTest() override { slot.clear(); }
 
-    /// Uses the slot and expects an object of that number.
     void expectUse(void* (*createObject)(), int number) {
         EXPECT_EQ(*static_cast<int*>(slot.use(createObject, destroy)), number);
     }
@@ -67,7 +66,7 @@ TEST_F(CSafeGlobalSlotTest, UsedByManyThreadsAtOnce_CreatesOneObjectThatAllSee) 
         --missing;
         seen[static_cast<std::size_t>(number)] = slot.use(
             []() -> void* {
-                // Takes as long as others come.
+                // Waits until all threads have arrived.
                 while (missing > 0)
                     std::this_thread::yield();
                 return create<3>();
@@ -90,20 +89,20 @@ TEST_F(CSafeGlobalSlotTest, CreateThatThrowsOrReturnsNull_LeavesTheSlotEmptyForT
     EXPECT_EQ(destroyed, std::vector<int>{4});
 }
 
-TEST_F(CSafeGlobalSlotTest, CreateThatComesBackToItsSlot_IsAnErrorInsteadOfADeadlock) {
+TEST_F(CSafeGlobalSlotTest, CreateThatUsesItsOwnSlot_IsAnErrorInsteadOfADeadlock) {
     slotInUse = &slot;
     const auto createAgain = []() -> void* { return slotInUse->use(create<1>, destroy); };
     expectError("Global object is used while it is being created.", [&] { slot.use(createAgain, destroy); });
     EXPECT_EQ(createCalls, 0);
 }
 
-TEST_F(CSafeGlobalSlotTest, CreateThatUsesAnotherSlotOnAnyThread_IsNotHeldUp) {
+TEST_F(CSafeGlobalSlotTest, CreateThatUsesAnotherSlotOnAnyThread_IsNotBlocked) {
     static ul::CSafeGlobalSlot inner;
     static ul::CSafeGlobalSlot other;
     slot.use(
         []() -> void* {
             inner.use(create<1>, destroy);
-            // Would wait for ever if one creation blocked all others.
+            // If one creation blocked all others, this would never end.
             std::thread([] { other.use(create<1>, destroy); }).join();
             return create<2>();
         },

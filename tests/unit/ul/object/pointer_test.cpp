@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// Reference counts and owning pointers.
 #include "support/threads.h"
 
 #include "ul/base.h"
@@ -20,7 +19,7 @@ public:
 
 class ISecond : public virtual ul::IBase {};
 
-/// Counts its living objects, of all and of those on the heap.
+/// Counts its living objects.
 class Object : public ul::CBase, public virtual IFirst, public virtual ISecond {
 public:
     explicit Object(int value = 0) : m_value(value) { ++living; }
@@ -59,7 +58,7 @@ TEST(P, Make_GivesTheOnlyReference_AndAConstructorFromARawPointerAddsOne) {
     EXPECT_EQ(Object::living, 0);
 }
 
-TEST(P, CopiesOfEveryKind_KeepTheObjectUntilTheLastOneEnds) {
+TEST(P, CopiesOfEveryKind_KeepTheObjectUntilTheLastOneIsGone) {
     ul::P<ul::IBase> last;
     {
         const ul::P<Object> object = ul::make<Object>();
@@ -75,12 +74,12 @@ TEST(P, CopiesOfEveryKind_KeepTheObjectUntilTheLastOneEnds) {
     EXPECT_EQ(Object::living, 0);
 }
 
-TEST(P, Move_TakesTheReferenceAlong_AlsoToAnotherType) {
+TEST(P, Move_TransfersTheReference_AlsoToAnotherType) {
     ul::P<Object> from = ul::make<Object>(7);
     Object* const raw = from.get();
     ul::P<Object> to = std::move(from);
     EXPECT_EQ(to.get(), raw);
-    EXPECT_EQ(from, nullptr); // NOLINT(bugprone-use-after-move): this is what is tested
+    EXPECT_EQ(from, nullptr); // NOLINT(bugprone-use-after-move): the purpose of the test
     const ul::P<IFirst> interface = std::move(to);
     EXPECT_FALSE(to); // NOLINT(bugprone-use-after-move)
     EXPECT_EQ(interface->getFirst(), 7);
@@ -110,19 +109,19 @@ TEST(P, Make_WhenTheConstructorThrows_FreesTheMemory) {
     struct Throwing : Object {
         Throwing() { throw std::runtime_error("no"); }
     };
-    // Leak checkers and the count watch over it.
+    // The leak checkers look for the memory.
     EXPECT_THROW(ul::make<Throwing>(), std::runtime_error);
     EXPECT_EQ(Object::living, 0);
 }
 
-TEST(CBase, Copy_HasACountOfItsOwn) {
+TEST(CBase, Copy_HasItsOwnCount) {
     const ul::P<Object> original = ul::make<Object>(5);
     const ul::P<Object> alsoOriginal = original;
     ul::P<Object> copy = ul::make<Object>(*original);
     EXPECT_EQ(Object::living, 2);
     *copy = *original;
     copy = nullptr;
-    EXPECT_EQ(Object::living, 1) << "one reference was all that the copy had";
+    EXPECT_EQ(Object::living, 1) << "the copy had one reference";
 }
 
 TEST(CBase, Release_OfTheLastReference_CallsDeleteThisOnce) {
@@ -144,7 +143,7 @@ TEST(CBase, CheckCastAllowed_AllowsEveryCast) {
     object.checkCastAllowed(typeid(int));
 }
 
-TEST(CBase, References_CountedByTwoThreads_EndAtTheSameNumber) {
+TEST(CBase, References_CountedByTwoThreads_AreNotLost) {
     const ul::P<Object> object = ul::make<Object>();
     sarn_test::runOnThreads(2, [&object](int) {
         for (int i = 0; i < 100000; ++i)

@@ -22,7 +22,7 @@ void expectPartition(const char* text, const char* separator, const char* before
 
 } // namespace
 
-TEST(String, NarrowForms_TakeEachByteAsOneCharacter) {
+TEST(String, NarrowForms_ReadEachByteAsOneCharacter) {
     EXPECT_EQ(String("A\xE9\xFF").toStdWString(), L"A\u00E9\u00FF");
     EXPECT_EQ(String("ab\0c", 4).toStdWString(), std::wstring(L"ab\0c", 4));
     EXPECT_EQ(String("", 0).getLength(), 0);
@@ -39,7 +39,7 @@ TEST(String, NullPointers_AreEmptyTexts) {
     EXPECT_TRUE(text.StartsWith(wide) && empty.StartsWith(wide));
 }
 
-TEST(String, StandardWideStrings_AreTakenAndGiven) {
+TEST(String, StandardWideStrings_AreConvertedBothWays) {
     String text = std::wstring(L"abc");
     text = std::wstring(L"de");
     const std::wstring& standard = text;
@@ -48,12 +48,12 @@ TEST(String, StandardWideStrings_AreTakenAndGiven) {
     EXPECT_EQ(text[1], L'e');
 }
 
-TEST(String, ToLatin1_TurnsWhatDoesNotFitAByteIntoQuestionMarks) {
+TEST(String, ToLatin1_ReplacesOtherCharactersByQuestionMarks) {
     EXPECT_EQ(String(L"A\u00FF\u0100\uFF21").toLatin1(), "A\xFF??");
     EXPECT_EQ(String("a\0b", 3).toLatin1(), std::string("a\0b", 3));
 }
 
-TEST(String, Mid_CutsToWhatIsThere) {
+TEST(String, Mid_IsLimitedToTheText) {
     struct {
         int start;
         int count;
@@ -73,7 +73,7 @@ TEST(String, StartsWith_IsCaseSensitiveAndKnowsShortTexts) {
 }
 
 TEST(String, TrimRight_RemovesOnlyTrailingWhiteSpace) {
-    // A no-break space is text.
+    // A no-break space is not white space.
     for (const auto& [given, trimmed] :
          {std::pair(L" a b \t\r\n\v\f ", L" a b"), {L" \r\n", L""}, {L"a\u00A0", L"a\u00A0"}}) {
         String text(given);
@@ -115,7 +115,7 @@ TEST(String, ToStringAndToHexString_GiveDigits) {
     EXPECT_TRUE(ul::toHexString(-1) == "FFFFFFFF" && ul::toHexString(0xAB) == "AB") << "upper case, of 32 bits";
 }
 
-TEST(Partition, SplitsAtTheFirstSeparator_OrGivesTheWholeTextAsBefore) {
+TEST(Partition, SplitsAtTheFirstSeparator_OrNotAtAll) {
     expectPartition("a/b/c", "/", "a", "/", "b/c");
     expectPartition("/b", "/", "", "/", "b");
     expectPartition("a/", "/", "a", "/", "");
@@ -162,7 +162,7 @@ TEST(String, CopyLatin1_OfAPart_WritesOnlyThat) {
     EXPECT_STREQ(out, ".b?d..");
 }
 
-TEST(WipeText, CharactersOfNowAndOfBefore_AreZeros) {
+TEST(WipeText, CurrentAndEarlierCharacters_AreZeros_AndTheTextCanBeUsedAgain) {
     String text(std::wstring(50, L'k') + std::wstring(50, L' '));
     const wchar_t* const characters = text.c_str();
     text.trimRight();
@@ -171,10 +171,6 @@ TEST(WipeText, CharactersOfNowAndOfBefore_AreZeros) {
     EXPECT_TRUE(text.isEmpty());
     ASSERT_EQ(text.c_str(), characters) << "the memory is still the text's";
     EXPECT_TRUE(std::all_of(characters, characters + 100, [](wchar_t character) { return character == 0; }));
-}
-
-TEST(WipeText, EmptyText_StaysEmpty) {
-    String text;
     ul::wipe(text);
     EXPECT_TRUE(text.isEmpty());
     text += "next";

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// UTF-8 (RFC 3629), strict both ways.
+// UTF-8 as RFC 3629 defines it.
 #include "support/expect.h"
+#include "support/table.h"
 
 #include "ul/string.h"
 
-#include <ostream>
+namespace sarn_test {
 
 namespace {
 
@@ -12,26 +13,15 @@ ul::String decode(const std::string& bytes) {
     return ul::String::fromUTF8(bytes.data(), bytes.size());
 }
 
-struct Pair {
-    const char* name;
+struct Pair : Row {
     std::wstring text;
     std::string bytes;
 };
 
-struct Invalid {
-    const char* name;
+struct Invalid : Row {
     std::string bytes;
     const char* position;
 };
-
-/// For messages of failures and the names of tests.
-void PrintTo(const Pair& pair, std::ostream* out) {
-    *out << pair.name;
-}
-
-void PrintTo(const Invalid& invalid, std::ostream* out) {
-    *out << invalid.name;
-}
 
 class UTF8 : public testing::TestWithParam<Pair> {};
 class InvalidUTF8 : public testing::TestWithParam<Invalid> {};
@@ -67,19 +57,21 @@ TEST_P(UTF8, EncodesAndDecodes) {
     EXPECT_EQ(decode(GetParam().bytes).toStdWString(), GetParam().text);
 }
 
-INSTANTIATE_TEST_SUITE_P(Edges, UTF8, testing::ValuesIn(edges), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Edges, UTF8, testing::ValuesIn(edges), getRowName<Pair>);
 
 TEST_P(InvalidUTF8, IsRefusedWithThePosition) {
-    sarn_test::expectError("Invalid UTF-8 text.", {"position", GetParam().position}, [] { decode(GetParam().bytes); });
+    expectError("Invalid UTF-8 text.", {"position", GetParam().position}, [] { decode(GetParam().bytes); });
 }
 
-INSTANTIATE_TEST_SUITE_P(Kinds, InvalidUTF8, testing::ValuesIn(invalid), testing::PrintToStringParamName());
+INSTANTIATE_TEST_SUITE_P(Kinds, InvalidUTF8, testing::ValuesIn(invalid), getRowName<Invalid>);
 
 TEST(ToUTF8, OfAnUnpairedSurrogate_IsRefusedWithThePosition) {
     const std::pair<const wchar_t*, const char*> texts[] = {{L"ab\xD800", "2"},       {L"ab\xD800z", "2"},
                                                             {L"ab\xDBFF\xD800", "2"}, {L"\xDC00\xD800", "0"},
                                                             {L"\xDFFF", "0"},         {L"a\xDC00", "1"}};
     for (const auto& [text, position] : texts)
-        sarn_test::expectError("Text cannot be encoded as UTF-8.", {"position", position},
-                               [text = text] { ul::String(text).toUTF8(); });
+        expectError("Text cannot be encoded as UTF-8.", {"position", position},
+                    [text = text] { ul::String(text).toUTF8(); });
 }
+
+} // namespace sarn_test

@@ -17,7 +17,7 @@ namespace {
 
 constexpr char notLocked[] = "Mutex is not locked by the calling thread.";
 
-/// Whether another thread gets the mutex. It gives it back.
+/// Whether another thread can lock the mutex.
 bool isFree(ul::CMutex& mutex) {
     bool hasLocked = false;
     runOnThreads(1, [&](int) {
@@ -70,10 +70,10 @@ TEST(CMutex, UnderContention_ExcludesEveryOtherThread) {
     EXPECT_EQ(sum, 160000);
 }
 
-TEST(CMutex, HeldByAThreadThatEnded_IsNotHandedToAnother) {
+TEST(CMutex, HeldByAThreadThatEnded_IsNotFreeForAnother) {
     ul::CMutex mutex;
     runOnThreads(1, [&](int) { mutex.lock(); });
-    // The system likes to give the same stack, and with it the same id, to the next thread.
+    // The next thread often gets the same stack, and so the same identifier.
     for (int i = 0; i < 20; ++i)
         EXPECT_FALSE(isFree(mutex));
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Files that fail, and files that only exist outside Windows.
+// Files that fail, and files that exist only outside Windows.
 #include "../file_fixture.h"
 
 #include <cerrno>
@@ -14,7 +14,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-/// The lowest number that is free, which the next descriptor gets.
+/// The number of the next descriptor.
 int getNextDescriptor() {
     const int descriptor = ::dup(STDERR_FILENO);
     ::close(descriptor);
@@ -23,11 +23,11 @@ int getNextDescriptor() {
 
 } // namespace
 
-TEST_F(WriteUTF8TextFile, InAFolderThatTakesNoFiles_IsAFileError) {
+TEST_F(WriteUTF8TextFile, InAFolderThatRefusesFiles_IsAFileError) {
     expectWriteError(ul::CWindowsPath("/proc/self/none"), ENOENT);
 }
 
-TEST_F(WriteUTF8TextFile, AtTheTopOfAFileSystem_GoesThroughThatOneOnly) {
+TEST_F(WriteUTF8TextFile, AtTheTopOfAFileSystem_IsWrittenWithinIt) {
     ASSERT_TRUE(fs::is_directory("/dev/shm")) << "this test needs a file system of its own to write to";
     const std::string name = "/dev/shm/sarn-test-" + std::to_string(::getpid());
     ul::writeUTF8TextFile(ul::CWindowsPath(name.c_str()), "text");
@@ -35,7 +35,7 @@ TEST_F(WriteUTF8TextFile, AtTheTopOfAFileSystem_GoesThroughThatOneOnly) {
     fs::remove(name);
 }
 
-TEST_F(WriteUTF8TextFile, FileThatSomebodyReads_IsReplacedAndTheReaderGoesOnWithTheOldOne) {
+TEST_F(WriteUTF8TextFile, FileThatIsBeingRead_IsReplacedAndTheReaderKeepsTheOldOne) {
     write(std::string(100000, 'x'));
     ul::CWindowsFileInStream reader(path);
     ul::writeUTF8TextFile(path, "new");
@@ -45,13 +45,13 @@ TEST_F(WriteUTF8TextFile, FileThatSomebodyReads_IsReplacedAndTheReaderGoesOnWith
     EXPECT_EQ(content, std::string(100000, 'x'));
 }
 
-TEST_F(WriteUTF8TextFile, Path_IsShownAsThePathsTextInTheError) {
+TEST_F(WriteUTF8TextFile, Path_IsShownByItsTextInTheError) {
     expectErrorOf<ul::CFileError>("Cannot open file 'Z:\\no\\such\\file': No such file or directory.",
                                   [] { ul::readUTF8TextFile(ul::CWindowsPath("/no/such/file")); });
 }
 
 TEST_F(CWindowsFileInStream, ReadThatFails_IsAFileError) {
-    // The process's own memory cannot be read at address 0.
+    // The memory of the process cannot be read at address 0.
     const ul::CWindowsPath memory("/proc/self/mem");
     ul::CWindowsFileInStream stream(memory);
     char data[1];
@@ -59,7 +59,7 @@ TEST_F(CWindowsFileInStream, ReadThatFails_IsAFileError) {
     expectFileError("read file", memory, EIO, "", [&] { stream.isEndOfStream(); });
 }
 
-TEST_F(CWindowsFileInStream, LengthThatTheSystemDoesNotSay_IsAFileError) {
+TEST_F(CWindowsFileInStream, LengthThatTheSystemDoesNotReport_IsAFileError) {
     write("abc");
     const int descriptor = getNextDescriptor();
     const ul::CWindowsFileInStream stream(path);
@@ -79,7 +79,7 @@ TEST_F(CWindowsFileInStream, FileWithoutASize_IsReadToItsEnd) {
     EXPECT_THROW(ul::readUTF8TextFile(ul::CWindowsPath("/proc/self/status"), 10), ul::CFileError);
 }
 
-TEST_F(CWindowsFileInStream, EndOfAFile_AfterAnInterruptedCallOfSomebodyElses_IsTheEnd) {
+TEST_F(CWindowsFileInStream, EndOfAFile_AfterAnInterruptedCallOfTheHost_IsTheEnd) {
     ul::CWindowsFileInStream stream(write(""));
     char data[1];
     errno = EINTR;
@@ -92,13 +92,13 @@ TEST_F(CWindowsFileInStream, InAProcessWithoutStandardInput_IsOpened) {
     ASSERT_GE(standardInput, 0);
     ::close(STDIN_FILENO);
     {
-        // It gets the number that is free.
+        // The stream gets descriptor 0.
         ul::CWindowsFileInStream stream(path);
         char data[3];
         EXPECT_EQ(stream.readLax(data, 3), 3);
         EXPECT_EQ(std::string(data, 3), "abc");
     }
-    EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1) << "it is closed with the stream";
+    EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1) << "the stream has closed it";
     ::dup2(standardInput, STDIN_FILENO);
     ::close(standardInput);
 }
@@ -111,7 +111,7 @@ TEST_F(CWindowsFileInStream, FileBeyond4GiB_HasItsLength) {
     expectFileError("read file", path, -1, "it is too large to be held in memory", [&] { ul::readUTF8TextFile(path); });
 }
 
-TEST_F(CWindowsFileInStream, Descriptor_IsClosedByExecAndReadsAsAnyOther) {
+TEST_F(CWindowsFileInStream, Descriptor_IsClosedByExecAndBlocks) {
     write("abc");
     const int descriptor = getNextDescriptor();
     const ul::CWindowsFileInStream stream(path);
@@ -129,7 +129,7 @@ TEST_F(CWindowsFileInStream, ClosedAndFailedStreams_LeaveNoDescriptorOpen) {
     EXPECT_EQ(getNextDescriptor(), before);
 }
 
-TEST_F(CWindowsFileInStream, NameThatIsNoUnicode_IsAFileError) {
+TEST_F(CWindowsFileInStream, NameThatIsNotUnicode_IsAFileError) {
     expectErrorOf<ul::CFileError>("Cannot open file 'Z:\\a?': its name is no valid Unicode text.",
                                   [] { ul::CWindowsFileInStream stream(ul::CWindowsPath(L"/a\xD800")); });
 }

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Whose file takes the place of another, and with which rights.
+// The owner and the permissions of a file that replaces another.
 #include "replaced_file.h"
 #include "support/threads.h"
 
@@ -22,7 +22,7 @@ TEST_F(ReplacedFile, OfTheCaller_KeepsItsPermissionBitsAndNoMore) {
     EXPECT_EQ(getMode("g"), 0600U) << "a new file follows the creation mask";
 }
 
-TEST_F(ReplacedFile, PreparedBySomebodyElse_GivesHimNoRightsOfTheCaller) {
+TEST_F(ReplacedFile, OfAnotherUser_GivesThatUserNoRightsOfTheCaller) {
     for (const mode_t mode : {06777U, 0600U}) {
         write("old");
         const bool isForeign = setOwner("f", nobody, nobody);
@@ -35,17 +35,17 @@ TEST_F(ReplacedFile, PreparedBySomebodyElse_GivesHimNoRightsOfTheCaller) {
     }
 }
 
-TEST_F(ReplacedFile, OfTheCallerAndAnotherGroup_GivesTheNewGroupNoMoreThanItHad) {
+TEST_F(ReplacedFile, OfTheCallerAndAnotherGroup_GivesTheNewGroupNoMoreRights) {
     ::umask(0);
     write("old");
     const bool isForeign = setOwner("f", ::geteuid(), nobody);
     setMode("f", 02750);
     ul::writeUTF8TextFile(path, "new");
-    EXPECT_EQ(getMode("f"), isForeign ? 0640U : 0750U) << "as a new file, and within what the old one had";
+    EXPECT_EQ(getMode("f"), isForeign ? 0640U : 0750U) << "as a new file, without rights that the old one lacked";
     EXPECT_EQ(getStatus("f").st_gid, ::getegid());
 }
 
-TEST_F(ReplacedFile, InAFolderThatGivesItsGroup_StaysAsPrivateAsItWas) {
+TEST_F(ReplacedFile, InAFolderThatPassesItsGroupOn_StaysAsPrivateAsBefore) {
     if (::geteuid() == 0) {
         ASSERT_TRUE(setOwner("", 0, nobody));
     }
@@ -82,7 +82,7 @@ TEST_F(ReplacedFile, InAFolderThatMayOnlyBeWritten_IsReplacedWithoutAnError) {
     }
 }
 
-TEST_F(ReplacedFile, InAFolderThatIsNotThere_IsNamedInTheError) {
+TEST_F(ReplacedFile, InAMissingFolder_IsNamedInTheError) {
     write("old");
     expectWriteError(folder.getPath("none/f"), ENOENT);
     expectWriteError(folder.getPath("f/g"), ENOTDIR);

@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: Apache-2.0
-// A folder in which files are replaced, and how their status is looked at.
 #pragma once
 
 #include "../file_fixture.h"
@@ -17,7 +16,7 @@ constexpr char notRegular[] = "it is not a regular file";
 /// A user and group without rights of their own.
 constexpr unsigned nobody = 65534;
 
-/// Runs `check` in a copy of the process that has the rights of an ordinary user, and expects it to pass there.
+/// Expects `check` to pass in a forked process with the rights of an ordinary user.
 template <class Check>
 void expectAsOrdinaryUser(Check check) {
     std::fflush(nullptr);
@@ -33,7 +32,7 @@ void expectAsOrdinaryUser(Check check) {
     }
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
-    EXPECT_EQ(status, 0) << "the failures stand above";
+    EXPECT_EQ(status, 0) << "see the failures above";
 }
 
 class ReplacedFile : public FileFixture {
@@ -49,18 +48,18 @@ protected:
     void setMode(const std::string& name, mode_t mode) const {
         ASSERT_EQ(::chmod(folder.getNative(name).c_str(), mode), 0);
     }
-    /// False if the process may not do that.
+    /// Returns false if the process may not do that.
     bool setOwner(const std::string& name, uid_t owner, gid_t group) const {
         return ::chown(folder.getNative(name).c_str(), owner, group) == 0;
     }
-    /// Lets an ordinary user work in the folder, who owns it.
+    /// Gives the folder to the ordinary user.
     void openFolder() const {
         if (::geteuid() == 0) {
             ASSERT_TRUE(setOwner("", nobody, nobody));
         }
     }
 
-    /// Expects that something that is not a regular file is neither replaced nor opened.
+    /// Expects that a name which is not a regular file is neither replaced nor opened.
     void expectRefused(const std::string& name) const {
         const struct stat before = getStatus(name);
         const std::vector<std::string> names = folder.list();

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Links, and what is not a regular file.
+// Links, and other files that are not regular.
 #include "replaced_file.h"
 
 #include <cerrno>
@@ -12,7 +12,7 @@ namespace sarn_test {
 
 namespace fs = std::filesystem;
 
-TEST_F(ReplacedFile, ThatIsALink_LeavesWhatItLeadsToAndTakesNoRightsFromIt) {
+TEST_F(ReplacedFile, ThatIsALink_LeavesItsTargetAndTakesNoRightsFromIt) {
     folder.write("target", "old");
     setMode("target", 06777);
     for (const char* const target : {"target", "none", "."}) {
@@ -47,7 +47,7 @@ TEST_F(ReplacedFile, ThatIsASocket_IsRefused) {
 
 TEST_F(ReplacedFile, ThatIsADevice_IsRefused) {
     if (::geteuid() == 0) {
-        // Not the system's own, which would be gone if this failed.
+        // A device of our own: a mistake would delete the system's.
         ASSERT_EQ(::mknod(folder.getNative("null").c_str(), S_IFCHR | 0666, makedev(1, 3)), 0);
         expectRefused("null");
     } else {

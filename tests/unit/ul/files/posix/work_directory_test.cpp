@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Working directories that only exist outside Windows.
+// Working directories that exist only outside Windows.
 #include "../file_fixture.h"
 
 #include <cerrno>

@@ -6,7 +6,7 @@
 
 namespace sarn_test {
 
-TEST_F(WriteUTF8TextFile, FileThatSomebodyReads_IsNotReplacedOnWindows) {
+TEST_F(WriteUTF8TextFile, FileThatIsBeingRead_IsNotReplacedOnWindows) {
     write("old");
     {
         const ul::CWindowsFileInStream reader(path);
@@ -26,7 +26,7 @@ TEST_F(WriteUTF8TextFile, ReadOnlyFile_IsRefused) {
     ::SetFileAttributesW(native.c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
-TEST_F(WriteUTF8TextFile, FileThatCannotBeMade_IsNamedInTheError) {
+TEST_F(WriteUTF8TextFile, FileThatCannotBeCreated_IsNamedInTheError) {
     expectWriteError(folder.getPath("none\\f"));
 }
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Tables of cases, each of which is a test of its own.
+// Tables in which each row is a test.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 
 namespace sarn_test {
 
-/// The beginning of a row: the name of its test.
+/// The base of rows.
 struct Row {
     std::string name;
 };
@@ -18,7 +18,6 @@ inline std::ostream& operator<<(std::ostream& out, const Row& row) {
     return out << row.name;
 }
 
-/// Names a test after its row.
 template <class Case>
 std::string getRowName(const testing::TestParamInfo<Case>& info) {
     return info.param.name;

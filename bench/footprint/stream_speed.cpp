@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// What streams cost beside one call over the same bytes, and how much memory a long one takes. For a person to read:
-// times on a busy machine prove nothing by themselves.
+// usage: sarn_stream_speed [long GIBIBYTES]
+// Compares the speed of cipher streams with that of one call over the same bytes, or prints the memory of a long
+// stream.
 #include <sarn/host.h>
 
 #include <algorithm>
@@ -21,7 +22,7 @@ struct Times {
     double stream = 1e9;
 };
 
-/// Seconds of processor time that `action` takes.
+/// The processor time of `action` in seconds.
 template <class Action>
 double measure(Action action) {
     const std::clock_t start = std::clock();
@@ -29,7 +30,7 @@ double measure(Action action) {
     return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
 }
 
-/// The shortest of many runs that take turns: what disturbs a run only makes it longer.
+/// The shortest times of many interleaved runs, because disturbances only make a run longer.
 template <class Call, class Stream>
 Times compare(Call call, Stream stream) {
     Times times;
@@ -76,7 +77,7 @@ void compareCipher(const char* id, std::size_t size) {
     }
 }
 
-/// The most memory that this process has had so far, in KiB, as Linux says it.
+/// The peak memory of this process in KiB, as Linux reports it.
 long getPeakMemory() {
     std::ifstream status("/proc/self/status");
     for (std::string word; status >> word;)
@@ -85,7 +86,7 @@ long getPeakMemory() {
     return 0;
 }
 
-/// Encrypts and decrypts `gigabytes` GiB and compares.
+/// Encrypts and decrypts `gigabytes` GiB and compares the digests.
 void runLong(long gigabytes) {
     const auto key = ul::makeRandomBytes(32);
     sarn::CStreamEncryptor encryptor("aes256cbc", key);
@@ -103,7 +104,7 @@ void runLong(long gigabytes) {
     sarn::feed(*after, decryptor.update(encryptor.finish()));
     sarn::feed(*after, decryptor.finish());
     const bool isSame = ul::CBytes(sarn::finish(*before)) == sarn::finish(*after);
-    std::printf("%s\n", isSame ? "what came out is what went in" : "OTHER bytes came out");
+    std::printf("%s\n", isSame ? "the decrypted bytes are the original ones" : "the decrypted bytes are WRONG");
 }
 
 } // namespace
