@@ -182,7 +182,7 @@ def recover(backup, public_key, target, password_file=None):
             restored += 1
         except (NotVerified, OSError) as problem:
             status = max(status, report(problem, repr(name)))
-    print(f"{restored} of {len(files)} files are restored to {target}, each with the digest of its original.")
+    print(f"{restored} of {len(files)} files are restored, each with the digest of its original.")
     return status
 
 

@@ -17,7 +17,7 @@ def add(name, damage, status, message, restored=()):
     CASES.append(Case(name, damage, status, message, restored))
 
 
-# What is signed.
+# Damage to the files that are signed, and to their signatures.
 for title, file, other in (("Configuration", "backup.ini", "manifest.ini"), ("Manifest", "manifest.ini", "backup.ini")):
     wrong = f"recover.py: {file} does not match its signature"
     add(f"{title}WhoseByteWasChanged",
@@ -87,7 +87,7 @@ add("NameOfTwoFiles", lambda at: at.backup.write_new(["a", "a", "last"]), 3, "'a
 add("NameBelowAFile", lambda at: at.backup.write_new(["a", "a/b", "last"]), 3, "'a/b': ", ["a", "last"])
 add("NameThatIsTooLong", lambda at: at.backup.write_new(["a" * 300, "last"]), 3, "'aaa.*: .*too long", ["last"])
 
-# What is not the backup's fault.
+# Failures for which the backup has no fault.
 add("FolderWithoutABackup", lambda at: shutil.rmtree(at.backup.folder), 1, "backup.ini is missing")
 add("TargetThatIsAFile", lambda at: (at.target.rmdir(), at.target.write_text("")), 3, "recover.py: .*File exists")
 add("MachineWithoutOpenssl", lambda at: (at.programs / "openssl").unlink(), 3, "recover.py: .*'openssl'")
