@@ -13,8 +13,8 @@ CIPHERS = ("aes256cbc", "aes128cbc", "bfcbc", "cast128cbc", "null")
 PASSWORD = "pässword of the tests"
 # Files that stay whole, in sizes around those of blocks and pieces, under names that are not easy.
 WHOLE = {"empty": 0, "one": 1, "block less one": 15, "block": 16, "folder/below/block and one": 17,
-         "folder/piece": 1 << 16, "Größe 😀": 70001, "-d": 10, "a=b;c#d": 11, '"quoted" %s $HOME': 12,
-         "two  spaces": 13, "[hmac]": 14}
+         "folder/piece": 1 << 16, "folder/two pieces": (1 << 20) + 1, "Größe 😀": 70001, "-d": 10, "a=b;c#d": 11,
+         '"quoted" %s $HOME': 12, "two  spaces": 13, "[hmac]": 14}
 
 
 def flip(data, position):
@@ -94,7 +94,7 @@ class Backup:
         signature = run("openssl", "dgst", "-sha1", "-sign", self.private_key, self.folder / name)
         self.write(name + ".sig", base64.encodebytes(signature))
 
-    def write_new(self, names, password=PASSWORD, cipher="null", salt="1", iterations="1", mac=None):
+    def write_new(self, names, password=PASSWORD, cipher="null", salt="1", hmac_salt=2, iterations="1", mac=None):
         """Writes a backup with a file of each name, signed and with the right HMAC: only what it says is wrong."""
         self.write_signed("backup.ini", f"[sources]\ncipher={cipher}\n")
         manifest = f"[backup]\ncipher={cipher}\nsalt={salt}\niterations={iterations}\n[files]\n"
@@ -102,7 +102,7 @@ class Backup:
             self.write(f"{number}.encrypted", name)
             manifest += f"{number}={compute_digest(name.encode())} {name}\n"
         if mac is None:
-            key = hashlib.pbkdf2_hmac("sha1", password.encode(), (2).to_bytes(8, "little"), 1, 20)
+            key = hashlib.pbkdf2_hmac("sha1", password.encode(), hmac_salt.to_bytes(8, "little"), 1, 20)
             mac = base64.b64encode(hmac.digest(key, manifest.encode(), "sha1")).decode()
         self.write_signed("manifest.ini", f"{manifest}[hmac]\nsha1={mac}\n")
 

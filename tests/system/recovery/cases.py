@@ -91,4 +91,7 @@ add("NameThatIsTooLong", lambda at: at.backup.write_new(["a" * 300, "last"]), 3,
 add("FolderWithoutABackup", lambda at: shutil.rmtree(at.backup.folder), 1, "backup.ini is missing")
 add("TargetThatIsAFile", lambda at: (at.target.rmdir(), at.target.write_text("")), 3, "recover.py: .*File exists")
 add("MachineWithoutOpenssl", lambda at: (at.programs / "openssl").unlink(), 3, "recover.py: .*'openssl'")
+for title, option, message in (("LegacyProvider", "legacy", "unable to load provider legacy"),
+                               ("SHA1InSignatures", "-verify", "Error setting context: invalid digest")):
+    add(f"OpensslWithout{title}", lambda at, o=option, m=message: at.replace_openssl(o, m), 3, message)
 add("PasswordFileThatIsMissing", lambda at: at.password.unlink(), 3, "recover.py: .*password")

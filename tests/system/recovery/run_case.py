@@ -51,6 +51,15 @@ class Place:
         self.password.write_text(PASSWORD + "\n", encoding="utf-8")
         shutil.copy(keys / "demo_only.pub.pem", self.public_key)
 
+    def replace_openssl(self, option, message):
+        """Puts a command in its place that fails if it is given the option."""
+        command = self.programs / "openssl"
+        original = command.resolve()
+        command.unlink()
+        command.write_text(f'#!/bin/sh\ncase "$*" in *{option}*) echo "{message}" >&2; exit 1 ;; esac\n'
+                           f'exec {original} "$@"\n')
+        command.chmod(0o755)
+
     def run(self, *words, stdin=""):
         """Runs recover.py; the libraries in its process are not ours."""
         done = subprocess.run([str(self.programs / "python3"), "-c", RUNNER, self.recover, *words], cwd=self.folder,
@@ -104,6 +113,21 @@ def check_typed_password(at, sources):
     at.check_restored(sources)
 
 
+def check_password_of_an_editor(at, _):
+    at.backup.write_new(["a"])
+    at.password.write_bytes(b"\xef\xbb\xbf" + PASSWORD.encode() + b"\r\nThis line is not the password.\r\n")
+    done = at.restore()
+    expect(done.returncode == 0, done.stdout)
+    at.check_restored({"a": b"a"})
+
+
+def check_largest_salt(at, _):
+    at.backup.write_new(["a"], salt=str(2**64 - 1), hmac_salt=0)
+    done = at.restore()
+    expect(done.returncode == 0, done.stdout)
+    at.check_restored({"a": b"a"})
+
+
 def check_arguments(at, _):
     for words in ([], ["backup"], ["backup", "public.pem"], ["backup", "public.pem", "target", "password", "more"]):
         done = at.run(*words)
@@ -120,6 +144,8 @@ def check_openssl(at, _):
 CHECKS = {f"{name}/{cipher}": (check, cipher) for cipher in CIPHERS for name, check in (
     ("WholeBackup_IsRestored", check_whole), ("DamagedCopies_AreRefusedAndTheOthersRestored", check_damaged_copies))}
 CHECKS["TypedPassword_IsTaken"] = (check_typed_password, "null")
+CHECKS["PasswordFileOfAnEditor_IsRead"] = (check_password_of_an_editor, "null")
+CHECKS["LargestSalt_IsFollowedByZero"] = (check_largest_salt, "null")
 CHECKS["WrongArguments_AreRefused"] = (check_arguments, "null")
 CHECKS["OpensslCommand_IsNotOurs"] = (check_openssl, "null")
 
