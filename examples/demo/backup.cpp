@@ -30,11 +30,13 @@ Keys getKeys(sarn::CPasswordKeyCache& cache, const Manifest& manifest) {
             cache.getKey(20, manifest.salt + 1, manifest.iterations)};
 }
 
-Totals storeFiles(const WorkFolder& folder, const std::vector<fs::path>& files, const Key& key, Manifest& manifest) {
+Totals storeFiles(const WorkFolder& folder, const fs::path& source, const std::vector<fs::path>& files, const Key& key,
+                  Manifest& manifest) {
+    const fs::path base = fs::is_directory(source) ? source : source.parent_path();
     ProgressLine progress(getTotalSize(files));
     Totals totals;
     for (std::size_t i = 0; i < files.size(); ++i) {
-        const std::string name = toUTF8(files[i]);
+        const std::string name = toUTF8(files[i].lexically_relative(base));
         totals.throughput.measure([&] {
             const auto addSize = [&](std::int64_t size) {
                 totals.throughput.addBytes(size);

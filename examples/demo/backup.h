@@ -31,9 +31,9 @@ struct Totals {
     Throughput throughput;
 };
 
-/// Digests and encrypts each file and notes it in the manifest.
-Totals storeFiles(const WorkFolder& folder, const std::vector<std::filesystem::path>& files, const Key& key,
-                  Manifest& manifest);
+/// Digests and encrypts each file and notes it in the manifest, under its name below the folder that is backed up.
+Totals storeFiles(const WorkFolder& folder, const std::filesystem::path& source,
+                  const std::vector<std::filesystem::path>& files, const Key& key, Manifest& manifest);
 
 /// Decrypts each file of the manifest and compares its digest with the one noted there and its content with the
 /// original. Appends the names of those that differ to `different`.

@@ -24,7 +24,7 @@ fs::path withSuffix(fs::path path, const char* suffix) {
 }
 
 std::string toUTF8(const fs::path& path) {
-    const auto text = path.u8string(); // its type differs from C++20 on
+    const auto text = path.generic_u8string(); // its type differs from C++20 on
     return {text.begin(), text.end()};
 }
 

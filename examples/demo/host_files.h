@@ -13,7 +13,7 @@ namespace demo {
 /// `path` with a suffix after its name.
 std::filesystem::path withSuffix(std::filesystem::path path, const char* suffix);
 
-/// The text of a path in UTF-8.
+/// The text of a path in UTF-8, with "/" between its names on every system.
 std::string toUTF8(const std::filesystem::path& path);
 
 /// The key that verifies configurations and manifests.

@@ -153,7 +153,7 @@ int backUp(const Options& options) {
     showStep("keys", "two derived from the password in " + describeTime(derivation) + ", found again in " +
                          describeTime(lookUp));
 
-    const demo::Totals stored = demo::storeFiles(folder, files, *keys.encryption, manifest);
+    const demo::Totals stored = demo::storeFiles(folder, options.path, files, *keys.encryption, manifest);
     showStep("files", "digested and encrypted in one pass, " + stored.throughput.describe());
     const bool isResumed = resumeDigestOfLargest(options, manifest, files, folder.getPath());
     manifest.write(folder.getManifest(), *keys.manifest);

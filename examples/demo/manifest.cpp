@@ -51,8 +51,9 @@ bool hasRightHMAC(const fs::path& path, const Key& macKey) {
     ul::String before;
     ul::String separator;
     ul::String after;
-    ul::partition(ul::readUTF8TextFile(ul::path(path)), macSection, before, separator, after);
-    return after == getMacLine(before, macKey);
+    const ul::String header = ul::String("\n") + macSection; // a line of its own: a file may be called "[hmac]"
+    ul::partition(ul::readUTF8TextFile(ul::path(path)), header, before, separator, after);
+    return after == getMacLine(before + "\n", macKey);
 }
 
 } // namespace demo

@@ -14,7 +14,7 @@ namespace demo {
 using Key = ul::TCryptBuffer<unsigned char>;
 
 struct ManifestFile {
-    std::string name;
+    std::string name; // relative, so that the files can be restored to any folder
     std::string digest;
 };
 

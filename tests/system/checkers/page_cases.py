@@ -51,6 +51,16 @@ add("PageCode", ["{cmake}", "-DPAGE={work}/README.md", "-DROOT={work}", "-P", "{
     ("WithoutTheNameOfItsFile",
      lambda at: at.append("README.md", "\n```cpp\nint main() {}\n```\n"), "of 2 code blocks 1 name their source"),
 ])
+COMMANDS = "```console\n$ cat file\nkept\n```\n```pycon\n>>> open('file').read()\n'kept\\n'\n```\n"
+add("PageCommands", ["{python}", "{source}/tests/system/recovery/check_commands.py", "page.md", "folder", "file"],
+    lambda at: (at.write("file", "kept\n"), at.write("page.md", COMMANDS)), [
+    ("WhoseOutputDiffers", lambda at: at.write("file", "changed\n"), "status 0, expected: kept got: changed"),
+    ("ThatFail", lambda at: at.replace("page.md", "cat file\nkept", "false"), "in line 1: false status 1"),
+    ("ThatPrintWhatThePageDoesNotShow", lambda at: at.replace("page.md", "^kept\n", ""), "expected: got: kept"),
+    ("OfPythonWhoseOutputDiffers", lambda at: at.replace("page.md", "'kept", "'lost"), "Expected: 'lost"),
+    ("OfAnotherKind", lambda at: at.append("page.md", "```sh\nfalse\n```\n"), "in line 9: a block of the kind 'sh'"),
+    ("ThatAreMissing", lambda at: at.write("page.md", "no commands\n"), "0 blocks"),
+])
 add("Pictures", ["{cmake}", "-DPYTHON={python}", "-DFOLDER={work}/docs/pictures", "-DWORK_DIR={work}/drawn", "-P",
                  "{source}/tests/system/docs/check_pictures.cmake"], lambda at: at.copy("docs/pictures"), [
     ("ThatWasChangedByHand", lambda at: at.append("docs/pictures/ciphertext.svg", "<!-- -->\n"), r"ciphertext\.svg is not what draw.py draws"),

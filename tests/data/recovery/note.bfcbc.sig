@@ -1,0 +1,1 @@
+MCwCFCWf06w2RIxH67Q2eh0+d3IeRfTdAhQ8wcZw7KnwmqgVlHs6uf5Wl3F4cg==
