@@ -38,7 +38,8 @@ public:
     ul::P<ICipher> getCipher(const ul::String& id);
 
 protected:
-    /// Removes all ciphers. Takes no lock. Requires: no other thread uses the registry during the call.
+    /// Removes all ciphers. Takes no lock. Requires: no other thread uses the registry during the call. This is
+    /// protected, unlike CDigestManager::dispose(): hosts are compiled against both as they are.
     void dispose();
 
     /// Calls dispose() on the process-wide registry. It stays empty except for ciphers that the host adds.
