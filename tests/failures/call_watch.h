@@ -24,7 +24,7 @@ struct Call {
 
     template <class T>
     T* getPointer(std::size_t index) const {
-        return reinterpret_cast<T*>(arguments[index]); // NOLINT(performance-no-int-to-ptr): the other way of above
+        return reinterpret_cast<T*>(arguments[index]); // NOLINT(performance-no-int-to-ptr): stored as a number above
     }
 };
 
