@@ -64,7 +64,7 @@ void exercise(sarn::IDigestType& type, const Bytes& state) {
 } // namespace
 
 // It asserts little, but the sanitizers watch. A running, a finished and a read digest cover all layouts.
-TEST_P(DamagedDigestState, EveryByteThroughEveryValue_DoesNoHarm) {
+TEST_P(DamagedDigestState, EachByteWithOneBitFlippedOrAnEdgeAsItsValue_DoesNoHarm) {
     const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType(GetParam());
     for (const Vector& vector : readStatesOf(GetParam())) {
         if (vector.getInt("size") != 100 || vector.getInt("again") >= 0)
@@ -72,8 +72,13 @@ TEST_P(DamagedDigestState, EveryByteThroughEveryValue_DoesNoHarm) {
         const Bytes original = vector.getBytes("state");
         for (std::size_t at = 0; at < original.size(); ++at) {
             Bytes state = original;
-            for (int value = 0; value < 256; ++value) {
-                state[at] = static_cast<unsigned char>(value);
+            for (int bit = 0x01; bit <= 0x80; bit *= 2) {
+                state[at] = static_cast<unsigned char>(original[at] ^ bit);
+                exercise(*type, state);
+            }
+            // The blocks of the digests have 64 bytes.
+            for (const int edge : {0, 1, 63, 64, 65, 127, 128, 255}) {
+                state[at] = static_cast<unsigned char>(edge);
                 exercise(*type, state);
             }
         }
@@ -89,13 +94,13 @@ TEST_P(DamagedDigestState, CutOrChangedAnywhere_LeavesEveryDigestThatRefusesItUn
             const Bytes state = vector.getBytes("state");
             for (std::size_t at = 0; at < state.size(); ++at) {
                 ASSERT_FALSE(isDone([&] { loadState(*digest, cut(state, static_cast<int>(at))); })) << at;
-                ASSERT_EQ(toHex(storeState(*digest)), toHex(before));
+                ASSERT_EQ(storeState(*digest), before);
                 for (const int flip : {0x01, 0x02, 0x40, 0x80, 0xFF}) {
                     Bytes damaged = state;
                     damaged[at] = static_cast<unsigned char>(damaged[at] ^ flip);
                     if (isDone([&] { loadState(*digest, damaged); }))
                         loadState(*digest, before);
-                    ASSERT_EQ(toHex(storeState(*digest)), toHex(before)) << at << " " << flip;
+                    ASSERT_EQ(storeState(*digest), before) << at << " " << flip;
                 }
             }
         }
