@@ -182,7 +182,10 @@ prepare_lane() {
             ensure_packages windows
             scripts/build-libcrypto windows-x86_64 || status=$?
             ;;
-        *) scripts/build-libcrypto linux-x86_64 || status=$? ;;
+        *)
+            [[ $lane != [at]san ]] || ensure_packages clang
+            scripts/build-libcrypto linux-x86_64 || status=$?
+            ;;
     esac
     if ((status == 3)) && [[ $lane == release && $command =~ ^(demo|build|test|install)$ ]]; then
         say "using the system's libcrypto instead: it lacks IDEA and has Blowfish and CAST-128 in its legacy provider"
@@ -200,12 +203,12 @@ build() {
     quietly "building $preset" "build-$preset" cmake --build --preset "$preset" -j "$jobs" --target "$@"
 }
 
-# Runs all tests of the prepared lane.
+# Runs the tests of the prepared lane that ctest selects: run_ctest [OPTION...]
 run_ctest() {
     local log=$logs/test-$preset.log
     say "running the tests of $preset"
     # The log has a line for each passed test; the screen shows their number from time to time.
-    ctest --preset "$preset" -j "$jobs" --no-tests=error </dev/null | tee "$log" |
+    ctest --preset "$preset" -j "$jobs" --no-tests=error "$@" </dev/null | tee "$log" |
         awk '/ Passed /  { if (++passed % 50 == 0) print "    " passed " passed"; fflush(); next }
              /^ *Start / { next }
              { print; fflush() }'

@@ -160,6 +160,8 @@ std::vector<std::string> replaceAll() {
         replacements[call.name] = call.replacement;
     }
     replacements["fsync"] = reinterpret_cast<void*>(&flush);
+    // Clang's address sanitizer checks the memory first.
+    replacements["__asan_memcpy"] = replacements.at("memcpy");
     std::vector<std::string> names;
     for (const char* const library : {"libul.", "libsarn."}) {
         visitImports(library, [&](const char* name, void** address) {
