@@ -47,6 +47,8 @@ Bytes replaceFile(std::size_t size, Write write) {
             std::none_of(removals.begin(), removals.end(), [](const Call& call) { return call.fails; });
         if (isRemoved && place.folder.list() != std::vector<std::string>{"file"})
             throw std::logic_error("something is left beside the file");
+        if (!isRemoved)
+            place.folder.clear();
         throw;
     }
     return toBytes(place.folder.read("file"));

@@ -63,6 +63,11 @@ std::string TempFolder::read(const std::string& name) const {
     return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
 
+void TempFolder::clear() const {
+    for (const std::string& name : list())
+        fs::remove(getNative(name));
+}
+
 ul::CWindowsPath TempFolder::toPath(const fs::path& native) {
     const std::string text = native.u8string();
     return ul::CWindowsPath(ul::String::fromUTF8(text.data(), text.size()));

@@ -28,6 +28,8 @@ public:
     ul::CWindowsPath write(const std::string& name, const std::string& content) const;
     /// Reads a file without the library.
     std::string read(const std::string& name) const;
+    /// Removes the files.
+    void clear() const;
 
     static ul::CWindowsPath toPath(const std::filesystem::path& native);
 
