@@ -4,7 +4,12 @@
 
 #include "sarn/signature.h"
 
+#include <thread>
+
+// The stack of the thread is gone at the end, and with it every copy of the pointer.
 int main() {
-    const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(sarn_test::readKey("rsa1024"), "");
-    signer->addRef();
+    std::thread([] {
+        const ul::P<sarn::ISigner> signer = sarn::createRSA_SHA1()->beginSign(sarn_test::readKey("rsa1024"), "");
+        signer->addRef();
+    }).join();
 }
