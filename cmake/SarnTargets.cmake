@@ -12,6 +12,10 @@ function(sarn_configure_target target)
     target_compile_options(${target} PRIVATE /W4 $<$<BOOL:${SARN_WARNINGS_AS_ERRORS}>:/WX>)
     return()
   endif()
+  if(NOT WIN32 AND CMAKE_SIZEOF_VOID_P EQUAL 4)
+    # By default 32-bit systems open no file of 2 GiB or more, and none that was changed after 2038.
+    target_compile_definitions(${target} PRIVATE _FILE_OFFSET_BITS=64 _TIME_BITS=64)
+  endif()
   # Resources of Windows are compiled too.
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual

@@ -24,9 +24,9 @@ function(sarn_add_tests name)
   add_executable(${name} ${ARGN})
   sarn_configure_test_target(${name})
   target_link_libraries(${name} PRIVATE GTest::gmock_main)
-  if(NOT CMAKE_CXX_COMPILER_LAUNCHER AND NOT CMAKE_CROSSCOMPILING)
+  if(NOT CMAKE_CXX_COMPILER_LAUNCHER AND NOT WIN32)
     # GoogleTest's header takes longer to compile than most tests. A compiler cache works better without a precompiled
-    # header, and the cross compiler would warn about its own headers.
+    # header, and the compiler for Windows would warn about its own headers.
     target_precompile_headers(${name} PRIVATE <gtest/gtest.h>)
   endif()
   sarn_expect_lost_contexts(${name})

@@ -3,8 +3,11 @@
 /// Traits of libcrypto's hash contexts, used by TDigest_OpenSSL. Hosts do not call them.
 #pragma once
 
+#include "ul/little_endian.h"
+
 #include <cstddef>
 #include <cstring>
+#include <type_traits>
 
 namespace sarn::detail {
 
@@ -48,10 +51,9 @@ template <class Number>
 void exchangeByteOrder(void* begin, const void* end) {
     auto* at = static_cast<unsigned char*>(begin);
     for (; static_cast<const unsigned char*>(end) - at >= std::ptrdiff_t{sizeof(Number)}; at += sizeof(Number)) {
-        Number number;
+        std::make_unsigned_t<Number> number;
         std::memcpy(&number, at, sizeof number);
-        for (std::size_t i = 0; i < sizeof number; ++i)
-            at[i] = static_cast<unsigned char>(number >> 8 * i);
+        ul::storeLittleEndian(at, number);
     }
 }
 

@@ -2,6 +2,8 @@
 #include "sarn/digest.h"
 #include "sarn/digest_support.h"
 
+#include "ul/little_endian.h"
+
 #include <zlib.h>
 
 #include <algorithm>
@@ -32,16 +34,9 @@ struct Kind<CDigestType_CRC32> {
     static constexpr const char* badVersion = "Unsupported CRC32 digest state data version.";
 };
 
-std::uint32_t toNumber(const ChecksumBytes& bytes) {
-    // A single expression, which compilers turn into a plain load where that is equivalent.
-    return std::uint32_t{bytes[0]} | std::uint32_t{bytes[1]} << 8 | std::uint32_t{bytes[2]} << 16 |
-           std::uint32_t{bytes[3]} << 24;
-}
-
 ChecksumBytes toBytes(unsigned long number) {
     ChecksumBytes bytes{};
-    for (std::size_t i = 0; i < bytes.size(); ++i)
-        bytes[i] = static_cast<unsigned char>(number >> 8 * i);
+    ul::storeLittleEndian(bytes.data(), static_cast<std::uint32_t>(number));
     return bytes;
 }
 
@@ -78,7 +73,8 @@ void TDigest_Checksum<Type>::update(const void* data, int length) {
     // For null data zlib returns the initial value, except that adler32() with a size of 1 reads a byte first.
     const unsigned size = data ? static_cast<unsigned>(length) : 0;
     const auto* const bytes = static_cast<const unsigned char*>(data);
-    m_state.checksum = toBytes(Kind<Type>::function(toNumber(m_state.checksum), bytes, size));
+    m_state.checksum =
+        toBytes(Kind<Type>::function(ul::loadLittleEndian<std::uint32_t>(m_state.checksum.data()), bytes, size));
 }
 
 template <class Type>

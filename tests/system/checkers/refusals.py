@@ -13,6 +13,7 @@ import subprocess
 import sys
 
 import command_cases
+import lane_cases
 import package_cases
 import page_cases
 import tree_cases

@@ -1,12 +1,12 @@
 # SPDX-License-Identifier: Apache-2.0
 # Compiles programs as hosts do, with every warning that they may use.
-# Arguments: CXX, STANDARD, WORK_DIR; SOURCES and INCLUDES, joined by |. To link the programs: LIBRARIES, joined by |,
-# and LIBCRYPTO, the folder of that library
+# Arguments: CXX, FLAGS, STANDARD, WORK_DIR; SOURCES and INCLUDES, joined by |. To link the programs: LIBRARIES, joined
+# by |, and LIBCRYPTO, the folder of that library
 string(REPLACE "|" ";" sources "${SOURCES}")
 string(REPLACE "|" ";" includes "${INCLUDES}")
 string(REPLACE "|" ";" libraries "${LIBRARIES}")
 list(TRANSFORM includes PREPEND "-I")
-set(compile "${CXX}" -std=c++${STANDARD} -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror ${includes}
+set(compile "${CXX}" ${FLAGS} -std=c++${STANDARD} -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror ${includes}
   "-DSARN_DEMO_SOURCES=\"\"")
 
 # The headers take most of the time, so they are compiled once.

@@ -28,7 +28,7 @@ read_config(b.ini 1 "Config value '/backup/iterations' is not a number that fits
 write_signed(slash.ini "first = 1\n[net]\nport = 80\n[net/port2]\nx = 3\n[end]\nlast = 2\n")
 read_config(slash.ini 0 "${defaults}//first = 1\r?\n/net/port = 80\r?\n/end/last = 2\r?\n$")
 
-if(NOT EMULATOR)
+if(NOT SUFFIX)
   # Names and the output are UTF-8.
   write_signed("données.ini" "[où]\nclé = été\n")
   read_config("données.ini" 0 "${defaults}/où/clé = été\n$")

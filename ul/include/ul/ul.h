@@ -16,6 +16,7 @@
 #include "ul/global_slot.h"
 #include "ul/ini.h"
 #include "ul/list.h"
+#include "ul/little_endian.h"
 #include "ul/log.h"
 #include "ul/map.h"
 #include "ul/mutex.h"

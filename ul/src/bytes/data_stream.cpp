@@ -3,18 +3,21 @@
 
 #include "errors/raise.h"
 
+#include "ul/little_endian.h"
+
 #include <array>
 
 namespace ul {
+
+static_assert(sizeof(unsigned) == 4, "integers in streams have four bytes");
 
 CDataOutStream& CDataOutStream::writeInt32(int value) {
     return writeUInt32(static_cast<unsigned>(value));
 }
 
 CDataOutStream& CDataOutStream::writeUInt32(unsigned value) {
-    const std::array<unsigned char, 4> bytes = {
-        static_cast<unsigned char>(value), static_cast<unsigned char>(value >> 8),
-        static_cast<unsigned char>(value >> 16), static_cast<unsigned char>(value >> 24)};
+    std::array<unsigned char, 4> bytes;
+    storeLittleEndian(bytes.data(), value);
     return write(bytes.data(), 4);
 }
 
@@ -35,8 +38,7 @@ int CDataInStream::readInt32() {
 unsigned CDataInStream::readUInt32() {
     std::array<unsigned char, 4> bytes;
     m_stream.read(bytes.data(), 4);
-    return static_cast<unsigned>(bytes[0]) | static_cast<unsigned>(bytes[1]) << 8 |
-           static_cast<unsigned>(bytes[2]) << 16 | static_cast<unsigned>(bytes[3]) << 24;
+    return loadLittleEndian<unsigned>(bytes.data());
 }
 
 bool CDataInStream::readBool() {

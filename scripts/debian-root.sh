@@ -1,0 +1,42 @@
+# SPDX-License-Identifier: Apache-2.0
+# shellcheck shell=bash
+# A fresh Debian in a temporary folder, whose name is in `root`. Sourced by scripts that install packages into it; they
+# need root. Sets a trap that removes the folder.
+# shellcheck source=scripts/private-apt.sh
+source "${BASH_SOURCE[0]%/*}/private-apt.sh"
+if ((EUID != 0)); then
+    echo "root is needed to install packages in a fresh Debian"
+    exit 3
+fi
+# A folder with enough room and where mounting is allowed.
+work=$(mktemp -d /var/tmp/sarn-root-XXXXXX)
+root=$work/root
+
+remove_root() {
+    umount -l "$root/proc" 2>/dev/null || true
+    rm -rf --one-file-system "$work"
+}
+trap remove_root EXIT
+
+# Runs a command in the root: inside COMMAND ARGUMENT...
+inside() {
+    env -i PATH=/usr/sbin:/usr/bin:/sbin:/bin HOME=/root LC_ALL=C.UTF-8 DEBIAN_FRONTEND=noninteractive \
+        chroot "$root" "$@"
+}
+
+# Runs a command and prints its time. If it fails, shows the end of its output: step TITLE COMMAND ARGUMENT...
+step() {
+    local what=$1 start=$SECONDS
+    shift
+    "$@" >"$work/log" 2>&1 || { tail -n 30 "$work/log" && echo "failed: $what" && exit 1; }
+    printf '    %3d s  %s\n' $((SECONDS - start)) "$what"
+}
+
+# Sets up a release of Debian from the mirror that this machine uses: make_root RELEASE
+make_root() {
+    local mirror suite
+    read -r mirror suite < <(list_mirrors "$1")
+    step "a fresh Debian $suite" debootstrap --variant=minbase "$suite" "$root" "$mirror"
+    mount -t proc proc "$root/proc"
+    cp /etc/resolv.conf "$root/etc/" 2>/dev/null || true
+}
