@@ -61,9 +61,10 @@ CLI::Option& addFiles(CLI::App& command, std::vector<std::string>& names) {
         names = command.get_option("FILE")->results();
         return true;
     };
-    // CLI11 would take [a,b] apart if it allowed additional words, so it is told to expect many.
+    // CLI11 would take [a,b] apart if it allowed additional words, so it is told to expect this many.
+    constexpr int many = CLI::detail::expected_max_vector_size;
     return *command.add_option("FILE", take, "files to read (default: -)")
-                ->expected(CLI::detail::expected_max_vector_size)
+                ->expected(many, many)
                 ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
                 ->allow_extra_args(false);
 }

@@ -15,8 +15,9 @@ namespace tool {
 
 namespace {
 
-constexpr char checkDetails[] = "Verifies the configuration with FILE.sig, and reads it. The exit status is 1 if the "
-                                "signature is not one of the file.";
+constexpr char checkDetails[] =
+    R"(Verifies the configuration with FILE.sig, and reads it. The exit status is 1 if the signature is not one of the
+file.)";
 constexpr char checkExample[] = R"($ sarn config check --key public.pem backup.ini
 backup.ini: OK, 2 values)";
 constexpr char listDetails[] = "Prints the keys and values of a configuration, if its signature is right.";

@@ -24,7 +24,7 @@ $ sarn digest sha1 --save log.state log.txt
 7c4a8d09ca3762af61e59520943dc26494f8941b  log.txt
 $ echo more >> log.txt
 $ sarn digest sha1 --resume log.state log.txt
-f88a1f1a3461fb9e8e8cd14b64fc36e2ac6ae1a8  log.txt)";
+3fc2a7cc12f49cb0aa2d4cc33bd6bcc168dc21e0  log.txt)";
 
 struct Options {
     std::string id;

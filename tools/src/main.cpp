@@ -17,21 +17,35 @@ namespace tool {
 
 namespace {
 
-/// The words that chose a command, for example "sarn config get".
+/// The command that the words chose, or the group in which they chose none.
+const CLI::App& getChosen(const CLI::App& app) {
+    const std::vector<CLI::App*> chosen = app.get_subcommands();
+    return chosen.empty() ? app : getChosen(*chosen.front());
+}
+
+/// For example "sarn config get".
 std::string getName(const CLI::App& app) {
     const std::vector<CLI::App*> chosen = app.get_subcommands();
     return app.get_name() + (chosen.empty() ? "" : " " + getName(*chosen.front()));
 }
 
+std::string describeMistake(const CLI::App& app, const CLI::ParseError& reason) {
+    const CLI::App& chosen = getChosen(app);
+    if (chosen.get_require_subcommand_min() == 0)
+        return reason.what();
+    const std::vector<std::string> words = chosen.remaining();
+    return words.empty() ? "a command is missing" : "there is no command '" + words.front() + "'";
+}
+
 /// Prints the help, the version or the mistake. Returns the exit status.
 int answer(const CLI::App& app, const CLI::ParseError& reason) {
-    std::ostringstream help, mistake;
-    if (app.exit(reason, help, mistake) == 0) {
+    std::ostringstream help, ignored;
+    if (app.exit(reason, help, ignored) == 0) {
         print(help.str());
         return Done;
     }
     const std::string name = getName(app);
-    warn(name, std::string(reason.what()) + ". Try: " + name + " --help");
+    warn(name, describeMistake(app, reason) + ". Try: " + name + " --help");
     return Misuse;
 }
 

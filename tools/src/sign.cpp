@@ -21,9 +21,9 @@ constexpr char signExample[] = R"($ sarn sign --key private.pem letter.txt
 $ openssl base64 -d -in letter.txt.sig -out signature
 $ openssl dgst -sha1 -verify public.pem -signature signature letter.txt
 Verified OK)";
-constexpr char verifyDetails[] = "Verifies a signature file over SHA-1 with an RSA or DSA key in PEM form. The exit "
-                                 "status is 1 if the signature is not "
-                                 "one\nof the file.";
+constexpr char verifyDetails[] =
+    R"(Verifies a signature file over SHA-1 with an RSA or DSA key in PEM form. The exit status is 1 if the signature is
+not one of the file.)";
 constexpr char verifyExample[] = R"($ openssl dgst -sha1 -sign private.pem letter.txt | openssl base64 > letter.txt.sig
 $ sarn verify --key public.pem letter.txt
 letter.txt: OK)";

@@ -29,7 +29,7 @@ public:
     std::int64_t addBits() {
         const std::uint64_t low = m_stream.readUInt32();
         const auto bits = static_cast<std::int64_t>(low | std::uint64_t{m_stream.readUInt32()} << 32);
-        m_record.add(m_prefix + "bits", bits);
+        m_record.add(m_prefix + "bits so far", bits);
         return bits;
     }
 
@@ -48,7 +48,7 @@ std::int64_t addHash(Fields fields) {
     fields.addBytes("chaining values", contextSize - blockSize - sizeOfBitsAndFill - sizeOfResultSize);
     const std::int64_t bits = fields.addBits();
     fields.addBytes("block", blockSize);
-    fields.addNumber("fill");
+    fields.addNumber("fill of the block");
     if (sizeOfResultSize > 0)
         fields.addNumber("result size");
     fields.addBytes("result", fields.addNumber("result length"));
