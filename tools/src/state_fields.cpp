@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "saved_state.h"
 
+#include <cstdio>
+
 namespace tool {
 
 namespace {
@@ -17,7 +19,9 @@ public:
         return number;
     }
     void addHexNumber(const char* name) {
-        m_record.add(m_prefix + name, "0x" + ul::String(ul::toHexString(m_stream.readInt32())).toLatin1());
+        char digits[16];
+        std::snprintf(digits, sizeof digits, "0x%08X", m_stream.readUInt32());
+        m_record.add(m_prefix + name, digits);
     }
     void addBytes(const char* name, int size) {
         ul::TBuffer<unsigned char> bytes(size, -1);

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: Apache-2.0
-"""What the cases of the command have in common."""
+"""The common part of the cases of the command."""
 import os
 import pathlib
 import shutil
