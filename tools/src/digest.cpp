@@ -63,22 +63,30 @@ std::string digestOne(const Options& options, const std::string& name) {
     return ul::toHex(sarn::finish(*digest));
 }
 
-/// Digests each file that can be read, and reports the others.
+/// The digest of a file; nothing if it is one of several files and cannot be read, which is reported.
+std::optional<std::string> tryToDigest(const Options& options, const std::string& name) {
+    try {
+        return digestOne(options, name);
+    } catch (const ul::CFileError& error) {
+        if (options.names.size() == 1)
+            throw;
+        warn("sarn digest", error.what());
+        return std::nullopt;
+    }
+}
+
 int digestAll(const Options& options) {
     int status = Done;
     std::vector<Record> records;
     for (const std::string& name : options.names) {
-        try {
-            const std::string digest = digestOne(options, name);
-            records.push_back(Record().add("name", name).add("digest", digest));
-            if (!options.isJson)
-                print(formatDigest(digest, name));
-        } catch (const ul::CFileError& error) {
-            if (options.names.size() == 1)
-                throw;
-            warn("sarn digest", error.what());
+        const std::optional<std::string> digest = tryToDigest(options, name);
+        if (!digest) {
             status = Failed;
+            continue;
         }
+        records.push_back(Record().add("name", name).add("digest", *digest));
+        if (!options.isJson)
+            print(formatDigest(*digest, name));
     }
     if (options.isJson)
         print(toJson(records));

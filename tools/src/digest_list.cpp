@@ -47,16 +47,15 @@ public:
     Checker(std::string id, bool isJson) : m_id(std::move(id)), m_isJson(isJson) {}
 
     void check(const Entry& entry) {
-        try {
-            Input input(entry.name);
-            const ul::P<sarn::IDigest> digest = sarn::createDigest(m_id);
-            readPieces(input, 1 << 17, [&](ul::CBytes piece) { sarn::feed(*digest, piece); });
-            const bool isSame = ul::CBytes(sarn::finish(*digest)) == entry.digest;
-            note(entry.name, isSame, isSame ? "OK" : "FAILED", isSame ? Done : NotVerified);
-        } catch (const ul::CFileError& error) {
-            warn("sarn digest", error.what());
-            note(entry.name, false, "FAILED open or read", Failed);
-        }
+        const Status status = compare(entry);
+        m_status = std::max<int>(m_status, status);
+        m_different += status == Done ? 0 : 1;
+        m_records.push_back(Record().add("name", entry.name).add("verified", status == Done));
+        bool isChanged = false;
+        const std::string shown = escapeName(entry.name, isChanged);
+        const char* const result = status == Done ? "OK" : status == Failed ? "FAILED open or read" : "FAILED";
+        if (!m_isJson)
+            print((isChanged ? "\\" : "") + shown + ": " + result + "\n");
     }
 
     int finish(const std::string& list, int malformed) {
@@ -74,14 +73,16 @@ public:
     }
 
 private:
-    void note(const std::string& name, bool isSame, const char* result, Status status) {
-        m_status = std::max<int>(m_status, status);
-        m_different += isSame ? 0 : 1;
-        m_records.push_back(Record().add("name", name).add("verified", isSame));
-        bool isChanged = false;
-        const std::string shown = escapeName(name, isChanged);
-        if (!m_isJson)
-            print((isChanged ? "\\" : "") + shown + ": " + result + "\n");
+    Status compare(const Entry& entry) {
+        try {
+            Input input(entry.name);
+            const ul::P<sarn::IDigest> digest = sarn::createDigest(m_id);
+            readPieces(input, 1 << 17, [&](ul::CBytes piece) { sarn::feed(*digest, piece); });
+            return ul::CBytes(sarn::finish(*digest)) == entry.digest ? Done : NotVerified;
+        } catch (const ul::CFileError& error) {
+            warn("sarn digest", error.what());
+            return Failed;
+        }
     }
 
     std::string m_id;

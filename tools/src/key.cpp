@@ -84,7 +84,10 @@ void addKey(CommandLine& line) {
     addText(command, "TO", "", options->to, "file to write, or -");
     addKeyOptions(command, options->key, false);
     addNumber(command, "--size", options->size, 1, "size in bytes (default: the cipher's)");
-    command.add_flag("--random", options->isRandom, "draw a key, without a password");
+    command.add_flag("--random", options->isRandom, "draw a key, without a password")
+        ->excludes(command.get_option("--salt"))
+        ->excludes(command.get_option("--password-file"))
+        ->excludes(command.get_option("--password-fd"));
     command.add_flag("--show", options->isShown, "print the key in hexadecimal digits");
     addForce(command, options->mayReplace);
     addJson(command, options->isJson);

@@ -60,7 +60,9 @@ void Output::write(ul::CBytes bytes) {
 void Output::commit() {
     if (m_isStandard)
         return;
-    if (flush(m_descriptor) == -1)
+    const int flushed = flush(m_descriptor);
+    throwIfInterrupted();
+    if (flushed == -1)
         throw makeFileError("write file", m_name);
     if (closeFile(std::exchange(m_descriptor, -1)) == -1)
         throw makeFileError("write file", m_name);

@@ -79,6 +79,8 @@ Bytes getKey(const KeySource& source, int size, bool isNew) {
             throw Problem(Misuse, "there is no key: give --key, or the --salt that \"sarn key\" printed");
         return deriveKey(source, parseHex("--salt", source.salt), size, isNew);
     }
+    if (source.password.isGiven())
+        throw Problem(Misuse, "give --key or a password, not both");
     Input input(source.file);
     Bytes key = readAll(input, sizeLimit);
     if (key.getUsed() != size)

@@ -91,6 +91,8 @@ def check_no_source(at):
     at.fail(2, "there is no terminal to ask for a secret", "encrypt", "--salt", SALT, "file", "message")
     at.fail(2, "there is no key: give --key, or the --salt", "encrypt", "file", "message")
     at.fail(2, "excludes", "encrypt", "--salt", SALT, "--key", "file", "file", "message")
+    at.fail(2, "give --key or a password, not both", "encrypt", "--key", "file", "--password-fd", "0", "file", "message")
+    at.fail(2, "excludes", "key", "--random", "--password-fd", "0", "new")
     at.fail(3, "Cannot open file 'gone'", "encrypt", "--salt", SALT, "--password-file", "gone", "file", "message")
     at.fail(2, "--salt needs an even number of hexadecimal digits", "decrypt", "--salt", "0x1", "file", "plain")
 
