@@ -96,14 +96,28 @@ def check_passphrase(at):
 
 @case("Prompt_ThatIsInterrupted_RestoresTheTerminal")
 def check_interrupted_prompt(at):
+    for _ in range(20):  # also an interrupt between the prompt and the wait for input
+        terminal = Terminal(at, "key", "--salt", "00", "key")
+        terminal.expect("The password: ")
+        expect(not terminal.has_echo(), "it shows what is typed")
+        keeper = os.open(terminal.name, os.O_RDWR | os.O_NOCTTY)
+        terminal.process.send_signal(signal.SIGINT)
+        expect(terminal.process.wait(timeout=30) == -signal.SIGINT, "not interrupted")
+        expect(terminal.has_echo() and at.list() == [], "the terminal has no echo, or there is a file")
+        os.close(keeper)
+
+
+@case("Process_ThatWasStopped_ContinuesToRead")
+def check_stopped(at):
     terminal = Terminal(at, "key", "--salt", "00", "key")
     terminal.expect("The password: ")
-    expect(not terminal.has_echo(), "it shows what is typed")
-    keeper = os.open(terminal.name, os.O_RDWR | os.O_NOCTTY)
-    terminal.process.send_signal(signal.SIGINT)
-    expect(terminal.process.wait() == -signal.SIGINT, "not interrupted")
-    expect(terminal.has_echo() and at.list() == [], "the terminal has no echo, or there is a file")
-    os.close(keeper)
+    for number in (signal.SIGSTOP, signal.SIGCONT):
+        time.sleep(0.1)
+        terminal.process.send_signal(number)
+    terminal.type("a password\n")
+    terminal.expect("The password again: ")
+    terminal.type("a password\n")
+    expect(terminal.end()[0] == 0 and at.list() == [b"key"], terminal.shown)
 
 
 @case("Progress_OfWorkOverASecond_IsShownAtATerminalOnly")

@@ -5,8 +5,10 @@
 
 #include <cerrno>
 #include <csignal>
+#include <iterator>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/stat.h>
 #include <termios.h>
 #include <unistd.h>
@@ -17,8 +19,31 @@ namespace {
 
 volatile std::sig_atomic_t interruptedBy = 0;
 
+// Becomes readable with an interrupt, so that one which arrives just before a call still ends the wait.
+int interruptPipe[2] = {-1, -1};
+
 void noteInterrupt(int number) {
+    const int error = errno;
     interruptedBy = number;
+    [[maybe_unused]] const ssize_t ignored = write(interruptPipe[1], "", 1);
+    errno = error;
+}
+
+/// Whether a call was interrupted by something else, for example because the process was stopped for a while.
+bool mustRepeat(ssize_t result) {
+    return result == -1 && errno == EINTR && interruptedBy == 0;
+}
+
+/// Waits until there is something to read. Returns false and sets errno if there is an interrupt.
+bool waitForInput(int descriptor) {
+    pollfd waiting[] = {{descriptor, POLLIN, 0}, {interruptPipe[0], POLLIN, 0}};
+    int result = 0;
+    do
+        result = poll(waiting, std::size(waiting), -1);
+    while (mustRepeat(result));
+    if (waiting[1].revents != 0)
+        errno = EINTR;
+    return result != -1 && waiting[1].revents == 0;
 }
 
 /// Closed standard streams would get the descriptors of files that are opened later. What takes their place fails.
@@ -59,6 +84,9 @@ private:
 
 void prepareProcess() {
     occupyClosedStreams();
+    if (pipe(interruptPipe) == 0)
+        for (const int descriptor : interruptPipe)
+            fcntl(descriptor, F_SETFD, FD_CLOEXEC);
     // These become errors of write(), so that temporary files are removed.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
@@ -93,11 +121,19 @@ int openToRead(const std::filesystem::path& path) {
 }
 
 int readSome(int descriptor, void* data, int size) {
-    return static_cast<int>(read(descriptor, data, static_cast<std::size_t>(size)));
+    ssize_t count = -1;
+    do
+        count = waitForInput(descriptor) ? read(descriptor, data, static_cast<std::size_t>(size)) : -1;
+    while (mustRepeat(count));
+    return static_cast<int>(count);
 }
 
 int writeSome(int descriptor, const void* data, int size) {
-    return static_cast<int>(write(descriptor, data, static_cast<std::size_t>(size)));
+    ssize_t count = -1;
+    do
+        count = write(descriptor, data, static_cast<std::size_t>(size));
+    while (mustRepeat(count));
+    return static_cast<int>(count);
 }
 
 int closeFile(int descriptor) {
@@ -145,7 +181,7 @@ ul::TCryptBuffer<char> readHiddenLine(const std::string& prompt) {
         throw Problem(Failed, "cannot write to the terminal");
     ul::TCryptBuffer<char> line;
     char character = 0;
-    while (read(terminal.getDescriptor(), &character, 1) == 1 && character != '\n')
+    while (readSome(terminal.getDescriptor(), &character, 1) == 1 && character != '\n')
         line.insert(line.getUsed(), &character, 1);
     ul::wipe(&character, 1);
     throwIfInterrupted();
