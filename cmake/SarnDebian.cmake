@@ -7,7 +7,7 @@ foreach(name changelog changelog.Debian)
   execute_process(COMMAND gzip -9nkf "${PROJECT_BINARY_DIR}/${name}" COMMAND_ERROR_IS_FATAL ANY)
 endforeach()
 
-foreach(package libul:libul1 libsarn:libsarn1 development:libsarn-dev documentation:libsarn-doc)
+foreach(package libul:libul1 libsarn:libsarn1 development:libsarn-dev documentation:libsarn-doc tools:sarn-tools)
   string(REPLACE ":" ";" package "${package}")
   list(GET package 0 component)
   list(GET package 1 name)

@@ -36,7 +36,10 @@ sarn_describe_package(development libsarn-dev libdevel "headers of sarn and its 
 sarn_describe_package(documentation libsarn-doc doc "documentation and examples of sarn"
   "This package contains the guides, the reference and the examples.")
 
-set(CPACK_COMPONENTS_ALL libul libsarn development documentation)
+sarn_describe_package(tools sarn-tools utils "command of sarn for digests, encryption and signatures"
+  "This package contains the command sarn, its manual page and its completion.")
+
+set(CPACK_COMPONENTS_ALL libul libsarn development documentation tools)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
@@ -44,6 +47,7 @@ set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_LIBUL_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_LIBSARN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 # The trigger runs ldconfig, so CPack's own scripts are not needed. Naming non-existent scripts stops CPack from adding
@@ -51,11 +55,12 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 set(CPACK_DEBIAN_LIBUL_PACKAGE_CONTROL_EXTRA
   "${PROJECT_SOURCE_DIR}/cmake/debian/triggers;${PROJECT_BINARY_DIR}/none/postinst;${PROJECT_BINARY_DIR}/none/postrm")
 set(CPACK_DEBIAN_LIBSARN_PACKAGE_CONTROL_EXTRA "${CPACK_DEBIAN_LIBUL_PACKAGE_CONTROL_EXTRA}")
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/ul")
-# The two libraries are built together and must have the same version.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/ul" "${PROJECT_BINARY_DIR}/src")
+# The libraries are built together and must have the same version.
 set(built_together "(= ${PROJECT_VERSION}-${CPACK_DEBIAN_PACKAGE_RELEASE})")
 set(CPACK_DEBIAN_LIBSARN_PACKAGE_DEPENDS "libul1 ${built_together}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "libsarn1 ${built_together}, libul1 ${built_together}")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libsarn1 ${built_together}, libul1 ${built_together}")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS libsarn-doc)
 set(CPACK_DEBIAN_DOCUMENTATION_PACKAGE_ARCHITECTURE all)
 

@@ -58,7 +58,7 @@ class Picture:
 
 def draw_architecture():
     picture = Picture("Data flow one way")
-    picture.row([("your program", "the host", "plain", 1)])
+    picture.row([("your program", "the host", "plain", 1.4), ("tools", "the command sarn, a host too", "ours", 1)])
     picture.arrow("calls, and catches ul::CError")
     picture.row([("include/sarn", "ciphers, digests, keys, Base64, signatures, configurations", "ours", 1)])
     picture.row([("src/cipher", "registry, CBC", "ours", 1), ("src/digest", "states", "ours", 1),

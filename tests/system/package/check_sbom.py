@@ -26,13 +26,13 @@ for relation in document["relationships"]:
     assert {relation["spdxElementId"], relation["relatedSpdxElement"]} <= set(identifiers), relation
 
 versions = {package["name"]: package["versionInfo"] for package in document["packages"]}
-assert set(versions) == {"sarn", "libcrypto", "zlib", "utf8cpp", "compiler"} and all(versions.values()), versions
+assert set(versions) == {"sarn", "libcrypto", "zlib", "utf8cpp", "CLI11", "compiler"} and all(versions.values()), versions
 for entry in document["files"]:
     name = pathlib.Path(entry["fileName"]).name
-    path = next(path for folder in ("ul", "src", "bin") if (path := build / folder / name).exists())
+    path = next(path for folder in ("ul", "src", "tools", "bin") if (path := build / folder / name).exists())
     for checksum in entry["checksums"]:
         digest = hashlib.new(checksum["algorithm"].lower(), path.read_bytes()).hexdigest()
         assert digest == checksum["checksumValue"], path
-assert len(document["files"]) == 2
+assert len(document["files"]) == 3
 loaded = document["creationInfo"]["comment"]
 assert re.search(r"libcrypto", loaded) and re.search(r"libz\.so|zlib1\.dll", loaded), loaded

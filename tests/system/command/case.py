@@ -1,0 +1,98 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The common part of the cases of the command."""
+import os
+import pathlib
+import shutil
+import subprocess
+
+# The checks by their names, and the names of those that also run on Windows.
+CASES, ON_WINDOWS = {}, []
+LETTER = b"Dear Ada,\nthis letter has no other copy.\n"
+PASSWORD = "pässword of the tests"
+CIPHERS = {"aes256cbc": ("aes-256-cbc", 32, 16), "aes128cbc": ("aes-128-cbc", 16, 16), "bfcbc": ("bf-cbc", 16, 8),
+           "cast128cbc": ("cast5-cbc", 16, 8)}
+# Around the sizes of blocks and of the pieces in which the command reads.
+SIZES = (0, 1, 15, 16, 17, 55, 56, 63, 64, 65, (1 << 17) - 1, 1 << 17, (1 << 17) + 1, (1 << 18) + 16, 1000003)
+
+
+def case(name, windows=False):
+    """Makes a case of a function."""
+    def add(function):
+        CASES[name] = function
+        if windows:
+            ON_WINDOWS.append(name)
+        return function
+    return add
+
+
+def make_bytes(size):
+    return (b"There is no other copy of these bytes.\n" * (1 + size // 39))[:size]
+
+
+def expect(condition, problem):
+    if not condition:
+        raise AssertionError(problem)
+
+
+class Place:
+    """A folder in which a case runs the command."""
+
+    def __init__(self, folder, source, program):
+        self.folder, self.source, self.program = folder, source, [str(word) for word in program]
+        self.is_windows = self.program[-1].endswith(".exe")
+        self.compared = 0
+        shutil.rmtree(folder, ignore_errors=True)
+        folder.mkdir(parents=True)
+        os.chdir(folder)
+        self.keys = source / "tests/data/keys"
+        # File names in arguments are UTF-8, in Wine too.
+        self.environment = {**os.environ, "LC_ALL": "C.UTF-8"}
+
+    def run(self, *words, status=0, stdin=b"", **options):
+        """Runs the command, and returns its output and its messages as text or, with binary=True, its bytes."""
+        binary = options.pop("binary", False)
+        done = subprocess.run([*self.program, *words], input=None if "stdin_file" in options else stdin, check=False,
+                              stdin=options.pop("stdin_file", None), stdout=options.pop("stdout", subprocess.PIPE),
+                              stderr=subprocess.PIPE, env=self.environment, start_new_session=True, **options)
+        messages = done.stderr.decode(errors="replace").replace("\r", "")
+        expect(done.returncode == status, f"{words}: status {done.returncode} instead of {status}: {messages}"
+                                          f"{done.stdout}")
+        if binary or done.stdout is None:
+            return done.stdout if binary else messages
+        return done.stdout.decode("utf-8", "surrogateescape") + messages
+
+    def fail(self, status, message, *words, **options):
+        """Runs the command, which must fail with this status and a message that contains a text, and write nothing."""
+        before = self.list()
+        output = self.run(*words, status=status, **options)
+        expect(message in output, f"{words}: there is no '{message}' in: {output}")
+        expect(self.list() == before, f"{words}: it has left {set(self.list()) ^ set(before)}")
+
+    def ask(self, *words, stdin=b"", status=0):
+        """The output of another program."""
+        done = subprocess.run(words, input=stdin, stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False,
+                              env=self.environment)
+        expect(done.returncode == status, f"{words}: {done.returncode}: {done.stderr}")
+        return done.stdout
+
+    def openssl(self, *words, **options):
+        """The output of openssl, with MD4 and the old ciphers."""
+        is_old = self.ask("openssl", "version").startswith(b"OpenSSL 1.")
+        legacy = () if is_old else ("-provider", "legacy", "-provider", "default")
+        return self.ask("openssl", words[0], *legacy, *words[1:], **options)
+
+    def same(self, ours, theirs, what):
+        """Compares something with that of another program."""
+        self.compared += 1
+        expect(ours == theirs, f"{what}: ours is {ours!r:.200}, that of the other program {theirs!r:.200}")
+
+    def write(self, name, content):
+        pathlib.Path(name).write_bytes(content if isinstance(content, bytes) else content.encode())
+        return name
+
+    @staticmethod
+    def read(name):
+        return pathlib.Path(name).read_bytes()
+
+    def list(self):
+        return sorted(os.listdir(os.fsencode(self.folder)))

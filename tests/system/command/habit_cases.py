@@ -1,0 +1,181 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Habits of all commands: exit status, files that exist, full disks, closed pipes, interrupts, memory."""
+import os
+import resource
+import signal
+import stat
+import subprocess
+import time
+
+from case import LETTER, case, expect, make_bytes
+
+
+@case("Misuse_HasStatus2AndNamesTheHelp", windows=True)
+def check_misuse(at):
+    for words, message in (
+            ((), "sarn: a command is missing. Try: sarn --help"),
+            (("rot13",), "sarn: there is no command 'rot13'. Try: sarn --help"),
+            (("config",), "sarn config: a command is missing. Try: sarn config --help"),
+            (("digest",), "sarn digest: ID is required. Try: sarn digest --help"),
+            (("digest", "sha9", "file"), "sarn digest: ID: sha9 not in {md4,md5,"),
+            (("digest", "sha1", "--rot13"), "not expected: --rot13. Try: sarn digest --help"),
+            (("encrypt", "a"), "sarn encrypt: TO is required"),
+            (("key", "--iterations", "0", "--show"), "--iterations: Value 0 not in range 1 to 2147483647"),
+            (("config", "get", "--key", "a", "b"), "sarn config get: KEY is required. Try: sarn config get --help"),
+            (("encrypt", "--cipher", "rot13", "a", "b"), "--cipher: rot13 not in {aes256cbc,"),
+            (("hmac", "sha1", "file"), "sarn hmac: --key is required"),
+            (("digest", "sha1", "--check"), "--check")):
+        at.fail(2, message, *words)
+    expect(at.run("--version").startswith("sarn 1."), "no version")
+
+
+@case("Failure_NamesFileAndReasonOnOneCleanLine")
+def check_messages(at):
+    output = at.run("digest", "sha1", "gone\x1b[31m\nTry: rm", status=3)
+    expect(output == "sarn digest: Cannot open file 'gone?[31m?Try: rm': No such file or directory.\n", ascii(output))
+    at.fail(3, "Cannot read file '.': Is a directory.", "digest", "sha1", ".")
+
+
+@case("ExistingFile_IsReplacedOnlyByForce", windows=True)
+def check_force(at):
+    at.write("key", bytes(32))
+    for words in (("encrypt", "--key", "key", "key", "old"), ("base64", "key", "old"), ("key", "--random", "old"),
+                  ("digest", "sha1", "--save", "old", "key"),
+                  ("sign", "--to", "old", "--key", str(at.keys / "rsa2048_for_tests_only.pem"), "key")):
+        at.write("old", "old")
+        at.fail(2, "old exists already: give another name, or --force to replace it", *words)
+        expect(at.read("old") == b"old", f"{words}: it has changed")
+        at.run(*words, "--force")
+        expect(at.read("old") != b"old", f"{words}: it has not changed")
+    at.fail(3, "Cannot create file", "base64", "key", "no/folder")
+
+
+@case("ExistingFile_IsNotReplacedByAnotherThatAppearedMeanwhile")
+def check_race(at):
+    with start(at, "base64", "-", "new") as process:
+        process.stdin.write(LETTER)
+        process.stdin.flush()
+        wait_for(lambda: len(at.list()) == 1)
+        at.write("new", "of somebody else")
+        _, messages = process.communicate()
+    expect(process.returncode == 3 and b"Cannot create file 'new': File exists." in messages, messages)
+    expect(at.list() == [b"new"] and at.read("new") == b"of somebody else", at.list())
+
+
+@case("ReplacedFile_GivesNoRightsAway")
+def check_rights(at):
+    at.write("letter", LETTER)
+    os.umask(0o022)
+    for before, after in ((0o600, 0o600), (0o640, 0o640), (0o777, 0o644), (0o4755, 0o644)):
+        os.chmod(at.write("new", "old"), before)
+        at.run("base64", "--force", "letter", "new")
+        mode = stat.S_IMODE(os.stat("new").st_mode)
+        expect(mode == after, f"{before:o} became {mode:o}")
+    os.symlink("letter", "link")
+    at.run("base64", "--force", "letter", "link")
+    expect(not os.path.islink("link") and at.read("letter") == LETTER, "the link was followed")
+    os.mkfifo("fifo")
+    for name in ("fifo", ".", "/dev/null"):
+        at.fail(2, f"{name} is not a regular file", "base64", "--force", "letter", name)
+
+
+@case("FullDisk_IsReportedAndLeavesNoFile")
+def check_full_disk(at):
+    at.write("file", make_bytes(1 << 20))
+    at.write("key", bytes(32))
+    at.write("LIST", at.ask("sha1sum", "file", "key"))
+    key = ("--key", "key")
+    for words in (("digest", "sha1", "file", "key"), ("digest", "sha1", "--check", "LIST"), ("encrypt", *key, "file", "-"), ("base64", "file"), ("algorithms",),
+                  ("key", "--random", "-"), ("--help",), ("digest", "--help"), ("hmac", "sha1", *key, "file")):
+        with open("/dev/full", "wb") as full:
+            output = at.run(*words, status=3, stdout=full)
+        expect(output.count("\n") == 1 and "file 'standard output': No space left on device." in output, output)
+
+    def limit():
+        resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 19, 1 << 19))
+    at.fail(3, "Cannot write file 'new': File too large.", "encrypt", *key, "file", "new", preexec_fn=limit)
+    at.fail(3, "Cannot write file 'new': File too large.", "base64", "file", "new", preexec_fn=limit)
+
+
+@case("ClosedPipe_IsReportedAndLeavesNoFile")
+def check_closed_pipe(at):
+    at.write("file", make_bytes(1 << 20))
+    for words in (("base64", "file"), ("digest", "sha1", "file"), ("algorithms", "--json")):
+        reader, writer = os.pipe()
+        os.close(reader)
+        output = at.run(*words, status=3, stdout=writer)
+        os.close(writer)
+        expect("Cannot write file 'standard output': Broken pipe." in output, output)
+    output = at.ask("bash", "-c", f"set -o pipefail; {at.program[-1]} base64 file | head -c 10", status=3)
+    expect(len(output) == 10, output)
+
+
+@case("ClosedStreams_DoNotBecomeFiles")
+def check_closed_streams(at):
+    at.write("file", LETTER)
+    program = at.program[-1]
+    for close, status in (("<&-", 0), (">&-", 0), ("2>&-", 0), ("<&- >&- 2>&-", 0)):
+        at.ask("bash", "-c", f"{program} base64 --force file new {close}", status=status)
+        expect(at.read("new") == at.ask("base64", "-w64", "file"), f"{close}: it has other bytes")
+    at.ask("bash", "-c", f"{program} digest sha1 <&-", status=3)
+    at.ask("bash", "-c", f"{program} digest sha1 file >&-", status=3)
+    at.ask("bash", "-c", f"{program} digest sha1 gone 2>&- >&-", status=3)
+
+
+def start(at, *words, **options):
+    return subprocess.Popen([*at.program, *words], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                            env=at.environment, **options)
+
+
+def wait_for(condition):
+    for _ in range(3000):
+        if condition():
+            return
+        time.sleep(0.01)
+    raise AssertionError("nothing happened for half a minute")
+
+
+@case("Interrupt_RemovesTheUnfinishedFileAndEndsTheProcess")
+def check_interrupt(at):
+    at.write("key", bytes(32))
+    before = at.list()
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        with start(at, "encrypt", "--key", "key", "-", "message") as process:
+            process.stdin.write(make_bytes(1 << 20))
+            process.stdin.flush()
+            wait_for(lambda: any(os.path.getsize(name) > 1000 for name in at.list()))
+            process.send_signal(number)
+            process.wait()
+        expect(process.returncode == -number, f"status {process.returncode} after {number}")
+        expect(at.list() == before, f"it has left {at.list()}")
+
+
+@case("Interrupt_ThatTheShellIgnores_IsIgnored")
+def check_ignored(at):
+    def ignore():
+        signal.signal(signal.SIGHUP, signal.SIG_IGN)
+    with start(at, "base64", "-", "new", preexec_fn=ignore) as process:
+        process.stdin.write(LETTER)
+        process.stdin.flush()
+        wait_for(lambda: len(at.list()) == 1)
+        process.send_signal(signal.SIGHUP)
+        process.communicate()
+    expect(process.returncode == 0 and at.list() == [b"new"], process.returncode)
+
+
+@case("Memory_DoesNotGrowWithTheFile")
+def check_memory(at):
+    at.write("key", bytes(32))
+    used = {}
+    for size in (1 << 20, 1 << 28):
+        with open("zeros", "wb") as file:
+            file.truncate(size)
+        for words in (("digest", "crc32", "zeros"), ("encrypt", "--key", "key", "zeros", "-"), ("base64", "zeros")):
+            with open("/dev/null", "wb") as nothing:
+                process = subprocess.Popen([*at.program, *words], stdout=nothing)
+            _, status, usage = os.wait4(process.pid, 0)
+            process.returncode = os.waitstatus_to_exitcode(status)
+            expect(process.returncode == 0, words)
+            used.setdefault(words, []).append(usage.ru_maxrss)
+    for words, (small, large) in used.items():
+        expect(large - small < 2048, f"{words}: {small} KiB for 1 MiB, {large} KiB for 256 MiB")

@@ -1,0 +1,25 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: Apache-2.0
+"""Runs a case of the command sarn.
+
+usage: run_case.py --list SYSTEM | run_case.py CASE FOLDER SOURCE_FOLDER PROGRAM...
+"""
+import pathlib
+import sys
+
+import case
+import cipher_cases, digest_cases, encoding_cases, habit_cases, page_cases, signature_cases, state_cases, terminal_cases
+
+
+def main(words):
+    if words[0] == "--list":
+        print(*(case.ON_WINDOWS if words[1] == "windows" else case.CASES), sep="\n")
+        return
+    name, folder, source, *program = words
+    at = case.Place(pathlib.Path(folder), pathlib.Path(source), program)
+    case.CASES[name](at)
+    print(f"{at.compared} comparisons with other programs")
+
+
+if __name__ == "__main__":
+    main(sys.argv[1:])

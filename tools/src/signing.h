@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: Apache-2.0
+// Signature files, for signatures and signed configurations.
+#pragma once
+
+#include "secrets.h"
+
+#include <string>
+
+namespace tool {
+
+struct SigningOptions {
+    std::string file;
+    std::string key;
+    SecretSource passphrase;
+    std::string to;
+    bool mayReplace = false;
+};
+
+/// Adds the options of signing.
+void addSigning(CLI::App& command, SigningOptions& options);
+
+/// Signs a file and writes the signature as Base64 text.
+/// \param checked the bytes of the file if they were read already
+void sign(const SigningOptions& options, const Bytes* checked = nullptr);
+
+} // namespace tool
