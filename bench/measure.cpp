@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "measure.h"
+
+#include <algorithm>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <regex>
+#include <thread>
+
+#include <time.h>
+
+namespace bench {
+
+namespace {
+
+// Long enough that reading the clock does not count, short enough that most batches are not interrupted.
+constexpr double batchTime = 150e3;
+// Many short pairs, but at least as many as give two hundred in twelve rounds.
+constexpr double pointTime = 6e6;
+constexpr int fewestPairs = 17;
+constexpr int mostPairs = 41;
+
+std::regex g_pattern;
+bool g_isQuick = false;
+
+double readClock(clockid_t clock) {
+    timespec time;
+    clock_gettime(clock, &time);
+    return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
+}
+
+void repeat(const Work& work, int count) {
+    for (int i = 0; i < count; ++i)
+        work();
+}
+
+/// The processor time of one call: others may use the processor too.
+double timeCall(const Work& work, int count) {
+    const double start = readClock(CLOCK_THREAD_CPUTIME_ID);
+    repeat(work, count);
+    return (readClock(CLOCK_THREAD_CPUTIME_ID) - start) / count;
+}
+
+/// The number of calls that make a batch.
+int countCalls(const Work& raw, const Work& ours) {
+    repeat(raw, 2);
+    repeat(ours, 2);
+    return std::clamp(static_cast<int>(batchTime / timeCall(raw, 2)), 1, 4000);
+}
+
+/// Work that never changes, to compare the speed of machines and moments: allocations, branches and pointers, like the
+/// short calls of the library.
+void useYardstick() {
+    std::map<int, int> map;
+    for (int i = 0; i < 8; ++i)
+        map[i * 5 % 8] = i;
+    keep(&map);
+}
+
+/// Measures both sides in turn. Neighbours make a pair, so that neither side is always the first.
+template <class Time>
+void printPairs(const std::string& row, double point, int pairs, Time time) {
+    double times[2] = {time(0), 0};
+    for (int i = 1; i <= pairs; ++i) {
+        times[i % 2] = time(i % 2);
+        std::printf("%s;%.0f;%.6g;%.6g;%.5g\n", row.c_str(), point, times[0], times[1], timeCall(useYardstick, 20));
+    }
+}
+
+/// The shortest of several times: a thread that is interrupted makes the other look fast or slow.
+template <class Time>
+double findShortest(Time time) {
+    double shortest = time();
+    for (int i = 0; i < 8; ++i)
+        shortest = std::min(shortest, time());
+    return shortest;
+}
+
+/// The time until two threads that start together are both done. Not processor time, which would leave out the time
+/// spent waiting for a lock.
+double timeThreads(const Work (&works)[2], int count) {
+    std::atomic<int> ready{0};
+    double starts[2];
+    double ends[2];
+    const auto run = [&](unsigned index) {
+        for (++ready; ready < 2;) {
+        }
+        starts[index] = readClock(CLOCK_MONOTONIC);
+        repeat(works[index], count);
+        ends[index] = readClock(CLOCK_MONOTONIC);
+    };
+    std::thread second(run, 1);
+    run(0);
+    second.join();
+    return (std::max(ends[0], ends[1]) - std::min(starts[0], starts[1])) / count;
+}
+
+} // namespace
+
+void select(const std::string& pattern, bool isQuick) {
+    g_pattern = pattern;
+    g_isQuick = isQuick;
+}
+
+bool isSelected(const std::string& row) {
+    return std::regex_search(row, g_pattern);
+}
+
+std::vector<int> getSizes(const std::string& row) {
+    if (!isSelected(row))
+        return {};
+    return g_isQuick ? std::vector<int>{16, 4096, 65536} : std::vector<int>{16, 256, 4096, 65536, 1 << 20};
+}
+
+void compare(const std::string& row, double point, const Work& raw, const Work& ours) {
+    const int count = countCalls(raw, ours);
+    const double pairTime = count * timeCall(raw, count);
+    const int pairs = std::clamp(static_cast<int>(pointTime / pairTime), fewestPairs, mostPairs);
+    printPairs(row, point, pairs, [&](int side) { return timeCall(side == 0 ? raw : ours, count); });
+}
+
+void compareThreads(const std::string& row, const WorkMaker& raw, const WorkMaker& ours) {
+    if (!isSelected(row))
+        return;
+    const Work works[2][2] = {{raw(), raw()}, {ours(), ours()}};
+    const int count = countCalls(works[0][0], works[1][0]);
+    printPairs(row, 2, fewestPairs, [&](int side) {
+        return findShortest([&] { return timeThreads(works[side], count); }) /
+               findShortest([&] { return timeCall(works[side][0], count); });
+    });
+}
+
+double findRatio(const Work& base, const Work& work) {
+    const int count = countCalls(base, work);
+    std::vector<double> ratios(51);
+    for (double& ratio : ratios)
+        ratio = timeCall(work, count) / timeCall(base, count);
+    std::nth_element(ratios.begin(), ratios.begin() + 25, ratios.end());
+    return ratios[25];
+}
+
+void require(bool isDone) {
+    if (!isDone)
+        std::abort();
+}
+
+void keep(const void*) {}
+
+} // namespace bench
