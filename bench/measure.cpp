@@ -17,13 +17,14 @@ namespace {
 
 // Long enough that reading the clock does not count, short enough that most batches are not interrupted.
 constexpr double batchTime = 150e3;
-// Many short pairs, but at least as many as give two hundred in twelve rounds.
+// Few pairs: rounds differ more than pairs do, so many short rounds say more than a few long ones.
 constexpr double pointTime = 6e6;
-constexpr int fewestPairs = 17;
-constexpr int mostPairs = 41;
+constexpr int fewestPairs = 5;
+constexpr int mostPairs = 21;
 
 std::regex g_pattern;
 bool g_isQuick = false;
+bool g_hasThreads = false;
 
 double readClock(clockid_t clock) {
     timespec time;
@@ -99,13 +100,15 @@ double timeThreads(const Work (&works)[2], int count) {
 
 } // namespace
 
-void select(const std::string& pattern, bool isQuick) {
+void select(const std::string& pattern, const std::string& scope) {
     g_pattern = pattern;
-    g_isQuick = isQuick;
+    g_isQuick = scope == "quick";
+    g_hasThreads = scope == "threads";
 }
 
 bool isSelected(const std::string& row) {
-    return std::regex_search(row, g_pattern);
+    const bool hasThreads = row.find("two threads") != std::string::npos;
+    return hasThreads == g_hasThreads && std::regex_search(row, g_pattern);
 }
 
 std::vector<int> getSizes(const std::string& row) {

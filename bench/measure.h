@@ -15,8 +15,10 @@ using Work = std::function<void()>;
 /// Makes the work of one thread, with buffers of its own.
 using WorkMaker = std::function<Work()>;
 
-/// Selects the rows that contain a match of a regular expression. A quick run has fewer sizes.
-void select(const std::string& pattern, bool isQuick);
+/// Selects the rows that contain a match of a regular expression.
+/// \param scope "full"; "quick", which has fewer sizes; or "threads" for the rows with two threads, which need the
+///              processors for themselves and are in no other scope
+void select(const std::string& pattern, const std::string& scope);
 
 /// Whether to measure `row`.
 bool isSelected(const std::string& row);

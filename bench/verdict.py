@@ -10,13 +10,15 @@ times, so nothing is derived from a single one:
 - Raw and our calls run in turn, in batches of some 150 us, and only the median of the ratios of neighbours counts.
 - A yardstick, which takes YARDSTICK ns on the machine for which the goals were set, runs beside every pair. Fixed costs
   are given in nanoseconds of that machine: a slower or busier one changes both alike.
-- A round is a new process, with its own layout of memory. Each round gives one fit; the result is the median of the
+- A round is a new process, with its own layout of memory; several run at a time. Each round gives one fit; the result is the median of the
   rounds, and its 95 % interval follows from their order. No distribution of the noise is assumed.
 A goal is met or missed if the interval is on one side of it. Undecided rows are measured further up to a limit, and are
 missed then. Writes pairs.csv and table.md to FOLDER.
 """
 import collections
+import concurrent.futures
 import math
+import os
 import pathlib
 import re
 import statistics
@@ -25,8 +27,8 @@ import sys
 import time
 
 YARDSTICK = 167
-ROUNDS = {"full": 12, "quick": 7}
-SECONDS = {"full": 500, "quick": 45}
+# Rounds between two looks at the results, and seconds at most.
+SCOPES = {"full": (24, 330), "quick": (8, 40), "threads": (8, 50)}
 
 # Name, pattern of its rows, largest fixed cost in ns, largest slope.
 GOALS = (
@@ -66,8 +68,10 @@ class Rounds:
         self.points = collections.defaultdict(dict)  # by row: by point: by round: raw time, ratio
 
     def add(self, line, number):
+        """Adds a pair of a round and returns the name of its row."""
         row, point, *times = line.strip().split(";")
         self.pairs[row, float(point), number].append([float(text) for text in times])
+        return row
 
     def finish_round(self):
         for (row, point, number), pairs in self.pairs.items():
@@ -140,33 +144,31 @@ def judge(rounds, row):
     return [Result(values, goal) if values else None for values, goal in zip(rounds.fit(row), goals)]
 
 
-def find_undecided(rounds):
-    return [row for row in rounds.points
-            if any(result and result.verdict == "UNDECIDED" for result in judge(rounds, row))]
-
-
-def measure(program, folder, scope, pattern):
-    rounds, start, number, last = Rounds(), time.monotonic(), 0, 0
-    with open(folder / "pairs.csv", "w") as log:
-        log.write("row;point;raw;ours;yardstick;round\n")
-        while time.monotonic() - start + last < SECONDS[scope]:
-            began = time.monotonic()
-            output = subprocess.run([program, scope, pattern], stdout=subprocess.PIPE, text=True, check=True).stdout
+def measure(rounds, log, program, scope, pattern):
+    """Runs rounds, as many at a time as there are processors, until every goal is decided or the time is over."""
+    step, seconds = SCOPES[scope]
+    jobs = 1 if scope == "threads" else os.cpu_count()
+    start, last, number = time.monotonic(), 0, 0
+    while time.monotonic() - start + last < seconds:
+        began, measured = time.monotonic(), set()
+        command = [program, scope, pattern]
+        with concurrent.futures.ThreadPoolExecutor() as pool:
+            outputs = list(pool.map(lambda _: subprocess.check_output(command, text=True), range(jobs)))
+        for output in outputs:
             for line in output.splitlines():
-                rounds.add(line, number)
+                measured.add(rounds.add(line, number))
                 log.write(f"{line};{number}\n")
-            rounds.finish_round()
             number += 1
-            last = time.monotonic() - began
             print(".", end="", file=sys.stderr, flush=True)
-            # Few looks: each is another chance to be wrong.
-            if number % ROUNDS[scope] == 0:
-                undecided = find_undecided(rounds)
-                if not undecided:
-                    break
-                pattern = "^(" + "|".join(undecided) + ")$"
-    print(file=sys.stderr)
-    return rounds
+        rounds.finish_round()
+        last = time.monotonic() - began
+        # Few looks: each is another chance to be wrong.
+        if number % step < jobs:
+            undecided = [row for row in measured if any(result and result.verdict == "UNDECIDED"
+                                                        for result in judge(rounds, row))]
+            if not undecided:
+                break
+            pattern = "^(" + "|".join(undecided) + ")$"
 
 
 def read(path, pattern):
@@ -207,9 +209,13 @@ def main(words):
     if words[:1] == ["--from"] and len(words) in (2, 3):
         rounds = read(pathlib.Path(words[1]), words[2] if len(words) == 3 else "")
         folder = None
-    elif len(words) in (3, 4) and words[2] in ROUNDS:
-        folder = pathlib.Path(words[1])
-        rounds = measure(words[0], folder, words[2], words[3] if len(words) == 4 else "")
+    elif len(words) in (3, 4) and words[2] in ("full", "quick"):
+        folder, rounds = pathlib.Path(words[1]), Rounds()
+        with open(folder / "pairs.csv", "w") as log:
+            log.write("row;point;raw;ours;yardstick;round\n")
+            for scope in ("full", "threads") if words[2] == "full" else ("quick",):
+                measure(rounds, log, words[0], scope, words[3] if len(words) == 4 else "")
+        print(file=sys.stderr)
     else:
         sys.exit(__doc__)
     table, verdicts = report(rounds)
