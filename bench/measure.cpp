@@ -18,9 +18,9 @@ namespace {
 // Long enough that reading the clock does not count, short enough that most batches are not interrupted.
 constexpr double batchTime = 150e3;
 // Few pairs: rounds differ more than pairs do, so many short rounds say more than a few long ones.
-constexpr double pointTime = 6e6;
-constexpr int fewestPairs = 5;
-constexpr int mostPairs = 21;
+constexpr double pointTime = 3e6;
+constexpr int fewestPairs = 2;
+constexpr int mostPairs = 9;
 
 std::regex g_pattern;
 bool g_isQuick = false;
@@ -44,11 +44,21 @@ double timeCall(const Work& work, int count) {
     return (readClock(CLOCK_THREAD_CPUTIME_ID) - start) / count;
 }
 
-/// The number of calls that make a batch.
-int countCalls(const Work& raw, const Work& ours) {
-    repeat(raw, 2);
-    repeat(ours, 2);
-    return std::clamp(static_cast<int>(batchTime / timeCall(raw, 2)), 1, 4000);
+/// How often to measure a point.
+struct Plan {
+    /// Calls that make a batch.
+    int calls;
+    int pairs;
+};
+
+/// Calls both sides at least once, which fills caches and buffers. Long calls are not called more often than that.
+Plan makePlan(const Work& raw, const Work& ours) {
+    ours();
+    double time = timeCall(raw, 1);
+    if (time < batchTime)
+        time = timeCall(raw, 10);
+    return {std::clamp(static_cast<int>(batchTime / time), 1, 4000),
+            std::clamp(static_cast<int>(pointTime / time), fewestPairs, mostPairs)};
 }
 
 /// Work that never changes, to compare the speed of machines and moments: allocations, branches and pointers, like the
@@ -118,25 +128,23 @@ std::vector<int> getSizes(const std::string& row) {
 }
 
 void compare(const std::string& row, double point, const Work& raw, const Work& ours) {
-    const int count = countCalls(raw, ours);
-    const double pairTime = count * timeCall(raw, count);
-    const int pairs = std::clamp(static_cast<int>(pointTime / pairTime), fewestPairs, mostPairs);
-    printPairs(row, point, pairs, [&](int side) { return timeCall(side == 0 ? raw : ours, count); });
+    const Plan plan = makePlan(raw, ours);
+    printPairs(row, point, plan.pairs, [&](int side) { return timeCall(side == 0 ? raw : ours, plan.calls); });
 }
 
 void compareThreads(const std::string& row, const WorkMaker& raw, const WorkMaker& ours) {
     if (!isSelected(row))
         return;
     const Work works[2][2] = {{raw(), raw()}, {ours(), ours()}};
-    const int count = countCalls(works[0][0], works[1][0]);
-    printPairs(row, 2, fewestPairs, [&](int side) {
+    const int count = makePlan(works[0][0], works[1][0]).calls;
+    printPairs(row, 2, mostPairs, [&](int side) {
         return findShortest([&] { return timeThreads(works[side], count); }) /
                findShortest([&] { return timeCall(works[side][0], count); });
     });
 }
 
 double findRatio(const Work& base, const Work& work) {
-    const int count = countCalls(base, work);
+    const int count = makePlan(base, work).calls;
     std::vector<double> ratios(51);
     for (double& ratio : ratios)
         ratio = timeCall(work, count) / timeCall(base, count);
