@@ -1,25 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
-// usage: sarn_bench FOLDER full|quick [OPTIONS OF GOOGLE BENCHMARK]
-// Compares the library with the raw calls that it makes and with other libraries. --benchmark_filter=REGEX selects
-// cells. Writes results.csv and chart.svg to the folder.
-#include "comparison.h"
-#include "families.h"
+// usage: sarn_bench full|quick|threads ROW_PATTERN
+// One round: measures the rows beside the raw calls of libcrypto and zlib. verdict.py runs it.
+#include "measure.h"
+#include "rows.h"
 
 #include <cstdio>
+#include <exception>
 #include <string>
 
-int main(int count, char** words) {
-    if (count < 3) {
-        std::fputs("usage: sarn_bench FOLDER full|quick [--benchmark_filter=REGEX ...]\n", stderr);
+int main(int count, char** words) try {
+    const std::string scope = count == 3 ? words[1] : "";
+    if (scope != "full" && scope != "quick" && scope != "threads") {
+        std::fputs("usage: sarn_bench full|quick|threads ROW_PATTERN\n", stderr);
         return 2;
     }
-    const std::string folder = words[1];
-    bench::setQuick(std::string(words[2]) == "quick");
-    bench::registerCiphers();
-    bench::registerDigests();
-    bench::registerKeys();
-    bench::registerSignatures();
-    bench::registerRegistries();
-    words[2] = words[0];
-    return bench::run(count - 2, words + 2, folder);
+    bench::select(words[2], scope);
+    bench::compareCiphers();
+    bench::compareDigests();
+    bench::compareKeys();
+    bench::compareBase64();
+    bench::compareSignatures();
+    bench::compareLookUps();
+    if (scope == "full")
+        bench::compareStreams();
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
 }

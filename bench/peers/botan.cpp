@@ -1,16 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "peers/peer.h"
 
-#include <botan/auto_rng.h>
 #include <botan/base64.h>
 #include <botan/cipher_mode.h>
-#include <botan/data_src.h>
 #include <botan/hash.h>
 #include <botan/mac.h>
 #include <botan/pbkdf.h>
-#include <botan/pkcs8.h>
-#include <botan/pubkey.h>
-#include <botan/x509_key.h>
 
 #include <cstring>
 #include <map>
@@ -83,31 +78,6 @@ public:
     Work decodeBase64(const std::string& text, const Result& result) const override {
         return [=] { Botan::base64_decode(result->data(), text); };
     }
-
-    Work sign(const SignatureTask& task, const Result& result) const override {
-        if (task.algorithm != "rsa")
-            return {};
-        return [=] {
-            Botan::DataSource_Memory source(task.privateKey);
-            const std::unique_ptr<Botan::Private_Key> key(Botan::PKCS8::load_key(source));
-            Botan::PK_Signer signer(*key, *m_random, "EMSA3(SHA-160)");
-            *result = signer.sign_message(task.data, *m_random);
-        };
-    }
-
-    Work verify(const SignatureTask& task, const Bytes& signature, const Result& result) const override {
-        if (task.algorithm != "rsa")
-            return {};
-        return [=] {
-            Botan::DataSource_Memory source(task.publicKey);
-            const std::unique_ptr<Botan::Public_Key> key(Botan::X509::load_key(source));
-            Botan::PK_Verifier verifier(*key, "EMSA3(SHA-160)");
-            result->at(0) = verifier.verify_message(task.data, signature);
-        };
-    }
-
-private:
-    std::shared_ptr<Botan::AutoSeeded_RNG> m_random = std::make_shared<Botan::AutoSeeded_RNG>();
 };
 
 } // namespace

@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Draws the pictures of the documentation into this folder: python3 docs/pictures/draw.py"""
 import html
+import math
 import pathlib
 
 FOLDER = pathlib.Path(__file__).resolve().parent
@@ -124,8 +125,41 @@ def draw_configuration():
     picture.save("configuration")
 
 
+def draw_peers():
+    """A row for each operation in peers.csv, a dot for each library; `./dev bench peers` writes that file."""
+    colours = {"sarn": "#d62728", "botan": "#1f77b4", "crypto++": "#ff7f0e", "libgcrypt": "#2ca02c",
+               "nettle": "#17a2b8"}
+    picture, ratios = Picture("Time in multiples of libcrypto 1.1.1"), {}
+    for line in (FOLDER / "peers.csv").read_text().splitlines():
+        operation, library, ratio = line.split(";")
+        ratios.setdefault(operation, {})[library] = float(ratio)
+
+    def place(ratio):
+        return 200 + 76 * math.log2(max(ratio, 0.25) / 0.25)
+
+    def dot(x, y, library, title=""):
+        picture.items.append(f'<circle cx="{x:.0f}" cy="{y:.0f}" r="5" fill="{colours[library]}"><title>{title}</title></circle>')
+
+    picture.heading("Time in multiples of libcrypto 1.1.1; further left is faster")
+    for index, library in enumerate(colours):
+        dot(8 + 100 * index, picture.y + 8, library)
+        picture.text(18 + 100 * index, picture.y + 12, library)
+    picture.y += 40
+    bottom = picture.y + 20 * len(ratios)
+    for ratio in (0.25, 0.5, 1, 2, 4, 8, 16, 32):
+        picture.items.append(f'<path d="M{place(ratio):.0f} {picture.y} V{bottom}" stroke="{"#222" if ratio == 1 else "#ddd"}"/>')
+        picture.text(place(ratio), picture.y - 4, f"{ratio:g}", 'text-anchor="middle"')
+    for operation, libraries in ratios.items():
+        picture.text(0, picture.y + 14, operation)
+        for library, ratio in sorted(libraries.items(), key=lambda item: item[0] == "sarn"):
+            dot(place(ratio), picture.y + 10, library, f"{library} {ratio:.2f}")
+        picture.y += 20
+    picture.save("peers")
+
+
 draw_architecture()
 draw_ciphertext()
 draw_states()
 draw_signature_file()
 draw_configuration()
+draw_peers()

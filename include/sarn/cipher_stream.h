@@ -35,8 +35,8 @@ protected:
           m_key(key),
           m_ivSize(m_cipher->getIVSize()),
           m_blockSize(m_cipher->getBlockSize()),
-          m_batchSize(m_blockSize == 8 ? 1 << 19 : m_blockSize) {
-        m_iv.ensureAllocated(1); // an empty IV must not be null, which has another meaning
+          m_batchSize(m_cipher->getID() == "bfcbc" ? 1 << 19 : m_blockSize) {
+        m_tail.ensureAllocated(1); // an empty IV must not be null, which has another meaning
         if (m_blockSize < 1 || (m_ivSize != 0 && m_ivSize != m_blockSize) || !givesTheSameInPieces())
             throw ul::CInvalidArgError(where, "cipher cannot work in pieces", ul::CProps());
     }
@@ -48,8 +48,11 @@ protected:
     void setIV(const char* where, ul::CBytes iv) {
         if (iv.size() != static_cast<std::size_t>(m_ivSize))
             throw ul::CInvalidArgError(where, "invalid IV size", ul::CProps());
-        m_iv.init(iv.data(), m_ivSize);
+        m_tail.init(iv.data(), m_ivSize);
     }
+
+    /// The IV of the next call.
+    const unsigned char* getIV() const { return m_tail.getData() + m_tail.getUsed() - m_ivSize; }
 
     /// Starts a call and makes room for the result of `size` more bytes and the unprocessed ones.
     void begin(const char* where, int size) {
@@ -70,6 +73,48 @@ protected:
         return m_out;
     }
 
+    /// Passes all whole blocks of the unprocessed bytes and of a piece to `process`, if they make a batch. The rest
+    /// waits.
+    template <class Process>
+    void processBatch(const unsigned char* data, int left, Process process) {
+        if (m_waiting > 0)
+            moveToRest(data, left);
+        if (m_waiting == m_batchSize) {
+            process(m_rest.getData(), m_batchSize);
+            m_waiting = 0;
+        }
+        const int whole = left < m_batchSize ? 0 : left - left % m_blockSize;
+        if (whole > 0)
+            process(data, whole);
+        data += whole;
+        left -= whole;
+        moveToRest(data, left);
+    }
+
+    /// Wipes the whole block of the result.
+    void wipeResult() { ul::wipe(m_out.getData(), static_cast<std::size_t>(m_out.getAllocated())); }
+
+    /// Never null.
+    const ul::P<ICipher> m_cipher;
+    /// A copy of the key.
+    const ul::TCryptBuffer<unsigned char> m_key;
+    /// Size of the IV in bytes.
+    const int m_ivSize;
+    /// Size of a block in bytes.
+    const int m_blockSize;
+    /// Number of bytes worth a call. Blowfish takes as long to set up a key as to process some kilobytes.
+    const int m_batchSize;
+    /// The last bytes of the ciphertext so far, or the IV of its first block. It ends with the IV of the next call.
+    ul::TBuffer<unsigned char> m_tail;
+    /// Its first m_waiting bytes are unprocessed. The used size never shrinks, so that the buffer wipes once at the end
+    /// instead of in every call.
+    ul::TCryptBuffer<unsigned char> m_rest;
+    /// Number of unprocessed bytes.
+    int m_waiting = 0;
+    /// The result of the call. Wiped explicitly, to wipe once here too.
+    ul::TBuffer<unsigned char> m_out;
+
+private:
     /// Moves bytes from the front of a piece to the unprocessed ones, until these make a batch.
     void moveToRest(const unsigned char*& data, int& left) {
         const int count = std::min(left, m_batchSize - m_waiting);
@@ -82,34 +127,6 @@ protected:
         left -= count;
     }
 
-    /// Wipes the whole block of the result.
-    void wipeResult() { ul::wipe(m_out.getData(), static_cast<std::size_t>(m_out.getAllocated())); }
-
-    /// Sets the IV of the call that follows the one with `size` bytes of ciphertext at `ciphertext`.
-    void setNextIV(const unsigned char* ciphertext, int size) { m_iv.init(ciphertext + size - m_ivSize, m_ivSize); }
-
-    /// Never null.
-    const ul::P<ICipher> m_cipher;
-    /// A copy of the key.
-    const ul::TCryptBuffer<unsigned char> m_key;
-    /// Size of the IV in bytes.
-    const int m_ivSize;
-    /// Size of a block in bytes.
-    const int m_blockSize;
-    /// Number of bytes worth a call. The old ciphers, which have blocks of 8 bytes, take as long to set up a key as to
-    /// process some kilobytes.
-    const int m_batchSize;
-    /// The IV of the next call.
-    ul::TBuffer<unsigned char> m_iv;
-    /// Its first m_waiting bytes are unprocessed. The used size never shrinks, so that the buffer wipes once at the end
-    /// instead of in every call.
-    ul::TCryptBuffer<unsigned char> m_rest;
-    /// Number of unprocessed bytes.
-    int m_waiting = 0;
-    /// The result of the call. Wiped explicitly, to wipe once here too.
-    ul::TBuffer<unsigned char> m_out;
-
-private:
     static ul::P<ICipher> checkCipher(const char* where, ul::P<ICipher> cipher) {
         if (!cipher)
             throw ul::CInvalidArgError(where, "cipher cannot be NULL", ul::CProps());

@@ -51,7 +51,6 @@ public:
     /// Starts a running digest of `type`.
     /// \throws ul::CError "Error initializing OpenSSL digest.".
     explicit TDigest_OpenSSL(const IDigestType* type) : m_type(type) {
-        m_state.result.ensureAllocated(DigestSize);
         COpenSSLInit::ensureInitialized();
         reset();
     }
@@ -131,7 +130,7 @@ private:
     // Zero-initialised, because Init may leave the block alone: a saved state must not contain what was in memory
     // before.
     CTX m_context{};
-    detail::HashState m_state;
+    detail::HashState m_state{ul::TBuffer<unsigned char>(DigestSize, 0)};
 };
 
 } // namespace sarn

@@ -45,17 +45,15 @@ public:
         const unsigned char* data = piece.data();
         begin("CStreamDecryptor::update", left);
         readIV(data, left);
-        if (m_waiting > 0)
-            moveToRest(data, left);
-        if (left > 0) {
-            // The last block of the stream has the padding, so one is kept back until another arrives.
-            decryptBlocks(m_rest.getData(), m_waiting);
-            m_waiting = 0;
-            const int whole = left <= m_batchSize ? 0 : left - 1 - (left - 1) % m_blockSize;
-            decryptBlocks(data, whole);
-            left -= whole;
-            moveToRest(data += whole, left);
-        }
+        m_out.insert(0, m_held.getData(), m_held.getUsed());
+        processBatch(data, left, [this](const unsigned char* blocks, int size) {
+            m_cipher->decryptWithoutPadding(m_key, blocks, size, m_out, true, getIV());
+            keepTail(blocks, size);
+        });
+        // Until more bytes arrive, the last block may be the one that has the padding.
+        const int result = std::max(m_out.getUsed() - m_blockSize, 0);
+        m_held.init(m_out.getData() + result, m_out.getUsed() - result);
+        m_out.setUsed(result);
         return end();
     }
 
@@ -63,27 +61,39 @@ public:
     /// \throws as ICipher::decrypt() does.
     ul::CBytes finish() {
         begin("CStreamDecryptor::finish", 0);
-        if (m_iv.getUsed() < m_ivSize)
-            m_cipher->decrypt(m_key, m_iv.getData(), m_iv.getUsed(), m_out, false, nullptr);
-        else
-            m_cipher->decrypt(m_key, m_rest.getData(), m_waiting, m_out, false, m_iv.getData());
+        if (m_tail.getUsed() < m_ivSize) {
+            m_cipher->decrypt(m_key, m_tail.getData(), m_tail.getUsed(), m_out, false, nullptr);
+        } else if (m_waiting == 0 && m_held.getUsed() > 0) {
+            // Decrypts the held block again, and removes its padding.
+            m_cipher->decrypt(m_key, m_tail.getData() + m_ivSize, m_blockSize, m_out, false, m_tail.getData());
+        } else {
+            m_out.insert(0, m_held.getData(), m_held.getUsed());
+            m_cipher->decrypt(m_key, m_rest.getData(), m_waiting, m_out, true, getIV());
+        }
         return m_out;
     }
 
 private:
     void readIV(const unsigned char*& data, int& left) {
-        const int count = std::min(left, m_ivSize - m_iv.getUsed());
-        m_iv.insert(m_iv.getUsed(), data, count);
+        const int count = std::clamp(m_ivSize - m_tail.getUsed(), 0, left);
+        m_tail.insert(m_tail.getUsed(), data, count);
         data += count;
         left -= count;
     }
 
-    void decryptBlocks(const unsigned char* data, int size) {
-        if (size == 0)
-            return;
-        m_cipher->decryptWithoutPadding(m_key, data, size, m_out, true, m_iv.getData());
-        setNextIV(data, size);
+    /// Keeps the last block of the ciphertext and the IV under which it was encrypted.
+    void keepTail(const unsigned char* blocks, int size) {
+        if (size > m_blockSize) {
+            const int kept = m_ivSize + m_blockSize;
+            m_tail.init(blocks + size - kept, kept);
+        } else {
+            m_tail.init(getIV(), m_ivSize);
+            m_tail.insert(m_ivSize, blocks, m_blockSize);
+        }
     }
+
+    /// The last block of the plaintext so far, if there is one.
+    ul::TCryptBuffer<unsigned char> m_held;
 };
 
 } // namespace sarn

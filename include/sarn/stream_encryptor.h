@@ -24,8 +24,8 @@ public:
     /// \throws as CCipherStream says.
     CStreamEncryptor(ul::P<ICipher> cipher, const ul::TCryptBuffer<unsigned char>& key)
         : CCipherStream("CStreamEncryptor", std::move(cipher), key), m_owesIV(true) {
-        m_iv.setUsed(m_ivSize);
-        ul::CMTRand::getGlobal()->randData(m_iv.getData(), m_ivSize);
+        m_tail.setUsed(m_ivSize);
+        ul::CMTRand::getGlobal()->randData(m_tail.getData(), m_ivSize);
     }
     /// Encrypts with the given IV, which is not written.
     /// \throws ul::CInvalidArgError "invalid IV size"; as CCipherStream says.
@@ -38,20 +38,13 @@ public:
     /// are valid until the next call. Requires: `piece` is not a result of this object.
     /// \throws ul::CInvalidArgError "data is too large", which leaves the stream unchanged; as CCipherStream says.
     ul::CBytes update(ul::CBytes piece) {
-        int left = piece.getIntSize("CStreamEncryptor::update");
-        const unsigned char* data = piece.data();
-        begin("CStreamEncryptor::update", left);
+        const int size = piece.getIntSize("CStreamEncryptor::update");
+        begin("CStreamEncryptor::update", size);
         writeIV();
-        if (m_waiting > 0)
-            moveToRest(data, left);
-        if (m_waiting == m_batchSize) {
-            encryptBlocks(m_rest.getData(), m_batchSize);
-            m_waiting = 0;
-        }
-        const int whole = left < m_batchSize ? 0 : left - left % m_blockSize;
-        encryptBlocks(data, whole);
-        left -= whole;
-        moveToRest(data += whole, left);
+        processBatch(piece.data(), size, [this](const unsigned char* data, int count) {
+            m_cipher->encryptWithoutPadding(m_key, data, count, m_out, true, getIV());
+            m_tail.init(m_out.getData() + m_out.getUsed() - m_ivSize, m_ivSize);
+        });
         return end();
     }
 
@@ -61,21 +54,14 @@ public:
     ul::CBytes finish() {
         begin("CStreamEncryptor::finish", 0);
         writeIV();
-        m_cipher->encrypt(m_key, m_rest.getData(), m_waiting, m_out, true, m_iv.getData());
+        m_cipher->encrypt(m_key, m_rest.getData(), m_waiting, m_out, true, getIV());
         return m_out;
     }
 
 private:
     void writeIV() {
         if (std::exchange(m_owesIV, false))
-            m_out.insert(0, m_iv.getData(), m_ivSize);
-    }
-
-    void encryptBlocks(const unsigned char* data, int size) {
-        if (size == 0)
-            return;
-        m_cipher->encryptWithoutPadding(m_key, data, size, m_out, true, m_iv.getData());
-        setNextIV(m_out.getData(), m_out.getUsed());
+            m_out.insert(0, getIV(), m_ivSize);
     }
 
     bool m_owesIV = false;

@@ -12,11 +12,10 @@ namespace sarn {
 
 /// Encrypts or decrypts one message with libcrypto. Raises the errors that hosts know if libcrypto fails, and leaves
 /// its error queue unchanged.
+template <bool IsEncrypting>
 class CipherRun {
 public:
-    enum Direction { Encrypt, Decrypt };
-
-    explicit CipherRun(Direction direction) : m_isEncrypting(direction == Encrypt), m_context(EVP_CIPHER_CTX_new()) {
+    CipherRun() : m_context(EVP_CIPHER_CTX_new()) {
         if (m_context)
             EVP_CIPHER_CTX_reset(m_context.get());
     }
@@ -30,33 +29,35 @@ public:
     /// Processes `size` bytes and returns the number of bytes written to `result`.
     int update(unsigned char* result, const unsigned char* data, int size) {
         int written = 0;
-        check(m_isEncrypting ? EVP_EncryptUpdate(m_context.get(), result, &written, data, size)
-                             : EVP_DecryptUpdate(m_context.get(), result, &written, data, size));
+        check(IsEncrypting ? EVP_EncryptUpdate(m_context.get(), result, &written, data, size)
+                           : EVP_DecryptUpdate(m_context.get(), result, &written, data, size));
         return written;
     }
 
     /// Processes the last block and returns the number of bytes written to `result`.
     int finish(unsigned char* result) {
         int written = 0;
-        check(m_isEncrypting ? EVP_EncryptFinal(m_context.get(), result, &written)
-                             : EVP_DecryptFinal(m_context.get(), result, &written));
+        check(IsEncrypting ? EVP_EncryptFinal(m_context.get(), result, &written)
+                           : EVP_DecryptFinal(m_context.get(), result, &written));
         return written;
     }
 
 private:
     bool init(const EVP_CIPHER* cipher, const Key& key, const unsigned char* iv) {
-        return (m_isEncrypting ? EVP_EncryptInit(m_context.get(), cipher, key.getData(), iv)
-                               : EVP_DecryptInit(m_context.get(), cipher, key.getData(), iv)) != 0;
+        return (IsEncrypting ? EVP_EncryptInit(m_context.get(), cipher, key.getData(), iv)
+                             : EVP_DecryptInit(m_context.get(), cipher, key.getData(), iv)) != 0;
     }
 
     void check(int hasSucceeded) {
         if (!hasSucceeded)
-            m_mark.raise(m_isEncrypting ? "OpenSSL encrypt error." : "OpenSSL decrypt error.");
+            m_mark.raise(IsEncrypting ? "OpenSSL encrypt error." : "OpenSSL decrypt error.");
     }
 
-    bool m_isEncrypting;
     ErrorQueueMark m_mark;
     CipherContextPtr m_context;
 };
+
+using Encryption = CipherRun<true>;
+using Decryption = CipherRun<false>;
 
 } // namespace sarn

@@ -46,7 +46,7 @@ IVCopy copyIV(const unsigned char* iv, int ivSize) {
 /// \param start      where the operation begins to write in `out`
 /// \param position   where the first byte computed from the input goes
 /// \param outputSize number of bytes that it may write from `start` on
-void checkRoom(const char* where, const Key& key, const Input& input, const Buffer& out, int start, int position,
+void checkRoom(const char* where, const Key& key, Input input, const Buffer& out, int start, int position,
                long long outputSize) {
     checkArguments(where, key, input.size, out, start, outputSize);
     if (!overlaps(input.data, input.size, out))
@@ -59,7 +59,7 @@ void checkRoom(const char* where, const Key& key, const Input& input, const Buff
 }
 
 void checkDescription(const EVP_CIPHER* cipher) {
-    constexpr char where[] = "COpenSSLCipher::COpenSSLCipher";
+    static constexpr char where[] = "COpenSSLCipher::COpenSSLCipher";
     if (!cipher)
         raiseInvalidArg(where, "cipher cannot be NULL");
     // An authenticating mode would lose its tag, without which the data cannot be decrypted.
@@ -128,10 +128,10 @@ int COpenSSLCipher::getBlockSize() const {
 
 void COpenSSLCipher::encrypt(const Key& key, const void* data, int size, Buffer& out, bool append,
                              const unsigned char* iv) {
-    constexpr char where[] = "COpenSSLCipher::encrypt";
+    static constexpr char where[] = "COpenSSLCipher::encrypt";
     checkKey(key, where);
     // The padded pair creates its context before it checks the other arguments, unlike the operations without padding.
-    CipherRun run(CipherRun::Encrypt);
+    Encryption run;
     const Input input(data, size);
     int start = getStart(out, append);
     const int ownIVSize = iv ? 0 : m_ivSize;
@@ -156,10 +156,10 @@ void COpenSSLCipher::encrypt(const Key& key, const void* data, int size, Buffer&
 
 void COpenSSLCipher::decrypt(const Key& key, const void* data, int size, Buffer& out, bool append,
                              const unsigned char* iv) {
-    constexpr char where[] = "COpenSSLCipher::decrypt";
+    static constexpr char where[] = "COpenSSLCipher::decrypt";
     checkKey(key, where);
     // Before the other arguments are checked, as in encrypt().
-    CipherRun run(CipherRun::Decrypt);
+    Decryption run;
     Input input(data, size);
     if (!iv) {
         if (size < m_ivSize)
@@ -182,7 +182,7 @@ void COpenSSLCipher::decrypt(const Key& key, const void* data, int size, Buffer&
 
 void COpenSSLCipher::encryptWithoutPadding(const Key& key, const void* data, int size, Buffer& out, bool append,
                                            const unsigned char* iv) {
-    constexpr char where[] = "COpenSSLCipher::encryptWithoutPadding";
+    static constexpr char where[] = "COpenSSLCipher::encryptWithoutPadding";
     checkKey(key, where);
     if (!iv)
         raiseInvalidArg(where, "IV cannot be NULL");
@@ -197,7 +197,7 @@ void COpenSSLCipher::encryptWithoutPadding(const Key& key, const void* data, int
     }
     const int expected = static_cast<int>(paddedSize);
 
-    CipherRun run(CipherRun::Encrypt);
+    Encryption run;
     const IVCopy ivCopy = copyIV(iv, m_ivSize);
     out.setUsed(start + expected);
     run.begin(m_cipher, key, ivCopy.data(), false);
@@ -211,7 +211,7 @@ void COpenSSLCipher::encryptWithoutPadding(const Key& key, const void* data, int
 
 void COpenSSLCipher::decryptWithoutPadding(const Key& key, const void* data, int size, Buffer& out, bool append,
                                            const unsigned char* iv) {
-    constexpr char where[] = "COpenSSLCipher::decryptWithoutPadding";
+    static constexpr char where[] = "COpenSSLCipher::decryptWithoutPadding";
     checkKey(key, where);
     if (!iv)
         raiseInvalidArg(where, "IV cannot be NULL");
@@ -225,7 +225,7 @@ void COpenSSLCipher::decryptWithoutPadding(const Key& key, const void* data, int
         return;
     }
 
-    CipherRun run(CipherRun::Decrypt);
+    Decryption run;
     run.begin(m_cipher, key, iv, false);
     out.setUsed(start + input.size);
     unsigned char* const result = out.getData() + start;

@@ -37,6 +37,11 @@ private:
     // A mark is a flag on one error in the queue. A mark of ours would remove the host's mark from that error, and is
     // lost if libcrypto sets and pops its own in between. Therefore the host's errors are moved aside, and libcrypto
     // works on an empty queue.
+    static bool hasErrors() noexcept {
+        // Faster than ERR_peek_error(), and every operation asks.
+        const ERR_STATE* const queue = ERR_get_state();
+        return queue && queue->top != queue->bottom;
+    }
     static bool moveAside(ERR_STATE& hosts) noexcept;
     static void putBack(const ERR_STATE& hosts) noexcept;
 
@@ -48,7 +53,7 @@ private:
 
 #if OPENSSL_VERSION_NUMBER < 0x30000000L
 
-inline ErrorQueueMark::ErrorQueueMark() noexcept : m_holdsHosts(ERR_peek_error() != 0 && moveAside(m_hosts)) {}
+inline ErrorQueueMark::ErrorQueueMark() noexcept : m_holdsHosts(hasErrors() && moveAside(m_hosts)) {}
 
 inline void ErrorQueueMark::restore() noexcept {
     putBack(m_hosts);

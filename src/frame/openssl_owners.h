@@ -4,6 +4,7 @@
 
 #include <openssl/bio.h>
 #include <openssl/evp.h>
+#include <openssl/hmac.h>
 
 #include <memory>
 
@@ -29,6 +30,14 @@ struct KeyDeleter {
 };
 /// Owns a key.
 using KeyPtr = std::unique_ptr<EVP_PKEY, KeyDeleter>;
+
+#ifdef OPENSSL_SUPPRESS_DEPRECATED
+struct HMACContextDeleter {
+    void operator()(HMAC_CTX* context) const noexcept { HMAC_CTX_free(context); }
+};
+/// Owns the context of an HMAC. For files that may use what libcrypto 3 deprecates.
+using HMACContextPtr = std::unique_ptr<HMAC_CTX, HMACContextDeleter>;
+#endif
 
 /// Frees the objects of a signing or verifying session. Sessions hold plain pointers, because a failed construction
 /// must not free the context. Hosts rely on the order: the context is reset, then freed, then the key is freed.

@@ -28,7 +28,7 @@ void addItem(ul::CMutex& mutex, TRegistryItems<T>& items, T* item, const char* w
 
 /// The item registered under `id`, or null.
 template <class T>
-ul::P<T> findItem(ul::CMutex& mutex, TRegistryItems<T>& items, const ul::String& id) {
+ul::P<T> findItem(ul::CMutex& mutex, const TRegistryItems<T>& items, const ul::String& id) {
     const ul::CMutexLock lock(mutex);
     const ul::P<T>* const found = items.find(id);
     return found ? *found : nullptr;
@@ -37,12 +37,12 @@ ul::P<T> findItem(ul::CMutex& mutex, TRegistryItems<T>& items, const ul::String&
 /// The item registered under `id`.
 /// \throws ul::CError `unknown`, followed by the identifier and "'.", if there is none.
 template <class T>
-ul::P<T> getItem(ul::CMutex& mutex, TRegistryItems<T>& items, const ul::String& id, const char* unknown) {
+ul::P<T> getItem(ul::CMutex& mutex, const TRegistryItems<T>& items, const ul::String& id, const char* unknown) {
     const ul::CMutexLock lock(mutex);
-    ul::P<T> item = findItem(mutex, items, id);
-    if (!item)
+    const ul::P<T>* const found = items.find(id);
+    if (!found)
         raiseError(unknown + id + "'.");
-    return item;
+    return *found;
 }
 
 } // namespace sarn

@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+// Newer versions of libcrypto deprecate the functions for contexts but keep them.
+#define OPENSSL_SUPPRESS_DEPRECATED
+
 #include "sarn/hmac.h"
 
 #include "frame/error_queue_mark.h"
+#include "frame/openssl_owners.h"
 #include "frame/overlap.h"
 #include "frame/raise.h"
 
@@ -9,6 +13,26 @@
 #include <openssl/hmac.h>
 
 namespace sarn {
+
+namespace {
+
+#if OPENSSL_VERSION_NUMBER >= 0x30000000L
+/// Gives the result of HMAC(), which fetches HMAC and the hash by name each time and so takes more than twice as long.
+/// The hash still comes from the host's default context.
+bool computeHMAC(const EVP_MD* md, const void* key, int keySize, const unsigned char* data, std::size_t size,
+                 unsigned char* out, unsigned* length) {
+    const HMACContextPtr context(HMAC_CTX_new());
+    return context && HMAC_Init_ex(context.get(), key, keySize, md, nullptr) &&
+           HMAC_Update(context.get(), data, size) && HMAC_Final(context.get(), out, length);
+}
+#else
+bool computeHMAC(const EVP_MD* md, const void* key, int keySize, const unsigned char* data, std::size_t size,
+                 unsigned char* out, unsigned* length) {
+    return HMAC(md, key, keySize, data, size, out, length) != nullptr;
+}
+#endif
+
+} // namespace
 
 void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* data, int dataSize, const void* key,
               int keySize) {
@@ -23,8 +47,8 @@ void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* dat
     unsigned length = EVP_MAX_MD_SIZE;
     // 1.1.1 refuses a negative key size itself; newer versions would take it for a huge one.
     const bool isDone =
-        keySize >= 0 && HMAC(md, keySize > 0 ? key : "", keySize, static_cast<const unsigned char*>(data),
-                             static_cast<std::size_t>(dataSize), out.getData(), &length);
+        keySize >= 0 && computeHMAC(md, keySize > 0 ? key : "", keySize, static_cast<const unsigned char*>(data),
+                                    static_cast<std::size_t>(dataSize), out.getData(), &length);
     if (!isDone)
         mark.raise("Error computing HMAC digest.");
     out.setUsed(static_cast<int>(length));

@@ -11,6 +11,8 @@
 #include "sarn/password_key_cache.h"
 #include "sarn/signature.h"
 
+#include <openssl/opensslv.h>
+
 #include <functional>
 #include <map>
 
@@ -130,6 +132,16 @@ Steps inSession(const char* initError, const char* readKey, const char* updateEr
             {"EVP_PKEY_free"}};
 }
 
+constexpr char hmacError[] = "Error computing HMAC digest.";
+#if OPENSSL_VERSION_NUMBER >= 0x30000000L
+const Steps authentication = {{"HMAC_CTX_new", hmacError},
+                              {"HMAC_Init_ex", hmacError, "HMAC_CTX_free"},
+                              {"HMAC_Update", hmacError, "HMAC_CTX_free"},
+                              {"HMAC_Final", hmacError, "HMAC_CTX_free"},
+                              {"HMAC_CTX_free"}};
+#else
+const Steps authentication = {{"HMAC", hmacError}};
+#endif
 const Steps encoding = {{"BIO_new", encodeError, "BIO_new BIO_free_all"}, {"BIO_new", encodeError, "BIO_free_all"},
                         {"BIO_write", encodeError, "BIO_free_all"},       {"BIO_ctrl", encodeError, "BIO_free_all"},
                         {"BIO_ctrl", encodeError, "BIO_free_all"},        {"BIO_free_all"}};
@@ -178,8 +190,7 @@ const std::vector<Operation> operations = {
       {"BIO_new", decodeError, "BIO_free_all"},
       {"BIO_read", "invalid base64 data", "BIO_free_all", unchanged, "base64Decode"},
       {"BIO_free_all"}}},
-    {"CalcHMAC", [](Buffer& out) { sarn::calcHMAC_SHA1(out, "x", 1, "k", 1); },
-     {{"HMAC", "Error computing HMAC digest."}}},
+    {"CalcHMAC", [](Buffer& out) { sarn::calcHMAC_SHA1(out, "x", 1, "k", 1); }, authentication},
     {"DeriveKey", derive, {{"PKCS5_PBKDF2_HMAC_SHA1", "Error deriving cryptographic key from password."}}},
     {"NewKeyCache", [](Buffer&) { ul::make<sarn::CPasswordKeyCache>(ul::TCryptBuffer<char>()); }, {}},
     {"Sign", sign, inSession("OpenSSL sign init error.", "PEM_read_bio_PrivateKey", "OpenSSL sign error.",

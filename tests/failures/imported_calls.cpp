@@ -85,7 +85,6 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::EVP_SignFinal>(libcrypto, "EVP_SignFinal", 0),
         describe<&::EVP_VerifyFinal>(libcrypto, "EVP_VerifyFinal", -1),
         describe<&::EVP_PKEY_free>(libcrypto, "EVP_PKEY_free", 0, 0, cannot),
-        describe<&::HMAC>(libcrypto, "HMAC", 0),
         describe<&::PKCS5_PBKDF2_HMAC_SHA1>(libcrypto, "PKCS5_PBKDF2_HMAC_SHA1", 0),
         describe<&::PEM_read_bio_PrivateKey>(libcrypto, "PEM_read_bio_PrivateKey", 0),
         describe<&::PEM_read_bio_PUBKEY>(libcrypto, "PEM_read_bio_PUBKEY", 0),
@@ -107,7 +106,13 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::OSSL_PROVIDER_load>(libcrypto, "OSSL_PROVIDER_load", 0, 0, ignored),
         describe<&::OSSL_PROVIDER_available>(libcrypto, "OSSL_PROVIDER_available", 0, 0, ignored),
         describe<&::EVP_CIPHER_fetch>(libcrypto, "EVP_CIPHER_fetch", 0, 0, ignored),
+        describe<&::HMAC_CTX_new>(libcrypto, "HMAC_CTX_new", 0),
+        describe<&::HMAC_Init_ex>(libcrypto, "HMAC_Init_ex", 0),
+        describe<&::HMAC_Update>(libcrypto, "HMAC_Update", 0),
+        describe<&::HMAC_Final>(libcrypto, "HMAC_Final", 0),
+        describe<&::HMAC_CTX_free>(libcrypto, "HMAC_CTX_free", 0, 0, cannot),
 #else
+        describe<&::HMAC>(libcrypto, "HMAC", 0),
         // The library then does not know that the key is one for DSA.
         describe<&::EVP_PKEY_base_id>(libcrypto, "EVP_PKEY_base_id", 0, 0, ignored),
         describe<&::BN_mod_exp_mont>(libcrypto, "BN_mod_exp_mont", 0),

@@ -26,10 +26,18 @@ def append(name, text):
     return lambda at: at.append(name, text)
 
 
+def raise_instructions(at):
+    for figure in ("10", "20"):
+        at.write("tests/data/instructions.txt", f"a call = {figure}\n")
+        at.make("git", "add", "--all")
+        at.make("git", "-c", "user.name=a", "-c", "user.email=a", "commit", "--quiet", "--message=Count")
+
+
 add("Tree", ["sh", "-c", "git add --all && scripts/check-tree"], make_tree, [
     ("LibcryptoInAPublicHeader", write("include/sarn/b.h", "#include <openssl/evp.h>\n"), "only src/ includes libcrypto"),
     ("ZlibInTheBaseLibrary", write("ul/src/b.cpp", "#include <zlib.h>\n"), "only src/ includes libcrypto or zlib"),
     ("UpwardInclude", write("ul/src/b.cpp", '#include "sarn/cipher.h"\n'), "knows nothing of the library above it"),
+    ("RiseOfInstructionsWithoutAReason", raise_instructions, "raises 'a call' from 10 to 20: say why"),
     ("WipeThatMayBeOptimisedAway", write("src/b.cpp", "void f(char* p) { memset(p, 0, 1); }\n"), "use ul::wipe"),
     ("ComparisonWhoseTimeDependsOnTheContent", write("src/b.cpp", "bool f() { return memcmp(a, b, 1); }\n"), "secrets are compared"),
     ("ComparisonInAHeader", write("include/sarn/b.h", "bool f() { return memcmp(a, b, 1); }\n"), "secrets are compared"),

@@ -2,7 +2,7 @@
 # Draws the pictures again and compares.
 # Arguments: PYTHON, FOLDER, WORK_DIR
 file(REMOVE_RECURSE "${WORK_DIR}")
-file(COPY "${FOLDER}/draw.py" DESTINATION "${WORK_DIR}")
+file(COPY "${FOLDER}/draw.py" "${FOLDER}/peers.csv" DESTINATION "${WORK_DIR}")
 execute_process(COMMAND "${PYTHON}" "${WORK_DIR}/draw.py" COMMAND_ERROR_IS_FATAL ANY)
 file(GLOB pictures RELATIVE "${FOLDER}" "${FOLDER}/*.svg")
 file(GLOB drawn RELATIVE "${WORK_DIR}" "${WORK_DIR}/*.svg")

@@ -176,6 +176,23 @@ TEST(CStreamDecryptor, OfAStreamCutInsideABlockOrTheIV_RaisesTheDocumentedError)
     expectInvalidArg("COpenSSLCipher::decrypt", "invalid input data size", [&] { another.finish(); });
 }
 
+TEST(CStreamDecryptor, OfPiecesOfWholeBlocks_CallsTheCipherOncePerPiece) {
+    class CountingCipher : public sarn::CCipher_AES256CBC {
+    public:
+        void decryptWithoutPadding(const ul::TCryptBuffer<unsigned char>& key, const void* data, int size,
+                                   ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override {
+            ++calls;
+            CCipher_AES256CBC::decryptWithoutPadding(key, data, size, out, append, iv);
+        }
+        int calls = 0;
+    };
+    const ul::P<CountingCipher> cipher = ul::make<CountingCipher>();
+    sarn::CStreamDecryptor decryptor(cipher, key32, iv16);
+    for (int i = 0; i < 10; ++i)
+        decryptor.update(makePattern(4096));
+    EXPECT_EQ(cipher->calls, 10);
+}
+
 TEST(CStreamEncryptor, LongStream_NeedsTheMemoryOfOnePiece) {
     const Bytes piece = makePattern(1000);
     sarn::CStreamEncryptor encryptor("aes256cbc", key32);

@@ -34,10 +34,12 @@ TBuffer<T>&& moveAsBase(TCryptBuffer<T>& buffer) noexcept {
 } // namespace
 
 void wipe(void* data, std::size_t size) noexcept {
-    // Volatile stores are observable, so none may be optimised away although the block is about to be freed.
-    volatile unsigned char* byte = static_cast<unsigned char*>(data);
-    for (; size > 0; --size)
-        *byte++ = 0;
+    // The compiler cannot know that this pointer still points to memset, so it cannot optimise the call away although
+    // the block is about to be freed. Volatile stores would not be optimised away either, but they take a byte at a
+    // time.
+    static void* (*volatile fill)(void*, int, std::size_t) = std::memset;
+    if (size > 0)
+        fill(data, 0, size);
 }
 
 template <class T>
@@ -128,8 +130,10 @@ void TBuffer<T>::insert(int position, const void* data, int size) {
 
 template <class T>
 void TBuffer<T>::setUsed(int size) {
-    checkSize("TBuffer::setUsed", size);
-    ensureAllocated(size);
+    if (size < 0 || size > m_allocated) {
+        checkSize("TBuffer::setUsed", size);
+        grow(size);
+    }
     const int before = std::exchange(m_used, size);
     if (size < before)
         discardData(m_data + size, before - size);
@@ -137,10 +141,9 @@ void TBuffer<T>::setUsed(int size) {
 
 template <class T>
 void TBuffer<T>::addUsed(int size) {
-    checkSize("TBuffer::addUsed", size);
-    const long long sum = static_cast<long long>(m_used) + size;
-    checkSize("TBuffer::addUsed", sum);
-    setUsed(static_cast<int>(sum));
+    if (size < 0 || size > INT_MAX - m_used)
+        raiseInvalidArg("TBuffer::addUsed", "invalid size");
+    setUsed(m_used + size);
 }
 
 template <class T>
