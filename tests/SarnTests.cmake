@@ -6,6 +6,11 @@ if(NOT CMAKE_RUNTIME_OUTPUT_DIRECTORY)
   set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${CMAKE_CURRENT_BINARY_DIR}")
 endif()
 
+if(CMAKE_CROSSCOMPILING_EMULATOR AND NOT WIN32)
+  # It takes several minutes on an emulated processor.
+  set(sarn_test_filter "-*Of16777216Iterations*")
+endif()
+
 # Applies the compile options of all test programs.
 function(sarn_configure_test_target target)
   sarn_configure_target(${target})
@@ -27,7 +32,7 @@ function(sarn_add_tests name)
     target_precompile_headers(${name} PRIVATE <gtest/gtest.h>)
   endif()
   sarn_expect_lost_contexts(${name})
-  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 PROPERTIES TIMEOUT 120)
+  gtest_discover_tests(${name} DISCOVERY_TIMEOUT 60 TEST_FILTER "${sarn_test_filter}")
 endfunction()
 
 # Suppresses the one leak that is part of the contract.
