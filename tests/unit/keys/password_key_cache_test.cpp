@@ -24,7 +24,7 @@ constexpr char deriveError[] = "Error deriving cryptographic key from password."
 
 static_assert(!std::is_copy_constructible_v<CPasswordKeyCache> && !std::is_move_constructible_v<CPasswordKeyCache>);
 static_assert(std::is_trivially_copyable_v<CKeyInfo> && !std::is_polymorphic_v<CKeyInfo>);
-static_assert(sizeof(CKeyInfo) == 24);
+static_assert(sizeof(CKeyInfo) == (sizeof(void*) == 8 ? 24 : 16));
 
 ul::P<CPasswordKeyCache> makeCache(const char* password) {
     ul::TCryptBuffer<char> buffer;
