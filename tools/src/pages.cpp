@@ -82,7 +82,10 @@ std::string describeCase(const CLI::App& command, const std::string& words) {
         const std::string name = "--" + option->get_lnames().at(0);
         options += (options.empty() ? "" : " ") + name;
         if (!choices.empty())
-            values += "            [[ $previous == " + name + " ]] && choices='" + choices + "'\n";
+            values.append("            [[ $previous == ")
+                .append(name)
+                .append(" ]] && choices='")
+                .append(choices + "'\n");
     }
     return "        " + words + "\n            options='" + options + "' first='" + first + "'\n" + values +
            "            ;;\n";

@@ -63,9 +63,9 @@ std::string identify(const std::string& name, ul::CBytes bytes) {
     for (const std::string& id : getDigestIds()) {
         const std::string reason = tryToLoad(id, bytes);
         if (reason.empty())
-            found += (found.empty() ? "" : " or ") + id;
+            found.append(found.empty() ? "" : " or ").append(id);
         else
-            reasons += "\n  " + id + ": " + reason;
+            reasons.append("\n  ").append(id).append(": ").append(reason);
     }
     if (found.empty())
         refuse(name, "no digest accepts it." + reasons);

@@ -13,7 +13,7 @@ namespace tool {
 
 using Bytes = ul::TCryptBuffer<unsigned char>;
 
-/// Where a password or passphrase is: in a file, at a descriptor, or, if neither is given, in a user's mind.
+/// Where a password or passphrase is: in a file, at a descriptor, or, if neither is given, typed by a user.
 struct SecretSource {
     std::string file;
     int descriptor = -1;
