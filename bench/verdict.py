@@ -28,7 +28,7 @@ import time
 
 YARDSTICK = 167
 # Rounds between two looks at the results, and seconds at most.
-SCOPES = {"full": (24, 270), "quick": (24, 40), "threads": (8, 40)}
+SCOPES = {"full": (24, 225), "quick": (24, 40), "threads": (8, 30)}
 
 # Name, pattern of its rows, largest fixed cost in ns, largest slope.
 GOALS = (
