@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The rows of each family. Each function measures the selected ones. goals.py has the goal of every row.
+// The rows of each family. Each function measures the selected ones. verdict.py has the goal of every row.
 #pragma once
 
 namespace bench {
