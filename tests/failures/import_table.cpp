@@ -21,9 +21,6 @@ constexpr unsigned long addressEntry = R_X86_64_GLOB_DAT;
 #elif defined(__aarch64__)
 constexpr unsigned long callEntry = R_AARCH64_JUMP_SLOT;
 constexpr unsigned long addressEntry = R_AARCH64_GLOB_DAT;
-#elif defined(__s390x__)
-constexpr unsigned long callEntry = R_390_JMP_SLOT;
-constexpr unsigned long addressEntry = R_390_GLOB_DAT;
 #else
 #error "The relocations of this processor are not known."
 #endif

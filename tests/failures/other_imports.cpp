@@ -20,7 +20,7 @@ constexpr std::string_view alwaysSucceeding =
     "ERR_peek_error ERR_clear_error OPENSSL_init_crypto OpenSSL_version OpenSSL_version_num adler32 crc32 geteuid "
     "memmove memset memcmp memchr strcmp strlen wcslen wmemcmp wmemcpy wmemset wmemchr fprintf nanosleep "
     "pthread_mutex_lock pthread_mutex_trylock pthread_mutex_unlock pthread_self "
-    "__tls_get_addr __assert_fail __errno_location __dynamic_cast __gmon_start__ ";
+    "__tls_get_addr __assert_fail __errno_location __getauxval __dynamic_cast __gmon_start__ ";
 
 // Mangled names belong to libul and the C++ runtime. The functions that allocate are in the table of calls that fail.
 constexpr const char* runtimePrefixes[] = {"_Z",     "__cxa_",  "_ITM_",    "_Unwind_",

@@ -54,9 +54,10 @@ void write(const std::string& folder) {
     writeSignedFiles(folder);
 }
 
-/// Checks each item of this build by `isRight(name, own bytes, bytes of the other build)`.
+/// Checks each item of this build by `isRight(name, own bytes, bytes of the other build)`. Returns their number.
 template <class Check>
-void checkItems(const Items& own, const Items& others, Check isRight) {
+std::size_t checkItems(const Items& own, const Items& others, Check isRight) {
+    std::size_t count = 0;
     for (const auto& [name, bytes] : own) {
         const auto found = others.find(name);
         // The other build may lack IDEA.
@@ -64,17 +65,21 @@ void checkItems(const Items& own, const Items& others, Check isRight) {
             continue;
         require(found != others.end(), "missing item " + name);
         require(isRight(name, bytes, found->second), name);
+        ++count;
     }
+    return count;
 }
 
-/// Returns the number of items.
+/// Returns the number of items that were checked.
 std::size_t read(const std::string& folder) {
     const Bundle own = makeBundle();
     const Bundle others = {readItems(folder + "/exact.txt"), readItems(folder + "/random.txt")};
-    checkItems(own.exact, others.exact, [](auto&, const Bytes& left, const Bytes& right) { return left == right; });
-    checkItems(own.random, others.random,
-               [](const std::string& name, auto&, const Bytes& encrypted) { return decrypts(name, encrypted); });
-    return others.exact.size() + others.random.size() + static_cast<std::size_t>(checkSignedFiles(folder));
+    return checkItems(own.exact, others.exact,
+                      [](auto&, const Bytes& left, const Bytes& right) { return left == right; }) +
+           checkItems(
+               own.random, others.random,
+               [](const std::string& name, auto&, const Bytes& encrypted) { return decrypts(name, encrypted); }) +
+           static_cast<std::size_t>(checkSignedFiles(folder));
 }
 
 } // namespace
