@@ -26,7 +26,8 @@ void compareCipher(const char* id, std::size_t pieceSize, std::size_t offset, co
     const Key key(cipher->getKeySize(), -1);
     const std::string encryptRow = id + (" stream encrypt, " + pieces);
     const std::string decryptRow = id + (" stream decrypt, " + pieces);
-    for (const int size : {1 << 19, 1 << 20}) {
+    const int least = std::max(4 * static_cast<int>(pieceSize), 1 << 19);
+    for (const int size : {least, 2 * least}) {
         if (!isSelected(encryptRow) && !isSelected(decryptRow))
             continue;
         const Bytes plain(static_cast<std::size_t>(size), 42);
@@ -48,9 +49,10 @@ void compareCipher(const char* id, std::size_t pieceSize, std::size_t offset, co
 
 void compareStreams() {
     for (const char* const id : {"aes256cbc", "aes128cbc", "bfcbc", "cast128cbc", "null"}) {
-        compareCipher(id, 65536, 0, "64 KiB");
-        compareCipher(id, 65536, 5, "64 KiB across blocks");
+        compareCipher(id, 1 << 20, 0, "1 MiB");
+        compareCipher(id, 1 << 20, 5, "1 MiB across blocks");
     }
+    compareCipher("aes256cbc", 65536, 0, "64 KiB");
     compareCipher("aes256cbc", 4096, 0, "4 KiB");
     compareCipher("aes256cbc", 512, 0, "512 B");
 }

@@ -51,7 +51,7 @@ GOALS = (
     ("look-ups by identifier", "look-up of .*", 25, None),
     ("cached key", "cached key", 25, None),
     ("two threads (raw: two threads)", ".*, two threads", None, 1 / 0.98),
-    ("streams in pieces of 64 KiB (raw: one call)", ".* stream .*, 64 KiB.*", None, 1.02),
+    ("streams in pieces of 1 MiB (raw: one call)", ".* stream .*, 1 MiB.*", None, 1.02),
     ("streams in smaller pieces (raw: one call)", ".* stream .*", None, None),
 )
 
