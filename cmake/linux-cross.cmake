@@ -10,7 +10,8 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 # The compiler's libraries and zlib are not where programs look for libraries by default. Libraries need each other, so
-# the old tag is used, which is also valid for the dependencies of a library.
+# the old tag is used, which is also valid for the dependencies of libraries without the new one.
+set(CMAKE_SHARED_LINKER_FLAGS_INIT -Wl,--disable-new-dtags)
 set(folders "/usr/${triplet}/lib:${deps}/debian-${processor}/usr/lib")
 set(CMAKE_EXE_LINKER_FLAGS_INIT
   "-Wl,--disable-new-dtags,-rpath,${folders},--dynamic-linker,/usr/${triplet}/lib/${loader}")
