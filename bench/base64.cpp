@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Base64 beside libcrypto's filter, if the C library has memory at hand and if it asks the system for pages each time.
+#include "base64_filter.h"
 #include "measure.h"
 #include "rows.h"
 
 #include <sarn/encoding.h>
-
-#include <openssl/bio.h>
-#include <openssl/evp.h>
 
 #include <algorithm>
 #include <memory>
@@ -16,12 +14,6 @@
 namespace bench {
 
 namespace {
-
-BIO* pushFilter(BIO* end) {
-    BIO* const filter = BIO_new(BIO_f_base64());
-    BIO_set_flags(filter, BIO_FLAGS_BASE64_NO_NL);
-    return BIO_push(filter, end);
-}
 
 void encodeRaw(const Bytes& data) {
     BIO* const sink = BIO_new(BIO_s_mem());

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #define OPENSSL_SUPPRESS_DEPRECATED
 
+#include "base64_filter.h"
 #include "peers/peer.h"
 
-#include <openssl/bio.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 #include <openssl/md4.h>
@@ -15,12 +15,6 @@
 namespace bench {
 
 namespace {
-
-BIO* pushFilter(BIO* end) {
-    BIO* const filter = BIO_new(BIO_f_base64());
-    BIO_set_flags(filter, BIO_FLAGS_BASE64_NO_NL);
-    return BIO_push(filter, end);
-}
 
 class LibcryptoPeer : public Peer {
 public:
