@@ -10,8 +10,8 @@ times, so nothing is derived from a single one:
 - Raw and our calls run in turn, in batches of some 150 us, and only the median of the ratios of neighbours counts.
 - A yardstick, which takes YARDSTICK ns on the machine for which the goals were set, runs beside every pair. Fixed costs
   are given in nanoseconds of that machine: a slower or busier one changes both alike.
-- A round is a new process, with its own layout of memory; several run at a time. Each round gives one fit; the result is the median of the
-  rounds, and its 95 % interval follows from their order. No distribution of the noise is assumed.
+- A round is a new process, with its own layout of memory; several run at a time. Each round gives one fit; the result
+  is the median of the rounds, and its 95 % interval follows from their order. No distribution of the noise is assumed.
 A goal is met or missed if the interval is on one side of it. Undecided rows are measured further up to a limit, and are
 missed then. Writes pairs.csv and table.md to FOLDER.
 """

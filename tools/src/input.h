@@ -28,7 +28,7 @@ public:
     /// Reads `size` bytes, or fewer at the end, and returns how many.
     /// \throws Interrupted
     int read(void* data, int size);
-    /// Leaves out the next bytes.
+    /// Skips the first `size` bytes. Requires: nothing has been read.
     /// \throws Problem if there are fewer.
     void skip(std::int64_t size);
 
