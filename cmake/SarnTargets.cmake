@@ -27,6 +27,20 @@ function(sarn_configure_target target)
   endif()
 endfunction()
 
+# Precompiles headers for the target `owner`; other targets that name it use the result. Only developers' builds do so,
+# and none with a compiler cache, which works better without, or for Windows, whose compiler would warn about its own
+# headers.
+function(sarn_precompile target owner)
+  if(NOT SARN_BUILD_TESTS OR CMAKE_CXX_COMPILER_LAUNCHER OR WIN32)
+    return()
+  endif()
+  if(target STREQUAL owner)
+    target_precompile_headers(${target} PRIVATE ${ARGN})
+  else()
+    target_precompile_headers(${target} REUSE_FROM ${owner})
+  endif()
+endfunction()
+
 # Adds the library `name` with the alias `name`::`name` and macros that begin with `prefix`. A shared library exports
 # only marked declarations.
 function(sarn_add_library name prefix)
