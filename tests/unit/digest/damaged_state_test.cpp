@@ -95,7 +95,7 @@ TEST_P(DamagedDigestState, CutOrChangedAnywhere_LeavesEveryDigestThatRefusesItUn
             for (std::size_t at = 0; at < state.size(); ++at) {
                 ASSERT_FALSE(isDone([&] { loadState(*digest, cut(state, static_cast<int>(at))); })) << at;
                 ASSERT_EQ(storeState(*digest), before);
-                for (const int flip : {0x01, 0x02, 0x40, 0x80, 0xFF}) {
+                for (const int flip : {0x01, 0x80}) {
                     Bytes damaged = state;
                     damaged[at] = static_cast<unsigned char>(damaged[at] ^ flip);
                     if (isDone([&] { loadState(*digest, damaged); }))
