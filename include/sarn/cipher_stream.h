@@ -77,18 +77,23 @@ protected:
     /// waits.
     template <class Process>
     void processBatch(const unsigned char* data, int left, Process process) {
-        if (m_waiting > 0)
-            moveToRest(data, left);
-        if (m_waiting == m_batchSize) {
-            process(m_rest.getData(), m_batchSize);
-            m_waiting = 0;
+        if (m_waiting > 0) {
+            // Before a piece that is worth a call of its own, only the last block is completed: copying costs time.
+            const int partial = m_waiting % m_blockSize;
+            const int completed = partial == 0 ? m_waiting : m_waiting - partial + m_blockSize;
+            const int wanted = left < m_batchSize ? m_batchSize : completed;
+            moveToRest(data, left, wanted);
+            if (m_waiting == wanted) {
+                process(m_rest.getData(), m_waiting);
+                m_waiting = 0;
+            }
         }
         const int whole = left < m_batchSize ? 0 : left - left % m_blockSize;
         if (whole > 0)
             process(data, whole);
         data += whole;
         left -= whole;
-        moveToRest(data, left);
+        moveToRest(data, left, m_batchSize);
     }
 
     /// Wipes the whole block of the result.
@@ -115,9 +120,9 @@ protected:
     ul::TBuffer<unsigned char> m_out;
 
 private:
-    /// Moves bytes from the front of a piece to the unprocessed ones, until these make a batch.
-    void moveToRest(const unsigned char*& data, int& left) {
-        const int count = std::min(left, m_batchSize - m_waiting);
+    /// Moves bytes from the front of a piece to the unprocessed ones, until these are `wanted`.
+    void moveToRest(const unsigned char*& data, int& left, int wanted) {
+        const int count = std::min(left, wanted - m_waiting);
         if (count == 0)
             return;
         m_rest.setUsed(std::max(m_rest.getUsed(), m_waiting + count));

@@ -116,9 +116,9 @@ TEST_P(CStreams, InPiecesOfAllMagnitudes_GiveTheBytesOfOneCall) {
     std::mt19937 random(19);
     usePlaintext(3000000);
     constexpr std::size_t batch = 1 << 19;
-    const Cuts cases[] = {
-        {batch},        {batch - 1}, {batch + 1}, {batch, 2 * batch}, {5, batch}, {5, batch + 5, 2 * batch + 5},
-        {2 * batch + 8}};
+    const Cuts cases[] = {{batch},         {batch - 1},        {batch + 1},
+                          {2 * batch + 8}, {batch, 2 * batch}, {5, batch},
+                          {3, batch + 3},  {64, batch + 64},   {5, batch + 5, 2 * batch + 5}};
     for (const Cuts& cuts : cases)
         ASSERT_NO_FATAL_FAILURE(expectSameInPieces(cuts, cuts));
     for (int i = 0; i < 3; ++i)
