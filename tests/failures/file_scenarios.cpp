@@ -55,8 +55,8 @@ Bytes replaceFile(std::size_t size, Write write) {
 }
 
 Bytes writeText() {
-    static const ul::String text(std::string(10000, 'y').c_str());
-    return replaceFile(10000, [](const ul::CWindowsPath& file) { ul::writeUTF8TextFile(file, text); });
+    static const ul::String text(std::string(1000, 'y').c_str());
+    return replaceFile(1000, [](const ul::CWindowsPath& file) { ul::writeUTF8TextFile(file, text); });
 }
 
 Bytes storeSignature() {
