@@ -213,8 +213,9 @@ build() {
 run_ctest() {
     local log=$logs/test-$preset.log
     say "running the tests of $preset"
-    # The log has a line for each passed test; the screen shows their number from time to time.
-    ctest --preset "$preset" -j "$jobs" --no-tests=error "$@" </dev/null | tee "$log" |
+    # The log has a line for each passed test; the screen shows their number from time to time. Many tests wait for
+    # processes, disks and threads.
+    ctest --preset "$preset" -j $((2 * jobs)) --no-tests=error "$@" </dev/null | tee "$log" |
         awk '/ Passed /  { if (++passed % 50 == 0) print "    " passed " passed"; fflush(); next }
              /^ *Start / { next }
              { print; fflush() }'
