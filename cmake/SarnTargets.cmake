@@ -85,6 +85,9 @@ function(sarn_configure_shared target)
     # The libraries are never unloaded: that would remove the process-wide objects, and the code that libcrypto calls,
     # while other threads may use them.
     target_link_options(${target} PRIVATE -Wl,-z,nodelete)
+    # Calls are bound on loading. The first call of a function would save all registers on the stack to bind it, with
+    # parts of secrets in them, and nobody wipes that copy.
+    target_link_options(${target} PRIVATE -Wl,-z,now)
     if(NOT SARN_SANITIZERS)
       # A missing symbol is a link error here, not an error in a host that loads the library.
       target_link_options(${target} PRIVATE -Wl,-z,defs)

@@ -60,11 +60,12 @@ TEST_F(CipherFailures, OfTheUpdate_AreReachedByTheLargestCiphertext) {
 
 TEST_F(CipherFailures, OfTheInit_AreReachedByTheLargestResult) {
     // There is room for the result. The call fails before it reads so many bytes.
+    const std::unique_ptr<unsigned char[]> data(new unsigned char[INT_MAX]);
     constexpr char message[] = "OpenSSL encrypt init error.";
     m_watch.fail("EVP_EncryptInit");
-    expectError(message, [&] { m_cipher.encrypt(m_key, "x", INT_MAX - 16, m_out, false, iv.data()); });
+    expectError(message, [&] { m_cipher.encrypt(m_key, data.get(), INT_MAX - 16, m_out, false, iv.data()); });
     m_watch.fail("EVP_DecryptInit");
-    expectError(message, [&] { m_cipher.decrypt(m_key, "x", INT_MAX - 16, m_out, false, iv.data()); });
+    expectError(message, [&] { m_cipher.decrypt(m_key, data.get(), INT_MAX - 16, m_out, false, iv.data()); });
     EXPECT_EQ(m_watch.count("EVP_EncryptInit") + m_watch.count("EVP_DecryptInit"), 2);
 }
 

@@ -150,8 +150,18 @@ TEST_F(RandomReserve, ForkDuringTheRequestOfAnotherThread_LetsTheChildDrawBytes)
     EXPECT_TRUE(isDrawn);
 }
 
+TEST_F(RandomReserve, SystemThatIgnoresAdvice_IsAskedEachTime) {
+    constexpr std::intptr_t accepted = 0;
+    m_watch.failWith(accepted, "madvise");
+    for (int i = 0; i < 3; ++i)
+        take();
+    EXPECT_EQ(countSystemCalls(), 3);
+    EXPECT_EQ(m_blockSize, sizeof(Piece));
+}
+
 TEST_F(RandomReserve, SystemThatCannotWipeOnFork_IsAskedEachTime) {
-    m_watch.fail("madvise");
+    constexpr int adviceToWipe = 1;
+    m_watch.fail("madvise", adviceToWipe);
     for (int i = 0; i < 3; ++i)
         take();
     EXPECT_EQ(countSystemCalls(), 3);
