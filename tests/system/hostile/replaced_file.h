@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "../file_fixture.h"
+#include "unit/ul/files/file_fixture.h"
 
 #include <cstdio>
 
