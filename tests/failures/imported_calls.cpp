@@ -54,6 +54,7 @@ const std::vector<ImportedCall>& getImportedCalls() {
     constexpr CallKind file = CallKind::File;
     constexpr CallKind allocation = CallKind::Allocation;
     constexpr CallKind memory = CallKind::Memory;
+    constexpr CallKind lock = CallKind::Lock;
     // Never destroyed: the destructors of static objects still free memory through it.
     static const std::vector<ImportedCall>& table = *new std::vector<ImportedCall>{
         describe<&::BIO_ctrl>(libcrypto, "BIO_ctrl", 0),
@@ -151,6 +152,8 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<SizedDelete{&::operator delete}>(memory, "_ZdlPvm", 0, 0, cannot),
         describe<Delete{&::operator delete[]}>(memory, "_ZdaPv", 0, 0, cannot),
         describe<&::memcpy>(memory, "memcpy", 0, 0, cannot),
+        describe<&beginLock>(lock, "_ZN2ul10CMutexLockC1EPNS_6IMutexE", 0, 0, cannot),
+        describe<&endLock>(lock, "_ZN2ul10CMutexLockD1Ev", 0, 0, cannot),
     };
     return table;
 }

@@ -11,7 +11,7 @@
 
 namespace sarn_test {
 
-enum class CallKind { Allocation, Memory, Libcrypto, File };
+enum class CallKind { Allocation, Memory, Libcrypto, File, Lock };
 
 enum Trait : unsigned {
     /// It cannot fail and is replaced for observation only.

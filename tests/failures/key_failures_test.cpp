@@ -10,6 +10,8 @@
 
 #include <openssl/opensslv.h>
 
+#include <atomic>
+
 namespace sarn_test {
 
 namespace {
@@ -76,10 +78,35 @@ TEST_F(KeyFailures, NullKeyAndPassword_ReachLibcryptoAsEmptyStrings) {
     EXPECT_STREQ(derivation.getPointer<char>(0), "");
 }
 
-TEST_F(KeyFailures, EightThreadsThatAskForTheSameNewKey_DeriveItOnce) {
-    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
-    runOnThreads(8, [&](int) { cache->getKey(32, 258, 50000); });
-    EXPECT_EQ(m_watch.count("PKCS5_PBKDF2_HMAC_SHA1"), 1);
+TEST_F(KeyFailures, ThreadsThatAskForTheSameKeys_DeriveEachOnceAndOnceMoreForEachFailure) {
+    constexpr int threadCount = 8;
+    constexpr int keyCount = 40;
+    for (const int failureCount : {0, 3, keyCount}) {
+        const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+        CallWatch watch;
+        for (int i = 0; i < failureCount; ++i)
+            watch.fail("PKCS5_PBKDF2_HMAC_SHA1", 2 * i);
+        std::atomic<int> raised{0};
+        std::atomic<int> differing{0};
+        runOnThreads(threadCount, [&](int thread) {
+            // Half of the threads ask in the other order. Each asks again until it has got the key.
+            for (int i = 0; i < keyCount; ++i) {
+                const auto salt = static_cast<unsigned>(thread % 2 == 0 ? i : keyCount - 1 - i);
+                ul::PC<ul::TCryptBuffer<unsigned char>> key;
+                while (!key) {
+                    try {
+                        key = cache->getKey(32, salt, 100);
+                    } catch (const ul::CError&) {
+                        ++raised;
+                    }
+                }
+                differing += cache->getKey(32, salt, 100) != key ? 1 : 0;
+            }
+        });
+        EXPECT_EQ(differing, 0) << "a key was replaced by another";
+        EXPECT_EQ(raised, failureCount);
+        EXPECT_EQ(watch.count("PKCS5_PBKDF2_HMAC_SHA1"), keyCount + failureCount);
+    }
 }
 
 } // namespace sarn_test

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Functions of the C library and the C++ runtime that are wrapped so that they can be replaced.
+// Functions of the C library, the C++ runtime and the base library that are wrapped so that they can be replaced.
 #pragma once
 
 #include "failures/injection.h"
@@ -26,6 +26,10 @@ inline int openFileAt(int folder, const char* name, int flags, mode_t mode) {
 inline int setFileFlags(int file, int command, int flags) {
     return ::fcntl(file, command, flags);
 }
+
+// The constructor and the destructor of ul::CMutexLock, whose addresses C++ does not give.
+void beginLock(void* lock, void* mutex) __asm__("_ZN2ul10CMutexLockC1EPNS_6IMutexE");
+void endLock(void* lock) __asm__("_ZN2ul10CMutexLockD1Ev");
 
 using New = void* (*)(std::size_t);
 using Delete = void (*)(void*);

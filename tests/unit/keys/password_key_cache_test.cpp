@@ -5,8 +5,6 @@
 #include "sarn/encoding.h"
 #include "sarn/password_key_cache.h"
 
-#include <atomic>
-#include <chrono>
 #include <climits>
 #include <cstring>
 #include <thread>
@@ -111,26 +109,6 @@ TEST(CPasswordKeyCache, ThreadsThatAskForTheSameNewKey_ShareOneDerivation) {
     std::vector<Key> keys(8);
     runOnThreads(8, [&](int i) { keys[static_cast<std::size_t>(i)] = cache->getKey(32, 1, 20000); });
     EXPECT_EQ(keys, std::vector<Key>(8, keys.front()));
-}
-
-TEST(CPasswordKeyCache, DifferentCaches_DoNotWaitForEachOther) {
-    const ul::P<CPasswordKeyCache> busy = makeCache("password");
-    const ul::P<CPasswordKeyCache> idle = makeCache("password");
-    idle->getKey(32, 1, 1);
-    std::atomic<bool> isBusy{false};
-    std::atomic<bool> isDone{false};
-    std::thread derivation([&] {
-        isBusy = true;
-        busy->getKey(32, 1, 3000000);
-        isDone = true;
-    });
-    while (!isBusy)
-        std::this_thread::yield();
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    idle->getKey(32, 1, 1);
-    idle->getKey(32, 2, 1);
-    EXPECT_FALSE(isDone) << "the other cache has answered while this one derives";
-    derivation.join();
 }
 
 TEST(CKeyInfo, Compare_DecidesByKeySizeThenSaltThenIterations) {

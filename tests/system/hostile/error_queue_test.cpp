@@ -3,8 +3,10 @@
 // fails or refuses its arguments.
 #include "support/aes256.h"
 #include "support/signing.h"
+#include "support/temp_folder.h"
 
 #include "sarn/encoding.h"
+#include "sarn/signed_config.h"
 
 #include "ul/path.h"
 
@@ -145,6 +147,35 @@ TEST(ErrorQueue, OfAHost_IsUnchangedBySigning) {
     expectQueueUntouchedByFailure("signature of a missing file", [&] {
         sarn::verifyFileSignature_RSA_SHA1(ul::CWindowsPath("missing.dat"), publicKey, Buffer());
     });
+}
+
+TEST(ErrorQueue, OfAHost_IsUnchangedByHostileKeysAndPassphrases) {
+    const ul::P<sarn::ISignatureAlgo> algo = sarn::createDSS_SHA1();
+    // libcrypto reads these and fails to sign.
+    for (const char* const name : {"dsa_q1", "dsa_g_is_p", "dsa_g1_x_of_abc", "rsa_8_bits", "rsa_n0"}) {
+        const ul::String key = readKey(std::string("../hostile_keys/") + name, ".pem");
+        expectQueueUntouchedByFailure(name, [&] { sign(algo, key, toBytes("abc")); });
+    }
+    const ul::String encrypted = readKey("rsa2048_encrypted_traditional");
+    for (const char* const passphrase : {"", "wrong"})
+        expectQueueUntouchedByFailure("wrong passphrase", [&] { algo->beginSign(encrypted, passphrase); });
+    expectQueueUntouched("right passphrase", [&] { algo->beginSign(encrypted, testPassphrase); });
+    const ul::String publicDSAKey = readPublicKey("dsa1024");
+    expectQueueUntouchedByFailure("signature that is not DER",
+                                  [&] { verify(algo, publicDSAKey, data, toBytes("no signature")); });
+}
+
+TEST(ErrorQueue, OfAHost_IsUnchangedByConfigurations) {
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("a.ini", "[a]\nb=1\n");
+    const ul::String publicKey = readPublicKey("rsa1024");
+    writeSignatureFile(path, "rsa1024");
+    expectQueueUntouched("signed", [&] { sarn::CSignedConfig(path, publicKey, false); });
+    expectQueueUntouchedByFailure("read as Base64", [&] { sarn::CSignedConfig(path, publicKey, true); });
+    expectQueueUntouchedByFailure("key of another",
+                                  [&] { sarn::CSignedConfig(path, readPublicKey("dsa1024"), false); });
+    folder.write("a.ini", "[a]\nb=2\n");
+    expectQueueUntouchedByFailure("changed", [&] { sarn::CSignedConfig(path, publicKey, false); });
 }
 
 } // namespace sarn_test

@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
-// Links, and other files that are not regular.
+// Links, other files that are not regular, and a disk without room.
 #include "replaced_file.h"
 
 #include <cerrno>
+#include <csignal>
 
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/sysmacros.h>
 #include <sys/un.h>
@@ -11,6 +15,29 @@
 namespace sarn_test {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+constexpr int room = 65536;
+
+/// Lets files of this process grow to `room` bytes only.
+int limitFiles() {
+    const rlimit limit{room, room};
+    std::signal(SIGXFSZ, SIG_IGN);
+    EXPECT_EQ(::setrlimit(RLIMIT_FSIZE, &limit), 0);
+    return EFBIG;
+}
+
+/// Mounts a disk of `room` bytes that only this process sees. Where the system does not allow that, limits its files.
+/// Returns the error of a write that does not fit.
+int mountSmallDisk(const fs::path& folder) {
+    const bool isMounted = ::unshare(CLONE_NEWNS) == 0 &&
+                           ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+                           ::mount("none", folder.c_str(), "tmpfs", 0, "size=64k") == 0;
+    return isMounted ? ENOSPC : limitFiles();
+}
+
+} // namespace
 
 TEST_F(ReplacedFile, ThatIsALink_LeavesItsTargetAndTakesNoRightsFromIt) {
     folder.write("target", "old");
@@ -63,6 +90,22 @@ TEST_F(ReplacedFile, ThatIsAFolder_IsRefused) {
     expectOpenError(folder.getPath("d"), EISDIR);
     EXPECT_EQ(folder.list(), std::vector<std::string>{"d"});
     expectWriteError(ul::CWindowsPath("/"), EISDIR);
+}
+
+TEST_F(ReplacedFile, OnAFullDisk_StaysAsItIsAndLeavesRoomForASmallerOne) {
+    const ul::String tooLarge(std::wstring(2 * room, L'x'));
+    for (const bool isLimited : {false, true}) {
+        expectInChild([&] {
+            const int error = isLimited ? limitFiles() : mountSmallDisk(folder.getNative());
+            write("old");
+            for (int i = 0; i < 5; ++i) {
+                expectFileError("write file", path, error, "", [&] { ul::writeUTF8TextFile(path, tooLarge); });
+                expectOnly("old");
+            }
+            ul::writeUTF8TextFile(path, "new");
+            expectOnly("new");
+        });
+    }
 }
 
 } // namespace sarn_test

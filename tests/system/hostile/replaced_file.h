@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "../file_fixture.h"
+#include "unit/ul/files/file_fixture.h"
 
 #include <cstdio>
 
@@ -16,23 +16,29 @@ constexpr char notRegular[] = "it is not a regular file";
 /// A user and group without rights of their own.
 constexpr unsigned nobody = 65534;
 
-/// Expects `check` to pass in a forked process with the rights of an ordinary user.
+/// Expects `check` to pass in a forked process.
 template <class Check>
-void expectAsOrdinaryUser(Check check) {
+void expectInChild(Check check) {
     std::fflush(nullptr);
     const pid_t child = ::fork();
     ASSERT_GE(child, 0);
     if (child == 0) {
-        const bool isOrdinary = ::geteuid() != 0 || (::setgid(nobody) == 0 && ::setuid(nobody) == 0);
-        EXPECT_TRUE(isOrdinary);
-        if (isOrdinary)
-            check();
+        check();
         std::fflush(nullptr);
         ::_exit(testing::Test::HasFailure() ? 1 : 0);
     }
     int status = 0;
     ASSERT_EQ(::waitpid(child, &status, 0), child);
     EXPECT_EQ(status, 0) << "see the failures above";
+}
+
+/// Expects `check` to pass in a forked process with the rights of an ordinary user.
+template <class Check>
+void expectAsOrdinaryUser(Check check) {
+    expectInChild([&] {
+        ASSERT_TRUE(::geteuid() != 0 || (::setgid(nobody) == 0 && ::setuid(nobody) == 0));
+        check();
+    });
 }
 
 class ReplacedFile : public FileFixture {
@@ -48,9 +54,10 @@ protected:
     void setMode(const std::string& name, mode_t mode) const {
         ASSERT_EQ(::chmod(folder.getNative(name).c_str(), mode), 0);
     }
-    /// Returns false if the process may not do that.
+    /// Returns whether the process may do that, and is of another user or group itself.
     bool setOwner(const std::string& name, uid_t owner, gid_t group) const {
-        return ::chown(folder.getNative(name).c_str(), owner, group) == 0;
+        return ::chown(folder.getNative(name).c_str(), owner, group) == 0 &&
+               (owner != ::geteuid() || group != ::getegid());
     }
     /// Gives the folder to the ordinary user.
     void openFolder() const {

@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: Apache-2.0
+// Which thread waits for which: one stops inside a call of the library, and another calls in. docs/threads.md lists the
+// calls that wait.
+#include "failures/call_watch.h"
+#include "failures/held_locks.h"
+#include "support/aes256.h"
+#include "support/log_capture.h"
+#include "support/signing.h"
+
+#include "sarn/cipher_manager.h"
+#include "sarn/digest.h"
+#include "sarn/encoding.h"
+#include "sarn/password_key_cache.h"
+
+#include "ul/log.h"
+#include "ul/random.h"
+
+#include <condition_variable>
+#include <functional>
+#include <thread>
+
+namespace sarn_test {
+
+namespace {
+
+using Action = std::function<void()>;
+
+class Waiting : public testing::Test {
+protected:
+    Waiting() {
+        m_watch.before(HeldLocks::lock, [this](const Call& call) {
+            if (m_locks.isHeldByAnother(call))
+                signal(m_isWaiting);
+        });
+    }
+
+    /// Whether `second` waits for a lock that the thread of `first` holds while that stays at stop().
+    bool waits(const Action& first, const Action& second) {
+        m_isInside = m_isWaiting = m_isDone = m_mayGoOn = false;
+        std::thread staying(first);
+        await([this] { return m_isInside; });
+        std::thread calling([&] {
+            second();
+            signal(m_isDone);
+        });
+        await([this] { return m_isWaiting || m_isDone; });
+        const bool isWaiting = !m_isDone;
+        signal(m_mayGoOn);
+        staying.join();
+        calling.join();
+        return isWaiting;
+    }
+
+    /// The first thread that comes here stays until the other has finished or waits.
+    void stop() {
+        if (m_isInside)
+            return;
+        signal(m_isInside);
+        await([this] { return m_mayGoOn; });
+    }
+
+    void signal(bool& flag) {
+        const std::lock_guard<std::mutex> guard(m_mutex);
+        flag = true;
+        m_changed.notify_all();
+    }
+
+    CallWatch m_watch;
+
+private:
+    template <class Condition>
+    void await(Condition condition) {
+        std::unique_lock<std::mutex> guard(m_mutex);
+        m_changed.wait(guard, condition);
+    }
+
+    HeldLocks m_locks{m_watch};
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_isInside = false;
+    bool m_isWaiting = false;
+    bool m_isDone = false;
+    bool m_mayGoOn = false;
+};
+
+/// A cipher or digest type of a host, with actions for its name and its end.
+template <class Base>
+struct HostItem : Base {
+    HostItem(Action name, Action end) : atName(std::move(name)), atEnd(std::move(end)) {}
+    HostItem(const HostItem&) = delete;
+    HostItem& operator=(const HostItem&) = delete;
+    ~HostItem() override { atEnd(); }
+    ul::String getID() override {
+        atName();
+        return "host";
+    }
+
+    Action atName;
+    Action atEnd;
+};
+
+using HostCipher = HostItem<sarn::CCipher_Null>;
+using HostType = HostItem<sarn::CDigestType_SHA1>;
+
+void doNothing() {}
+
+ul::P<sarn::CPasswordKeyCache> makeCache() {
+    ul::TCryptBuffer<char> password;
+    password.init("password", 8);
+    return ul::make<sarn::CPasswordKeyCache>(password);
+}
+
+} // namespace
+
+TEST_F(Waiting, ForARegistryOfCiphers_LastsWhileItAsksForANameOrDestroys) {
+    const auto registry = ul::make<sarn::CCipherManager>();
+    const auto other = ul::make<sarn::CCipherManager>();
+    const auto types = ul::make<sarn::CDigestManager>();
+    const auto stay = [this] { stop(); };
+    const Action firsts[] = {[&] { registry->addCipher(ul::make<HostCipher>(stay, doNothing).get()); },
+                             [&] {
+                                 registry->addCipher(ul::make<HostCipher>(doNothing, stay).get());
+                                 registry->addCipher(ul::make<HostCipher>(doNothing, doNothing).get());
+                             }};
+    for (const Action& first : firsts) {
+        EXPECT_TRUE(waits(first, [&] { registry->findCipher("null"); }));
+        EXPECT_TRUE(waits(first, [&] { registry->getCipher("null"); }));
+        EXPECT_TRUE(waits(first, [&] { registry->addCipher(ul::make<sarn::CCipher_Null>().get()); }));
+        EXPECT_FALSE(waits(first, [&] { other->getCipher("null"); }));
+        EXPECT_FALSE(waits(first, [&] { types->getType("sha1"); }));
+    }
+}
+
+TEST_F(Waiting, ForARegistryOfDigests_LastsWhileItAsksForANameOrDestroys) {
+    const auto registry = ul::make<sarn::CDigestManager>();
+    const auto stay = [this] { stop(); };
+    const Action firsts[] = {[&] { registry->addType(ul::make<HostType>(stay, doNothing).get()); },
+                             [&] {
+                                 registry->addType(ul::make<HostType>(doNothing, stay).get());
+                                 registry->addType(ul::make<HostType>(doNothing, doNothing).get());
+                             }};
+    for (const Action& first : firsts) {
+        EXPECT_TRUE(waits(first, [&] { registry->findType("sha1"); }));
+        EXPECT_TRUE(waits(first, [&] { registry->getType("sha1"); }));
+        EXPECT_TRUE(waits(first, [&] { registry->addType(ul::make<sarn::CDigestType_SHA1>().get()); }));
+        EXPECT_FALSE(waits(first, [] { sarn::CCipherManager::get()->getCipher("null"); }));
+    }
+}
+
+TEST_F(Waiting, ForAKeyCache_LastsWhileItDerives) {
+    const auto cache = makeCache();
+    const auto other = makeCache();
+    cache->getKey(32, 0, 1);
+    m_watch.before("PKCS5_PBKDF2_HMAC_SHA1", [this](const Call&) { stop(); });
+    int salt = 0;
+    const Action derive = [&] { cache->getKey(32, static_cast<unsigned>(++salt), 1); };
+    EXPECT_TRUE(waits(derive, [&] { cache->getKey(32, 0, 1); })) << "also for a key that it has";
+    EXPECT_TRUE(waits(derive, [&] { cache->getKey(16, 0, 1); }));
+    EXPECT_FALSE(waits(derive, [&] { other->getKey(32, 0, 1); }));
+    EXPECT_FALSE(waits(derive, [&] {
+        unsigned char key[20];
+        sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("p", 1, "s", 1, 1, 20, key);
+    }));
+}
+
+TEST_F(Waiting, ForRandomBytes_LastsWhileAnotherDrawsAnIV) {
+    const Bytes data = makePattern(10);
+    // Until the bytes that were drawn in advance are used up.
+    m_watch.before("getrandom", [this](const Call&) { stop(); });
+    bool isDrawn = false;
+    const Action draw = [&] {
+        for (int i = 0; i < 300; ++i)
+            runAES256(encrypting, data, nullptr);
+        isDrawn = true;
+    };
+    EXPECT_TRUE(waits(draw, [&] { runAES256(encrypting, data, nullptr); }));
+    EXPECT_TRUE(isDrawn);
+    EXPECT_FALSE(waits(draw, [&] { runAES256(encrypting, data); }));
+    EXPECT_FALSE(waits(draw, [] {
+        unsigned char bytes[16];
+        ul::CMTRand::getGlobal()->randData(bytes, 16);
+    }));
+}
+
+TEST_F(Waiting, ForAHandlerOfTheLog_NeverHappens) {
+    const ul::LogHandler previous = ul::setLogHandler([this](const ul::String&) { stop(); });
+    const Action log = [] { ul::logError("text"); };
+    EXPECT_FALSE(waits(log, log));
+    EXPECT_FALSE(waits(log, [] { ul::setLogHandler(ul::setLogHandler(ul::LogHandler())); }));
+    ul::setLogHandler(previous);
+}
+
+TEST_F(Waiting, ForALock_IsImpossibleInAllOtherOperations) {
+    const Bytes data = makePattern(100);
+    const ul::P<sarn::ICipher> cipher = getAES256();
+    const ul::P<sarn::IDigestType> type = sarn::CDigestManager::get()->getType("md4-sha1-adler32");
+    const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
+    const int before = m_watch.count(HeldLocks::lock);
+    EXPECT_GT(before, 0) << "the registries take locks";
+    const TestKey key(32);
+    Buffer encrypted;
+    Buffer out;
+    cipher->encrypt(key, data.data(), 100, encrypted, false, iv16.data());
+    cipher->decrypt(key, encrypted.getData(), encrypted.getUsed(), out, false, iv16.data());
+    cipher->encryptWithoutPadding(key, data.data(), 100, out, false, iv16.data());
+    cipher->decryptWithoutPadding(key, data.data(), 96, out, false, iv16.data());
+    const ul::P<sarn::IDigest> digest = type->createDigest();
+    digest->update(data.data(), 100);
+    digest->finish();
+    EXPECT_TRUE(verify(algo, readPublicKey("rsa1024"), data, sign(algo, readKey("rsa1024"), data)));
+    sarn::calcHMAC_SHA1(out, data.data(), 100, "key", 3);
+    sarn::base64Decode(sarn::base64Encode(data.data(), 100, true, true), out);
+    EXPECT_EQ(m_watch.count(HeldLocks::lock), before);
+}
+
+} // namespace sarn_test
