@@ -24,6 +24,15 @@ inline ul::String readKey(const std::string& name, const std::string& suffix = "
     return ul::String(text.data(), text.size());
 }
 
+/// The PEM text of a key in the file hostile_keys.txt, for example "dsa_q2".
+inline ul::String readHostileKey(const std::string& name) {
+    const std::string text = readKey("../hostile_keys", ".txt").toUTF8();
+    const std::string::size_type start = text.find("-----BEGIN", text.find("\n\n" + name + ": "));
+    const std::string::size_type end = text.find('\n', text.find("-----END", start));
+    const std::string key = text.substr(start, end + 1 - start);
+    return ul::String(key.data(), key.size());
+}
+
 inline ul::String readPublicKey(const std::string& name) {
     return readKey(name, "_for_tests_only.pub.pem");
 }

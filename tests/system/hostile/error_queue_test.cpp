@@ -153,7 +153,7 @@ TEST(ErrorQueue, OfAHost_IsUnchangedByHostileKeysAndPassphrases) {
     const ul::P<sarn::ISignatureAlgo> algo = sarn::createDSS_SHA1();
     // libcrypto reads these and fails to sign.
     for (const char* const name : {"dsa_q1", "dsa_g_is_p", "dsa_g1_x_of_abc", "rsa_8_bits", "rsa_n0"}) {
-        const ul::String key = readKey(std::string("../hostile_keys/") + name, ".pem");
+        const ul::String key = readHostileKey(name);
         expectQueueUntouchedByFailure(name, [&] { sign(algo, key, toBytes("abc")); });
     }
     const ul::String encrypted = readKey("rsa2048_encrypted_traditional");

@@ -13,10 +13,6 @@ namespace {
 constexpr char forgedText[] = "nobody signed this";
 constexpr int forgedSize = sizeof forgedText - 1;
 
-ul::String readHostileKey(const std::string& name) {
-    return readKey("../hostile_keys/" + name, ".pem");
-}
-
 bool verifies(const std::string& key, const Bytes& signature) {
     return verify(sarn::createRSA_SHA1(), readHostileKey(key), toBytes(forgedText), signature);
 }

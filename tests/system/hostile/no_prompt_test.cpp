@@ -123,8 +123,8 @@ TEST_P(NoPrompt, EveryUseOfAnEncryptedKeyWithoutItsPassphrase_RefusesItWithoutAs
     folder.write("a.ini.sig", "QUJD\n");
     const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
     ul::TBuffer<unsigned char> signature(256, -1);
-    for (const ul::String& text : {readKey("../hostile_keys/rsa_encrypted", ".pub.pem"),
-                                   readKey("rsa2048_encrypted_pkcs8"), readKey("rsa2048_encrypted_traditional")}) {
+    for (const ul::String& text : {readHostileKey("rsa_encrypted.pub"), readKey("rsa2048_encrypted_pkcs8"),
+                                   readKey("rsa2048_encrypted_traditional")}) {
         const std::pair<const char*, std::function<void()>> uses[] = {
             {"beginVerify", [&] { algo->beginVerify(text); }},
             {"beginSign without a passphrase", [&] { algo->beginSign(text, ""); }},
