@@ -8,7 +8,8 @@ CODE = "int a() { return 1; }\n"
 
 def make_tree(at):
     """The smallest tree that keeps all rules."""
-    at.copy("scripts/check-tree", "scripts/mutate.py", "scripts/coverage.py", "scripts/source_places.py")
+    at.copy("scripts/check-tree", "scripts/mutate.py", "scripts/mutants.py", "scripts/coverage.py",
+            "scripts/source_places.py")
     for name in ("src/a.cpp", "include/sarn/a.h", "ul/src/a.cpp", "ul/include/ul/a.h", "tests/a_test.cpp"):
         at.write(name, LICENCE + CODE)
     at.write("src/frame/openssl_owners.h", LICENCE + "void f() { BIO_free_all(a); }\n")
@@ -64,6 +65,9 @@ add("Tree", ["sh", "-c", "git add --all && scripts/check-tree"], make_tree, [
     ("KeptMutantWithoutAReason", append("tests/data/kept_mutants.txt", "src/a.cpp: a: 1 => 2\n"), "without a reason"),
     ("KeptMutantThatIsListedTwice", lambda at: at.append("tests/data/kept_mutants.txt",
                                                          at.read("tests/data/kept_mutants.txt")), "listed twice"),
+    ("UncoveredConditionThatIsGone",
+     append("tests/data/uncovered.txt", 'src/a.cpp: a: int b = c;: "c" never decides  # why not\n'),
+     r"uncovered\.txt: matches no place: src/a\.cpp: a: int b = c"),
     ("UncoveredLineThatIsGone", append("tests/data/uncovered.txt", "src/a.cpp: a: int b;  # why not\n"),
      r"uncovered\.txt: matches no place: src/a\.cpp: a: int b;"),
 ])
@@ -95,7 +99,8 @@ add("Prose", ["sh", "-c", "git add --all && scripts/check-prose"], make_prose, [
 # The output of llvm-cov for a source of two lines. One line has a count.
 REPORT = """{"data": [{"files": [{"filename": "{root}/src/a.cpp", "summary": {"lines": {"count": 2}},
 "segments": [[1, 1, 5, true, true, false], [2, 1, COUNT, true, true, false], [2, 22, 0, false, false, false]],
-"branches": [[1, 1, 1, 5, 1, 1, 0, 0, 4], [2, 1, 2, 5, SIDES, 0, 0, 4]]}]}]}"""
+"branches": [[1, 1, 1, 5, 1, 1, 0, 0, 4], [2, 1, 2, 6, SIDES, 0, 0, 4]],
+"mcdc_records": [[2, 1, 2, 6, 0, 5, [true]]]}]}]}"""
 
 
 def make_report(at):
@@ -105,10 +110,19 @@ def make_report(at):
     at.write("report", REPORT.replace("{root}", str(at.folder)).replace("COUNT", "7").replace("SIDES", "3, 4"))
 
 
+def list_as(fault):
+    return append("tests/data/uncovered.txt", f'src/a.cpp: a: int a() {{ return 1; }}: "int a" {fault}  # why not\n')
+
+
 add("Coverage", ["scripts/coverage.py", "report"], make_report, [
     ("LineThatNeverRan", lambda at: at.replace("report", "2, 1, 7, true", "2, 1, 0, true"),
-     r"never run: src/a\.cpp: a: int a\(\)"),
+     r"not covered: src/a\.cpp: a: int a\(\)"),
     ("ListedLineThatRan", append("tests/data/uncovered.txt", "src/a.cpp: a: int a() { return 1; }  # why not\n"),
-     "listed, but run or gone: matches no place"),
-    ("BranchesThatWentOneWay", lambda at: at.replace("report", "3, 4, 0", "3, 0, 0"), r"one way only: src/a\.cpp:2"),
+     "listed, but covered or gone: matches no place"),
+    ("BranchThatWentOneWay", lambda at: at.replace("report", "3, 4, 0", "3, 0, 0"),
+     r'not covered: src/a\.cpp: a: .*: "int a" is never false'),
+    ("ConditionThatNeverDecided", lambda at: at.replace("report", "true]", "false]"), '"int a" never decides'),
+    ("ListedConditionThatDecided", list_as("never decides"), "listed, but covered or gone"),
+    ("ListedBranchThatWentBothWays", list_as("is never true"), "listed, but covered or gone"),
+    ("ReportWithoutFiles", lambda at: at.write("report", '{"data": [{"files": []}]}'), "0 not covered"),
 ])
