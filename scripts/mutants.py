@@ -98,7 +98,9 @@ def read_statement(lines, number):
         end += 1
         if lines[end - 1].endswith("{") or get_indent(lines[end]) <= get_indent(lines[number]):
             return []
-    return [] if lines[end].endswith(("= delete;", "= default;")) else lines[number:end + 1]
+    # Room that is reserved only saves time.
+    is_kept = lines[end].endswith(("= delete;", "= default;")) or ".reserve(" in lines[number]
+    return [] if is_kept else lines[number:end + 1]
 
 
 def read_block(lines, number):
@@ -135,14 +137,17 @@ def mutate_statements(lines, number):
 def make_mutants(path, lines):
     is_compiled = True
     in_raw_string = False
-    messages = sorted({message for line in lines if not line.lstrip().startswith(("//", "#"))
-                       for message in MESSAGE.findall(line)})
+    messages = sorted({token[0] for line in lines if not line.lstrip().startswith(("//", "#"))
+                       for token in TOKENS.finditer(line) if MESSAGE.fullmatch(token[0])})
     for number, line in enumerate(lines):
         bare = line.strip()
         # Code for newer versions of libcrypto is not part of this build.
         if bare.startswith("#if"):
             is_compiled = "OPENSSL_VERSION_NUMBER >= 0x30000000L" not in bare
-        elif bare.startswith(("#else", "#endif")):
+            has_other_part = "OPENSSL_VERSION_NUMBER" in bare
+        elif bare.startswith("#else"):
+            is_compiled = not (has_other_part and is_compiled)
+        elif bare.startswith("#endif"):
             is_compiled = True
         was_raw_string, in_raw_string = in_raw_string, (in_raw_string or 'R"(' in line) and ')"' not in line
         if not is_compiled or was_raw_string or in_raw_string:

@@ -3,7 +3,7 @@
 """Changes the sources in one place at a time and checks whether the tests detect it.
 
 usage: scripts/mutate.py COUNT WORK_FOLDER [--seed SEED] [--critical] [--only PREFIX] [--jobs JOBS]
-                         [--again SURVIVORS] [--plain] [--list]
+                         [--again SURVIVORS] [--quick] [--list]
        scripts/mutate.py --check    only checks that each entry of tests/data/kept_mutants.txt names one mutant
 
 Tries COUNT mutants, chosen at random, and with --critical also all of critical code. Prints the seed. Writes each result
@@ -32,9 +32,10 @@ GOAL = 0.97
 LIMIT, FACTOR = 60, 8
 ADDRESS_SPACE = 8 << 30
 
-# Tests that are slow and detect little more than others: they run last.
-SLOW = ("*Published*16777216*:*OfAGigabyte*:*DoNotWaitForEachOther*:CThreadStuff.*:"
-        "*LargeSignedConfig*:*Whole*:*DeathTest*")
+# Tests that detect nothing that shorter ones of the same kind do not, and slow ones, which run last.
+LEFT_OUT = "*16777216*:*OfAGigabyte*"
+EVERY = f"*-{LEFT_OUT}"
+SLOW = f"{LEFT_OUT}:*DoNotWaitForEachOther*:CThreadStuff.*:*LargeSignedConfig*:*Whole*:*DeathTest*"
 UL, SARN, HOST = "tests/ul_tests", "tests/sarn_tests", "tests/host_tests"
 INJECTION, MODULES, COMMAND = "tests/sarn_injection_tests", "tests/sarn_module_tests", "tools/sarn"
 # The programs whose tests detect most mutants of a family, and these tests.
@@ -119,8 +120,8 @@ class Workshop:
 class Worker:
     """Tries mutants in a copy of the project."""
 
-    def __init__(self, folder, sanitized):
-        self.folder, self.sanitized = folder, sanitized
+    def __init__(self, folder, is_quick):
+        self.folder, self.is_quick = folder, is_quick
         files = subprocess.run(["git", "ls-files"], cwd=ROOT, check=True, capture_output=True, text=True).stdout
         for name in files.splitlines():
             (folder / name).parent.mkdir(parents=True, exist_ok=True)
@@ -143,12 +144,14 @@ class Worker:
         # Tests compile what is inline in public headers; before that they judge the libraries alone.
         stages += [(library, program, tests) for program, tests in family if not is_public or program != HOST]
         stages += [([get_target(program)], program, tests) for program, tests in family if is_public]
-        programs = [COMMAND] if path.startswith("tools/") else [SARN, HOST, INJECTION, MODULES, COMMAND]
+        programs = [COMMAND] if path.startswith("tools/") else [SARN, HOST, MODULES]
+        if not self.is_quick:
+            programs += [INJECTION, COMMAND]
         if path.startswith("ul/"):
             programs.insert(0, UL)
         for program in programs:
             targets = library + [get_target(program)] * (is_public or path.endswith(".h"))
-            stages.append((targets, program, None if program == COMMAND else "*"))
+            stages.append((targets, program, None if program == COMMAND else EVERY))
         return stages
 
     def find_detector(self, path):
@@ -166,7 +169,7 @@ class Worker:
         return self.find_detector_with_sanitizers(path)
 
     def find_detector_with_sanitizers(self, path):
-        for name, tests in ({} if path.startswith("tools/") else self.sanitized).items():
+        for name, tests in ({} if self.is_quick or path.startswith("tools/") else SANITIZED).items():
             if name not in self.workshops:
                 self.workshops[name] = Workshop(self.folder, name)
             workshop = self.workshops[name]
@@ -189,11 +192,11 @@ class Worker:
 
     def prepare(self):
         """Compiles everything, and checks that the tests pass without a mutant."""
-        every = [UL, SARN, HOST, INJECTION, MODULES, COMMAND]
+        every = [UL, SARN, HOST, MODULES, COMMAND] + [INJECTION] * (not self.is_quick)
         if not self.plain.compile(*map(get_target, every)):
             raise RuntimeError("the project does not compile without a mutant")
         for program in every:
-            detector = self.plain.find_failure(program, None if program == COMMAND else "*")
+            detector = self.plain.find_failure(program, None if program == COMMAND else EVERY)
             if detector:
                 raise RuntimeError(f"without a mutant {detector} fails")
 
@@ -215,7 +218,7 @@ def read_options():
     parser.add_argument("--critical", action="store_true", help="also every mutant of critical code")
     parser.add_argument("--only", default="", help="only files whose path starts so")
     parser.add_argument("--jobs", type=int, default=min(2, len(os.sched_getaffinity(0))))
-    parser.add_argument("--plain", action="store_true", help="do not try survivors with sanitizers")
+    parser.add_argument("--quick", action="store_true", help="survivors are only those of the fastest programs")
     parser.add_argument("--list", action="store_true")
     parser.add_argument("--again", type=pathlib.Path, help="only those that this file lists")
     return parser.parse_args()
@@ -239,7 +242,7 @@ def try_all(options, chosen):
     results, todo, lock = [], sorted(chosen, key=lambda mutant: mutant.path, reverse=True), threading.Lock()
 
     def work(number):
-        worker = Worker(options.folder / f"worker{number}", {} if options.plain else SANITIZED)
+        worker = Worker(options.folder / f"worker{number}", options.quick)
         worker.prepare()
         while True:
             with lock:

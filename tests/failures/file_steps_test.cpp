@@ -63,6 +63,15 @@ TEST_F(FileStepsTest, NewContent_IsSyncedBeforeItGetsTheName_AndThenTheNameIs) {
                 testing::ContainsRegex("openat .*fsync close renameat fsync of a folder"));
     constexpr int exclusively = O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     EXPECT_EQ(watch.getCalls("openat").at(0).arguments[2] & exclusively, exclusively);
+    constexpr int onlyFolder = O_DIRECTORY | O_CLOEXEC;
+    EXPECT_EQ(watch.getCalls("open").at(0).arguments[1] & onlyFolder, onlyFolder);
+}
+
+TEST_F(FileStepsTest, FileThatIsRead_IsOpenedWithoutWaitingOrTakingATerminal) {
+    const CallWatch watch;
+    EXPECT_EQ(ul::readUTF8TextFile(m_file), "old");
+    constexpr int careful = O_CLOEXEC | O_NOCTTY | O_NONBLOCK;
+    EXPECT_EQ(watch.getCalls("open").at(0).arguments[1] & careful, careful);
 }
 
 TEST_F(FileStepsTest, EachFailureOfWritingAndReading_IsReportedWithItsReasonAndTheCallersFile) {

@@ -92,6 +92,32 @@ TEST_F(RandomReserve, ManySmallRequests_AskTheSystemOncePerBlock) {
     EXPECT_EQ(countSystemCalls(), 2);
 }
 
+TEST_F(RandomReserve, RequestsOfASizeThatDividesTheBlock_UseAllOfIt) {
+    const auto takeOne = [this] {
+        unsigned char bytes[sizeof(std::size_t)];
+        m_generator->randData(bytes, sizeof bytes);
+    };
+    m_generator = ul::make<ul::CMTRand>();
+    takeOne();
+    ASSERT_EQ(m_blockSize % sizeof(std::size_t), 0U);
+    for (std::size_t i = 1; i < m_blockSize / sizeof(std::size_t); ++i)
+        takeOne();
+    EXPECT_EQ(countSystemCalls(), 1);
+}
+
+TEST_F(RandomReserve, BlockOfADestroyedGenerator_IsWipedAndReleased) {
+    take();
+    int released = 0;
+    m_watch.before("munmap", [&](const Call& call) {
+        const auto* const page = call.getPointer<unsigned char>(0);
+        EXPECT_TRUE(m_block >= page && m_block + m_blockSize <= page + call.arguments[1]);
+        EXPECT_TRUE(isZero(m_block, m_blockSize));
+        ++released;
+    });
+    m_generator = nullptr;
+    EXPECT_EQ(released, 1);
+}
+
 TEST_F(RandomReserve, BytesThatWereReturned_AreWiped) {
     const Piece piece = take();
     EXPECT_NE(piece, zero);

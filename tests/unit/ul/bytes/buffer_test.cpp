@@ -110,6 +110,18 @@ TEST(TBuffer, SetUsed_LeavesTheBytesThatTheCallerWrote) {
     EXPECT_GE(buffer.getAllocated(), 500);
 }
 
+TEST(TBuffer, LargestSize_IsReachedByBothWaysToGrow) {
+    if constexpr (sizeof(void*) > 4) {
+        // Nothing is written, so the system provides no memory for these blocks.
+        Buffer set;
+        set.setUsed(INT_MAX);
+        EXPECT_EQ(set.getUsed(), INT_MAX);
+        Buffer added(1, 1);
+        added.addUsed(INT_MAX - 1);
+        EXPECT_EQ(added.getUsed(), INT_MAX);
+    }
+}
+
 TEST(TBuffer, InsertOfOwnBytesAtTheEnd_OfAFullBlock_MovesThemToALargerOne) {
     const std::string text = "the old block is given back, and its first bytes are overwritten";
     Buffer buffer(static_cast<int>(text.size()), 0);
