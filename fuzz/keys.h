@@ -4,6 +4,7 @@
 
 #include "property.h"
 
+#include "sarn/base64.h"
 #include "sarn/signature.h"
 
 #include <openssl/bio.h>
@@ -13,9 +14,15 @@
 
 namespace sarn_fuzz {
 
-/// The part that the library passes to libcrypto: up to the first null character.
-inline std::string toKeyText(const Input& input) {
-    return input.toString().c_str();
+/// The part that the library passes to libcrypto: up to the first null character. An input that starts with the tag of
+/// a sequence is DER, which a fuzzer can change where the Base64 of PEM would break.
+inline std::string toKeyText(const Input& input, const std::string& label) {
+    constexpr unsigned char sequence = 0x30;
+    const Bytes bytes = input.toBytes();
+    if (bytes.empty() || bytes[0] != sequence)
+        return input.toString().c_str();
+    const ul::String body = sarn::base64Encode(bytes.data(), input.getSize(), true, true);
+    return "-----BEGIN " + label + "-----\n" + body.toLatin1() + "-----END " + label + "-----\n";
 }
 
 /// The key that libcrypto reads from a PEM text, or null. The caller frees it.

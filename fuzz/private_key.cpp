@@ -6,7 +6,7 @@
 namespace sarn_fuzz {
 
 void fuzzPrivateKey(const std::uint8_t* data, std::size_t size) {
-    const std::string text = toKeyText(Input(data, size));
+    const std::string text = toKeyText(Input(data, size), "PRIVATE KEY");
     EVP_PKEY* const key = readRaw(
         text, [](BIO* source) { return PEM_read_bio_PrivateKey(source, nullptr, nullptr, const_cast<char*>("")); });
     try {

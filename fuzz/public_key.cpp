@@ -6,7 +6,7 @@
 namespace sarn_fuzz {
 
 void fuzzPublicKey(const std::uint8_t* data, std::size_t size) {
-    const std::string text = toKeyText(Input(data, size));
+    const std::string text = toKeyText(Input(data, size), "PUBLIC KEY");
     // With an empty passphrase, like the library: without one libcrypto would ask for it.
     EVP_PKEY* const key =
         readRaw(text, [](BIO* source) { return PEM_read_bio_PUBKEY(source, nullptr, nullptr, const_cast<char*>("")); });

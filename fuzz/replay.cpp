@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
-// Runs a target on the inputs of a corpus, or writes each input to a file for the fuzzers:
-// sarn_fuzz_replay TARGET CORPUS, sarn_fuzz_replay --unpack CORPUS FOLDER
+// Runs a target on the inputs of a corpus or on files, or writes each input to a file for the fuzzers:
+// sarn_fuzz_replay TARGET CORPUS
+// sarn_fuzz_replay --files TARGET FOLDER...
+// sarn_fuzz_replay --unpack CORPUS FOLDER
 #include "support/vectors.h"
 #include "targets.h"
 
 #include <chrono>
 #include <cstdio>
 #include <exception>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
@@ -43,6 +46,16 @@ bool replay(sarn_fuzz::Target run, const std::vector<sarn_test::Vector>& inputs)
     return true;
 }
 
+/// Runs the target on every file of a folder.
+void runFiles(sarn_fuzz::Target run, const char* folder) {
+    for (const std::filesystem::directory_entry& entry : std::filesystem::directory_iterator(folder)) {
+        std::ifstream file(entry.path(), std::ios::binary);
+        const std::vector<char> bytes{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+        std::printf("%s\n", entry.path().filename().string().c_str());
+        run(reinterpret_cast<const std::uint8_t*>(bytes.data()), bytes.size());
+    }
+}
+
 void unpack(const std::vector<sarn_test::Vector>& inputs, const std::string& folder) {
     for (const sarn_test::Vector& input : inputs) {
         std::ofstream file(folder + "/" + input.getSection(), std::ios::binary);
@@ -59,10 +72,19 @@ int main(int count, char** arguments) try {
         unpack(readInputs(arguments[2]), arguments[3]);
         return 0;
     }
-    const sarn_fuzz::Target run = count == 3 ? sarn_fuzz::findTarget(arguments[1]) : nullptr;
+    const bool isOfFiles = count > 3 && std::string_view(arguments[1]) == "--files";
+    const sarn_fuzz::Target run =
+        isOfFiles || count == 3 ? sarn_fuzz::findTarget(arguments[isOfFiles ? 2 : 1]) : nullptr;
     if (!run) {
-        std::fprintf(stderr, "usage: sarn_fuzz_replay TARGET CORPUS\n       sarn_fuzz_replay --unpack CORPUS FOLDER\n");
+        std::fprintf(stderr, "usage: sarn_fuzz_replay TARGET CORPUS\n"
+                             "       sarn_fuzz_replay --files TARGET FOLDER...\n"
+                             "       sarn_fuzz_replay --unpack CORPUS FOLDER\n");
         return 2;
+    }
+    if (isOfFiles) {
+        for (int i = 3; i < count; ++i)
+            runFiles(run, arguments[i]);
+        return 0;
     }
     const std::vector<sarn_test::Vector> inputs = readInputs(arguments[2]);
     if (!replay(run, inputs))

@@ -15,6 +15,7 @@ struct NamedTarget {
     Target run;
 };
 
+void fuzzArguments(const std::uint8_t* data, std::size_t size);
 void fuzzBase64(const std::uint8_t* data, std::size_t size);
 void fuzzBuffer(const std::uint8_t* data, std::size_t size);
 void fuzzCipherOverlap(const std::uint8_t* data, std::size_t size);
@@ -34,6 +35,9 @@ void fuzzUTF8(const std::uint8_t* data, std::size_t size);
 
 /// The files in corpus/ and the list in CMakeLists.txt have the same names.
 constexpr NamedTarget targets[] = {
+#ifdef SARN_FUZZ_COMMAND
+    {"arguments", fuzzArguments},
+#endif
     {"base64", fuzzBase64},
     {"buffer", fuzzBuffer},
     {"cipher_overlap", fuzzCipherOverlap},

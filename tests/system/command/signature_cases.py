@@ -1,8 +1,10 @@
 # SPDX-License-Identifier: Apache-2.0
 """Signatures, and signed configurations."""
 import base64
+import configparser
 import json
 import os
+import random
 
 from case import LETTER, case, expect, make_bytes
 
@@ -133,6 +135,39 @@ def check_config(at):
         at.fail(3, "Required config value 'sources/gone' not found.", "config", "get", *options, "sources/gone")
         listed = json.loads(at.run("config", "list", "--json", *options))
         expect(listed == {"//first": "1", "/sources/path": "Z:\\home\\ada", "/sources/name": "Größe"}, listed)
+
+
+def make_config(numbers):
+    """Text that both readers accept. Python's continues a value on an indented line, keeps quotes and spaces in headers,
+    and takes other characters for spaces."""
+    def make(characters, most):
+        return "".join(numbers.choice(characters) for _ in range(numbers.randint(1, most)))
+    spaces, letters = " \t", "abcXYZ019éß日😀._-%$'\\:;#"
+    lines = ["[first]"]
+    for _ in range(numbers.randint(0, 60)):
+        name = make("abcd", 1) + make(letters + " [", 3)
+        lines.append(numbers.choice((
+            f"{name}{make(spaces, 2)}={make(spaces, 2)}{make(letters + ' =[]/', 9)}", f"{name}={make(letters, 3)}", f"{name}=",
+            f"[{name.rstrip()}]", f"# {make(letters, 9)}", f";{name}=1", "")))
+    return numbers.choice(("\n", "\r\n", "\r")).join(lines).encode()
+
+
+@case("Config_OfGeneratedText_HasTheValuesOfPythonsReader")
+def check_generated(at):
+    private, public = get_pair(at, "rsa2048")
+    numbers = random.Random(22)
+    for number in range(60):
+        text = make_config(numbers)
+        name = at.write(f"{number}.ini", text)
+        reader = configparser.RawConfigParser(delimiters="=", strict=False, empty_lines_in_values=False, default_section="")
+        reader.optionxform = str
+        reader.read(name, encoding="utf-8")
+        theirs = [[f"/{section}/{key}", value] for section in reader.sections() for key, value in reader[section].items()]
+        encoded = ("--base64",) if number % 2 else ()
+        at.write(name, base64.encodebytes(text) if encoded else text)
+        at.run("config", "sign", "--key", private, *encoded, name)
+        listed = at.run("config", "list", "--json", "--key", public, *encoded, name)
+        at.same(json.loads(listed, object_pairs_hook=lambda pairs: [list(pair) for pair in pairs]), theirs, text)
 
 
 @case("Config_ThatWasChanged_HasStatus1")

@@ -6,11 +6,15 @@ usage: run_case.py --list                          prints the names of the cases
        run_case.py write FOLDER DEMO               writes a backup with each cipher
        run_case.py NAME FOLDER BACKUPS SOURCE_DIR  runs a case in FOLDER, on copies of these backups
 """
+import hashlib
+import importlib.util
 import pathlib
+import random
 import re
 import shutil
 import subprocess
 import sys
+import types
 
 from backup import CIPHERS, DAMAGED, PASSWORD, WHOLE, Backup, read_tree, write_backups
 from cases import CASES
@@ -141,12 +145,72 @@ def check_openssl(at, _):
     expect("libcrypto" in linked and not re.search("libsarn|libul", linked), linked)
 
 
+WORDS = [b"\n", b"\r", b"=", b"[", b"]", b"[files]\n", b"[backup]\n", b"[hmac]\n", b"0=", b"-1", b"../", b"/..", b"/", b"..", b".",
+         b"\0", b" ", b"\xff", b"\xef\xbb\xbf", b"99999999999999999999", b"1_0", "١".encode(), b"cipher=null\n", b"a" * 5000]
+
+
+def change(text, numbers):
+    """Replaces some parts of a text by words of the format, by a bit more or less, or by other parts."""
+    for _ in range(numbers.randint(1, 4)):
+        start = numbers.randrange(len(text) + 1)
+        if numbers.random() < 0.5:  # the end of a line
+            start = text.find(b"\n", start) % (len(text) + 1)
+        end = numbers.choice((start, start + 1, numbers.randint(start, len(text))))
+        part = numbers.choice((numbers.choice(WORDS), text[end:end + 20], bytes([numbers.randrange(256)]), b""))
+        text = text[:start] + part + text[end:]
+    return text
+
+
+def derive_no_key(_, password, salt, iterations, dklen=20):
+    """Takes no time, and refuses the numbers that the real function refuses."""
+    if not 0 < iterations < 2**31:
+        raise (ValueError if iterations < 2**63 else OverflowError)("iterations")
+    return bytes(dklen or 20)
+
+
+def load_recover(path, texts):
+    """The module, with any text verified."""
+    spec = importlib.util.spec_from_file_location("recover", path)
+    recover = importlib.util.module_from_spec(spec)
+    spec.loader.exec_module(recover)
+    recover.read_signed = lambda path, _: texts[path.name]
+    recover.check_hmac = lambda *_: None
+    recover.hashlib = types.SimpleNamespace(pbkdf2_hmac=derive_no_key, sha1=hashlib.sha1)
+    return recover
+
+
+def check_changed_texts(at, _):
+    at.backup.write_new(["a", "folder/b", "c"])
+    originals = {name: (at.backup.folder / name).read_bytes() for name in ("backup.ini", "manifest.ini")}
+    texts = dict(originals)
+    recover = load_recover(at.recover, texts)
+    numbers, opened, refused = random.Random(22), 0, 0
+    for _ in range(20000):
+        texts.update((name, change(text, numbers) if numbers.random() < 0.7 else text) for name, text in originals.items())
+        try:
+            cipher, _, files = recover.open_backup(at.backup.folder, at.public_key, at.password)
+        except recover.NotVerified:
+            refused += 1
+            continue
+        opened += 1
+        expect(cipher in recover.CIPHERS, f"the cipher {cipher} from {texts}")
+        for _, name in files:
+            try:
+                place = recover.find_place(at.target, name)
+            except (recover.NotVerified, OSError):
+                continue
+            expect(place != at.target and at.target in place.parents and ".." not in place.parts, f"{name!r}: {place}")
+    expect(opened > 2000 and refused > 2000, f"{opened} opened, {refused} refused: the changes are of one kind only")
+    at.check_restored({})
+
+
 CHECKS = {f"{name}/{cipher}": (check, cipher) for cipher in CIPHERS for name, check in (
     ("WholeBackup_IsRestored", check_whole), ("DamagedCopies_AreRefusedAndTheOthersRestored", check_damaged_copies))}
 CHECKS["TypedPassword_IsTaken"] = (check_typed_password, "null")
 CHECKS["PasswordFileOfAnEditor_IsRead"] = (check_password_of_an_editor, "null")
 CHECKS["LargestSalt_IsFollowedByZero"] = (check_largest_salt, "null")
 CHECKS["WrongArguments_AreRefused"] = (check_arguments, "null")
+CHECKS["TextsChangedAtRandom_AreRefusedOrLeadBelowTheTarget"] = (check_changed_texts, "null")
 CHECKS["OpensslCommand_IsNotOurs"] = (check_openssl, "null")
 
 
