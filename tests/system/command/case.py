@@ -2,6 +2,7 @@
 """The common part of the cases of the command."""
 import os
 import pathlib
+import shlex
 import shutil
 import subprocess
 
@@ -39,6 +40,7 @@ class Place:
 
     def __init__(self, folder, source, program):
         self.folder, self.source, self.program = folder, source, [str(word) for word in program]
+        self.shell_words = shlex.join(self.program)
         self.is_windows = self.program[-1].endswith(".exe")
         self.compared = 0
         shutil.rmtree(folder, ignore_errors=True)

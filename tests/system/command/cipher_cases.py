@@ -161,9 +161,9 @@ def check_large(at):
         file.truncate((1 << 31) + 5)
     at.write("key", bytes(32))
     at.write("pipeline", f"""set -e -o pipefail
-{at.program[-1]} encrypt --key key --iv {bytes(16).hex()} zeros - |
+{at.shell_words} encrypt --key key --iv {bytes(16).hex()} zeros - |
     openssl enc -d -aes-256-cbc -K {bytes(32).hex()} -iv {bytes(16).hex()} | cmp - zeros
-{at.program[-1]} encrypt --key key zeros - | {at.program[-1]} decrypt --key key - - | cmp - zeros
+{at.shell_words} encrypt --key key zeros - | {at.shell_words} decrypt --key key - - | cmp - zeros
 """)
     at.ask("bash", "pipeline")
     at.compared += 1

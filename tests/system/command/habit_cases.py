@@ -106,14 +106,14 @@ def check_closed_pipe(at):
         output = at.run(*words, status=3, stdout=writer)
         os.close(writer)
         expect("Cannot write file 'standard output': Broken pipe." in output, output)
-    output = at.ask("bash", "-c", f"set -o pipefail; {at.program[-1]} base64 file | head -c 10", status=3)
+    output = at.ask("bash", "-c", f"set -o pipefail; {at.shell_words} base64 file | head -c 10", status=3)
     expect(len(output) == 10, output)
 
 
 @case("ClosedStreams_DoNotBecomeFiles")
 def check_closed_streams(at):
     at.write("file", LETTER)
-    program = at.program[-1]
+    program = at.shell_words
     for close, status in (("<&-", 0), (">&-", 0), ("2>&-", 0), ("<&- >&- 2>&-", 0)):
         at.ask("bash", "-c", f"{program} base64 --force file new {close}", status=status)
         expect(at.read("new") == at.ask("base64", "-w64", "file"), f"{close}: it has other bytes")
