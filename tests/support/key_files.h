@@ -14,7 +14,8 @@ namespace sarn_test {
 
 constexpr char testPassphrase[] = "for tests only";
 
-/// The PEM text of a key file, for example "rsa2048".
+/// The PEM text of a key file, for example "rsa2048". The keys are published here, so nothing else may trust them. They
+/// were made by openssl; the passphrase of "rsa1024_encrypted_latin1" is the two bytes FC and DF.
 inline ul::String readKey(const std::string& name, const std::string& suffix = "_for_tests_only.pem") {
     const std::string path = getTestDataFolder() + "/keys/" + name + suffix;
     std::ifstream file(path);
