@@ -111,8 +111,10 @@ class Workshop:
             except subprocess.TimeoutExpired as error:
                 failed, output = True, (error.stdout or b"").decode(errors="replace")
             if failed:
-                started = re.findall(r"^\[ RUN      \] (\S+)", output, re.M)
-                return started[-1] if started else name
+                # The test that failed, or else the last one that started. Tests after a failure start, but are skipped.
+                names = re.findall(r"^\[  FAILED  \] ([^\s,]+)", output, re.M)[:1] or \
+                    re.findall(r"^\[ RUN      \] (\S+)", output, re.M)[-1:]
+                return names[0] if names else name
             self.limits.setdefault(name, LIMIT + FACTOR * (time.time() - start))
         return None
 
