@@ -119,7 +119,7 @@ quietly() {
     trap 'exit 143' TERM
     ((status == 0)) && return
     say "failed: $title. End of its output:"
-    grep -E -A 12 'FAILED|[Ee]rror' "$log" | head -n 60 || tail -n 40 "$log"
+    grep -E -A 12 'FAILED|[Ee]rror[: ]' "$log" | head -n 60 || tail -n 40 "$log"
     return 1
 }
 

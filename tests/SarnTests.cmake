@@ -33,7 +33,7 @@ function(sarn_add_tests name)
   sarn_configure_test_target(${name})
   target_link_libraries(${name} PRIVATE GTest::gmock_main)
   # GoogleTest's header takes longer to compile than most tests.
-  sarn_precompile(${name} ul_tests <gtest/gtest.h>)
+  sarn_compile_fast(${name} ul_tests <gtest/gtest.h>)
   sarn_expect_lost_contexts(${name})
   if(SARN_SANITIZERS)
     # libcrypto, in which this test spends its time, is built without sanitizers.
