@@ -8,6 +8,7 @@
 #include "sarn/encoding.h"
 #include "sarn/password_key_cache.h"
 
+#include <openssl/err.h>
 #include <openssl/opensslv.h>
 
 #include <atomic>
@@ -45,6 +46,16 @@ TEST_F(KeyFailures, OfADerivation_AreNotCached) {
     EXPECT_TRUE(key);
     EXPECT_EQ(cache->getKey(32, 258, 1000), key);
     EXPECT_EQ(m_watch.count("PKCS5_PBKDF2_HMAC_SHA1"), 2) << "the cached key needed no third";
+}
+
+TEST_F(KeyFailures, OfADerivation_LeaveLibcryptosErrorQueueAsItWas) {
+    m_watch.before("PKCS5_PBKDF2_HMAC_SHA1", [](Call& call) {
+        ERR_put_error(ERR_LIB_USER, 0, 100, "libcrypto.c", 1);
+        call.fails = true;
+    });
+    unsigned char key[20];
+    EXPECT_THROW(sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 1, 20, key), ul::CError);
+    EXPECT_EQ(ERR_peek_error(), 0U);
 }
 
 TEST_F(KeyFailures, OfAllocationsForANewKey_AreTriedAgain) {
