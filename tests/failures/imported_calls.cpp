@@ -170,6 +170,9 @@ std::vector<std::string> replaceAll() {
     replacements["fsync"] = reinterpret_cast<void*>(&flush);
     // Clang's address sanitizer checks the memory first.
     replacements["__asan_memcpy"] = replacements.at("memcpy");
+    // Clang calls the variants that bases would use.
+    replacements["_ZN2ul10CMutexLockC2EPNS_6IMutexE"] = replacements.at("_ZN2ul10CMutexLockC1EPNS_6IMutexE");
+    replacements["_ZN2ul10CMutexLockD2Ev"] = replacements.at("_ZN2ul10CMutexLockD1Ev");
     std::vector<std::string> names;
     for (const char* const library : {"libul.", "libsarn."}) {
         visitImports(library, [&](const char* name, void** address) {
