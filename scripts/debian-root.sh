@@ -32,11 +32,19 @@ step() {
     printf '    %3d s  %s\n' $((SECONDS - start)) "$what"
 }
 
-# Sets up a release of Debian from the mirror that this machine uses: make_root RELEASE
+# Sets up a release of Debian from the mirror that this machine uses: make_root RELEASE [PROCESSOR]
+# Another processor than this machine's needs the packages in the section emulated-root of packages.txt.
 make_root() {
-    local mirror suite
+    local mirror suite own processor=${2:-}
+    own=$(dpkg --print-architecture)
+    : "${processor:=$own}"
+    if [[ $processor != "$own" ]]; then
+        step "programs for $processor start under QEMU" \
+            update-binfmts --enable "qemu-$(dpkg-architecture -A "$processor" -q DEB_TARGET_GNU_CPU)"
+    fi
     read -r mirror suite < <(list_mirrors "$1")
-    step "a fresh Debian $suite" debootstrap --variant=minbase "$suite" "$root" "$mirror"
+    step "a fresh Debian $suite for $processor" \
+        debootstrap --arch="$processor" --variant=minbase "$suite" "$root" "$mirror"
     mount -t proc proc "$root/proc"
     cp /etc/resolv.conf "$root/etc/" 2>/dev/null || true
 }
