@@ -35,7 +35,7 @@ ADDRESS_SPACE = 8 << 30
 # Tests that detect nothing that shorter ones of the same kind do not, and slow ones, which run last.
 LEFT_OUT = "*16777216*:*OfAGigabyte*"
 EVERY = f"*-{LEFT_OUT}"
-SLOW = f"{LEFT_OUT}:*DoNotWaitForEachOther*:CThreadStuff.*:*LargeSignedConfig*:*Whole*:*DeathTest*"
+SLOW = f"{LEFT_OUT}:CThreadStuff.*:*LargeSignedConfig*:*Whole*:*DeathTest*"
 UL, SARN, HOST = "tests/ul_tests", "tests/sarn_tests", "tests/host_tests"
 INJECTION, MODULES, COMMAND = "tests/sarn_injection_tests", "tests/sarn_module_tests", "tools/sarn"
 # The programs whose tests detect most mutants of a family, and these tests.
