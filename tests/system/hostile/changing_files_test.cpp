@@ -77,8 +77,8 @@ protected:
 } // namespace
 
 TEST_P(ExchangedFile, BetweenTheTwoOpenings_IsASignatureError) {
-    for (const std::string& content :
-         {encodeIfNeeded("[a]\nwho=evil\n"), encodeIfNeeded(signedText) + "\n", std::string("[a\n"), std::string()})
+    for (const std::string& content : {encodeIfNeeded("[a]\nwho=evil\n"), encodeIfNeeded(signedText) + "\n",
+                                       std::string("[a\n"), std::string("\xFF"), std::string()})
         expectErrorOf<sarn::CSignedConfigSignatureError>("Invalid signature for config file.",
                                                          [&] { loadExchanged(content); });
 }
