@@ -133,12 +133,15 @@ TEST(SecretsOfHosts, PlaintextInAResultThatGrows_DoesNotStayInTheOldBlock) {
     const auto add = [&](ul::CBytes bytes) {
         encrypted.insert(encrypted.getUsed(), bytes.data(), static_cast<int>(bytes.size()));
     };
-    add(encryptor.update(ul::readSecretFile(secret.getPath())));
+    add(encryptor.update(secret.makePlaintext()));
     add(encryptor.update(std::string(3000000, 'f')));
     sarn::CStreamDecryptor decryptor("aes256cbc", key);
-    decryptor.update({encrypted.getData(), 200});
+    constexpr int first = 40000;
+    decryptor.update({encrypted.getData(), first});
+    // Its block follows that of the result, which therefore cannot grow in place.
+    const std::string neighbour(50000, 'n');
     secret.expectThere();
-    decryptor.update({encrypted.getData() + 200, encrypted.getUsed() - 200});
+    decryptor.update({encrypted.getData() + first, encrypted.getUsed() - first});
     secret.expectGone();
 }
 
