@@ -6,9 +6,8 @@ usage: scripts/mutate.py COUNT WORK_FOLDER [--seed SEED] [--critical] [--only PR
                          [--again SURVIVORS] [--quick] [--list]
        scripts/mutate.py --check    only checks that each entry of tests/data/kept_mutants.txt names one mutant
 
-Tries COUNT mutants, chosen at random, and with --critical also all of critical code. Prints the seed. Writes each result
-to WORK_FOLDER/results.txt, and the survivors to WORK_FOLDER/survivors.txt. Fails if fewer than 97 % of the random ones
-are detected, or if a mutant of critical code is not.
+Tries COUNT mutants, chosen at random, and with --critical also all of critical code. Prints the seed. Writes results.txt
+and survivors.txt to WORK_FOLDER. Fails if fewer than 97 % of the random ones are detected, or not all of critical code.
 """
 import argparse
 import os

@@ -51,7 +51,7 @@ int flush(int descriptor);
 std::error_code renameToFree(const std::filesystem::path& from, const std::filesystem::path& to);
 
 /// Reads a line from the terminal without showing it. `prompt` is UTF-8.
-/// \throws Problem if there is no terminal.
+/// \throws Problem without a terminal.
 /// \throws Interrupted after an interrupt.
 ul::TCryptBuffer<char> readHiddenLine(const std::string& prompt);
 

@@ -42,6 +42,19 @@ add("Initialisers", ["{cmake}", "-DOUTPUT=[.]init_array +00000008 ", "-P", "{sou
     ("ObjectThatIsConstructedOnLoading", build_with_initialiser, "unexpected output"),
 ])
 
+
+
+def build_bound(*flags):
+    return lambda at: (at.write("library.cpp", "int object = 1;"),
+                       at.make("{cxx}", "-shared", "-fPIC", *flags, "-o", "library.so", "library.cpp"))
+
+
+add("BoundCalls", ["{cmake}", "-DOUTPUT=FLAGS_1 +0x0+9", "-P", "{source}/tests/support/expect_output.cmake",
+                   "--", "{objdump}", "-p", "{work}/library.so"], build_bound("-Wl,-z,now,-z,nodelete"), [
+    ("LibraryThatIsBoundLater", build_bound("-Wl,-z,lazy,-z,nodelete"), "unexpected output"),
+    ("LibraryThatIsUnloaded", build_bound("-Wl,-z,now"), "unexpected output"),
+])
+
 # A public header that compiles by itself, and damaged forms.
 HEADER = "#pragma once\n#include <string>\nstd::string getName();\n"
 HEADER_PROJECT = """cmake_minimum_required(VERSION 3.25)
