@@ -5,17 +5,13 @@
 
 namespace sarn {
 
-bool ErrorQueueMark::moveAside(ERR_STATE& hosts) noexcept {
-    // The queue exists, because it has errors.
-    ERR_STATE& queue = *ERR_get_state();
-    hosts = queue;
-    queue = ERR_STATE();
-    return true;
+void ErrorQueueMark::moveAside() noexcept {
+    m_hosts = *m_queue;
+    *m_queue = ERR_STATE();
 }
 
-void ErrorQueueMark::putBack(const ERR_STATE& hosts) noexcept {
-    ERR_clear_error();
-    *ERR_get_state() = hosts;
+void ErrorQueueMark::putBack() noexcept {
+    *m_queue = m_hosts;
 }
 
 } // namespace sarn

@@ -15,11 +15,8 @@ public:
     ErrorQueueMark() noexcept;
     ErrorQueueMark(const ErrorQueueMark&) = delete;
     ErrorQueueMark& operator=(const ErrorQueueMark&) = delete;
-    ~ErrorQueueMark() {
-        // Usually the queue was empty and a successful operation adds nothing, so there is nothing to do.
-        if (m_holdsHosts)
-            restore();
-    }
+    /// Also drops what a successful operation queued: libcrypto tries some failed steps again.
+    ~ErrorQueueMark();
 
     /// Drops errors queued since construction and raises a ul::CError.
     [[noreturn]] void raise(const char* message) {
@@ -30,51 +27,57 @@ public:
     /// Drops errors queued since construction. For operations that succeed although libcrypto reports a failure.
     void drop() noexcept;
 
-private:
-    void restore() noexcept;
-
 #if OPENSSL_VERSION_NUMBER < 0x30000000L
+private:
     // A mark is a flag on one error in the queue. A mark of ours would remove the host's mark from that error, and is
     // lost if libcrypto sets and pops its own in between. Therefore the host's errors are moved aside, and libcrypto
     // works on an empty queue.
-    static bool hasErrors() noexcept {
-        // Faster than ERR_peek_error(), and every operation asks.
-        const ERR_STATE* const queue = ERR_get_state();
-        return queue && queue->top != queue->bottom;
+    void moveAside() noexcept;
+    void putBack() noexcept;
+    // Faster than ERR_peek_error(), and every operation asks.
+    bool hasErrors() const noexcept {
+        return m_queue && m_queue->top != m_queue->bottom;
     }
-    static bool moveAside(ERR_STATE& hosts) noexcept;
-    static void putBack(const ERR_STATE& hosts) noexcept;
 
+    // This thread's queue; null if there is no memory for it.
+    ERR_STATE* m_queue;
     ERR_STATE m_hosts;
-#endif
-    // Whether the queue had errors, which were moved aside or marked: an empty queue cannot take a mark.
     bool m_holdsHosts;
+#endif
 };
 
 #if OPENSSL_VERSION_NUMBER < 0x30000000L
 
-inline ErrorQueueMark::ErrorQueueMark() noexcept : m_holdsHosts(hasErrors() && moveAside(m_hosts)) {}
+inline ErrorQueueMark::ErrorQueueMark() noexcept : m_queue(ERR_get_state()), m_holdsHosts(hasErrors()) {
+    if (m_holdsHosts)
+        moveAside();
+}
 
-inline void ErrorQueueMark::restore() noexcept {
-    putBack(m_hosts);
+inline ErrorQueueMark::~ErrorQueueMark() {
+    drop();
+    if (m_holdsHosts)
+        putBack();
 }
 
 inline void ErrorQueueMark::drop() noexcept {
-    if (ERR_peek_error() != 0)
+    if (!m_queue || hasErrors())
         ERR_clear_error();
 }
 
 #else
 
-inline ErrorQueueMark::ErrorQueueMark() noexcept : m_holdsHosts(ERR_set_mark() != 0) {}
+// An empty queue cannot take a mark. Then all errors are dropped, and they are all from the operation.
+inline ErrorQueueMark::ErrorQueueMark() noexcept {
+    ERR_set_mark();
+}
 
-inline void ErrorQueueMark::restore() noexcept {
+inline ErrorQueueMark::~ErrorQueueMark() {
     ERR_pop_to_mark();
 }
 
 inline void ErrorQueueMark::drop() noexcept {
     ERR_pop_to_mark();
-    m_holdsHosts = false;
+    ERR_set_mark();
 }
 
 #endif

@@ -9,6 +9,7 @@
 #include "ul/error.h"
 
 #include <gtest/gtest.h>
+#include <openssl/err.h>
 
 #include <cstdlib>
 #include <new>
@@ -123,6 +124,7 @@ private:
             EXPECT_FALSE(mustBeNoticed) << "the failure was not reported";
         }
         EXPECT_TRUE(outcome.error.empty() || isExpectedError(outcome.error, ofAllocations)) << outcome.error;
+        EXPECT_EQ(ERR_peek_error(), 0U) << "an error of libcrypto is left in its queue";
         EXPECT_EQ(toHex(GetParam().run()), toHex(m_expected)) << "the next use gives a wrong result";
         return true;
     }
