@@ -28,10 +28,12 @@ PRESETS = """{"version": 6,
      "cacheVariables": {"CMAKE_CXX_FLAGS": "-fsanitize=address"}},
     {"name": "tsan", "inherits": "release", "binaryDir": "build/tsan",
      "cacheVariables": {"CMAKE_CXX_FLAGS": "-fsanitize=thread"}},
-    {"name": "fuzz", "inherits": "release", "binaryDir": "build/fuzz"}],
+    {"name": "fuzz", "inherits": "release", "binaryDir": "build/fuzz"},
+    {"name": "coverage", "inherits": "release", "binaryDir": "build/coverage"}],
 "buildPresets": [{"name": "release", "configurePreset": "release"},
     {"name": "packages", "configurePreset": "packages"}, {"name": "asan", "configurePreset": "asan"},
-    {"name": "tsan", "configurePreset": "tsan"}, {"name": "fuzz", "configurePreset": "fuzz"}],
+    {"name": "tsan", "configurePreset": "tsan"}, {"name": "fuzz", "configurePreset": "fuzz"},
+    {"name": "coverage", "configurePreset": "coverage"}],
 "testPresets": [{"name": "release", "configurePreset": "release"},
     {"name": "asan", "configurePreset": "asan", "output": {"outputOnFailure": true}}]}
 """
@@ -40,7 +42,7 @@ PRESETS = """{"version": 6,
 def make_project(at):
     at.copy("scripts/lib.sh", "tests/leaks.valgrind", *(f"scripts/commands/{name}" for name in COMMANDS))
     at.write("scripts/build-libcrypto", "#!/bin/sh\n", 0o755)
-    at.write("scripts/packages.txt", "[build]\ncmake\n[package]\ncmake\n[clang]\ncmake\n")
+    at.write("scripts/packages.txt", "[build]\ncmake\n[package]\ncmake\n[clang]\ncmake\n[coverage]\ncmake\n")
     at.write("CMakeLists.txt", BUILD)
     at.write("CMakePresets.json", PRESETS)
     at.write("include/pair.h", "struct Pair { int first; };\n")
@@ -104,8 +106,8 @@ foreach(program PROGRAMS)
   add_custom_target(${program} ALL COMMAND "${CMAKE_COMMAND}" -E copy "${PROJECT_SOURCE_DIR}/program"
     "${PROJECT_BINARY_DIR}/tests/${program}")
 endforeach()
-add_custom_target(fuzzers ALL COMMAND "${CMAKE_COMMAND}" -E copy "${PROJECT_SOURCE_DIR}/program"
-  "${PROJECT_BINARY_DIR}/fuzz/fuzz_target"
+add_custom_command(TARGET sarn_fuzz_replay POST_BUILD
+  COMMAND "${CMAKE_COMMAND}" -E copy "${PROJECT_SOURCE_DIR}/program" "${PROJECT_BINARY_DIR}/fuzz/fuzz_target"
   COMMAND "${CMAKE_COMMAND}" -E copy "${PROJECT_SOURCE_DIR}/program" "${PROJECT_BINARY_DIR}/fuzz/sarn_fuzz_replay")
 enable_testing()
 add_test(NAME program COMMAND "${PROJECT_BINARY_DIR}/tests/ul_tests")
@@ -129,6 +131,9 @@ def make_scripts(at):
     at.write("program", PROGRAM, 0o755)
     at.write("results.xml", RESULT * 60 + '<testcase name="AreGone/0"\n')
     at.write("fuzz/corpus/target.vec", "")
+    at.write("fuzz/dictionary.txt", "")
+    at.write("llvm-profdata", "#!/bin/sh\n", 0o755)
+    at.write("llvm-cov", "#!/bin/sh\necho TOTAL 2 3 4 5 6 7 8 9 80.0% 11 12 70.0%\n", 0o755)
 
 
 def fail_on(word):
@@ -161,7 +166,8 @@ add("Secrets", run("secrets"), make_scripts, [
 add("Soak", run("soak"), make_scripts, [
     (name, fail_on(word), "FAILED") for name, word in
     (("WrongResult", "threads"), ("ForkThatHangs", "forks"), ("WrongFirstUse", "first-use"), ("AbnormalEnd", "ends"))])
-add("Fuzz", run("fuzz", "1"), make_scripts, [
+add("Fuzz", ["sh", "-c", "PATH=.:$PATH scripts/commands/fuzz 1"], make_scripts, [
+    ("ReachThatIsNotMeasured", append("llvm-cov", "exit 1\n"), "FAILED"),
     ("TargetThatFails", replace("program", "echo .Done.*;;", "exit 1 ;;"), "target: stopped.* FAILED"),
     ("NoTarget", lambda at: at.remove("fuzz/corpus/target.vec"), "FAILED .*: there are no targets"),
 ])

@@ -54,8 +54,7 @@ add("Release", ["sh", "-c", f"./dev release soak || exit 1; {WRITTEN}"], make_st
     ("StepThatIsSkipped", end_step("exit 3\n"), r"\| ./dev soak \| NOT RUN \|.*release: NOT RUN"),
     ("FigureThatIsMissing", end_step("echo './dev soak: passed'\n"), "FAILED .* the last line has no figure"),
     ("RowThatIsGone", lambda at: at.replace("docs/trust.md", "^\\| `./dev mutate` .*\n", ""), "one row for ./dev mutate"),
-    ("FigureOfNoCommit", lambda at: (at.append("dev", "\n"), at.replace("docs/trust.md", "7 things", "6 things")),
-     "keeps the old figure of ./dev soak"),
+    ("FigureOfNoCommit", lambda at: at.append("dev", "\n"), "keeps the old figure of ./dev soak"),
 ])
 add("Check", ["scripts/commands/check"], make_steps, [
     ("StepThatFails", lambda at: at.append("scripts/commands/lint", "exit 1\n"),
