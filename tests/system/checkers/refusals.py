@@ -27,11 +27,13 @@ class Workplace:
         shutil.rmtree(folder, ignore_errors=True)
         folder.mkdir(parents=True)
         self.folder, self.values = folder, {**values, "work": str(folder)}
+        # The checkers that are scripts start this interpreter too.
+        self.path = f"{pathlib.Path(sys.executable).parent}:{os.environ['PATH']}"
 
     def run(self, command):
         return subprocess.run([word.format(**self.values) for word in command], cwd=self.folder, text=True,
                               stdout=subprocess.PIPE, stderr=subprocess.STDOUT, stdin=subprocess.DEVNULL,
-                              env={**os.environ, "LC_ALL": "C"})
+                              env={**os.environ, "LC_ALL": "C", "PATH": self.path})
 
     def make(self, *command):
         """Runs a command that must succeed."""
