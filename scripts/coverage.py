@@ -46,13 +46,22 @@ def list_one_way(branches):
             if sum(counts) > 0 and 0 in counts}
 
 
+def is_within(region, other):
+    return other[:2] <= region[:2] and region[2:] <= other[2:]
+
+
 def list_undecided(decisions, branches):
     """The conditions that never decided alone, except for those that were only seen one way."""
-    for (line, column, last_line, last_column), counts in decisions.items():
-        conditions = sorted(region for region in branches
-                            if (line, column) <= region[:2] and region[2:] <= (last_line, last_column))
+    for decision, counts in decisions.items():
+        if decision[:2] == decision[2:]:
+            # That of an assertion. The branches of a macro are not reported.
+            continue
+        within = [region for region in branches if is_within(region, decision) and region != decision]
+        # A condition may contain a choice of its own, for example in an argument of a call.
+        conditions = sorted(region for region in within
+                            if not any(is_within(region, other) for other in within if other != region))
         if len(conditions) != len(counts):
-            raise SystemExit(f"line {line}: {len(counts)} conditions, but {len(conditions)} branches")
+            raise SystemExit(f"line {decision[0]}: {len(counts)} conditions, but {len(conditions)} branches")
         yield from (region for region, count in zip(conditions, counts) if not count and all(branches[region]))
 
 

@@ -164,11 +164,9 @@ void base64EncodeBufferWithCRLF(ul::TBuffer<unsigned char>& buffer) {
     buffer.setUsed(0);
     ul::CBufferStream stream(&buffer, 2.0);
     for (std::size_t start = 0; start < text.size();) {
-        const std::size_t end = std::min(text.find_first_of("\r\n", start), text.size());
-        if (end > start) {
-            stream.write(text.data() + start, static_cast<int>(end - start), nullptr);
-            stream.write("\r\n", 2, nullptr);
-        }
+        const std::size_t end = std::min(text.find('\n', start), text.size());
+        stream.write(text.data() + start, static_cast<int>(end - start), nullptr);
+        stream.write("\r\n", 2, nullptr);
         start = end + 1;
     }
 }

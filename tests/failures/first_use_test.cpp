@@ -3,7 +3,7 @@
 // until the process ends, so each check has a process of its own.
 #include "failures/call_watch.h"
 #include "failures/injection.h"
-#include "support/expect.h"
+#include "support/key_files.h"
 #include "support/log_capture.h"
 #include "support/new_process.h"
 #include "support/table.h"
@@ -158,6 +158,19 @@ TEST(FirstUsesDeathTest, OfARegistryWithoutMemory_RaiseAndAreTriedAgain) {
         EXPECT_TRUE(sarn::CCipherManager::get()->findCipher("null"));
     });
 }
+
+#if OPENSSL_VERSION_NUMBER < 0x30000000L
+TEST(FirstUsesDeathTest, OfADSAKeyWithoutMemory_FreeTheKeyAndAreTriedAgain) {
+    expectInNewProcess([] {
+        CallWatch watch;
+        watch.fail("DSA_meth_dup");
+        const ul::P<sarn::ISignatureAlgo> algo = sarn::createDSS_SHA1();
+        EXPECT_THROW(algo->beginSign(readKey("dsa1024"), ""), std::bad_alloc);
+        EXPECT_EQ(watch.countLeft("PEM_read_bio_PrivateKey", "EVP_PKEY_free"), 0);
+        EXPECT_NO_THROW(algo->beginSign(readKey("dsa1024"), ""));
+    });
+}
+#endif
 
 TEST(CThreadStuffWithoutMemory, DoLock_LocksAndUnlocks) {
     ThreadAccess threads;

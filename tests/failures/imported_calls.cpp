@@ -30,7 +30,6 @@
 
 #include <fcntl.h>
 #include <sys/mman.h>
-#include <sys/random.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -132,7 +131,7 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::fchmod>(file, "fchmod", -1, EPERM),
         describe<&::renameat>(file, "renameat", -1, EXDEV),
         describe<&::getcwd>(file, "getcwd", 0, ENOENT),
-        describe<&::getrandom>(file, "getrandom", -1, EIO),
+        describe<&drawPiece>(file, "getrandom", -1, EIO),
         // The bytes are synced before. The system closes the descriptor even if it reports an error.
         describe<&::close>(file, "close", -1, EIO, done | ignored),
         // The library reports the error that led to the removal.

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Random bytes that are drawn in advance: the number of system calls, and the content of the block.
-#include "failures/call_watch.h"
+#include "failures/injection.h"
 #include "support/expect.h"
 
 #include "ul/random.h"
@@ -213,6 +213,12 @@ TEST_F(RandomReserve, SystemThatFails_RaisesAndIsAskedAgainNextTime) {
     EXPECT_THROW(take(), ul::CError);
     EXPECT_NE(take(), zero);
     EXPECT_EQ(countSystemCalls(), 2);
+}
+
+TEST_F(RandomReserve, SystemThatIsInterruptedAndGivesFewerBytes_IsAskedForTheRest) {
+    const SmallPieces pieces;
+    EXPECT_NE(take(), zero);
+    EXPECT_GT(countSystemCalls(), 100);
 }
 
 } // namespace sarn_test

@@ -2,11 +2,12 @@
 // Sessions whose end fails, and the pieces in which they receive files.
 #include "failures/call_watch.h"
 #include "support/expect.h"
-#include "support/key_files.h"
+#include "support/signing.h"
 #include "support/temp_folder.h"
 
-#include "sarn/signature.h"
+#include <openssl/dsa.h>
 
+#include <climits>
 #include <cstring>
 
 #include <malloc.h>
@@ -48,6 +49,32 @@ TEST_F(SignatureFailures, OfSigningIntoMemory_LeaveTheSize) {
     EXPECT_THROW(signer->finish(room, size), ul::CError);
     EXPECT_EQ(size, -7);
 }
+
+TEST_F(SignatureFailures, SignatureThatIsLongerThanItsRoom_IsAnError) {
+    const ul::P<sarn::ISigner> signer = beginSign();
+    CallWatch watch;
+    watch.after("EVP_SignFinal", [](const Call& call) { *call.getPointer<unsigned>(2) = UINT_MAX; });
+    Buffer signature;
+    expectError("OpenSSL sign error.", [&] { signer->finish(signature); });
+}
+
+#if OPENSSL_VERSION_NUMBER < 0x30000000L
+TEST(DSAMethodOfAHost, SignsInsteadOfOurs) {
+    static int calls;
+    calls = 0;
+    DSA_METHOD* const method = DSA_meth_dup(DSA_OpenSSL());
+    DSA_meth_set_sign(method, [](const unsigned char* digest, int size, DSA* key) {
+        ++calls;
+        return DSA_meth_get_sign(DSA_OpenSSL())(digest, size, key);
+    });
+    DSA_set_default_method(method);
+    const Bytes signature = sign(sarn::createDSS_SHA1(), readKey("dsa1024"), toBytes("data"));
+    DSA_set_default_method(DSA_OpenSSL());
+    DSA_meth_free(method);
+    EXPECT_TRUE(verify(sarn::createDSS_SHA1(), readPublicKey("dsa1024"), toBytes("data"), signature));
+    EXPECT_EQ(calls, 1);
+}
+#endif
 
 TEST_F(SignatureFailures, OfVerifying_AreMinusOne_AndOnlyOneIsAMatch) {
     Buffer signature;

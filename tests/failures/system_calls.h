@@ -9,6 +9,7 @@
 #include <new>
 
 #include <fcntl.h>
+#include <sys/random.h>
 #include <unistd.h>
 
 namespace sarn_test {
@@ -60,6 +61,10 @@ inline ssize_t readPiece(int file, void* data, std::size_t size) {
 
 inline ssize_t writePiece(int file, const void* data, std::size_t size) {
     return doPiece(size, [&](std::size_t piece) { return ::write(file, data, piece); });
+}
+
+inline ssize_t drawPiece(void* data, std::size_t size, unsigned flags) {
+    return doPiece(size, [&](std::size_t piece) { return ::getrandom(data, piece, flags); });
 }
 
 inline int flushFile(int file) {

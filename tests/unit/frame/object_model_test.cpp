@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // Copy and move operations of every class, and interfaces over one root.
 #include "support/cipher_test_data.h"
+#include "support/digest_test_data.h"
+#include "support/signing.h"
+#include "support/temp_folder.h"
 
-#include "sarn/digest.h"
 #include "sarn/openssl_init.h"
+#include "sarn/signed_config.h"
+
+#include <openssl/evp.h>
 
 #include <type_traits>
 
@@ -39,6 +44,55 @@ static_assert(implement<ul::IBase, CCipherManager, CDigestManager>);
 static_assert(std::is_base_of_v<COpenSSLCipher, CCipher_AES128CBC> &&
               sizeof(CCipher_AES128CBC) == sizeof(COpenSSLCipher));
 
+/// Uses each copy and move operation, and returns the last result.
+template <class T>
+T copyAndMove(const T& value) {
+    T copy(value);
+    T moved(std::move(copy));
+    copy = moved;
+    moved = std::move(copy);
+    return moved;
+}
+
+template <class Cipher>
+void expectEqualCopy() {
+    Cipher cipher;
+    Cipher copy = copyAndMove(cipher);
+    EXPECT_EQ(copy.getID(), cipher.getID());
+    const Bytes iv(16);
+    EXPECT_EQ(runCipher(copy, encrypting, toBytes("sample"), iv.data()),
+              runCipher(cipher, encrypting, toBytes("sample"), iv.data()));
+}
+
+template <class Type>
+void expectEqualCopyOfType() {
+    Type type;
+    Type copy = copyAndMove(type);
+    EXPECT_EQ(finish(*copy.createDigest()), finish(*type.createDigest()));
+}
+
+template <class Digest, class Type>
+void expectEqualCopyOfDigest() {
+    const ul::P<Type> type = ul::make<Type>();
+    Digest digest(type.get());
+    feed(digest, toBytes("sample"));
+    Digest copy = copyAndMove(digest);
+    EXPECT_EQ(finish(copy), finish(digest));
+}
+
+/// A host's own signer and verifier.
+struct Signer : ul::CBase, ISigner {
+    int getMaxSignatureSize() const override { return size; }
+    void update(const void*, int) override {}
+    void finish(void*, int&) override {}
+    int size = 0;
+};
+struct Verifier : ul::CBase, IVerifier {
+    void update(const void*, int) override {}
+    bool finish(const void*, int) override { return result; }
+    bool result = false;
+};
+
 /// The ciphertext of part of a block, which the cipher completes with its zero block.
 Bytes encryptSample(sarn::ICipher& cipher) {
     const Bytes encrypted = runCipher(cipher, encryptingUnpadded, toBytes("sample"), Bytes(8).data());
@@ -47,6 +101,53 @@ Bytes encryptSample(sarn::ICipher& cipher) {
 }
 
 } // namespace
+
+TEST(ObjectModel, CopiedAndMovedCiphers_EncryptAsTheirSources) {
+    expectEqualCopy<CCipher_AES256CBC>();
+    expectEqualCopy<CCipher_AES128CBC>();
+    expectEqualCopy<CCipher_BlowFishCBC>();
+    expectEqualCopy<CCipher_Cast128CBC>();
+    if (hasIDEA)
+        expectEqualCopy<CCipher_IDEACBC>();
+    expectEqualCopy<CCipher_Null>();
+}
+
+TEST(ObjectModel, CopiedAndMovedDigestsAndTypes_GiveTheDigestsOfTheirSources) {
+    expectEqualCopyOfType<CDigestType_MD4>();
+    expectEqualCopyOfType<CDigestType_MD5>();
+    expectEqualCopyOfType<CDigestType_SHA1>();
+    expectEqualCopyOfType<CDigestType_SHA256>();
+    expectEqualCopyOfType<CDigestType_Adler32>();
+    expectEqualCopyOfType<CDigestType_CRC32>();
+    expectEqualCopyOfType<CDigestType_MD4_SHA1>();
+    expectEqualCopyOfType<CDigestType_MD4_SHA1_Adler32>();
+    expectEqualCopyOfDigest<CDigest_Adler32, CDigestType_Adler32>();
+    expectEqualCopyOfDigest<CDigest_CRC32, CDigestType_CRC32>();
+}
+
+TEST(ObjectModel, CopiedAndMovedSignaturesErrorsAndConfigurations_AreEqualToTheirSources) {
+    Signer signer;
+    signer.size = 20;
+    EXPECT_EQ(copyAndMove(signer).getMaxSignatureSize(), 20);
+    Verifier verifier;
+    verifier.result = true;
+    EXPECT_TRUE(copyAndMove(verifier).finish("", 0));
+    const auto algo = ul::make<COpenSSLSignatureAlgo>(copyAndMove(COpenSSLSignatureAlgo(EVP_sha1())));
+    const Bytes signature = sign(algo, readKey("rsa1024"), toBytes("data"));
+    EXPECT_TRUE(verify(createRSA_SHA1(), readPublicKey("rsa1024"), toBytes("data"), signature));
+    const TempFolder folder;
+    const ul::CWindowsPath path = folder.write("a.ini", "[a]\nb=1\n");
+    writeSignatureFile(path, "rsa1024");
+    CSignedConfig config = copyAndMove(CSignedConfig(path, readPublicKey("rsa1024"), false));
+    EXPECT_TRUE(config.getValue("a/b") == "1");
+    const CSignedConfigSignatureError error(path);
+    EXPECT_STREQ(copyAndMove(error).what(), error.what());
+    const COpenSSLVersionMismatchError mismatch("MD5", 1, 2);
+    EXPECT_STREQ(copyAndMove(mismatch).what(), mismatch.what());
+    // They have no values.
+    copyAndMove(COpenSSLInit());
+    copyAndMove(COpenSSLInit::CCleaner());
+}
 
 TEST(ObjectModel, CopyOfACipher_EncryptsAsItsSource_AndOutlivesIt) {
     ul::P<sarn::CCipher_BlowFishCBC> source = ul::make<sarn::CCipher_BlowFishCBC>();

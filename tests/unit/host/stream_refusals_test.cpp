@@ -10,10 +10,10 @@ namespace sarn_test {
 
 namespace {
 
-/// A cipher of a host that is a key stream, which restarts with each call, or one that fails.
+/// A cipher of a host that is a key stream, which restarts with each call, that returns too little, or that fails.
 class OwnCipher : public sarn::CCipher_Null {
 public:
-    enum class Fault { KeyStream, Fails };
+    enum class Fault { KeyStream, Loses, Fails };
     explicit OwnCipher(Fault fault) : m_fault(fault) {}
 
     void encryptWithoutPadding(const ul::TCryptBuffer<unsigned char>&, const void* data, int size,
@@ -21,10 +21,11 @@ public:
         if (m_fault == Fault::Fails && size == 1000)
             throw ul::CError("The device is gone.", "", -1, ul::CProps(), nullptr);
         const int start = append ? out.getUsed() : 0;
+        size -= m_fault == Fault::Loses;
         out.setUsed(start + size);
         for (int i = 0; i < size; ++i)
             out.getData()[start + i] = static_cast<unsigned char>(static_cast<const unsigned char*>(data)[i] ^
-                                                                  (m_fault == Fault::Fails ? 0 : i));
+                                                                  (m_fault == Fault::KeyStream ? i : 0));
     }
 
 private:
@@ -33,11 +34,25 @@ private:
 
 } // namespace
 
-TEST(CStreamEncryptor, OfACipherThatIsAKeyStream_IsRefused) {
-    const ul::P<sarn::ICipher> cipher = ul::make<OwnCipher>(OwnCipher::Fault::KeyStream);
+TEST(CStreamEncryptor, OfACipherThatCannotBeChained_IsRefused) {
+    class OddSizes : public OwnCipher {
+    public:
+        OddSizes(int iv, int block) : OwnCipher(Fault::Loses), m_iv(iv), m_block(block) {}
+        int getIVSize() const override { return m_iv; }
+        int getBlockSize() const override { return m_block; }
+
+    private:
+        int m_iv;
+        int m_block;
+    };
     constexpr char message[] = "cipher cannot work in pieces";
-    expectInvalidArg("CStreamEncryptor", message, [&] { sarn::CStreamEncryptor(cipher, TestKey(0)); });
-    expectInvalidArg("CStreamDecryptor", message, [&] { sarn::CStreamDecryptor(cipher, TestKey(0)); });
+    const ul::P<sarn::ICipher> ciphers[] = {ul::make<OwnCipher>(OwnCipher::Fault::KeyStream),
+                                            ul::make<OwnCipher>(OwnCipher::Fault::Loses), ul::make<OddSizes>(0, 0),
+                                            ul::make<OddSizes>(12, 16), ul::make<OddSizes>(8, 8)};
+    for (const ul::P<sarn::ICipher>& cipher : ciphers) {
+        expectInvalidArg("CStreamEncryptor", message, [&] { sarn::CStreamEncryptor(cipher, TestKey(0)); });
+        expectInvalidArg("CStreamDecryptor", message, [&] { sarn::CStreamDecryptor(cipher, TestKey(0)); });
+    }
 }
 
 TEST(CStreamEncryptor, OfAHostsOwnCBCCipher_GivesTheBytesOfOneCall) {

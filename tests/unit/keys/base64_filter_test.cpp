@@ -56,7 +56,7 @@ TEST(Base64Filter, OddTexts_AreDecodedAsTheFilterDecodesThem) {
 TEST(Base64Filter, RandomAndMutatedTexts_AreDecodedAsTheFilterDecodesThem) {
     std::mt19937 random(4);
     const auto draw = [&random](std::size_t limit) { return random() % limit; };
-    const std::wstring seasoning = L" \t\n\r\v\x000E==AZaz09+/-_!?\x00E9\x0161\x0141\x20AC\xFF21\xFFFD";
+    const std::wstring seasoning = L" \t\n\r\v\f\x000E==AZaz09+/-_!?\x00E9\x0161\x0141\x20AC\xFF21\xFFFD";
     int decoded = 0;
     for (int round = 0; round < 100000; ++round) {
         const bool isRandom = draw(4) == 0;

@@ -71,6 +71,11 @@ TEST(SignatureAlgo, SignaturesOfTheOpensslProgram_Verify) {
     }
 }
 
+TEST(SignatureAlgo, NullPassphrase_IsAnEmptyOne) {
+    const std::string key = readKey("rsa1024").toLatin1();
+    EXPECT_EQ(sarn::COpenSSLSignatureAlgo::CSigner(EVP_sha1(), key.c_str(), nullptr).getMaxSignatureSize(), 128);
+}
+
 TEST(SignatureAlgo, OwnSignatures_VerifyAndOnlyOverTheirData) {
     for (const char* const name : {"rsa1024", "rsa2048", "rsa3072", "rsa4096", "dsa1024", "dsa2048"}) {
         const Bytes data = makePattern(1000);

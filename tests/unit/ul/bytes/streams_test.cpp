@@ -33,6 +33,14 @@ TEST(CDataOutStream, Integers_AreLittleEndian32Bits_BooleansOneByte_AndRawBytesA
     EXPECT_EQ(getWritten([](Out& out) { out.write("ab", 2).write(nullptr, 0); }), toBytes("ab"));
 }
 
+TEST(CBufferStream, MoreBytesThanAnInt_AreRefusedBeforeTheyAreRead) {
+    Buffer buffer;
+    fill(buffer, {1});
+    ul::CBufferStream stream(&buffer, 2.0);
+    EXPECT_THROW(stream.write("x", INT_MAX, nullptr), ul::CInvalidArgError);
+    EXPECT_EQ(toBytes(buffer), Bytes{1});
+}
+
 TEST(CDataInStream, ReadsWhatWasWritten) {
     const Bytes written = getWritten([](ul::CDataOutStream& out) {
         out.writeInt32(INT_MIN).writeUInt32(UINT_MAX).writeBool(true).writeBool(false).write("xyz", 3);

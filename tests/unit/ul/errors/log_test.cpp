@@ -16,9 +16,9 @@ using Lines = std::vector<std::string>;
 TEST(LogError, Message_ReachesTheHandlerAsOneLineWithControlCharactersEscaped) {
     const LogCapture log;
     ul::logError("disk is full");
-    ul::logError(L"a\nERROR: forged\r\x1B[2J\x7F\x85\x2028z");
+    ul::logError(L"a\nERROR: forged\r\x1B[2J\x7F\x85\x2028z\x2029");
     EXPECT_EQ(log.getLines(),
-              (Lines{"ERROR: disk is full", "ERROR: a\\nERROR: forged\\xD;\\x1B;[2J\\x7F;\\x85;\\x2028;z"}));
+              (Lines{"ERROR: disk is full", "ERROR: a\\nERROR: forged\\xD;\\x1B;[2J\\x7F;\\x85;\\x2028;z\\x2029;"}));
 }
 
 TEST(LogError, Exception_IsDescribedWithPropertiesAndCauses) {

@@ -89,7 +89,12 @@ TEST(CWindowsPathTraits, Functions_HandleEachKindOfRoot) {
                                                  {"\\\\server", 8},
                                                  {"\\\\?\\C:\\a", 7},
                                                  {"\\\\?\\UNC\\server\\share\\a", 21},
-                                                 {"\\\\?\\UNC\\s\\h\\a", 12}};
+                                                 {"\\\\?\\UNC\\s\\h\\a", 12},
+                                                 {"\\\\?\\UNC", 7},
+                                                 {"\\\\?\\UXC\\s\\h", 8},
+                                                 {"\\\\?\\UNX\\s\\h", 8},
+                                                 {"\\\\?\\{NC\\s\\h", 8},
+                                                 {"\\\\?\\UNCX\\s", 9}};
     for (const auto& [text, length] : roots)
         EXPECT_EQ(Traits::getRootLength(text), length) << text;
     EXPECT_EQ(Traits::normalizeRoot("\\\\?\\UNC\\s\\h\\").toUTF8(), "\\\\?\\UNC\\s\\h\\");
@@ -101,13 +106,17 @@ TEST(CWindowsPathTraits, Functions_HandleEachKindOfRoot) {
     EXPECT_TRUE(Traits::normalizeSeparators("//s/h//a") == "\\\\s\\h\\a");
     EXPECT_EQ(Traits::normalizeSeparators("////a").toUTF8(), "\\\\\\a");
     EXPECT_TRUE(Traits::normalizeRoot("c:\\") == "C:\\" && Traits::normalizeRoot("\\\\s").isEmpty());
+    EXPECT_TRUE(Traits::normalizeRoot("") == "\\");
     EXPECT_TRUE(Traits::normalizeComponent("a. .") == "a" && Traits::normalizeComponent(" . ").isEmpty());
     EXPECT_TRUE(Traits::pathNeedsToBeNormalizedToBeValid("C:\\a"));
     EXPECT_FALSE(Traits::pathNeedsToBeNormalizedToBeValid("\\\\?\\C:\\a"));
     EXPECT_TRUE(Traits::makeAbsolute("a", "C:\\w") == "C:\\w\\a");
     EXPECT_TRUE(Traits::makeAbsolute("c:a", "\\\\?\\C:\\w.") == "\\\\?\\C:\\w.\\a");
-    EXPECT_TRUE(Traits::finalizeNormalizedPath("C:\\a\\") == "C:\\a" &&
-                Traits::finalizeNormalizedPath("C:\\") == "C:\\");
+    for (const char* const elsewhere : {"D:\\w", "\\\\s\\h\\w"})
+        EXPECT_TRUE(Traits::makeAbsolute("c:a", elsewhere) == "c:\\a") << elsewhere;
+    for (const char* const text : {"C:\\a\\", "C:\\a"})
+        EXPECT_TRUE(Traits::finalizeNormalizedPath(text) == "C:\\a");
+    EXPECT_TRUE(Traits::finalizeNormalizedPath("C:\\") == "C:\\");
 }
 
 TEST(GetCurrentWorkDirectoryAsString, NamesTheWorkingDirectory) {

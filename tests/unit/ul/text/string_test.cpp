@@ -28,6 +28,12 @@ TEST(String, NarrowForms_ReadEachByteAsOneCharacter) {
     EXPECT_EQ(String("", 0).getLength(), 0);
 }
 
+TEST(String, MoreCharactersThanAnInt_AreRefusedBeforeTheyAreRead) {
+    const std::size_t length = std::size_t{INT_MAX} + 1;
+    sarn_test::expectInvalidArg("String::String", "text is too long", [&] { String("x", length); });
+    sarn_test::expectInvalidArg("String::String", "text is too long", [&] { String(L"x", length); });
+}
+
 TEST(String, NullPointers_AreEmptyTexts) {
     const wchar_t* const wide = nullptr;
     const char* const narrow = nullptr;

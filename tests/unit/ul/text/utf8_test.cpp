@@ -74,4 +74,11 @@ TEST(ToUTF8, OfAnUnpairedSurrogate_IsRefusedWithThePosition) {
                     [text = text] { ul::String(text).toUTF8(); });
 }
 
+#ifndef _WIN32
+TEST(ToUTF8, OfAValueAboveUnicode_IsRefusedWithThePosition) {
+    const std::wstring text = {L'a', wchar_t{0x110000}};
+    expectError("Text cannot be encoded as UTF-8.", {"position", "1"}, [&] { ul::String(text).toUTF8(); });
+}
+#endif
+
 } // namespace sarn_test
