@@ -31,7 +31,7 @@ struct KeyDeleter {
 /// Owns a key.
 using KeyPtr = std::unique_ptr<EVP_PKEY, KeyDeleter>;
 
-#ifdef OPENSSL_SUPPRESS_DEPRECATED
+#if OPENSSL_VERSION_NUMBER >= 0x30000000L && defined(OPENSSL_SUPPRESS_DEPRECATED)
 struct HMACContextDeleter {
     void operator()(HMAC_CTX* context) const noexcept { HMAC_CTX_free(context); }
 };

@@ -93,6 +93,11 @@ struct Verifier : ul::CBase, IVerifier {
     bool result = false;
 };
 
+struct Algorithm : ul::CBase, ISignatureAlgo {
+    ul::P<ISigner> beginSign(const ul::String&, const ul::String&) override { return ul::make<Signer>(); }
+    ul::P<IVerifier> beginVerify(const ul::String&) override { return ul::make<Verifier>(); }
+};
+
 /// The ciphertext of part of a block, which the cipher completes with its zero block.
 Bytes encryptSample(sarn::ICipher& cipher) {
     const Bytes encrypted = runCipher(cipher, encryptingUnpadded, toBytes("sample"), Bytes(8).data());
@@ -125,6 +130,18 @@ TEST(ObjectModel, CopiedAndMovedDigestsAndTypes_GiveTheDigestsOfTheirSources) {
     expectEqualCopyOfDigest<CDigest_CRC32, CDigestType_CRC32>();
 }
 
+TEST(ObjectModel, AssignmentBetweenInterfaces_ChangesNothing) {
+    const ul::P<ICipher> cipher = getAnyCipher("null");
+    *cipher = std::move(*getAnyCipher("aes256cbc"));
+    EXPECT_EQ(cipher->getID(), "null");
+    const ul::P<IDigest> digest = createDigest("crc32", toBytes("sample"));
+    *digest = std::move(*createDigest("adler32"));
+    EXPECT_EQ(finish(*digest), getDigest("crc32", toBytes("sample")));
+    CDigestType_CRC32 type;
+    static_cast<IDigestType&>(type) = CDigestType_MD4();
+    EXPECT_EQ(type.createDigest()->getDigestSize(), 4);
+}
+
 TEST(ObjectModel, CopiedAndMovedSignaturesErrorsAndConfigurations_AreEqualToTheirSources) {
     Signer signer;
     signer.size = 20;
@@ -144,6 +161,7 @@ TEST(ObjectModel, CopiedAndMovedSignaturesErrorsAndConfigurations_AreEqualToThei
     EXPECT_STREQ(copyAndMove(error).what(), error.what());
     const COpenSSLVersionMismatchError mismatch("MD5", 1, 2);
     EXPECT_STREQ(copyAndMove(mismatch).what(), mismatch.what());
+    EXPECT_FALSE(copyAndMove(Algorithm()).beginVerify("")->finish("", 0));
     // They have no values.
     copyAndMove(COpenSSLInit());
     copyAndMove(COpenSSLInit::CCleaner());

@@ -43,15 +43,13 @@ public:
     /// The text as UTF-8, for example for CPasswordKeyCache.
     /// \throws CError "Text cannot be encoded as UTF-8.".
     TCryptBuffer<char> toUTF8() const {
-        std::string utf8 = m_text.toUTF8();
+        struct Wiped {
+            std::string characters;
+            ~Wiped() { wipeAndClear(characters); }
+        };
+        const Wiped utf8{m_text.toUTF8()};
         TCryptBuffer<char> bytes;
-        try {
-            bytes.init(utf8.data(), CBytes(utf8).getIntSize("CSecretText::toUTF8"));
-        } catch (...) {
-            wipeAndClear(utf8);
-            throw;
-        }
-        wipeAndClear(utf8);
+        bytes.init(utf8.characters.data(), CBytes(utf8.characters).getIntSize("CSecretText::toUTF8"));
         return bytes;
     }
 

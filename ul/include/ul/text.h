@@ -108,8 +108,9 @@ CWindowsPath path(const Native& native) {
 #else
     const String name = detail::toPathText(absolute);
 #endif
-    const bool isVerbatim = name.StartsWith(L"\\\\");
-    return CWindowsPath(!isVerbatim && detail::needsVerbatimForm(absolute) ? detail::verbatimPrefix + name : name);
+    const bool isOnDrive = !name.StartsWith(L"\\\\");
+    const bool needsPrefix = isOnDrive && detail::needsVerbatimForm(absolute);
+    return CWindowsPath(needsPrefix ? detail::verbatimPrefix + name : name);
 }
 
 /// Converts a path for std::ifstream, std::ofstream and std::filesystem, naming the file that this library would open:

@@ -138,8 +138,9 @@ String CWindowsPathTraits::makeAbsolute(const String& text, const String& workDi
 }
 
 String CWindowsPathTraits::finalizeNormalizedPath(const String& path) {
-    const int length = path.getLength();
-    return length > getRootLength(path) && path[length - 1] == sep ? path.Mid(0, length - 1) : path;
+    const int last = path.getLength() - 1;
+    const bool hasSepAtEnd = last >= getRootLength(path) && path[last] == sep;
+    return hasSepAtEnd ? path.Mid(0, last) : path;
 }
 
 } // namespace ul
