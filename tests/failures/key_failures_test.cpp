@@ -58,7 +58,7 @@ TEST_F(KeyFailures, OfADerivation_LeaveLibcryptosErrorQueueAsItWas) {
     EXPECT_EQ(ERR_peek_error(), 0U);
 }
 
-TEST(ErrorQueueOfANewThread, WithoutMemory_IsLeftEmpty) {
+TEST_F(KeyFailures, InANewThreadWithoutMemory_LeaveItsErrorQueueEmpty) {
     // libcrypto never recovers from a first use without memory.
     EXPECT_TRUE(sarn::base64Encode("x", 1, true, false) == "eA==");
     bool hasFailed = true;

@@ -59,7 +59,7 @@ TEST_F(SignatureFailures, SignatureThatIsLongerThanItsRoom_IsAnError) {
 }
 
 #if OPENSSL_VERSION_NUMBER < 0x30000000L
-TEST(DSAMethodOfAHost, SignsInsteadOfOurs) {
+TEST_F(SignatureFailures, DSAMethodOfAHost_SignsInsteadOfOurs) {
     static int calls;
     calls = 0;
     DSA_METHOD* const method = DSA_meth_dup(DSA_OpenSSL());
