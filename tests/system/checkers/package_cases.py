@@ -63,8 +63,6 @@ add_library(library STATIC empty.cpp)
 target_compile_features(library PUBLIC cxx_std_17)
 target_sources(library PUBLIC FILE_SET HEADERS BASE_DIRS include FILES include/whole.h)
 set_target_properties(library PROPERTIES VERIFY_INTERFACE_HEADER_SETS ON)
-add_custom_target(public_headers ALL)
-add_dependencies(public_headers all_verify_interface_header_sets)
 """
 
 
@@ -79,7 +77,7 @@ def append_include(name):
     return lambda at: at.append("include/whole.h", f"#include {name}\n")
 
 
-add("HeaderAlone", ["{cmake}", "--build", "build"], make_header, [
+add("HeaderAlone", ["{cmake}", "--build", "build", "--target", "all_verify_interface_header_sets"], make_header, [
     ("WithoutAnInclude", lambda at: at.replace("include/whole.h", "#include <string>\n", ""),
      "'string' in namespace 'std' does not name a type"),
     ("OfAFileThatIsGone", append_include('"moved_away.h"'), "moved_away.h: No such file"),

@@ -58,7 +58,7 @@ TEST(Base64Filter, RandomAndMutatedTexts_AreDecodedAsTheFilterDecodesThem) {
     const auto draw = [&random](std::size_t limit) { return random() % limit; };
     const std::wstring seasoning = L" \t\n\r\v\f\x000E==AZaz09+/-_!?\x00E9\x0161\x0141\x20AC\xFF21\xFFFD";
     int decoded = 0;
-    for (int round = 0; round < 100000; ++round) {
+    for (int round = 0; round < 30000; ++round) {
         const bool isRandom = draw(4) == 0;
         std::wstring text = isRandom ? L"" : encode(makePattern(static_cast<int>(draw(200))), draw(2) == 0);
         for (std::size_t i = draw(isRandom ? 80 : 4); i > 0; --i) {
@@ -70,8 +70,8 @@ TEST(Base64Filter, RandomAndMutatedTexts_AreDecodedAsTheFilterDecodesThem) {
         decoded += expected.has_value();
         ASSERT_EQ(decode(text), expected) << round << ": " << ul::String(text).toLatin1();
     }
-    EXPECT_GT(decoded, 10000);
-    EXPECT_LT(decoded, 90000);
+    EXPECT_GT(decoded, 3000);
+    EXPECT_LT(decoded, 27000);
 }
 
 } // namespace sarn_test
