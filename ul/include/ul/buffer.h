@@ -127,10 +127,13 @@ protected:
     void discardData(T* data, int size) override;
 };
 
+// MinGW exports no inline members of a class template, so a host compiles them if it is not optimised.
+#if !defined(__MINGW32__) || defined(UL_BUILDING_LIBRARY)
 extern template class UL_EXPORT TBuffer<char>;
 extern template class UL_EXPORT TBuffer<unsigned char>;
 extern template class UL_EXPORT TCryptBuffer<char>;
 extern template class UL_EXPORT TCryptBuffer<unsigned char>;
+#endif
 
 /// Overwrites `size` bytes with zeros. The compiler cannot optimise these writes away.
 UL_EXPORT void wipe(void* data, std::size_t size) noexcept;

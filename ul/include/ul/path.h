@@ -69,7 +69,10 @@ private:
     String m_text;
 };
 
+// See buffer.h.
+#if !defined(__MINGW32__) || defined(UL_BUILDING_LIBRARY)
 extern template class UL_EXPORT TPathImpl<CWindowsPathTraits>;
+#endif
 
 /// The path type of all file operations.
 using CWindowsPath = TPathImpl<CWindowsPathTraits>;
