@@ -1,14 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 // Which thread waits for which: one stops inside a call of the library, and another calls in. docs/threads.md lists the
 // calls that wait.
-#include "failures/call_watch.h"
 #include "failures/held_locks.h"
 #include "support/aes256.h"
-#include "support/log_capture.h"
+#include "support/registries.h"
 #include "support/signing.h"
 
-#include "sarn/cipher_manager.h"
-#include "sarn/digest.h"
 #include "sarn/encoding.h"
 #include "sarn/password_key_cache.h"
 
@@ -16,8 +13,6 @@
 #include "ul/random.h"
 
 #include <condition_variable>
-#include <functional>
-#include <thread>
 
 namespace sarn_test {
 
@@ -83,26 +78,9 @@ private:
     bool m_mayGoOn = false;
 };
 
-/// A cipher or digest type of a host, with actions for its name and its end.
-template <class Base>
-struct HostItem : Base {
-    HostItem(Action name, Action end) : atName(std::move(name)), atEnd(std::move(end)) {}
-    HostItem(const HostItem&) = delete;
-    HostItem& operator=(const HostItem&) = delete;
-    ~HostItem() override { atEnd(); }
-    ul::String getID() override {
-        atName();
-        return "host";
-    }
-
-    Action atName;
-    Action atEnd;
-};
-
-using HostCipher = HostItem<sarn::CCipher_Null>;
-using HostType = HostItem<sarn::CDigestType_SHA1>;
-
-void doNothing() {}
+template <class Family>
+struct WaitingForRegistry : Waiting {};
+TYPED_TEST_SUITE(WaitingForRegistry, Families, FamilyNames);
 
 ul::P<sarn::CPasswordKeyCache> makeCache() {
     ul::TCryptBuffer<char> password;
@@ -112,38 +90,30 @@ ul::P<sarn::CPasswordKeyCache> makeCache() {
 
 } // namespace
 
-TEST_F(Waiting, ForARegistryOfCiphers_LastsWhileItAsksForANameOrDestroys) {
-    const auto registry = ul::make<sarn::CCipherManager>();
-    const auto other = ul::make<sarn::CCipherManager>();
-    const auto types = ul::make<sarn::CDigestManager>();
-    const auto stay = [this] { stop(); };
-    const Action firsts[] = {[&] { registry->addCipher(ul::make<HostCipher>(stay, doNothing).get()); },
+TYPED_TEST(WaitingForRegistry, LastsWhileItAsksForANameOrDestroys) {
+    using Host = HostItem<TypeParam>;
+    const auto registry = ul::make<typename TypeParam::Manager>();
+    const auto other = ul::make<typename TypeParam::Manager>();
+    const auto add = [&registry](const auto& item) { (*registry.*TypeParam::addItem)(item.get()); };
+    const auto getName = [] { return "host"; };
+    const auto stayAndGetName = [this] {
+        this->stop();
+        return "host";
+    };
+    const Action firsts[] = {[&] { add(ul::make<Host>(stayAndGetName)); },
                              [&] {
-                                 registry->addCipher(ul::make<HostCipher>(doNothing, stay).get());
-                                 registry->addCipher(ul::make<HostCipher>(doNothing, doNothing).get());
+                                 add(ul::make<Host>(getName, [this] { this->stop(); }));
+                                 add(ul::make<Host>(getName));
                              }};
     for (const Action& first : firsts) {
-        EXPECT_TRUE(waits(first, [&] { registry->findCipher("null"); }));
-        EXPECT_TRUE(waits(first, [&] { registry->getCipher("null"); }));
-        EXPECT_TRUE(waits(first, [&] { registry->addCipher(ul::make<sarn::CCipher_Null>().get()); }));
-        EXPECT_FALSE(waits(first, [&] { other->getCipher("null"); }));
-        EXPECT_FALSE(waits(first, [&] { types->getType("sha1"); }));
-    }
-}
-
-TEST_F(Waiting, ForARegistryOfDigests_LastsWhileItAsksForANameOrDestroys) {
-    const auto registry = ul::make<sarn::CDigestManager>();
-    const auto stay = [this] { stop(); };
-    const Action firsts[] = {[&] { registry->addType(ul::make<HostType>(stay, doNothing).get()); },
-                             [&] {
-                                 registry->addType(ul::make<HostType>(doNothing, stay).get());
-                                 registry->addType(ul::make<HostType>(doNothing, doNothing).get());
-                             }};
-    for (const Action& first : firsts) {
-        EXPECT_TRUE(waits(first, [&] { registry->findType("sha1"); }));
-        EXPECT_TRUE(waits(first, [&] { registry->getType("sha1"); }));
-        EXPECT_TRUE(waits(first, [&] { registry->addType(ul::make<sarn::CDigestType_SHA1>().get()); }));
-        EXPECT_FALSE(waits(first, [] { sarn::CCipherManager::get()->getCipher("null"); }));
+        EXPECT_TRUE(this->waits(first, [&] { (*registry.*TypeParam::findItem)(TypeParam::hostID); }));
+        EXPECT_TRUE(this->waits(first, [&] { (*registry.*TypeParam::getItem)(TypeParam::hostID); }));
+        EXPECT_TRUE(this->waits(first, [&] { add(ul::make<typename TypeParam::Base>()); }));
+        EXPECT_FALSE(this->waits(first, [&] { (*other.*TypeParam::getItem)(TypeParam::hostID); }));
+        EXPECT_FALSE(this->waits(first, [] {
+            sarn::CCipherManager::get()->getCipher("null");
+            sarn::CDigestManager::get()->getType("sha1");
+        }));
     }
 }
 
@@ -175,6 +145,8 @@ TEST_F(Waiting, ForRandomBytes_LastsWhileAnotherDrawsAnIV) {
     };
     EXPECT_TRUE(waits(draw, [&] { runAES256(encrypting, data, nullptr); }));
     EXPECT_TRUE(isDrawn);
+    const ul::IMutex* const documented = ul::CMTRand::getGlobalInstanceMutex().get();
+    EXPECT_EQ(m_watch.getCalls(HeldLocks::lock).back().getPointer<ul::IMutex>(1), documented);
     EXPECT_FALSE(waits(draw, [&] { runAES256(encrypting, data); }));
     EXPECT_FALSE(waits(draw, [] {
         unsigned char bytes[16];

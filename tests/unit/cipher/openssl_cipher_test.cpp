@@ -2,12 +2,8 @@
 #include "support/aes256.h"
 #include "support/threads.h"
 
-#include "ul/random.h"
-
 #include <openssl/evp.h>
 
-#include <atomic>
-#include <chrono>
 #include <memory>
 #include <set>
 
@@ -174,24 +170,6 @@ TEST(CipherThreads, OneCipher_UsedByEightThreads_GivesEachItsOwnResult) {
         for (int i = 0; i < 200; ++i)
             EXPECT_EQ(runAES256(decrypting, runAES256(encrypting, data, nullptr), nullptr), data);
     });
-}
-
-TEST(CipherThreads, EncryptWithoutIv_WaitsForTheGlobalGeneratorsMutex) {
-    std::atomic<bool> isDrawn{false};
-    std::thread other;
-    {
-        const ul::CMutexLock lock(ul::CMTRand::getGlobalInstanceMutex().get());
-        other = std::thread([&] {
-            runAES256(encrypting, toBytes("data"));
-            runAES256(encrypting, toBytes("data"), nullptr);
-            isDrawn = true;
-        });
-        // Time for the thread to make a mistake: too little of it can hide one but never fails the test.
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        EXPECT_FALSE(isDrawn);
-    }
-    other.join();
-    EXPECT_TRUE(isDrawn);
 }
 
 TEST(COpenSSLCipher, CipherOfTheHost_WorksThroughTheSameEngine) {
