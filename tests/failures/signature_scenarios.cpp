@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "failures/scenarios.h"
 #include "failures/signed_file.h"
-#include "support/signing.h"
-
-#include "sarn/encoding.h"
-
-#include <map>
 
 namespace sarn_test {
 
@@ -57,8 +52,7 @@ Bytes verifyChangedFile() {
 }
 
 Bytes readConfig(bool isBase64) {
-    static const SignedFile files[] = {
-        SignedFile(configText), SignedFile(sarn::base64Encode(configText, sizeof configText - 1, true, true).toUTF8())};
+    static const SignedFile files[] = {SignedFile(configText), SignedFile(toBase64(configText))};
     return toUTF8Bytes(files[isBase64].readConfig(isBase64)->getValue("/server/address"));
 }
 

@@ -1,16 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/expect.h"
-#include "support/key_files.h"
+#include "support/signing.h"
 #include "support/temp_folder.h"
 #include "system/exchange/bundle.h"
 
-#include "sarn/encoding.h"
-#include "sarn/signature.h"
 #include "sarn/signed_config.h"
-
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 
 namespace sarn_test {
 
@@ -57,8 +50,7 @@ void writeSignedFiles(const std::string& folder) {
             sign(folder, name, key, name + "." + key + ".sig");
     }
     for (const ConfigForm& form : configForms) {
-        const ul::String text = sarn::base64Encode(config, sizeof(config) - 1, true, true);
-        write(folder, form.name, form.isBase64 ? text.toLatin1() : config);
+        write(folder, form.name, form.isBase64 ? toBase64(config) : config);
         sign(folder, form.name, "rsa2048", std::string(form.name) + ".sig");
     }
 }

@@ -4,8 +4,6 @@
 #include "failures/call_watch.h"
 #include "failures/signed_file.h"
 
-#include "sarn/encoding.h"
-
 #include "ul/file.h"
 
 #include <climits>
@@ -18,13 +16,9 @@ namespace {
 
 constexpr char signedText[] = "[a]\nwho=host\n";
 
-std::string encode(const std::string& text) {
-    return sarn::base64Encode(text.data(), static_cast<int>(text.size()), true, true).toUTF8();
-}
-
 class ExchangedFile : public testing::TestWithParam<bool> {
 protected:
-    static std::string encodeIfNeeded(const char* text) { return GetParam() ? encode(text) : text; }
+    static std::string encodeIfNeeded(const char* text) { return GetParam() ? toBase64(text) : text; }
 
     /// Loads the configuration. Its file gets another `content` before it is opened for the second time.
     ul::P<sarn::CSignedConfig> loadExchanged(const std::string& content) const {
@@ -71,7 +65,7 @@ protected:
         });
     }
 
-    const SignedFile m_file{encode(signedText)};
+    const SignedFile m_file{toBase64(signedText)};
 };
 
 } // namespace

@@ -8,12 +8,8 @@
 #include "sarn/encoding.h"
 #include "sarn/signed_config.h"
 
-#include "ul/path.h"
-
 #include <openssl/err.h>
 #include <openssl/evp.h>
-
-#include <functional>
 
 namespace sarn_test {
 
@@ -138,10 +134,7 @@ TEST(ErrorQueue, OfAHost_IsUnchangedBySigning) {
     expectQueueUntouched("verify changed data",
                          [&] { EXPECT_FALSE(verify(algo, publicKey, toBytes("dat4"), signature)); });
     expectQueueUntouchedByFailure("key that is not one", [&] { algo->beginVerify("no key"); });
-    const Bytes unknownKind = fromHex("3013300c06082a0304050607080905000303000500");
-    const ul::String ofUnknownKind = "-----BEGIN PUBLIC KEY-----\n" +
-                                     sarn::base64Encode(unknownKind.data(), 21, true, true) +
-                                     "-----END PUBLIC KEY-----\n";
+    const ul::String ofUnknownKind = toPem("PUBLIC KEY", fromHex("3013300c06082a0304050607080905000303000500"));
     expectQueueUntouchedByFailure("key of an unknown kind", [&] { algo->beginVerify(ofUnknownKind); });
     expectQueueUntouchedByFailure("private key as public key", [&] { algo->beginVerify(privateKey); });
     expectQueueUntouchedByFailure("signature of a missing file", [&] {
