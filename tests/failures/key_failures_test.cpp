@@ -1,17 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // Encodings, HMAC and keys when a call of libcrypto or an allocation fails, and the arguments that libcrypto receives.
-#include "failures/call_watch.h"
 #include "failures/injection.h"
 #include "support/expect.h"
+#include "support/password_keys.h"
 #include "support/threads.h"
 
 #include "sarn/encoding.h"
-#include "sarn/password_key_cache.h"
 
 #include <openssl/err.h>
 #include <openssl/opensslv.h>
-
-#include <atomic>
 
 namespace sarn_test {
 
@@ -21,12 +18,6 @@ class KeyFailures : public testing::Test {
 protected:
     CallWatch m_watch;
 };
-
-ul::P<sarn::CPasswordKeyCache> makeCache() {
-    ul::TCryptBuffer<char> password;
-    password.init("password", 8);
-    return ul::make<sarn::CPasswordKeyCache>(password);
-}
 
 } // namespace
 
@@ -39,7 +30,7 @@ TEST_F(KeyFailures, OfAReadOfFewBytes_AreNoticed) {
 }
 
 TEST_F(KeyFailures, OfADerivation_AreNotCached) {
-    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+    const ul::P<sarn::CPasswordKeyCache> cache = makeKeyCache();
     m_watch.fail("PKCS5_PBKDF2_HMAC_SHA1");
     EXPECT_THROW(cache->getKey(32, 258, 1000), ul::CError);
     const auto key = cache->getKey(32, 258, 1000);
@@ -53,13 +44,12 @@ TEST_F(KeyFailures, OfADerivation_LeaveLibcryptosErrorQueueAsItWas) {
         ERR_put_error(ERR_LIB_USER, 0, 100, "libcrypto.c", 1);
         call.fails = true;
     });
-    unsigned char key[20];
-    EXPECT_THROW(sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 1, 20, key), ul::CError);
+    EXPECT_THROW(deriveKey("password", "salt", 1, 20), ul::CError);
     EXPECT_EQ(ERR_peek_error(), 0U);
 }
 
 TEST_F(KeyFailures, OfAllocationsForANewKey_AreTriedAgain) {
-    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+    const ul::P<sarn::CPasswordKeyCache> cache = makeKeyCache();
     int raised = 0;
     for (bool isMade = false; !isMade;) {
         const AllocationFailure failure(raised);
@@ -93,7 +83,7 @@ TEST_F(KeyFailures, ThreadsThatAskForTheSameKeys_DeriveEachOnceAndOnceMoreForEac
     constexpr int threadCount = 8;
     constexpr int keyCount = 40;
     for (const int failureCount : {0, 3, keyCount}) {
-        const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+        const ul::P<sarn::CPasswordKeyCache> cache = makeKeyCache();
         CallWatch watch;
         for (int i = 0; i < failureCount; ++i)
             watch.fail("PKCS5_PBKDF2_HMAC_SHA1", 2 * i);

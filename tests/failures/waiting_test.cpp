@@ -3,11 +3,11 @@
 // calls that wait.
 #include "failures/held_locks.h"
 #include "support/aes256.h"
+#include "support/password_keys.h"
 #include "support/registries.h"
 #include "support/signing.h"
 
 #include "sarn/encoding.h"
-#include "sarn/password_key_cache.h"
 
 #include "ul/log.h"
 #include "ul/random.h"
@@ -82,12 +82,6 @@ template <class Family>
 struct WaitingForRegistry : Waiting {};
 TYPED_TEST_SUITE(WaitingForRegistry, Families, FamilyNames);
 
-ul::P<sarn::CPasswordKeyCache> makeCache() {
-    ul::TCryptBuffer<char> password;
-    password.init("password", 8);
-    return ul::make<sarn::CPasswordKeyCache>(password);
-}
-
 } // namespace
 
 TYPED_TEST(WaitingForRegistry, LastsWhileItAsksForANameOrDestroys) {
@@ -118,8 +112,8 @@ TYPED_TEST(WaitingForRegistry, LastsWhileItAsksForANameOrDestroys) {
 }
 
 TEST_F(Waiting, ForAKeyCache_LastsWhileItDerives) {
-    const auto cache = makeCache();
-    const auto other = makeCache();
+    const auto cache = makeKeyCache();
+    const auto other = makeKeyCache();
     cache->getKey(32, 0, 1);
     m_watch.before("PKCS5_PBKDF2_HMAC_SHA1", [this](const Call&) { stop(); });
     int salt = 0;
@@ -127,10 +121,7 @@ TEST_F(Waiting, ForAKeyCache_LastsWhileItDerives) {
     EXPECT_TRUE(waits(derive, [&] { cache->getKey(32, 0, 1); })) << "also for a key that it has";
     EXPECT_TRUE(waits(derive, [&] { cache->getKey(16, 0, 1); }));
     EXPECT_FALSE(waits(derive, [&] { other->getKey(32, 0, 1); }));
-    EXPECT_FALSE(waits(derive, [&] {
-        unsigned char key[20];
-        sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("p", 1, "s", 1, 1, 20, key);
-    }));
+    EXPECT_FALSE(waits(derive, [] { deriveKey("p", "s", 1, 20); }));
 }
 
 TEST_F(Waiting, ForRandomBytes_LastsWhileAnotherDrawsAnIV) {

@@ -2,6 +2,7 @@
 // libcrypto's error queue belongs to the host: every operation leaves its errors, texts and marks unchanged, even if it
 // fails or refuses its arguments.
 #include "support/aes256.h"
+#include "support/password_keys.h"
 #include "support/signing.h"
 #include "support/temp_folder.h"
 
@@ -110,17 +111,13 @@ TEST(ErrorQueue, OfAHost_IsUnchangedByCiphersThatFailOrRefuse) {
 
 TEST(ErrorQueue, OfAHost_IsUnchangedByEncodings) {
     Buffer out;
-    unsigned char derived[16];
-    const auto derive = [&derived](int size) {
-        sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 2, size, derived);
-    };
     expectQueueUntouched("base64Encode", [] { sarn::base64Encode("data", 4, true, false); });
     expectQueueUntouched("base64Decode", [&] { sarn::base64Decode("ZGF0YQ==", out); });
     expectQueueUntouchedByFailure("text that is not Base64", [&] { sarn::base64Decode("Z", out); });
     expectQueueUntouched("calcHMAC", [&] { sarn::calcHMAC_SHA1(out, "data", 4, "key", 3); });
     expectQueueUntouchedByFailure("refused HMAC", [&] { sarn::calcHMAC_SHA1(out, "data", 4, "key", -1); });
-    expectQueueUntouched("derivation", [&] { derive(16); });
-    expectQueueUntouchedByFailure("derivation that fails", [&] { derive(-1); });
+    expectQueueUntouched("derivation", [] { deriveKey("password", "salt", 2, 16); });
+    expectQueueUntouchedByFailure("derivation that fails", [] { deriveKey("password", "salt", 2, -1); });
 }
 
 TEST(ErrorQueue, OfAHost_IsUnchangedBySigning) {

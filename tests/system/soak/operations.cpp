@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/digest_test_data.h"
+#include "support/password_keys.h"
 #include "system/soak/soak.h"
 
 #include "sarn/encoding.h"
@@ -23,12 +24,6 @@ void check(bool holds, const char* what) {
         throw std::runtime_error(std::string("wrong: ") + what);
 }
 
-ul::P<sarn::CPasswordKeyCache> makeCache() {
-    ul::TCryptBuffer<char> password;
-    password.init("correct horse", 13);
-    return ul::make<sarn::CPasswordKeyCache>(password);
-}
-
 Bytes computeDigest() {
     return getDigest("md4-sha1-adler32", getText());
 }
@@ -46,9 +41,9 @@ void checkNoneIsRepeated(std::vector<IV>& ivs) {
     check(std::adjacent_find(ivs.begin(), ivs.end()) == ivs.end(), "an IV came twice");
 }
 
-Shared::Shared() : m_encrypted(encrypt(zeroIV.data())), m_digest(computeDigest()), m_cache(makeCache()) {
+Shared::Shared() : m_encrypted(encrypt(zeroIV.data())), m_digest(computeDigest()), m_cache(makeKeyCache()) {
     // Another cache derives the keys, so that the shared one starts empty.
-    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+    const ul::P<sarn::CPasswordKeyCache> cache = makeKeyCache();
     for (unsigned long long salt = 0; salt < saltCount; ++salt)
         m_keys.push_back(toBytes(*cache->getKey(32, salt, 2)));
 }

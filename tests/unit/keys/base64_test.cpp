@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "support/base64_steps.h"
 #include "support/expect.h"
 
 #include "sarn/base64.h"
 
 #include <climits>
+#include <random>
 
 namespace sarn_test {
 
@@ -45,20 +47,32 @@ std::string encodeWithCRLF(const Bytes& bytes) {
     return toText(toBytes(buffer));
 }
 
+std::optional<Bytes> tryToDecode(const std::wstring& text) {
+    Buffer out;
+    try {
+        sarn::base64Decode(text, out);
+    } catch (const ul::CInvalidArgError&) {
+        return std::nullopt;
+    }
+    return toBytes(out);
+}
+
+std::wstring repeat(const std::wstring& text, int count) {
+    std::wstring result;
+    for (; count > 0; --count)
+        result += text;
+    return result;
+}
+
 } // namespace
 
 TEST(Base64Encode, PublishedVectors_AreEncodedAndDecoded) {
     // RFC 4648, section 10.
-    const std::pair<const char*, const char*> vectors[] = {{"", ""},
-                                                           {"f", "Zg=="},
-                                                           {"fo", "Zm8="},
-                                                           {"foo", "Zm9v"},
-                                                           {"foob", "Zm9vYg=="},
-                                                           {"fooba", "Zm9vYmE="},
-                                                           {"foobar", "Zm9vYmFy"}};
-    for (const auto& [bytes, text] : vectors) {
-        EXPECT_EQ(encode(bytes), text);
-        expectDecoded({text}, bytes);
+    const char* const texts[] = {"", "Zg==", "Zm8=", "Zm9v", "Zm9vYg==", "Zm9vYmE=", "Zm9vYmFy"};
+    for (std::size_t size = 0; size <= 6; ++size) {
+        const std::string bytes = std::string("foobar").substr(0, size);
+        EXPECT_EQ(encode(toBytes(bytes)), texts[size]);
+        expectDecoded({texts[size]}, bytes.c_str());
     }
 }
 
@@ -169,6 +183,46 @@ TEST(Base64EncodeBufferWithCRLF, EndsEveryLineWithCRLF_AndLeavesAnEmptyBufferEmp
         EXPECT_EQ(text, lines + (size > 0 ? "\r\n" : ""));
         EXPECT_EQ(decode(text.c_str()), makePattern(size));
     }
+}
+
+TEST(Base64Filter, OddTexts_AreDecodedAsTheFilterDecodesThem) {
+    const std::wstring line = repeat(L"QUJD", 16); // 64 characters, 48 bytes
+    // clang-format off
+    const std::wstring texts[] = {
+        L"", L"\n", L"\n\n\nQUJD\n", L"\r\n\r\nQUJD\r\n", L" QUJD", L"QUJD ", L"QU JD", L"QUJD QUJD\n", L"QU\tJD\n",
+        L"QUJD\nQUJD", L"QUJD\n\nQUJD\n", L"Q\nU\nJ\nD\n",
+        line, line + L"\n", line + L"\n" + line, line + line, line + line + L"\n", line + L" " + line + L"\n",
+        repeat(line, 16), repeat(line, 17) + L"\n", repeat(line, 64), repeat(line, 64) + L"\n",
+        L"-----BEGIN-----\n" + line + L"\n-----END-----\n",
+        L"QUJD=", L"QUI=QUJD", L"QQ==QQ==", L"Q===", L"====", L"QUJD====",
+        L"QUJD\v\n", L"QUJD\x000E", L"????", L"!!!", L"\x0161\x0161\x0161\x0161", std::wstring(L"QU\0JD", 5),
+    };
+    // clang-format on
+    for (const std::wstring& text : texts)
+        EXPECT_EQ(tryToDecode(text), decodeByTheSteps(text)) << ul::String(text).toLatin1();
+}
+
+TEST(Base64Filter, RandomAndMutatedTexts_AreDecodedAsTheFilterDecodesThem) {
+    std::mt19937 random(4);
+    const auto draw = [&random](std::size_t limit) { return random() % limit; };
+    const std::wstring seasoning = L" \t\n\r\v\x000E==AZaz09+/-_!?\x00E9\x0161\x0141\x20AC\xFF21\xFFFD";
+    int decoded = 0;
+    for (int round = 0; round < 100000; ++round) {
+        const bool isRandom = draw(4) == 0;
+        std::wstring text;
+        if (!isRandom)
+            text = ul::String(encode(makePattern(static_cast<int>(draw(200))), true, draw(2) == 0).c_str());
+        for (std::size_t i = draw(isRandom ? 80 : 4); i > 0; --i) {
+            const std::size_t at = draw(text.size() + 1);
+            const std::size_t dropped = isRandom ? 0 : draw(2);
+            text.replace(at, dropped, isRandom ? 1 : draw(2), seasoning[draw(seasoning.size())]);
+        }
+        const std::optional<Bytes> expected = decodeByTheSteps(text);
+        decoded += expected.has_value();
+        ASSERT_EQ(tryToDecode(text), expected) << round << ": " << ul::String(text).toLatin1();
+    }
+    EXPECT_GT(decoded, 10000);
+    EXPECT_LT(decoded, 90000);
 }
 
 } // namespace sarn_test
