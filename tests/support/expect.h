@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "support/print.h"
 #include "support/vectors.h"
 
 #include "ul/buffer.h"
@@ -9,9 +8,24 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include <algorithm>
+#include <climits>
+#include <functional>
 #include <typeinfo>
-#include <vector>
+
+namespace ul {
+
+/// Prints text in quotes, as UTF-8 if it is Unicode.
+inline void PrintTo(const String& text, std::ostream* out) {
+    try {
+        const std::string utf8 = text.toUTF8();
+        *out << '"' << utf8 << '"';
+    } catch (const std::exception&) {
+        *out << '"' << text.toLatin1() << "\" (not Unicode)";
+    }
+}
+
+} // namespace ul
 
 namespace sarn_test {
 
