@@ -19,8 +19,7 @@ const Bytes text = makePattern(100);
 Bytes apply(const std::string& id, const CipherOperation& operation, const Bytes& input, bool append,
             const Bytes& givenIV = iv) {
     const ul::P<sarn::ICipher> cipher = getAnyCipher(id);
-    Buffer out;
-    fill(out, makePattern(append ? 5 : 0));
+    Buffer out = makeBuffer(makePattern(append ? 5 : 0));
     (cipher.get()->*operation.function)(TestKey(cipher->getKeySize()), input.data(), static_cast<int>(input.size()),
                                         out, append, givenIV.empty() ? nullptr : givenIV.data());
     return toBytes(out);
@@ -83,8 +82,7 @@ Bytes decode(bool lineBreaks) {
 }
 
 Bytes encodeBuffer() {
-    Buffer buffer;
-    fill(buffer, data);
+    Buffer buffer = makeBuffer(data);
     sarn::base64EncodeBufferWithCRLF(buffer);
     return toBytes(buffer);
 }

@@ -5,12 +5,9 @@
 #include "failures/imported_calls.h"
 
 #include <array>
-#include <cstdint>
 #include <functional>
 #include <mutex>
-#include <string>
 #include <string_view>
-#include <vector>
 
 namespace sarn_test {
 

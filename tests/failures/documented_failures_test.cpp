@@ -6,15 +6,11 @@
 #include "support/digest_test_data.h"
 #include "support/key_files.h"
 #include "support/password_keys.h"
-#include "support/table.h"
 
 #include "sarn/encoding.h"
 #include "sarn/signature.h"
 
 #include <openssl/opensslv.h>
-
-#include <functional>
-#include <map>
 
 namespace sarn_test {
 
@@ -195,8 +191,7 @@ const std::vector<Operation> operations = {
 };
 // clang-format on
 
-class DocumentedFailures : public testing::TestWithParam<Operation> {
-protected:
+struct DocumentedFailures : testing::TestWithParam<Operation> {
     // The first run makes the calls that are made once in a process.
     void SetUp() override {
         m_out.setUsed(unchanged);

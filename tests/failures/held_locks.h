@@ -4,7 +4,6 @@
 #include "failures/call_watch.h"
 
 #include <map>
-#include <mutex>
 #include <thread>
 #include <utility>
 

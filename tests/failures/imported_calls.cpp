@@ -21,18 +21,14 @@
 #include <openssl/provider.h>
 #endif
 
-#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <map>
 #include <set>
-#include <string_view>
 
-#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/random.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace sarn_test {
 

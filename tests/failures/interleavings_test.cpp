@@ -179,10 +179,9 @@ TYPED_TEST_SUITE(Interleavings, Families, FamilyNames);
 
 TYPED_TEST(Interleavings, OfTwoThreadsWithTwoCallsEach_GiveTheResultsOfTheOrderOfTheirLocks) {
     std::vector<Program> programs;
-    for (const Operation first : {Operation::Add, Operation::Find, Operation::Get}) {
+    for (const Operation first : {Operation::Add, Operation::Find, Operation::Get})
         for (const Operation second : {Operation::Add, Operation::Find, Operation::Get})
             programs.push_back({first, second});
-    }
     int orders = 0;
     for (std::size_t first = 0; first < programs.size(); ++first) {
         // The threads are alike, so each pair is tried once.

@@ -2,7 +2,6 @@
 // Which thread waits for which: one stops inside a call of the library, and another calls in. docs/threads.md lists the
 // calls that wait.
 #include "failures/held_locks.h"
-#include "support/aes256.h"
 #include "support/password_keys.h"
 #include "support/registries.h"
 #include "support/signing.h"
@@ -160,16 +159,12 @@ TEST_F(Waiting, ForALock_IsImpossibleInAllOtherOperations) {
     const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
     const int before = m_watch.count(HeldLocks::lock);
     EXPECT_GT(before, 0) << "the registries take locks";
-    const TestKey key(32);
-    Buffer encrypted;
-    Buffer out;
-    cipher->encrypt(key, data.data(), 100, encrypted, false, iv16.data());
-    cipher->decrypt(key, encrypted.getData(), encrypted.getUsed(), out, false, iv16.data());
-    cipher->encryptWithoutPadding(key, data.data(), 100, out, false, iv16.data());
-    cipher->decryptWithoutPadding(key, data.data(), 96, out, false, iv16.data());
+    runCipher(*cipher, decrypting, runCipher(*cipher, encrypting, data, iv16.data()), iv16.data());
+    runCipher(*cipher, decryptingUnpadded, runCipher(*cipher, encryptingUnpadded, data, iv16.data()), iv16.data());
     const ul::P<sarn::IDigest> digest = type->createDigest();
-    digest->update(data.data(), 100);
-    digest->finish();
+    feed(*digest, data);
+    finish(*digest);
+    Buffer out;
     EXPECT_TRUE(verify(algo, readPublicKey("rsa1024"), data, sign(algo, readKey("rsa1024"), data)));
     sarn::calcHMAC_SHA1(out, data.data(), 100, "key", 3);
     sarn::base64Decode(sarn::base64Encode(data.data(), 100, true, true), out);

@@ -12,6 +12,7 @@
 #include <climits>
 #include <functional>
 #include <typeinfo>
+#include <utility>
 
 namespace ul {
 
@@ -64,6 +65,28 @@ inline Bytes cut(const Bytes& bytes, int size) {
 /// Fills `buffer` of this class or a derived one.
 inline void fill(ul::TBuffer<unsigned char>& buffer, const Bytes& bytes) {
     buffer.init(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+/// A buffer of this class or a derived one with this content.
+template <class AnyBuffer = Buffer>
+AnyBuffer makeBuffer(const Bytes& bytes) {
+    AnyBuffer buffer;
+    fill(buffer, bytes);
+    return buffer;
+}
+
+/// The base of the rows of a table in which each row is a test.
+struct Row {
+    std::string name;
+};
+
+inline std::ostream& operator<<(std::ostream& out, const Row& row) {
+    return out << row.name;
+}
+
+template <class Case>
+std::string getRowName(const testing::TestParamInfo<Case>& info) {
+    return info.param.name;
 }
 
 /// The value of a property, which the error must have.

@@ -5,7 +5,6 @@
 #include "support/cipher_test_data.h"
 #include "support/digest_test_data.h"
 
-#include <functional>
 #include <type_traits>
 
 namespace sarn_test {

@@ -36,15 +36,11 @@ void sign(const std::string& folder, const std::string& file, const std::string&
     sarn::storeSignatureBase64(getPath(folder, signatureFile), signature);
 }
 
-std::string getDataName(int size) {
-    return "data" + std::to_string(size);
-}
-
 } // namespace
 
 void writeSignedFiles(const std::string& folder) {
     for (const int size : sizes) {
-        const std::string name = getDataName(size);
+        const std::string name = "data" + std::to_string(size);
         write(folder, name, makeText(size));
         for (const char* const key : keys)
             sign(folder, name, key, name + "." + key + ".sig");
@@ -57,7 +53,7 @@ void writeSignedFiles(const std::string& folder) {
 
 int checkSignedFiles(const std::string& folder) {
     for (const int size : sizes) {
-        const std::string name = getDataName(size);
+        const std::string name = "data" + std::to_string(size);
         for (const char* const key : keys) {
             const std::string signatureName = name + "." + key + ".sig";
             require(sarn::verifyFileSignature_RSA_SHA1(getPath(folder, name), readPublicKey(key),

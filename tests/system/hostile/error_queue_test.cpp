@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // libcrypto's error queue belongs to the host: every operation leaves its errors, texts and marks unchanged, even if it
 // fails or refuses its arguments.
-#include "support/aes256.h"
+#include "support/cipher_test_data.h"
 #include "support/password_keys.h"
 #include "support/signing.h"
 #include "support/temp_folder.h"
@@ -10,7 +10,6 @@
 #include "sarn/signed_config.h"
 
 #include <openssl/err.h>
-#include <openssl/evp.h>
 
 namespace sarn_test {
 

@@ -7,7 +7,6 @@
 #include "sarn/signature.h"
 
 #include <cstdint>
-#include <utility>
 
 #include <sys/resource.h>
 

@@ -9,9 +9,7 @@
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 
-#include <cstdlib>
 #include <functional>
-#include <stdexcept>
 
 #include <fcntl.h>
 #include <poll.h>

@@ -6,12 +6,10 @@
 
 #include "sarn/signature.h"
 
-#include "ul/error.h"
 #include "ul/log.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <stdexcept>
 
 namespace {
 

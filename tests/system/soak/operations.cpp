@@ -32,6 +32,9 @@ void useEncodings() {
     ul::TBuffer<unsigned char> decoded;
     sarn::base64Decode(sarn::base64Encode(text, textSize, true, true), decoded);
     check(toBytes(decoded) == getText(), "decoded Base64");
+    ul::TBuffer<unsigned char> hmac;
+    sarn::calcHMAC_MD5(hmac, "what do ya want for nothing?", 28, "Jefe", 4);
+    check(toHex(toBytes(hmac)) == "750c783e6ab0b503eaa86e310a5db738", "an HMAC");
 }
 
 } // namespace

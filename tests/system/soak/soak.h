@@ -11,8 +11,6 @@
 #include <cstddef>
 #include <random>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 #include <sys/wait.h>
 #include <unistd.h>

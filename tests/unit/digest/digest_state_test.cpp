@@ -104,10 +104,9 @@ TEST(DigestStates, GoldenStates_AreReadAndWrittenAgain_AndResumeOrKeepTheirResul
 
 TEST_P(DigestState, ExampleOfTheDocumentation_IsTheStateOfAbc) {
     std::string digits;
-    for (const MarkdownRow& row : readMarkdownTable("digest-state.md", GetParam())) {
+    for (const MarkdownRow& row : readMarkdownTable("digest-state.md", GetParam()))
         for (const std::string& code : row.code[0])
             digits += code;
-    }
     digits.erase(std::remove(digits.begin(), digits.end(), ' '), digits.end());
     EXPECT_EQ(toHex(storeState(*createDigest(GetParam(), toBytes("abc")))), digits);
 }

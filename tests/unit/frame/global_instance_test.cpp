@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
+// Private helpers of the frame that need none of the library's sources.
 #include "frame/global_instance.h"
-
-#include "ul/base.h"
+#include "frame/overlap.h"
 
 #include <gtest/gtest.h>
 
@@ -72,6 +72,22 @@ TEST(DestroyInstanceDeathTest, WhoseReleaseThrows_EndsTheProcess) {
             }
         },
         "");
+}
+
+TEST(Overlaps, BytesBesideTheBlock_AreOutside) {
+    const ul::TBuffer<unsigned char> buffer(16, -1);
+    const unsigned char* const block = buffer.getData();
+    EXPECT_TRUE(sarn::overlaps(block, 1, buffer));
+    EXPECT_TRUE(sarn::overlaps(block + 15, 1, buffer));
+    EXPECT_TRUE(sarn::overlaps(block - 1, 2, buffer));
+    EXPECT_FALSE(sarn::overlaps(block + 16, 1, buffer));
+    EXPECT_FALSE(sarn::overlaps(block - 1, 1, buffer));
+}
+
+TEST(Overlaps, NoBytesOrABufferWithoutABlock_OverlapNothing) {
+    const ul::TBuffer<unsigned char> buffer(16, -1);
+    EXPECT_FALSE(sarn::overlaps(buffer.getData() + 8, 0, buffer));
+    EXPECT_FALSE(sarn::overlaps(buffer.getData(), 1, ul::TBuffer<unsigned char>()));
 }
 
 } // namespace sarn_test

@@ -3,7 +3,6 @@
 #include "support/cipher_test_data.h"
 
 #include "sarn/digest.h"
-#include "sarn/openssl_init.h"
 
 #include <type_traits>
 

@@ -6,13 +6,10 @@
 
 #include "sarn/openssl_init.h"
 
-#include "ul/log.h"
 #include "ul/thread.h"
 
 #include <gmock/gmock.h>
 
-#include <climits>
-#include <thread>
 #include <type_traits>
 
 namespace sarn_test {

@@ -5,22 +5,11 @@
 
 #include "sarn/host.h"
 
-#include <algorithm>
-#include <iterator>
 #include <new>
 #include <string_view>
 #include <type_traits>
-#include <utility>
 
 namespace sarn_test {
-
-namespace {
-
-ul::CWindowsPath getKeyPath(const std::string& name) {
-    return ul::path(getTestDataFolder() + "/keys/" + name + "_for_tests_only.pem");
-}
-
-} // namespace
 
 static_assert(!std::is_copy_constructible_v<ul::CSecretText>);
 
@@ -108,7 +97,8 @@ TEST(SignFile, ByAnEncryptedKey_GivesTheSignatureOfTheDocumentedOperation) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("file", makeText(200000));
     for (const char* const name : {"rsa2048_encrypted_traditional", "rsa2048_encrypted_pkcs8"}) {
-        const ul::CSecretText key = ul::readSecretTextFile(getKeyPath(name));
+        const std::string keyPath = getTestDataFolder() + "/keys/" + name + "_for_tests_only.pem";
+        const ul::CSecretText key = ul::readSecretTextFile(ul::path(keyPath));
         const auto signature = sarn::signFile(path, key, ul::CSecretText(testPassphrase));
         EXPECT_TRUE(sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey("rsa2048"), signature));
     }

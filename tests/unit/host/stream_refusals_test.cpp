@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Streams refuse ciphers whose calls cannot be chained, bad arguments, and calls after their end.
-#include "support/aes256.h"
+#include "support/cipher_test_data.h"
 
 #include "sarn/host.h"
 
@@ -13,28 +13,27 @@ namespace {
 /// A cipher of a host that is a key stream, which restarts with each call, or one that fails.
 class OwnCipher : public sarn::CCipher_Null {
 public:
-    enum class Fault { KeyStream, Fails };
-    explicit OwnCipher(Fault fault) : m_fault(fault) {}
+    explicit OwnCipher(bool isKeyStream) : m_isKeyStream(isKeyStream) {}
 
     void encryptWithoutPadding(const ul::TCryptBuffer<unsigned char>&, const void* data, int size,
                                ul::TBuffer<unsigned char>& out, bool append, const unsigned char*) override {
-        if (m_fault == Fault::Fails && size == 1000)
+        if (!m_isKeyStream && size == 1000)
             throw ul::CError("The device is gone.", "", -1, ul::CProps(), nullptr);
         const int start = append ? out.getUsed() : 0;
         out.setUsed(start + size);
         for (int i = 0; i < size; ++i)
-            out.getData()[start + i] = static_cast<unsigned char>(static_cast<const unsigned char*>(data)[i] ^
-                                                                  (m_fault == Fault::Fails ? 0 : i));
+            out.getData()[start + i] =
+                static_cast<unsigned char>(static_cast<const unsigned char*>(data)[i] ^ (m_isKeyStream ? i : 0));
     }
 
 private:
-    Fault m_fault;
+    const bool m_isKeyStream;
 };
 
 } // namespace
 
 TEST(CStreamEncryptor, OfACipherThatIsAKeyStream_IsRefused) {
-    const ul::P<sarn::ICipher> cipher = ul::make<OwnCipher>(OwnCipher::Fault::KeyStream);
+    const ul::P<sarn::ICipher> cipher = ul::make<OwnCipher>(true);
     constexpr char message[] = "cipher cannot work in pieces";
     expectInvalidArg("CStreamEncryptor", message, [&] { sarn::CStreamEncryptor(cipher, TestKey(0)); });
     expectInvalidArg("CStreamDecryptor", message, [&] { sarn::CStreamDecryptor(cipher, TestKey(0)); });
@@ -54,7 +53,7 @@ TEST(CStreamEncryptor, OfAHostsOwnCBCCipher_GivesTheBytesOfOneCall) {
 }
 
 TEST(CStreamEncryptor, AfterItsCipherFailed_IsClosed) {
-    sarn::CStreamEncryptor encryptor(ul::make<OwnCipher>(OwnCipher::Fault::Fails), TestKey(0));
+    sarn::CStreamEncryptor encryptor(ul::make<OwnCipher>(false), TestKey(0));
     encryptor.update("good");
     expectError("The device is gone.", [&] { encryptor.update(makePattern(1000)); });
     expectErrorOf<ul::CBadStateError>("The cipher stream has ended.", [&] { encryptor.finish(); });

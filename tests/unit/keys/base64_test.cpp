@@ -4,7 +4,6 @@
 
 #include "sarn/base64.h"
 
-#include <climits>
 #include <random>
 
 namespace sarn_test {
@@ -33,16 +32,14 @@ void expectDecoded(std::initializer_list<const char*> texts, const char* result)
 void expectRefused(std::initializer_list<ul::String> texts) {
     for (const ul::String& text : texts) {
         SCOPED_TRACE(testing::PrintToString(text));
-        Buffer out;
-        fill(out, makePattern(3));
+        Buffer out = makeBuffer(makePattern(3));
         expectInvalidArg("base64Decode", "invalid base64 data", [&] { sarn::base64Decode(text, out); });
         EXPECT_EQ(out.getUsed(), 3) << "the used size is unchanged";
     }
 }
 
 std::string encodeWithCRLF(const Bytes& bytes) {
-    Buffer buffer;
-    fill(buffer, bytes);
+    Buffer buffer = makeBuffer(bytes);
     sarn::base64EncodeBufferWithCRLF(buffer);
     return toText(toBytes(buffer));
 }
@@ -105,11 +102,10 @@ TEST(Base64Encode, WithoutLineBreaks_IsOneLine_AndEmptyForANullPointer) {
 }
 
 TEST(Base64Encode, NegativeSize_RaisesTheErrorOfAPartialWrite) {
-    for (const int size : {-1, -3, INT_MIN}) {
+    for (const int size : {-1, -3, INT_MIN})
         for (const bool lineBreaks : {false, true})
             expectError("Internal error: error during base64 encode.",
                         [=] { sarn::base64Encode("x", size, true, lineBreaks); });
-    }
 }
 
 TEST(Base64Decode, MissingPadding_IsCompletedBeforeTheLineEnd) {
@@ -140,8 +136,7 @@ TEST(Base64Decode, OneCharacterBeyondWholeGroups_IsRefusedBeforeDecoding) {
 
 TEST(Base64Decode, Result_ReplacesTheContentOfTheBuffer_EvenIfItIsEmpty) {
     for (const char* const text : {"foo", ""}) {
-        Buffer out;
-        fill(out, makePattern(100));
+        Buffer out = makeBuffer(makePattern(100));
         sarn::base64Decode(encode(text).c_str(), out);
         EXPECT_EQ(toBytes(out), toBytes(text));
     }
@@ -164,11 +159,10 @@ TEST(Base64Decode, LossWithinTheTolerance_IsNotNoticed) {
 TEST(Base64, EveryLengthInBothModes_ComesBackTheSame) {
     for (int size = 0; size <= 1001; ++size) {
         const Bytes bytes = makePattern(size <= 1000 ? size : 1 << 20);
-        for (const bool lineBreaks : {false, true}) {
+        for (const bool lineBreaks : {false, true})
             for (const bool keepPadding : {false, true})
                 EXPECT_EQ(decode(encode(bytes, keepPadding, lineBreaks).c_str()), bytes)
                     << size << (lineBreaks ? " in lines" : "");
-        }
     }
 }
 

@@ -2,10 +2,6 @@
 #include "support/signing.h"
 #include "support/temp_folder.h"
 
-#include "sarn/base64.h"
-
-#include <algorithm>
-
 namespace sarn_test {
 
 namespace {
@@ -18,8 +14,7 @@ struct FileSignature : testing::Test {
         return toBytes(signature);
     }
     static bool verify(const ul::CWindowsPath& path, const Bytes& signature, const std::string& key = "rsa2048") {
-        Buffer buffer;
-        fill(buffer, signature);
+        Buffer buffer = makeBuffer(signature);
         return sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey(key), buffer);
     }
     bool verify() const {

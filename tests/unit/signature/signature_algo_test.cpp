@@ -5,8 +5,6 @@
 #include <openssl/err.h>
 #include <openssl/evp.h>
 
-#include <climits>
-
 namespace sarn_test {
 
 namespace {

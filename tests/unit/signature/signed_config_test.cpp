@@ -38,8 +38,7 @@ void expectValues(CSignedConfig& config, std::initializer_list<std::pair<const c
         EXPECT_EQ(config.getValue(key), value) << key;
 }
 
-class SignedConfig : public testing::Test {
-protected:
+struct SignedConfig : testing::Test {
     /// Writes a configuration and its signature file.
     ul::CWindowsPath write(const std::string& content, const std::string& name = "a.ini") const {
         const ul::CWindowsPath path = m_folder.write(name, content);

@@ -7,7 +7,6 @@
 #include "ul/little_endian.h"
 
 #include <array>
-#include <climits>
 #include <stdexcept>
 
 namespace sarn_test {

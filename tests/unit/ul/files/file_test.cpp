@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "file_fixture.h"
 
-#include "ul/pointer.h"
-
-#include <algorithm>
-#include <climits>
-
 namespace sarn_test {
 
 namespace fs = std::filesystem;
@@ -33,18 +28,10 @@ TEST_F(CWindowsFileInStream, ChunksOfEverySize_GiveTheWholeFile) {
             EXPECT_EQ(readInChunks(stream, chunkSize), content) << size << " in " << chunkSize;
             EXPECT_TRUE(stream.isEndOfStream());
             EXPECT_EQ(stream.readLax(nullptr, 0), 0);
+            char more[8];
+            EXPECT_EQ(stream.readLax(more, 8), 0);
         }
     }
-}
-
-TEST_F(CWindowsFileInStream, ReadLax_GivesTheRemainingBytesAndThenZero) {
-    ul::CWindowsFileInStream stream(write("abcde"));
-    char data[8];
-    EXPECT_EQ(stream.readLax(data, 2), 2);
-    EXPECT_EQ(stream.readLax(data, 8), 3);
-    EXPECT_EQ(std::string(data, 3), "cde");
-    EXPECT_EQ(stream.readLax(data, 8), 0);
-    EXPECT_EQ(stream.readLax(data, 8), 0);
 }
 
 TEST_F(CWindowsFileInStream, Read_IsExactOrAnError) {

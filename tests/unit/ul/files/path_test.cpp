@@ -12,8 +12,7 @@ std::string getPath(const std::string& text) {
 }
 
 /// A rule of docs/paths.md.
-class PathRule : public testing::TestWithParam<MarkdownRow> {
-protected:
+struct PathRule : testing::TestWithParam<MarkdownRow> {
     /// Replaces the folder of the documentation's examples in `text` by an existing one.
     std::string inWorkFolder(std::string text) const {
         const std::string documented = "Z:\\srv\\x";
@@ -97,7 +96,7 @@ TEST_P(PathRule, Holds) {
     EXPECT_EQ(getPath(getPath(text)), getPath(text)) << "a path's text is its own path";
 }
 
-INSTANTIATE_TEST_SUITE_P(Docs, PathRule, testing::ValuesIn(readMarkdownTable("paths.md", "Text")), getRowName);
+INSTANTIATE_TEST_SUITE_P(Docs, PathRule, testing::ValuesIn(readMarkdownTable("paths.md", "Text")), getMarkdownRowName);
 
 TEST(CWindowsPath, EmbeddedNull_IsRefused) {
     expectErrorOf<ul::CBadPathError>("Invalid path: C:\\a",

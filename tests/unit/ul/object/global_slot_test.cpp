@@ -28,8 +28,7 @@ void destroy(void* object) {
     delete number;
 }
 
-class CSafeGlobalSlotTest : public testing::Test {
-protected:
+struct CSafeGlobalSlotTest : testing::Test {
     CSafeGlobalSlotTest() {
         createCalls = 0;
         destroyed.clear();

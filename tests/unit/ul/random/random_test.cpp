@@ -4,9 +4,7 @@
 
 #include "ul/random.h"
 
-#include <algorithm>
 #include <array>
-#include <set>
 
 namespace sarn_test {
 

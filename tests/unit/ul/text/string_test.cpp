@@ -1,11 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/expect.h"
 
-#include "ul/string.h"
-
-#include <algorithm>
-#include <climits>
-
 using ul::String;
 
 namespace {

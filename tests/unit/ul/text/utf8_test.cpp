@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // UTF-8 as RFC 3629 defines it.
 #include "support/expect.h"
-#include "support/table.h"
-
-#include "ul/string.h"
 
 namespace sarn_test {
 

@@ -5,11 +5,9 @@
 #include "support/threads.h"
 
 #include "ul/mutex.h"
-#include "ul/pointer.h"
 #include "ul/thread.h"
 
 #include <atomic>
-#include <set>
 
 namespace sarn_test {
 
