@@ -4,8 +4,6 @@
 #include "support/digest_test_data.h"
 #include "support/password_keys.h"
 
-#include "sarn/encoding.h"
-
 #include "ul/random.h"
 
 namespace sarn_test {

@@ -7,7 +7,6 @@
 #include "support/key_files.h"
 #include "support/password_keys.h"
 
-#include "sarn/encoding.h"
 #include "sarn/signature.h"
 
 #include <openssl/opensslv.h>

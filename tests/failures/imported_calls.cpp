@@ -3,7 +3,6 @@
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include "failures/imported_calls.h"
 
-#include "failures/import_table.h"
 #include "failures/replacement.h"
 #include "failures/system_calls.h"
 
@@ -23,7 +22,6 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <map>
 #include <set>
 
 #include <sys/mman.h>

@@ -2,7 +2,7 @@
 // Every order of the steps of two threads that use a registry. A step ends before a lock is taken, while the registry
 // asks an item for its name, and while it destroys an item. In each order, the calls have the results that they have
 // one after the other, in the order in which they took the lock.
-#include "failures/held_locks.h"
+#include "failures/call_watch.h"
 #include "support/registries.h"
 
 #include <condition_variable>

@@ -4,15 +4,11 @@
 #include "failures/injection.h"
 #include "support/password_keys.h"
 #include "support/signing.h"
-#include "support/temp_folder.h"
 #include "support/threads.h"
-
-#include "sarn/encoding.h"
 
 #include <openssl/err.h>
 #include <openssl/opensslv.h>
 
-#include <atomic>
 #include <cstring>
 
 #include <malloc.h>

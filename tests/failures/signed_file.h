@@ -2,7 +2,6 @@
 #pragma once
 
 #include "support/signing.h"
-#include "support/temp_folder.h"
 
 #include "sarn/signed_config.h"
 

@@ -1,12 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 // Which thread waits for which: one stops inside a call of the library, and another calls in. docs/threads.md lists the
 // calls that wait.
-#include "failures/held_locks.h"
+#include "failures/call_watch.h"
 #include "support/password_keys.h"
 #include "support/registries.h"
 #include "support/signing.h"
-
-#include "sarn/encoding.h"
 
 #include "ul/log.h"
 #include "ul/random.h"

@@ -9,8 +9,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <climits>
+#include <cstdint>
 #include <functional>
+#include <stdexcept>
+#include <type_traits>
 #include <typeinfo>
 #include <utility>
 

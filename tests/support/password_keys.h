@@ -4,7 +4,7 @@
 
 #include "support/vectors.h"
 
-#include "sarn/key_derivation.h"
+#include "sarn/encoding.h"
 #include "sarn/password_key_cache.h"
 
 #include <cstdlib>

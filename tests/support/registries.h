@@ -5,8 +5,6 @@
 #include "support/cipher_test_data.h"
 #include "support/digest_test_data.h"
 
-#include <type_traits>
-
 namespace sarn_test {
 
 /// The registry of ciphers. A host may replace the item `hostID` by an object of `Base`.

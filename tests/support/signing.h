@@ -3,6 +3,7 @@
 
 #include "support/expect.h"
 #include "support/key_files.h"
+#include "support/temp_folder.h"
 
 #include "sarn/base64.h"
 #include "sarn/signature.h"

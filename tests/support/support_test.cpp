@@ -2,9 +2,7 @@
 #include "support/expect.h"
 #include "support/threads.h"
 
-#include <atomic>
 #include <sstream>
-#include <stdexcept>
 
 namespace sarn_test {
 

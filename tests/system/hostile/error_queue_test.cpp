@@ -4,9 +4,7 @@
 #include "support/cipher_test_data.h"
 #include "support/password_keys.h"
 #include "support/signing.h"
-#include "support/temp_folder.h"
 
-#include "sarn/encoding.h"
 #include "sarn/signed_config.h"
 
 #include <openssl/err.h>

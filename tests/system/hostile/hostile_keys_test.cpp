@@ -156,14 +156,10 @@ TEST(DamagedKeys, KeyUnderTheLabelOfAnotherKind_IsRefused) {
 
 TEST(DamagedKeys, RSAKeyOfOddNumbers_VerifiesNothingAndEnds) {
     // 0, 1, even, odd, negative, of 3072 bits, of the largest size that libcrypto takes (16384 bits), beyond it.
-    const Bytes numbers[] = {{0},
-                             {1},
-                             {2},
-                             {3},
-                             {0xFF},
-                             join({0}, Bytes(384, 0xFF)),
-                             join({0x7F}, Bytes(2047, 0xFF)),
+    // clang-format off
+    const Bytes numbers[] = {{0}, {1}, {2}, {3}, {0xFF}, join({0}, Bytes(384, 0xFF)), join({0x7F}, Bytes(2047, 0xFF)),
                              join({0x7F}, Bytes(2049, 0xFF))};
+    // clang-format on
     int answers = 0;
     for (const Bytes& modulus : numbers) {
         for (const Bytes& exponent : numbers) {

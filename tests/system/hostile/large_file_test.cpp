@@ -6,8 +6,6 @@
 
 #include "sarn/signature.h"
 
-#include <cstdint>
-
 #include <sys/resource.h>
 
 namespace sarn_test {

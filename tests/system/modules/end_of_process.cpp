@@ -20,10 +20,6 @@ void check(bool holds, const char* what) {
         throw std::runtime_error(what);
 }
 
-void useEveryFamily() {
-    check(getModule()->useEveryFamily(), "a result is wrong");
-}
-
 void logALine() {
     const int before = g_lines;
     ul::logError(ul::getEmptyString());
@@ -38,7 +34,7 @@ public:
     LateUser& operator=(const LateUser&) = delete;
     ~LateUser() {
         try {
-            useEveryFamily();
+            check(getModule()->useEveryFamily(), "a result is wrong");
             logALine();
             verify();
         } catch (const std::exception& error) {
@@ -71,7 +67,7 @@ LateUser g_lateUser;
 
 int main() {
     ul::setLogHandler([](const ul::String&) { ++g_lines; });
-    useEveryFamily();
+    check(getModule()->useEveryFamily(), "a result is wrong");
     logALine();
     g_lateUser.sign();
     g_lateUser.verify();

@@ -3,7 +3,6 @@
 #include "support/threads.h"
 #include "system/soak/soak.h"
 
-#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>

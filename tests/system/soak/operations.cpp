@@ -3,8 +3,6 @@
 #include "support/password_keys.h"
 #include "system/soak/soak.h"
 
-#include "sarn/encoding.h"
-
 namespace sarn_test {
 
 namespace {

@@ -6,7 +6,6 @@
 
 #include "ul/random.h"
 
-#include <atomic>
 #include <chrono>
 #include <cstdlib>
 

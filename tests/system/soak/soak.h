@@ -6,11 +6,9 @@
 
 #include "sarn/password_key_cache.h"
 
-#include <array>
 #include <csignal>
 #include <cstddef>
 #include <random>
-#include <stdexcept>
 
 #include <sys/wait.h>
 #include <unistd.h>

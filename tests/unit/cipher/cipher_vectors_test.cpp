@@ -4,8 +4,6 @@
 
 #include <openssl/evp.h>
 
-#include <stdexcept>
-
 namespace sarn_test {
 
 namespace {

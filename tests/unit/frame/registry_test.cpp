@@ -2,7 +2,8 @@
 // The common behaviour of the registries of ciphers and of digest types.
 #include "support/new_process.h"
 #include "support/registries.h"
-#include "support/threads.h"
+
+#include <thread>
 
 namespace sarn_test {
 
@@ -116,16 +117,6 @@ TYPED_TEST(Registry, Dispose_ReleasesEveryItemAndLeavesAnEmptyRegistryThatTakesO
 TYPED_TEST(Registry, Get_ReturnsTheSamePointerToTheSameObjectEachTime) {
     EXPECT_EQ(&TypeParam::get(), &TypeParam::get());
     EXPECT_EQ(TypeParam::get().get(), TypeParam::get().get());
-}
-
-TYPED_TEST(Registry, UsedByEightThreads_NeverLosesAnItem) {
-    runOnThreads(8, [this](int) {
-        for (int i = 0; i < 500; ++i) {
-            this->add(ul::make<typename TypeParam::Base>().get());
-            EXPECT_TRUE(this->find(TypeParam::hostID));
-            EXPECT_EQ(((*this->manager).*TypeParam::getItem)(TypeParam::builtIn[1])->getID(), TypeParam::builtIn[1]);
-        }
-    });
 }
 
 TYPED_TEST(Registry, Dispose_WhileAnItemIsAdded_DoesNotWaitForIt) {

@@ -3,10 +3,8 @@
 
 #include "sarn/host.h"
 
-#include <array>
 #include <cstddef>
 #include <string_view>
-#include <type_traits>
 
 namespace sarn_test {
 

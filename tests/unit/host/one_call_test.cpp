@@ -6,7 +6,6 @@
 
 #include "sarn/host.h"
 
-#include <cstdint>
 #include <fstream>
 
 namespace sarn_test {

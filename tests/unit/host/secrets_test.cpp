@@ -7,7 +7,6 @@
 
 #include <new>
 #include <string_view>
-#include <type_traits>
 
 namespace sarn_test {
 

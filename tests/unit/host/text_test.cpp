@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 // Texts, paths, errors and configuration values as hosts use them.
 #include "support/signing.h"
-#include "support/temp_folder.h"
 
 #include "sarn/host.h"
 
-#include <cstdint>
 #include <limits>
 
 namespace sarn_test {
@@ -52,7 +50,7 @@ TEST(Path, OfUTF8_IsThePathOfTheDecodedText) {
 
 TEST(Path, OfANativePath_NamesTheSameFileThereAndBack) {
     const TempFolder folder;
-    std::vector<std::string> names = {"plain", "with space", umlautInUTF8, faceInUTF8, ".hidden"};
+    std::vector<std::string> names = {"plain", "with space", "nul.txt.d", umlautInUTF8, faceInUTF8, ".hidden"};
 #ifndef _WIN32
     names.insert(names.end(), {"a:b", "dot.", "dots...", "space ", "...", " ", "NUL"});
 #endif
@@ -60,6 +58,7 @@ TEST(Path, OfANativePath_NamesTheSameFileThereAndBack) {
         const ul::CWindowsPath path = ul::path(folder.getNative(name));
         ul::writeUTF8TextFile(path, ul::text(name));
         EXPECT_EQ(folder.read(name), name);
+        EXPECT_EQ(ul::readUTF8TextFile(path), ul::text(name));
         EXPECT_EQ(folder.read(ul::native(path).u8string()), name);
         EXPECT_TRUE(ul::path(ul::native(path)) == path || ul::native(ul::path(ul::native(path))) == ul::native(path));
     }

@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/signing.h"
-#include "support/temp_folder.h"
 
 #include "sarn/signed_config.h"
 

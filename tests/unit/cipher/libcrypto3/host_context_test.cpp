@@ -6,7 +6,6 @@
 #include "support/log_capture.h"
 #include "support/new_process.h"
 #include "support/signing.h"
-#include "support/temp_folder.h"
 
 #include "sarn/encoding.h"
 

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "text_buffer.h"
 
-#include <array>
-#include <type_traits>
-
 namespace sarn_test {
 
 TEST(TBuffer, SizeConstructor_SetsTheUsedSize) {

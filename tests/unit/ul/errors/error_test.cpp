@@ -4,9 +4,6 @@
 #include "support/log_capture.h"
 #include "support/threads.h"
 
-#include <atomic>
-#include <stdexcept>
-
 namespace sarn_test {
 
 namespace {

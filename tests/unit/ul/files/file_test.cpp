@@ -96,15 +96,6 @@ TEST_F(CWindowsFileInStream, SecondStream_HasItsOwnPosition) {
     EXPECT_TRUE(first->isEndOfStream());
 }
 
-TEST_F(CWindowsFileInStream, NamesOfAnyText_AreOpened) {
-    for (const char* const name : {"donn\xC3\xA9-s", "\xF0\x9F\x98\x80.ini", "a b", "nul.txt.d"}) {
-        ul::writeUTF8TextFile(folder.getPath(name), "content");
-        EXPECT_EQ(ul::readUTF8TextFile(folder.getPath(name)), "content");
-        const std::vector<std::string> names = folder.list();
-        EXPECT_EQ(std::count(names.begin(), names.end(), name), 1) << "it is a file of that name";
-    }
-}
-
 TEST_F(CWindowsFileInStream, PathLongerThan260Characters_IsOpened) {
     fs::path deep = folder.getNative();
     for (int i = 0; i < 5; ++i)

@@ -128,15 +128,11 @@ TEST(CWindowsPathTraits, Functions_HandleEachKindOfRoot) {
     using Traits = ul::CWindowsPathTraits;
     EXPECT_EQ(Traits::getSep(), L'\\');
     EXPECT_STREQ(Traits::getAllSeps(), L"\\/");
-    const std::pair<const char*, int> roots[] = {{"C:\\a", 3},
-                                                 {"C:a", 2},
-                                                 {"\\a", 1},
-                                                 {"a", 0},
-                                                 {"\\\\server\\share\\a", 15},
-                                                 {"\\\\server", 8},
-                                                 {"\\\\?\\C:\\a", 7},
-                                                 {"\\\\?\\UNC\\server\\share\\a", 21},
-                                                 {"\\\\?\\UNC\\s\\h\\a", 12}};
+    // clang-format off
+    const std::pair<const char*, int> roots[] = {
+        {"C:\\a", 3}, {"C:a", 2}, {"\\a", 1}, {"a", 0}, {"\\\\server\\share\\a", 15}, {"\\\\server", 8},
+        {"\\\\?\\C:\\a", 7}, {"\\\\?\\UNC\\server\\share\\a", 21}, {"\\\\?\\UNC\\s\\h\\a", 12}};
+    // clang-format on
     for (const auto& [text, length] : roots)
         EXPECT_EQ(Traits::getRootLength(text), length) << text;
     EXPECT_EQ(Traits::normalizeRoot("\\\\?\\UNC\\s\\h\\").toUTF8(), "\\\\?\\UNC\\s\\h\\");

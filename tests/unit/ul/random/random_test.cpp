@@ -4,8 +4,6 @@
 
 #include "ul/random.h"
 
-#include <array>
-
 namespace sarn_test {
 
 namespace {
