@@ -40,13 +40,11 @@ TEST(ReadSecretFile, OfAnySize_IsItsBytes) {
 
 TEST(ReadSecretLine, OfAFile_IsItsFirstLineWithoutTheLineEnd) {
     const TempFolder folder;
-    const std::pair<const char*, const char*> cases[] = {{"", ""},
-                                                         {"\n", ""},
-                                                         {"a b", "a b"},
-                                                         {"a b\n", "a b"},
-                                                         {"a\r\n", "a"},
-                                                         {" a \t\nb", " a \t"},
-                                                         {"\xEF\xBB\xBF\xC3\xA4\n", "\xC3\xA4"}};
+    // clang-format off
+    const std::pair<const char*, const char*> cases[] = {
+        {"", ""}, {"\n", ""}, {"a b", "a b"}, {"a b\n", "a b"}, {"a\r\n", "a"}, {" a \t\nb", " a \t"},
+        {"\xEF\xBB\xBF\xC3\xA4\n", "\xC3\xA4"}};
+    // clang-format on
     for (const auto& [content, line] : cases)
         EXPECT_EQ(ul::readSecretLine(folder.write("file", content)).get().toUTF8(), line);
 }
