@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 // The steps in which a file is replaced, and the errors of their failures.
-#include "failures/call_watch.h"
 #include "failures/injection.h"
 #include "support/expect.h"
 #include "support/temp_folder.h"
@@ -8,8 +7,6 @@
 #include "ul/file.h"
 
 #include <gmock/gmock.h>
-
-#include <functional>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -19,8 +16,7 @@ namespace sarn_test {
 
 namespace {
 
-class FileStepsTest : public testing::Test {
-protected:
+struct FileStepsTest : testing::Test {
     /// Makes each system call of `action` fail with all calls after it, so the clean-up fails too. The error must be
     /// that of the first call and must name the file of the caller.
     void expectEachFailureReported(const std::function<void()>& action) {

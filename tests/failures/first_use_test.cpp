@@ -1,21 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 // The process-wide objects that a first use creates, their order, and first uses without memory. Such objects stay
 // until the process ends, so each check has a process of its own.
-#include "failures/call_watch.h"
 #include "failures/injection.h"
-#include "support/key_files.h"
+#include "support/signing.h"
 #include "support/log_capture.h"
 #include "support/new_process.h"
-#include "support/table.h"
 
 #include "sarn/cipher.h"
 #include "sarn/digest.h"
 #include "sarn/encoding.h"
-#include "sarn/openssl_init.h"
 #include "sarn/signature.h"
-
-#include <functional>
-#include <utility>
 
 namespace sarn_test {
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "failures/import_table.h"
+// The tables of imported addresses of loaded ELF libraries.
+#include "failures/imported_calls.h"
 
 #include <cstring>
 #include <map>

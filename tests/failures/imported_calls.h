@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -46,5 +47,9 @@ bool cannotFail(const std::string& name);
 /// Installs the replacements on the first call. Returns the names of all functions that libul and libsarn import from
 /// other libraries.
 const std::vector<std::string>& installReplacements();
+
+/// Calls `visit` for each function that a loaded library imports. The start of its name ("libul.") identifies the
+/// library. `visit` may change the address through which the function is called.
+void visitImports(const std::string& library, const std::function<void(const char* name, void** address)>& visit);
 
 } // namespace sarn_test

@@ -1,19 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // Every allocation of every scenario, and every call of libcrypto and of the system's file functions, fails: once, and
 // together with all later calls. The result is right or a documented error is raised, and the next use works.
-#include "failures/call_watch.h"
 #include "failures/injection.h"
 #include "failures/scenarios.h"
 #include "support/log_capture.h"
 
-#include "ul/error.h"
-
-#include <gtest/gtest.h>
 #include <openssl/err.h>
 
 #include <cstdlib>
 #include <new>
-#include <set>
 
 namespace sarn_test {
 
@@ -32,26 +27,16 @@ int getNext(int index) {
 }
 
 // The errors of failed calls of dependencies. Another test expects the right one for each call.
-const std::set<std::string> documentedErrors = {"Error initializing OpenSSL digest.",
-                                                "Error updating OpenSSL digest.",
-                                                "Error finalizing OpenSSL digest.",
-                                                "OpenSSL encrypt init error.",
-                                                "OpenSSL encrypt error.",
-                                                "OpenSSL decrypt error.",
-                                                "Error computing HMAC digest.",
-                                                "Error deriving cryptographic key from password.",
-                                                "Internal error: error during base64 encode.",
-                                                "Internal error: error during base64 decode.",
-                                                "invalid base64 data",
-                                                "OpenSSL sign init error.",
-                                                "OpenSSL key corrupted.",
-                                                "OpenSSL sign error.",
-                                                "OpenSSL verify init error.",
-                                                "OpenSSL verify update error.",
-                                                "OpenSSL verify error.",
-                                                "Random bytes are not available.",
-                                                "Unexpected end of stream.",
-                                                "a file error"};
+// clang-format off
+const std::set<std::string> documentedErrors = {
+    "Error initializing OpenSSL digest.", "Error updating OpenSSL digest.", "Error finalizing OpenSSL digest.",
+    "OpenSSL encrypt init error.", "OpenSSL encrypt error.", "OpenSSL decrypt error.", "Error computing HMAC digest.",
+    "Error deriving cryptographic key from password.", "Internal error: error during base64 encode.",
+    "Internal error: error during base64 decode.", "invalid base64 data", "OpenSSL sign init error.",
+    "OpenSSL key corrupted.", "OpenSSL sign error.", "OpenSSL verify init error.", "OpenSSL verify update error.",
+    "OpenSSL verify error.", "Random bytes are not available.", "Unexpected end of stream.", "a file error",
+};
+// clang-format on
 
 constexpr char noMemory[] = "no memory";
 constexpr char noMatch[] = "Invalid signature for config file.";

@@ -3,15 +3,9 @@
 // asks an item for its name, and while it destroys an item. In each order, the calls have the results that they have
 // one after the other, in the order in which they took the lock.
 #include "failures/call_watch.h"
-#include "failures/held_locks.h"
-#include "support/expect.h"
+#include "support/registries.h"
 
-#include "sarn/cipher.h"
-#include "sarn/digest.h"
-
-#include <array>
 #include <condition_variable>
-#include <thread>
 
 namespace sarn_test {
 
@@ -99,43 +93,28 @@ private:
 
 Turns* turns = nullptr;
 
+/// Ends a step if threads run in turns.
+void endStep() {
+    if (turns)
+        turns->endStep();
+}
+
 /// An item of a host with a number. Its name and its end are steps.
-template <class Base>
-struct Item : Base {
-    explicit Item(int itemNumber) : number(itemNumber) { ++living; }
-    Item(const Item&) = delete;
-    Item& operator=(const Item&) = delete;
-    ~Item() override {
-        --living;
-        if (turns)
-            turns->endStep();
+template <class Family>
+struct Item : HostItem<Family> {
+    Item(int itemNumber, int& living) : HostItem<Family>(getHostID, std::bind(countEnd, &living)), number(itemNumber) {
+        ++living;
     }
-    ul::String getID() override {
-        if (turns)
-            turns->endStep();
+    static void countEnd(int* living) {
+        --*living;
+        endStep();
+    }
+    static const char* getHostID() {
+        endStep();
         return "host";
     }
 
     const int number;
-    static inline int living = 0;
-};
-
-struct Ciphers {
-    using Manager = sarn::CCipherManager;
-    using Interface = sarn::ICipher;
-    using HostItem = Item<sarn::CCipher_Null>;
-    static constexpr auto add = &Manager::addCipher;
-    static constexpr auto find = &Manager::findCipher;
-    static constexpr auto get = &Manager::getCipher;
-};
-
-struct DigestTypes {
-    using Manager = sarn::CDigestManager;
-    using Interface = sarn::IDigestType;
-    using HostItem = Item<sarn::CDigestType_SHA1>;
-    static constexpr auto add = &Manager::addType;
-    static constexpr auto find = &Manager::findType;
-    static constexpr auto get = &Manager::getType;
 };
 
 enum class Operation { Add, Find, Get };
@@ -143,21 +122,19 @@ using Program = std::array<Operation, 2>;
 
 template <class Family>
 struct Interleavings : testing::Test {
-    using HostItem = typename Family::HostItem;
-
     /// The number of the item that a look-up finds, or of the one that is added; 0 for none.
     int apply(typename Family::Manager& manager, Operation operation, int number) {
         if (operation == Operation::Add) {
-            (manager.*Family::add)(ul::make<HostItem>(number).get());
+            (manager.*Family::addItem)(ul::make<Item<Family>>(number, living).get());
             return number;
         }
-        ul::P<typename Family::Interface> found;
+        ul::P<typename Family::Item> found;
         try {
-            found = (manager.*(operation == Operation::Find ? Family::find : Family::get))("host");
+            found = (manager.*(operation == Operation::Find ? Family::findItem : Family::getItem))("host");
         } catch (const ul::CError&) {
             EXPECT_EQ(operation, Operation::Get);
         }
-        const auto* const item = dynamic_cast<const HostItem*>(found.get());
+        const auto* const item = dynamic_cast<const Item<Family>*>(found.get());
         return item ? item->number : 0;
     }
 
@@ -186,32 +163,25 @@ struct Interleavings : testing::Test {
         });
         turns = nullptr;
         EXPECT_EQ(results, expected);
-        EXPECT_EQ(HostItem::living, registered == 0 ? 0 : 1) << "the others have been destroyed";
+        EXPECT_EQ(living, registered == 0 ? 0 : 1) << "the others have been destroyed";
     }
 
     static int getItemNumber(std::size_t thread, std::size_t index) {
         return static_cast<int>(10 * thread + index + 1);
     }
+
+    int living = 0;
 };
 
-struct Names {
-    template <class Family>
-    static std::string GetName(int) {
-        return std::is_same_v<Family, Ciphers> ? "Ciphers" : "DigestTypes";
-    }
-};
-
-using Families = testing::Types<Ciphers, DigestTypes>;
-TYPED_TEST_SUITE(Interleavings, Families, Names);
+TYPED_TEST_SUITE(Interleavings, Families, FamilyNames);
 
 } // namespace
 
 TYPED_TEST(Interleavings, OfTwoThreadsWithTwoCallsEach_GiveTheResultsOfTheOrderOfTheirLocks) {
     std::vector<Program> programs;
-    for (const Operation first : {Operation::Add, Operation::Find, Operation::Get}) {
+    for (const Operation first : {Operation::Add, Operation::Find, Operation::Get})
         for (const Operation second : {Operation::Add, Operation::Find, Operation::Get})
             programs.push_back({first, second});
-    }
     int orders = 0;
     for (std::size_t first = 0; first < programs.size(); ++first) {
         // The threads are alike, so each pair is tried once.

@@ -1,32 +1,47 @@
 // SPDX-License-Identifier: Apache-2.0
-// Encodings, HMAC and keys when a call of libcrypto or an allocation fails, and the arguments that libcrypto receives.
-#include "failures/call_watch.h"
+// Encodings, HMAC, keys and signatures when a call of libcrypto or an allocation fails, and the arguments that
+// libcrypto receives.
 #include "failures/injection.h"
-#include "support/expect.h"
+#include "support/password_keys.h"
+#include "support/signing.h"
 #include "support/threads.h"
 
-#include "sarn/encoding.h"
-#include "sarn/password_key_cache.h"
-
+#include <openssl/dsa.h>
 #include <openssl/err.h>
 #include <openssl/opensslv.h>
 
-#include <atomic>
+#include <cstring>
+
+#include <malloc.h>
 
 namespace sarn_test {
 
 namespace {
 
-class KeyFailures : public testing::Test {
-protected:
+struct KeyFailures : testing::Test {
     CallWatch m_watch;
 };
 
-ul::P<sarn::CPasswordKeyCache> makeCache() {
-    ul::TCryptBuffer<char> password;
-    password.init("password", 8);
-    return ul::make<sarn::CPasswordKeyCache>(password);
-}
+struct SignatureFailures : testing::Test {
+    ul::P<sarn::ISigner> beginSign() const { return sarn::createRSA_SHA1()->beginSign(m_privateKey, ""); }
+
+    /// Signs a file of `size` bytes and verifies it. Returns the sizes of the pieces that libcrypto received.
+    std::vector<std::intptr_t> feedFileOf(int size) const {
+        const TempFolder folder;
+        const ul::CWindowsPath path = folder.write("f", std::string(static_cast<std::size_t>(size), 'x'));
+        const CallWatch watch;
+        Buffer signature;
+        sarn::createFileSignature_RSA_SHA1(path, m_privateKey, signature);
+        EXPECT_TRUE(sarn::verifyFileSignature_RSA_SHA1(path, m_publicKey, signature));
+        std::vector<std::intptr_t> sizes;
+        for (const Call& update : watch.getCalls("EVP_DigestUpdate"))
+            sizes.push_back(update.arguments[2]);
+        return sizes;
+    }
+
+    const ul::String m_privateKey = readKey("rsa1024");
+    const ul::String m_publicKey = readPublicKey("rsa1024");
+};
 
 } // namespace
 
@@ -39,7 +54,7 @@ TEST_F(KeyFailures, OfAReadOfFewBytes_AreNoticed) {
 }
 
 TEST_F(KeyFailures, OfADerivation_AreNotCached) {
-    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+    const ul::P<sarn::CPasswordKeyCache> cache = makeKeyCache();
     m_watch.fail("PKCS5_PBKDF2_HMAC_SHA1");
     EXPECT_THROW(cache->getKey(32, 258, 1000), ul::CError);
     const auto key = cache->getKey(32, 258, 1000);
@@ -53,8 +68,7 @@ TEST_F(KeyFailures, OfADerivation_LeaveLibcryptosErrorQueueAsItWas) {
         ERR_put_error(ERR_LIB_USER, 0, 100, "libcrypto.c", 1);
         call.fails = true;
     });
-    unsigned char key[20];
-    EXPECT_THROW(sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 1, 20, key), ul::CError);
+    EXPECT_THROW(deriveKey("password", "salt", 1, 20), ul::CError);
     EXPECT_EQ(ERR_peek_error(), 0U);
 }
 
@@ -77,7 +91,7 @@ TEST_F(KeyFailures, InANewThreadWithoutMemory_LeaveItsErrorQueueEmpty) {
 }
 
 TEST_F(KeyFailures, OfAllocationsForANewKey_AreTriedAgain) {
-    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+    const ul::P<sarn::CPasswordKeyCache> cache = makeKeyCache();
     int raised = 0;
     for (bool isMade = false; !isMade;) {
         const AllocationFailure failure(raised);
@@ -111,7 +125,7 @@ TEST_F(KeyFailures, ThreadsThatAskForTheSameKeys_DeriveEachOnceAndOnceMoreForEac
     constexpr int threadCount = 8;
     constexpr int keyCount = 40;
     for (const int failureCount : {0, 3, keyCount}) {
-        const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+        const ul::P<sarn::CPasswordKeyCache> cache = makeKeyCache();
         CallWatch watch;
         for (int i = 0; i < failureCount; ++i)
             watch.fail("PKCS5_PBKDF2_HMAC_SHA1", 2 * i);
@@ -136,6 +150,76 @@ TEST_F(KeyFailures, ThreadsThatAskForTheSameKeys_DeriveEachOnceAndOnceMoreForEac
         EXPECT_EQ(raised, failureCount);
         EXPECT_EQ(watch.count("PKCS5_PBKDF2_HMAC_SHA1"), keyCount + failureCount);
     }
+}
+
+TEST_F(SignatureFailures, OfSigningIntoMemory_LeaveTheSize) {
+    const ul::P<sarn::ISigner> signer = beginSign();
+    CallWatch watch;
+    watch.fail("EVP_SignFinal");
+    unsigned char room[128];
+    int size = -7;
+    EXPECT_THROW(signer->finish(room, size), ul::CError);
+    EXPECT_EQ(size, -7);
+}
+
+TEST_F(SignatureFailures, SignatureThatIsLongerThanItsRoom_IsAnError) {
+    const ul::P<sarn::ISigner> signer = beginSign();
+    CallWatch watch;
+    watch.after("EVP_SignFinal", [](const Call& call) { *call.getPointer<unsigned>(2) = UINT_MAX; });
+    Buffer signature;
+    expectError("OpenSSL sign error.", [&] { signer->finish(signature); });
+}
+
+#if OPENSSL_VERSION_NUMBER < 0x30000000L
+TEST_F(SignatureFailures, DSAMethodOfAHost_SignsInsteadOfOurs) {
+    static int calls;
+    calls = 0;
+    DSA_METHOD* const method = DSA_meth_dup(DSA_OpenSSL());
+    DSA_meth_set_sign(method, [](const unsigned char* digest, int size, DSA* key) {
+        ++calls;
+        return DSA_meth_get_sign(DSA_OpenSSL())(digest, size, key);
+    });
+    DSA_set_default_method(method);
+    const Bytes signature = sign(sarn::createDSS_SHA1(), readKey("dsa1024"), toBytes("data"));
+    DSA_set_default_method(DSA_OpenSSL());
+    DSA_meth_free(method);
+    EXPECT_TRUE(verify(sarn::createDSS_SHA1(), readPublicKey("dsa1024"), toBytes("data"), signature));
+    EXPECT_EQ(calls, 1);
+}
+#endif
+
+TEST_F(SignatureFailures, OfVerifying_AreMinusOne_AndOnlyOneIsAMatch) {
+    Buffer signature;
+    beginSign()->finish(signature);
+    CallWatch watch;
+    const auto finishWith = [&](int result) {
+        const ul::P<sarn::IVerifier> verifier = sarn::createRSA_SHA1()->beginVerify(m_publicKey);
+        watch.failWith(result, "EVP_VerifyFinal");
+        return verifier->finish(signature);
+    };
+    expectError("OpenSSL verify error.", [&] { finishWith(-1); });
+    for (const int result : {0, -2, -100, 2})
+        EXPECT_FALSE(finishWith(result)) << result;
+    EXPECT_TRUE(finishWith(1));
+}
+
+TEST_F(SignatureFailures, PrivateKeyGivenForAPublicOne_IsNotInTheMemoryThatIsFreed) {
+    const std::string piece = m_privateKey.toLatin1().substr(200, 40);
+    int freed = 0;
+    CallWatch watch;
+    for (const char* const name : {"_ZdlPv", "_ZdlPvm"})
+        watch.before(name, [&](const Call& call) {
+            void* const block = call.getPointer<void>(0);
+            EXPECT_EQ(::memmem(block, ::malloc_usable_size(block), piece.data(), piece.size()), nullptr);
+            ++freed;
+        });
+    EXPECT_THROW(sarn::createRSA_SHA1()->beginVerify(m_privateKey), ul::CError);
+    EXPECT_GT(freed, 0);
+}
+
+TEST_F(SignatureFailures, File_NeedsAnUpdateForEachOfItsChunks_AndNoneIfItIsEmpty) {
+    EXPECT_EQ(feedFileOf(0), std::vector<std::intptr_t>());
+    EXPECT_EQ(feedFileOf(20000), (std::vector<std::intptr_t>{8192, 8192, 3616, 8192, 8192, 3616}));
 }
 
 } // namespace sarn_test

@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstring>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
@@ -115,10 +114,9 @@ void Canary::write(unsigned char* out) const {
 
 std::vector<std::string> findInMemory(const std::vector<Canary>& canaries) {
     Pieces pieces;
-    for (const Canary& canary : canaries) {
+    for (const Canary& canary : canaries)
         for (const std::size_t start : {std::size_t{0}, Canary::pieceSize})
             pieces[canary.getMasked()[start]].push_back(canary.getMasked() + start);
-    }
     std::vector<std::string> places;
     Window window;
     for (const Region& region : listRegions()) {

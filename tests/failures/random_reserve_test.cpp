@@ -5,11 +5,7 @@
 
 #include "ul/random.h"
 
-#include <algorithm>
-#include <array>
 #include <cstring>
-#include <functional>
-#include <utility>
 
 #include <sys/wait.h>
 #include <unistd.h>
@@ -38,8 +34,7 @@ bool holdsInChild(Check check) {
 }
 
 /// Each generator has a block of its own.
-class RandomReserve : public testing::Test {
-protected:
+struct RandomReserve : testing::Test {
     RandomReserve() {
         m_watch.after("getrandom", [this](const Call& call) {
             m_block = call.getPointer<unsigned char>(0);
@@ -67,6 +62,13 @@ protected:
         constexpr std::uintptr_t pageSize = 4096;
         const std::uintptr_t inPage = reinterpret_cast<std::uintptr_t>(m_block) % pageSize;
         std::memset(m_block - inPage, 0, pageSize);
+    }
+
+    void expectToBeAskedEachTime() {
+        for (int i = 0; i < 3; ++i)
+            take();
+        EXPECT_EQ(countSystemCalls(), 3);
+        EXPECT_EQ(m_blockSize, sizeof(Piece));
     }
 
     int countSystemCalls() const { return m_watch.count("getrandom"); }
@@ -179,19 +181,13 @@ TEST_F(RandomReserve, ForkDuringTheRequestOfAnotherThread_LetsTheChildDrawBytes)
 TEST_F(RandomReserve, SystemThatIgnoresAdvice_IsAskedEachTime) {
     constexpr std::intptr_t accepted = 0;
     m_watch.failWith(accepted, "madvise");
-    for (int i = 0; i < 3; ++i)
-        take();
-    EXPECT_EQ(countSystemCalls(), 3);
-    EXPECT_EQ(m_blockSize, sizeof(Piece));
+    expectToBeAskedEachTime();
 }
 
 TEST_F(RandomReserve, SystemThatCannotWipeOnFork_IsAskedEachTime) {
     constexpr int adviceToWipe = 1;
     m_watch.fail("madvise", adviceToWipe);
-    for (int i = 0; i < 3; ++i)
-        take();
-    EXPECT_EQ(countSystemCalls(), 3);
-    EXPECT_EQ(m_blockSize, sizeof(Piece));
+    expectToBeAskedEachTime();
     std::array<unsigned char, 64> bytes{};
     for (unsigned char& byte : bytes)
         m_generator->randData(&byte, 1);

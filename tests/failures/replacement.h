@@ -3,7 +3,6 @@
 #pragma once
 
 #include "failures/call_watch.h"
-#include "failures/imported_calls.h"
 
 #include <cerrno>
 #include <new>

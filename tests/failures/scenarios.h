@@ -2,12 +2,7 @@
 // Uses of the library that can be repeated.
 #pragma once
 
-#include "support/table.h"
-#include "support/vectors.h"
-
-#include <functional>
-#include <string>
-#include <vector>
+#include "support/expect.h"
 
 namespace sarn_test {
 

@@ -6,18 +6,12 @@
 #include "support/cipher_test_data.h"
 #include "support/key_files.h"
 #include "support/log_capture.h"
-#include "support/table.h"
 
 #include "sarn/encoding.h"
 #include "sarn/password_key_cache.h"
 #include "sarn/signature.h"
 
 #include "ul/file.h"
-
-#include <algorithm>
-#include <array>
-#include <functional>
-#include <utility>
 
 namespace sarn_test {
 
@@ -189,8 +183,7 @@ void runAnyway(const SecretUse& use) {
     }
 }
 
-class SecretUses : public testing::TestWithParam<SecretUse> {
-protected:
+struct SecretUses : testing::TestWithParam<SecretUse> {
     void SetUp() override { runAnyway(GetParam()); }
 
     void expectGone(const std::string& when) {

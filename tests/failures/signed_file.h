@@ -1,14 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "support/expect.h"
-#include "support/key_files.h"
-#include "support/temp_folder.h"
+#include "support/signing.h"
 
-#include "sarn/signature.h"
 #include "sarn/signed_config.h"
-
-#include <string>
 
 namespace sarn_test {
 

@@ -2,22 +2,14 @@
 // Which thread waits for which: one stops inside a call of the library, and another calls in. docs/threads.md lists the
 // calls that wait.
 #include "failures/call_watch.h"
-#include "failures/held_locks.h"
-#include "support/aes256.h"
-#include "support/log_capture.h"
+#include "support/password_keys.h"
+#include "support/registries.h"
 #include "support/signing.h"
-
-#include "sarn/cipher_manager.h"
-#include "sarn/digest.h"
-#include "sarn/encoding.h"
-#include "sarn/password_key_cache.h"
 
 #include "ul/log.h"
 #include "ul/random.h"
 
 #include <condition_variable>
-#include <functional>
-#include <thread>
 
 namespace sarn_test {
 
@@ -83,73 +75,42 @@ private:
     bool m_mayGoOn = false;
 };
 
-/// A cipher or digest type of a host, with actions for its name and its end.
-template <class Base>
-struct HostItem : Base {
-    HostItem(Action name, Action end) : atName(std::move(name)), atEnd(std::move(end)) {}
-    HostItem(const HostItem&) = delete;
-    HostItem& operator=(const HostItem&) = delete;
-    ~HostItem() override { atEnd(); }
-    ul::String getID() override {
-        atName();
-        return "host";
-    }
-
-    Action atName;
-    Action atEnd;
-};
-
-using HostCipher = HostItem<sarn::CCipher_Null>;
-using HostType = HostItem<sarn::CDigestType_SHA1>;
-
-void doNothing() {}
-
-ul::P<sarn::CPasswordKeyCache> makeCache() {
-    ul::TCryptBuffer<char> password;
-    password.init("password", 8);
-    return ul::make<sarn::CPasswordKeyCache>(password);
-}
+template <class Family>
+struct WaitingForRegistry : Waiting {};
+TYPED_TEST_SUITE(WaitingForRegistry, Families, FamilyNames);
 
 } // namespace
 
-TEST_F(Waiting, ForARegistryOfCiphers_LastsWhileItAsksForANameOrDestroys) {
-    const auto registry = ul::make<sarn::CCipherManager>();
-    const auto other = ul::make<sarn::CCipherManager>();
-    const auto types = ul::make<sarn::CDigestManager>();
-    const auto stay = [this] { stop(); };
-    const Action firsts[] = {[&] { registry->addCipher(ul::make<HostCipher>(stay, doNothing).get()); },
+TYPED_TEST(WaitingForRegistry, LastsWhileItAsksForANameOrDestroys) {
+    using Host = HostItem<TypeParam>;
+    const auto registry = ul::make<typename TypeParam::Manager>();
+    const auto other = ul::make<typename TypeParam::Manager>();
+    const auto add = [&registry](const auto& item) { (*registry.*TypeParam::addItem)(item.get()); };
+    const auto getName = [] { return "host"; };
+    const auto stayAndGetName = [this] {
+        this->stop();
+        return "host";
+    };
+    const Action firsts[] = {[&] { add(ul::make<Host>(stayAndGetName)); },
                              [&] {
-                                 registry->addCipher(ul::make<HostCipher>(doNothing, stay).get());
-                                 registry->addCipher(ul::make<HostCipher>(doNothing, doNothing).get());
+                                 add(ul::make<Host>(getName, [this] { this->stop(); }));
+                                 add(ul::make<Host>(getName));
                              }};
     for (const Action& first : firsts) {
-        EXPECT_TRUE(waits(first, [&] { registry->findCipher("null"); }));
-        EXPECT_TRUE(waits(first, [&] { registry->getCipher("null"); }));
-        EXPECT_TRUE(waits(first, [&] { registry->addCipher(ul::make<sarn::CCipher_Null>().get()); }));
-        EXPECT_FALSE(waits(first, [&] { other->getCipher("null"); }));
-        EXPECT_FALSE(waits(first, [&] { types->getType("sha1"); }));
-    }
-}
-
-TEST_F(Waiting, ForARegistryOfDigests_LastsWhileItAsksForANameOrDestroys) {
-    const auto registry = ul::make<sarn::CDigestManager>();
-    const auto stay = [this] { stop(); };
-    const Action firsts[] = {[&] { registry->addType(ul::make<HostType>(stay, doNothing).get()); },
-                             [&] {
-                                 registry->addType(ul::make<HostType>(doNothing, stay).get());
-                                 registry->addType(ul::make<HostType>(doNothing, doNothing).get());
-                             }};
-    for (const Action& first : firsts) {
-        EXPECT_TRUE(waits(first, [&] { registry->findType("sha1"); }));
-        EXPECT_TRUE(waits(first, [&] { registry->getType("sha1"); }));
-        EXPECT_TRUE(waits(first, [&] { registry->addType(ul::make<sarn::CDigestType_SHA1>().get()); }));
-        EXPECT_FALSE(waits(first, [] { sarn::CCipherManager::get()->getCipher("null"); }));
+        EXPECT_TRUE(this->waits(first, [&] { (*registry.*TypeParam::findItem)(TypeParam::hostID); }));
+        EXPECT_TRUE(this->waits(first, [&] { (*registry.*TypeParam::getItem)(TypeParam::hostID); }));
+        EXPECT_TRUE(this->waits(first, [&] { add(ul::make<typename TypeParam::Base>()); }));
+        EXPECT_FALSE(this->waits(first, [&] { (*other.*TypeParam::getItem)(TypeParam::hostID); }));
+        EXPECT_FALSE(this->waits(first, [] {
+            sarn::CCipherManager::get()->getCipher("null");
+            sarn::CDigestManager::get()->getType("sha1");
+        }));
     }
 }
 
 TEST_F(Waiting, ForAKeyCache_LastsWhileItDerives) {
-    const auto cache = makeCache();
-    const auto other = makeCache();
+    const auto cache = makeKeyCache();
+    const auto other = makeKeyCache();
     cache->getKey(32, 0, 1);
     m_watch.before("PKCS5_PBKDF2_HMAC_SHA1", [this](const Call&) { stop(); });
     int salt = 0;
@@ -157,10 +118,7 @@ TEST_F(Waiting, ForAKeyCache_LastsWhileItDerives) {
     EXPECT_TRUE(waits(derive, [&] { cache->getKey(32, 0, 1); })) << "also for a key that it has";
     EXPECT_TRUE(waits(derive, [&] { cache->getKey(16, 0, 1); }));
     EXPECT_FALSE(waits(derive, [&] { other->getKey(32, 0, 1); }));
-    EXPECT_FALSE(waits(derive, [&] {
-        unsigned char key[20];
-        sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("p", 1, "s", 1, 1, 20, key);
-    }));
+    EXPECT_FALSE(waits(derive, [] { deriveKey("p", "s", 1, 20); }));
 }
 
 TEST_F(Waiting, ForRandomBytes_LastsWhileAnotherDrawsAnIV) {
@@ -175,6 +133,8 @@ TEST_F(Waiting, ForRandomBytes_LastsWhileAnotherDrawsAnIV) {
     };
     EXPECT_TRUE(waits(draw, [&] { runAES256(encrypting, data, nullptr); }));
     EXPECT_TRUE(isDrawn);
+    const ul::IMutex* const documented = ul::CMTRand::getGlobalInstanceMutex().get();
+    EXPECT_EQ(m_watch.getCalls(HeldLocks::lock).back().getPointer<ul::IMutex>(1), documented);
     EXPECT_FALSE(waits(draw, [&] { runAES256(encrypting, data); }));
     EXPECT_FALSE(waits(draw, [] {
         unsigned char bytes[16];
@@ -197,16 +157,12 @@ TEST_F(Waiting, ForALock_IsImpossibleInAllOtherOperations) {
     const ul::P<sarn::ISignatureAlgo> algo = sarn::createRSA_SHA1();
     const int before = m_watch.count(HeldLocks::lock);
     EXPECT_GT(before, 0) << "the registries take locks";
-    const TestKey key(32);
-    Buffer encrypted;
-    Buffer out;
-    cipher->encrypt(key, data.data(), 100, encrypted, false, iv16.data());
-    cipher->decrypt(key, encrypted.getData(), encrypted.getUsed(), out, false, iv16.data());
-    cipher->encryptWithoutPadding(key, data.data(), 100, out, false, iv16.data());
-    cipher->decryptWithoutPadding(key, data.data(), 96, out, false, iv16.data());
+    runCipher(*cipher, decrypting, runCipher(*cipher, encrypting, data, iv16.data()), iv16.data());
+    runCipher(*cipher, decryptingUnpadded, runCipher(*cipher, encryptingUnpadded, data, iv16.data()), iv16.data());
     const ul::P<sarn::IDigest> digest = type->createDigest();
-    digest->update(data.data(), 100);
-    digest->finish();
+    feed(*digest, data);
+    finish(*digest);
+    Buffer out;
     EXPECT_TRUE(verify(algo, readPublicKey("rsa1024"), data, sign(algo, readKey("rsa1024"), data)));
     sarn::calcHMAC_SHA1(out, data.data(), 100, "key", 3);
     sarn::base64Decode(sarn::base64Encode(data.data(), 100, true, true), out);

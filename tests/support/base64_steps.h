@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <optional>
-#include <string>
 
 namespace sarn_test {
 

@@ -2,14 +2,10 @@
 #pragma once
 
 #include "support/expect.h"
-#include "support/vectors.h"
 
 #include "sarn/digest.h"
 
 #include "ul/buffer_stream.h"
-
-#include <algorithm>
-#include <string>
 
 namespace sarn_test {
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include "support/print.h"
 #include "support/vectors.h"
 
 #include "ul/buffer.h"
@@ -9,9 +8,30 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <climits>
+#include <cstdint>
+#include <functional>
+#include <stdexcept>
+#include <type_traits>
 #include <typeinfo>
-#include <vector>
+#include <utility>
+
+namespace ul {
+
+/// Prints text in quotes, as UTF-8 if it is Unicode.
+inline void PrintTo(const String& text, std::ostream* out) {
+    try {
+        const std::string utf8 = text.toUTF8();
+        *out << '"' << utf8 << '"';
+    } catch (const std::exception&) {
+        *out << '"' << text.toLatin1() << "\" (not Unicode)";
+    }
+}
+
+} // namespace ul
 
 namespace sarn_test {
 
@@ -50,6 +70,28 @@ inline Bytes cut(const Bytes& bytes, int size) {
 /// Fills `buffer` of this class or a derived one.
 inline void fill(ul::TBuffer<unsigned char>& buffer, const Bytes& bytes) {
     buffer.init(bytes.data(), static_cast<int>(bytes.size()));
+}
+
+/// A buffer of this class or a derived one with this content.
+template <class AnyBuffer = Buffer>
+AnyBuffer makeBuffer(const Bytes& bytes) {
+    AnyBuffer buffer;
+    fill(buffer, bytes);
+    return buffer;
+}
+
+/// The base of the rows of a table in which each row is a test.
+struct Row {
+    std::string name;
+};
+
+inline std::ostream& operator<<(std::ostream& out, const Row& row) {
+    return out << row.name;
+}
+
+template <class Case>
+std::string getRowName(const testing::TestParamInfo<Case>& info) {
+    return info.param.name;
 }
 
 /// The value of a property, which the error must have.

@@ -8,7 +8,6 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
-#include <string>
 
 namespace sarn_test {
 

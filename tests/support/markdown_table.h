@@ -26,7 +26,7 @@ inline void PrintTo(const MarkdownRow& row, std::ostream* out) {
 }
 
 /// Names a test after the third cell of its row.
-inline std::string getRowName(const testing::TestParamInfo<MarkdownRow>& info) {
+inline std::string getMarkdownRowName(const testing::TestParamInfo<MarkdownRow>& info) {
     std::string name = info.param.cells[2] + "_" + std::to_string(info.index);
     for (char& character : name)
         character = std::isalnum(static_cast<unsigned char>(character)) ? character : '_';

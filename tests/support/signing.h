@@ -3,10 +3,10 @@
 
 #include "support/expect.h"
 #include "support/key_files.h"
+#include "support/temp_folder.h"
 
+#include "sarn/base64.h"
 #include "sarn/signature.h"
-
-#include <string>
 
 namespace sarn_test {
 
@@ -24,6 +24,22 @@ inline bool verify(const ul::P<sarn::ISignatureAlgo>& algo, const ul::String& ke
     const ul::P<sarn::IVerifier> verifier = algo->beginVerify(key);
     verifier->update(data.data(), static_cast<int>(data.size()));
     return verifier->finish(signature.data(), static_cast<int>(signature.size()));
+}
+
+inline void expectRefusedAsPublicKey(const ul::String& text) {
+    expectError("OpenSSL key corrupted.", [&] { sarn::createRSA_SHA1()->beginVerify(text); });
+}
+
+inline void expectRefusedAsPrivateKey(const ul::String& text, const ul::String& passphrase = testPassphrase) {
+    expectError("OpenSSL key corrupted.", [&] { sarn::createRSA_SHA1()->beginSign(text, passphrase); });
+}
+
+inline std::string toBase64(const std::string& text, bool lineBreaks = true) {
+    return sarn::base64Encode(text.data(), static_cast<int>(text.size()), true, lineBreaks).toLatin1();
+}
+
+inline ul::String toPem(const std::string& label, const Bytes& der) {
+    return ("-----BEGIN " + label + "-----\n" + toBase64(toText(der)) + "-----END " + label + "-----\n").c_str();
 }
 
 /// Signs a file and writes its signature file.

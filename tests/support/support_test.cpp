@@ -1,13 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/print.h"
+#include "support/expect.h"
 #include "support/threads.h"
-#include "support/vectors.h"
 
-#include <gtest/gtest.h>
-
-#include <atomic>
 #include <sstream>
-#include <stdexcept>
 
 namespace sarn_test {
 

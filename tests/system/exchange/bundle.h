@@ -4,11 +4,6 @@
 
 #include "support/vectors.h"
 
-#include "ul/path.h"
-
-#include <map>
-#include <string>
-
 namespace sarn_test {
 
 /// Items by name. Their file has a line "name = hexadecimal digits" for each in order, so files can be compared.

@@ -2,8 +2,6 @@
 // Writes data of every family, or reads the data of another build.
 #include "system/exchange/bundle.h"
 
-#include "ul/error.h"
-
 #include <filesystem>
 #include <fstream>
 #include <iostream>

@@ -1,19 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // libcrypto's error queue belongs to the host: every operation leaves its errors, texts and marks unchanged, even if it
 // fails or refuses its arguments.
-#include "support/aes256.h"
+#include "support/cipher_test_data.h"
+#include "support/password_keys.h"
 #include "support/signing.h"
-#include "support/temp_folder.h"
 
-#include "sarn/encoding.h"
 #include "sarn/signed_config.h"
 
-#include "ul/path.h"
-
 #include <openssl/err.h>
-#include <openssl/evp.h>
-
-#include <functional>
 
 namespace sarn_test {
 
@@ -114,17 +108,13 @@ TEST(ErrorQueue, OfAHost_IsUnchangedByCiphersThatFailOrRefuse) {
 
 TEST(ErrorQueue, OfAHost_IsUnchangedByEncodings) {
     Buffer out;
-    unsigned char derived[16];
-    const auto derive = [&derived](int size) {
-        sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("password", 8, "salt", 4, 2, size, derived);
-    };
     expectQueueUntouched("base64Encode", [] { sarn::base64Encode("data", 4, true, false); });
     expectQueueUntouched("base64Decode", [&] { sarn::base64Decode("ZGF0YQ==", out); });
     expectQueueUntouchedByFailure("text that is not Base64", [&] { sarn::base64Decode("Z", out); });
     expectQueueUntouched("calcHMAC", [&] { sarn::calcHMAC_SHA1(out, "data", 4, "key", 3); });
     expectQueueUntouchedByFailure("refused HMAC", [&] { sarn::calcHMAC_SHA1(out, "data", 4, "key", -1); });
-    expectQueueUntouched("derivation", [&] { derive(16); });
-    expectQueueUntouchedByFailure("derivation that fails", [&] { derive(-1); });
+    expectQueueUntouched("derivation", [] { deriveKey("password", "salt", 2, 16); });
+    expectQueueUntouchedByFailure("derivation that fails", [] { deriveKey("password", "salt", 2, -1); });
 }
 
 TEST(ErrorQueue, OfAHost_IsUnchangedBySigning) {
@@ -138,10 +128,7 @@ TEST(ErrorQueue, OfAHost_IsUnchangedBySigning) {
     expectQueueUntouched("verify changed data",
                          [&] { EXPECT_FALSE(verify(algo, publicKey, toBytes("dat4"), signature)); });
     expectQueueUntouchedByFailure("key that is not one", [&] { algo->beginVerify("no key"); });
-    const Bytes unknownKind = fromHex("3013300c06082a0304050607080905000303000500");
-    const ul::String ofUnknownKind = "-----BEGIN PUBLIC KEY-----\n" +
-                                     sarn::base64Encode(unknownKind.data(), 21, true, true) +
-                                     "-----END PUBLIC KEY-----\n";
+    const ul::String ofUnknownKind = toPem("PUBLIC KEY", fromHex("3013300c06082a0304050607080905000303000500"));
     expectQueueUntouchedByFailure("key of an unknown kind", [&] { algo->beginVerify(ofUnknownKind); });
     expectQueueUntouchedByFailure("private key as public key", [&] { algo->beginVerify(privateKey); });
     expectQueueUntouchedByFailure("signature of a missing file", [&] {

@@ -3,12 +3,8 @@
 // the system. If the test belongs to root, that process belongs to another user, who owns the folder.
 #include "failures/call_watch.h"
 #include "failures/signed_file.h"
-#include "support/table.h"
 
 #include "ul/file.h"
-
-#include <fstream>
-#include <functional>
 
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -183,8 +179,7 @@ struct Outcome {
     bool isNamed = false;
 };
 
-class ExchangedAtEachStep : public testing::TestWithParam<Attack> {
-protected:
+struct ExchangedAtEachStep : testing::TestWithParam<Attack> {
     /// Runs `action` once for each of its calls to the system, before which the attack happens, and then `check`.
     template <class Action, class Check>
     void attackEachStep(int leastSteps, Action action, Check check) const {

@@ -6,9 +6,6 @@
 
 #include "sarn/signature.h"
 
-#include <cstdint>
-#include <utility>
-
 #include <sys/resource.h>
 
 namespace sarn_test {

@@ -9,9 +9,7 @@
 #include <gtest/gtest.h>
 #include <openssl/evp.h>
 
-#include <cstdlib>
 #include <functional>
-#include <stdexcept>
 
 #include <fcntl.h>
 #include <poll.h>
@@ -24,6 +22,11 @@ namespace sarn_test {
 namespace {
 
 enum class Input { Terminal, Closed, Endless };
+
+/// GoogleTest would print the bytes, whose order is the processor's.
+void PrintTo(Input input, std::ostream* out) {
+    *out << static_cast<int>(input);
+}
 
 /// The ends of the standard streams of a process, and the ends that the test keeps.
 struct Streams {

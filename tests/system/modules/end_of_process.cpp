@@ -6,12 +6,10 @@
 
 #include "sarn/signature.h"
 
-#include "ul/error.h"
 #include "ul/log.h"
 
 #include <cstdio>
 #include <cstdlib>
-#include <stdexcept>
 
 namespace {
 
@@ -20,10 +18,6 @@ int g_lines = 0;
 void check(bool holds, const char* what) {
     if (!holds)
         throw std::runtime_error(what);
-}
-
-void useEveryFamily() {
-    check(getModule()->useEveryFamily(), "a result is wrong");
 }
 
 void logALine() {
@@ -40,7 +34,7 @@ public:
     LateUser& operator=(const LateUser&) = delete;
     ~LateUser() {
         try {
-            useEveryFamily();
+            check(getModule()->useEveryFamily(), "a result is wrong");
             logALine();
             verify();
         } catch (const std::exception& error) {
@@ -73,7 +67,7 @@ LateUser g_lateUser;
 
 int main() {
     ul::setLogHandler([](const ul::String&) { ++g_lines; });
-    useEveryFamily();
+    check(getModule()->useEveryFamily(), "a result is wrong");
     logALine();
     g_lateUser.sign();
     g_lateUser.verify();

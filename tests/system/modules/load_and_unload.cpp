@@ -5,16 +5,7 @@
 
 #include <cstdlib>
 #include <iostream>
-#include <string>
 #include <thread>
-
-namespace {
-
-bool useModule(const std::string& path) {
-    return sarn_test::LoadedModule(path).get().useEveryFamily();
-}
-
-} // namespace
 
 int main(int count, char** words) {
     if (count != 3) {
@@ -23,7 +14,7 @@ int main(int count, char** words) {
     }
     const std::string path = words[1];
     for (int times = std::stoi(words[2]); times > 0; --times) {
-        if (!useModule(path)) {
+        if (!sarn_test::LoadedModule(path).get().useEveryFamily()) {
             std::cerr << "wrong result\n";
             return 1;
         }

@@ -3,14 +3,12 @@
 #include "system/modules/module.h"
 
 #include "sarn/encoding.h"
-#include "sarn/openssl_init.h"
 #include "sarn/password_key_cache.h"
 #include "sarn/signed_config.h"
 
 #include "ul/random.h"
 
 #include <cstring>
-#include <utility>
 
 namespace sarn_test {
 

@@ -4,8 +4,6 @@
 #include "support/expect.h"
 #include "system/modules/loaded_module.h"
 
-#include "sarn/openssl_init.h"
-
 #include "ul/random.h"
 
 namespace sarn_test {
@@ -74,8 +72,7 @@ TEST(ModuleBoundary, ObjectMadeInOneModule_IsUsedAndReleasedInTheOther) {
 }
 
 TEST(ModuleBoundary, BufferOfTheProgram_GrowsInBothModulesAndIsFreedInTheProgram) {
-    ul::TCryptBuffer<unsigned char> key;
-    fill(key, makePattern(32));
+    const auto key = makeBuffer<ul::TCryptBuffer<unsigned char>>(makePattern(32));
     ul::TBuffer<unsigned char> out;
     for (int i = 0; i < 100; ++i) {
         getFirst().encrypt(key, "text of fifteen", out);

@@ -3,11 +3,9 @@
 #include "support/threads.h"
 #include "system/soak/soak.h"
 
-#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
 
 namespace {
 

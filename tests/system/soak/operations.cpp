@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/digest_test_data.h"
+#include "support/password_keys.h"
 #include "system/soak/soak.h"
-
-#include "sarn/encoding.h"
 
 namespace sarn_test {
 
@@ -23,20 +22,19 @@ void check(bool holds, const char* what) {
         throw std::runtime_error(std::string("wrong: ") + what);
 }
 
-ul::P<sarn::CPasswordKeyCache> makeCache() {
-    ul::TCryptBuffer<char> password;
-    password.init("correct horse", 13);
-    return ul::make<sarn::CPasswordKeyCache>(password);
-}
-
 Bytes computeDigest() {
     return getDigest("md4-sha1-adler32", getText());
 }
 
-void useEncodings() {
+void useEncodings(std::mt19937& random) {
     ul::TBuffer<unsigned char> decoded;
     sarn::base64Decode(sarn::base64Encode(text, textSize, true, true), decoded);
     check(toBytes(decoded) == getText(), "decoded Base64");
+    const std::string key = std::to_string(random());
+    Buffer hmacs[2];
+    for (Buffer& hmac : hmacs)
+        sarn::calcHMAC_MD5(hmac, text, textSize, key.data(), static_cast<int>(key.size()));
+    check(toBytes(hmacs[0]) == toBytes(hmacs[1]), "an HMAC");
 }
 
 } // namespace
@@ -46,9 +44,9 @@ void checkNoneIsRepeated(std::vector<IV>& ivs) {
     check(std::adjacent_find(ivs.begin(), ivs.end()) == ivs.end(), "an IV came twice");
 }
 
-Shared::Shared() : m_encrypted(encrypt(zeroIV.data())), m_digest(computeDigest()), m_cache(makeCache()) {
+Shared::Shared() : m_encrypted(encrypt(zeroIV.data())), m_digest(computeDigest()), m_cache(makeKeyCache()) {
     // Another cache derives the keys, so that the shared one starts empty.
-    const ul::P<sarn::CPasswordKeyCache> cache = makeCache();
+    const ul::P<sarn::CPasswordKeyCache> cache = makeKeyCache();
     for (unsigned long long salt = 0; salt < saltCount; ++salt)
         m_keys.push_back(toBytes(*cache->getKey(32, salt, 2)));
 }
@@ -64,7 +62,7 @@ void Shared::use(std::mt19937& random, std::vector<IV>& ivs) const {
     else if (number == 4)
         check(computeDigest() == m_digest, "a digest");
     else if (number == 5)
-        useEncodings();
+        useEncodings(random);
     else
         useCache(random);
 }

@@ -6,13 +6,9 @@
 
 #include "sarn/password_key_cache.h"
 
-#include <array>
 #include <csignal>
 #include <cstddef>
 #include <random>
-#include <stdexcept>
-#include <string>
-#include <vector>
 
 #include <sys/wait.h>
 #include <unistd.h>

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Impossible sizes, and input within the output buffer.
-#include "support/aes256.h"
-
-#include <algorithm>
-#include <climits>
+#include "support/cipher_test_data.h"
 
 namespace sarn_test {
 
@@ -38,8 +35,7 @@ TEST(CipherLimits, NegativeSize_IsRefusedByEveryOperation_AndNothingIsWritten) {
 }
 
 TEST(CipherLimits, ResultBeyondTheRangeOfInt_IsRefusedByEveryOperation_AndNothingIsWritten) {
-    Buffer out;
-    fill(out, makePattern(16));
+    Buffer out = makeBuffer(makePattern(16));
     constexpr char tooLarge[] = "input data is too large";
     expectRefused(encrypting, tooLarge, "x", INT_MAX, out, false, iv);
     expectRefused(encrypting, tooLarge, "x", INT_MAX - 31, out, true, iv);
@@ -94,8 +90,7 @@ TEST(CipherLimits, InputBeforeTheAppendedResult_IsProcessedRight) {
 TEST(CipherLimits, IvInTheOutput_IsReadBeforeTheBlockMovesOrIsOverwrittenOrWiped) {
     const Bytes data = makePattern(1000);
     const Bytes encrypted = runAES256(encrypting, data);
-    Buffer buffer;
-    fill(buffer, iv16);
+    Buffer buffer = makeBuffer(iv16);
     runAES256(encrypting, data.data(), 1000, buffer, true, buffer.getData());
     EXPECT_EQ(toBytes(buffer), join(iv16, encrypted));
     runAES256(encrypting, data.data(), 1000, buffer, false, buffer.getData());
@@ -147,8 +142,7 @@ TEST(CipherLimits, OverlappingInput_IsRefusedByEveryOperation_AndNothingIsWritte
 }
 
 TEST(CipherLimits, InputInAnOutputThatMustGrow_IsRefused) {
-    Buffer buffer;
-    fill(buffer, makePattern(32));
+    Buffer buffer = makeBuffer(makePattern(32));
     ASSERT_EQ(buffer.getAllocated(), 32);
     for (const CipherOperation& operation : {encrypting, decrypting})
         expectRefused(operation, "input overlaps output", buffer.getData(), 32, buffer, false, iv);
@@ -157,10 +151,9 @@ TEST(CipherLimits, InputInAnOutputThatMustGrow_IsRefused) {
 
 TEST(CipherLimits, KeyAsOutput_IsRefused) {
     TestKey key(32);
-    for (const CipherOperation& operation : cipherOperations) {
+    for (const CipherOperation& operation : cipherOperations)
         for (const int size : {0, 16})
             expectRefused(operation, "key overlaps output", iv, size, key, false, iv, key);
-    }
     for (const CipherOperation& operation : {encrypting, decrypting})
         expectRefused(operation, "key overlaps output", iv, 16, key, false, nullptr, key);
     EXPECT_EQ(toBytes(key), makePattern(32));

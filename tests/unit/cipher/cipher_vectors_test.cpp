@@ -1,11 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Every vector: in one call, appended, unaligned, and by a copy of the cipher.
+// Every vector: in one call, appended, and unaligned; and the cipher that copies.
 #include "support/cipher_test_data.h"
 
 #include <openssl/evp.h>
-
-#include <set>
-#include <stdexcept>
 
 namespace sarn_test {
 
@@ -67,8 +64,7 @@ Bytes run(sarn::ICipher& cipher, const CipherCase& item, bool encrypts, const un
           const Bytes& held = {}, bool append = false) {
     const CipherOperation& operation =
         item.isPadded ? (encrypts ? encrypting : decrypting) : (encrypts ? encryptingUnpadded : decryptingUnpadded);
-    Buffer out;
-    fill(out, held);
+    Buffer out = makeBuffer(held);
     (cipher.*operation.function)(TestKey(item.key), data, static_cast<int>(size), out, append, item.iv.data());
     return toBytes(out);
 }
@@ -95,20 +91,22 @@ void forEachCase(Check check) {
     EXPECT_EQ(seen.size(), getRegisteredCiphers().size() + (hasIDEA ? 1 : 0)) << "a cipher has no vectors";
 }
 
-} // namespace
-
-TEST(CipherVectors, Encrypt_GivesTheCiphertextOfOtherImplementations) {
-    forEachCase([](sarn::ICipher& cipher, const CipherCase& item) { expectCiphertext(item, encrypt(cipher, item)); });
+void run(const CipherOperation& operation, const void* data, int size, Buffer& out, bool append,
+         const TestKey& key = TestKey(0), const unsigned char* iv = nullptr) {
+    ((*getAnyCipher("null")).*operation.function)(key, data, size, out, append, iv);
 }
 
-TEST(CipherVectors, Decrypt_GivesThePlaintextBack) {
+} // namespace
+
+TEST(CipherVectors, Encrypt_GivesTheCiphertextOfOtherImplementations_AlsoOfUnalignedInput) {
     forEachCase([](sarn::ICipher& cipher, const CipherCase& item) {
-        const Bytes ciphertext = encrypt(cipher, item);
-        EXPECT_TRUE(run(cipher, item, false, ciphertext.data(), ciphertext.size()) == item.decrypted);
+        expectCiphertext(item, encrypt(cipher, item));
+        const Bytes shifted = join(Bytes(1), item.plaintext);
+        expectCiphertext(item, run(cipher, item, true, shifted.data() + 1, item.plaintext.size()));
     });
 }
 
-TEST(CipherVectors, EncryptAndDecrypt_Appending_KeepEarlierBytes_AndReplacing_DropThem) {
+TEST(CipherVectors, EncryptAndDecrypt_ComeBackToThePlaintext_AndKeepEarlierBytesOnlyIfTheyAppend) {
     forEachCase([](sarn::ICipher& cipher, const CipherCase& item) {
         const Bytes held = {1, 2, 3};
         const Bytes ciphertext = encrypt(cipher, item);
@@ -122,22 +120,54 @@ TEST(CipherVectors, EncryptAndDecrypt_Appending_KeepEarlierBytes_AndReplacing_Dr
     });
 }
 
-TEST(CipherVectors, Encrypt_OfUnalignedInput_GivesTheSameCiphertext) {
-    forEachCase([](sarn::ICipher& cipher, const CipherCase& item) {
-        const Bytes shifted = join(Bytes(1), item.plaintext);
-        expectCiphertext(item, run(cipher, item, true, shifted.data() + 1, item.plaintext.size()));
-    });
+TEST(CCipher_Null, Sizes_AreTheDocumentedOnes) {
+    sarn::CCipher_Null cipher;
+    EXPECT_EQ(cipher.getID(), "null");
+    EXPECT_EQ(cipher.getKeySize(), 0);
+    EXPECT_EQ(cipher.getIVSize(), 0);
+    EXPECT_EQ(cipher.getBlockSize(), 1);
 }
 
-TEST(CipherVectors, Encrypt_ByACopyWhoseSourceIsGone_GivesTheSameCiphertext) {
-    forEachCase([](sarn::ICipher& cipher, const CipherCase& item) {
-        const auto* const source = dynamic_cast<const sarn::COpenSSLCipher*>(&cipher);
-        ASSERT_NE(source, nullptr);
-        ul::P<sarn::COpenSSLCipher> first = ul::make<sarn::COpenSSLCipher>(*source);
-        const ul::P<sarn::COpenSSLCipher> copy = ul::make<sarn::COpenSSLCipher>(*first);
-        first = nullptr;
-        expectCiphertext(item, encrypt(*copy, item));
-    });
+TEST(CCipher_Null, EveryOperation_CopiesOrAppendsTheInput_ForAnyKeyAndIv) {
+    for (const CipherOperation& operation : cipherOperations) {
+        Buffer out = makeBuffer(toBytes("old"));
+        run(operation, "input", 5, out, true);
+        EXPECT_EQ(toBytes(out), toBytes("oldinput"));
+        run(operation, "input", 5, out, false, TestKey(7), makePattern(99).data());
+        EXPECT_EQ(toBytes(out), toBytes("input"));
+        run(operation, nullptr, 0, out, true);
+        EXPECT_EQ(toBytes(out), toBytes("input"));
+        run(operation, nullptr, 0, out, false);
+        EXPECT_EQ(out.getUsed(), 0);
+    }
+}
+
+TEST(CCipher_Null, InputInTheOutput_IsCopiedRight) {
+    Buffer out = makeBuffer(toBytes("abcdef"));
+    run(encrypting, out.getData() + 2, 3, out, true);
+    EXPECT_EQ(toBytes(out), toBytes("abcdefcde"));
+    run(encrypting, out.getData() + 4, 5, out, false);
+    EXPECT_EQ(toBytes(out), toBytes("efcde"));
+}
+
+TEST(CCipher_Null, BadSizesAndTheKeyAsOutput_AreRefusedByEveryOperation_AndNothingIsWritten) {
+    TestKey key(7);
+    FilledBuffer out;
+    for (const CipherOperation& operation : cipherOperations) {
+        const auto expectRefusal = [&](const char* message, Buffer& target, int size, bool append) {
+            expectInvalidArg(std::string("CCipher_Null::") + operation.name, message,
+                             [&] { run(operation, "input", size, target, append, key); });
+        };
+        for (const bool append : {false, true}) {
+            expectRefusal("invalid input data size", out, -1, append);
+            expectRefusal("invalid input data size", out, INT_MIN, append);
+            expectRefusal("key overlaps output", key, 5, append);
+            expectRefusal("key overlaps output", key, 0, append);
+        }
+        expectRefusal("input data is too large", out, INT_MAX - 2, true);
+    }
+    EXPECT_TRUE(out.isUntouched());
+    EXPECT_EQ(toBytes(key), makePattern(7));
 }
 
 } // namespace sarn_test

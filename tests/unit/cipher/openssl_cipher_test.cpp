@@ -1,15 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/aes256.h"
-#include "support/threads.h"
-
-#include "ul/random.h"
+#include "support/cipher_test_data.h"
 
 #include <openssl/evp.h>
 
-#include <atomic>
-#include <chrono>
 #include <memory>
-#include <set>
 
 namespace sarn_test {
 
@@ -66,8 +60,7 @@ TEST(COpenSSLCipher, Encrypt_WithoutIv_DrawsEveryByteOfTheIv_ForAnyContentOfTheO
         const ul::P<sarn::ICipher> cipher = getAnyCipher(sizes.id);
         std::vector<std::set<unsigned char>> seen(static_cast<std::size_t>(sizes.iv));
         for (int i = 0; i < 64; ++i) {
-            Buffer out;
-            fill(out, Bytes(100, i % 2 == 0 ? 0x00 : 0xFF));
+            Buffer out = makeBuffer(Bytes(100, i % 2 == 0 ? 0x00 : 0xFF));
             cipher->encrypt(TestKey(sizes.key), "data", 4, out, false, nullptr);
             for (std::size_t position = 0; position < seen.size(); ++position)
                 seen[position].insert(out.getData()[position]);
@@ -166,32 +159,6 @@ TEST(COpenSSLCipher, Decrypt_OfTruncatedCiphertext_EndsInADecryptError) {
     const Bytes encrypted = runAES256(encrypting, toBytes("some secret data"), nullptr);
     for (int size = 16; size < 48; ++size)
         expectDecryptError(cut(encrypted, size), nullptr);
-}
-
-TEST(CipherThreads, OneCipher_UsedByEightThreads_GivesEachItsOwnResult) {
-    runOnThreads(8, [](int number) {
-        const Bytes data = makePattern(100 + number);
-        for (int i = 0; i < 200; ++i)
-            EXPECT_EQ(runAES256(decrypting, runAES256(encrypting, data, nullptr), nullptr), data);
-    });
-}
-
-TEST(CipherThreads, EncryptWithoutIv_WaitsForTheGlobalGeneratorsMutex) {
-    std::atomic<bool> isDrawn{false};
-    std::thread other;
-    {
-        const ul::CMutexLock lock(ul::CMTRand::getGlobalInstanceMutex().get());
-        other = std::thread([&] {
-            runAES256(encrypting, toBytes("data"));
-            runAES256(encrypting, toBytes("data"), nullptr);
-            isDrawn = true;
-        });
-        // Time for the thread to make a mistake: too little of it can hide one but never fails the test.
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        EXPECT_FALSE(isDrawn);
-    }
-    other.join();
-    EXPECT_TRUE(isDrawn);
 }
 
 TEST(COpenSSLCipher, CipherOfTheHost_WorksThroughTheSameEngine) {

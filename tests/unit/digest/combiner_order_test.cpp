@@ -2,8 +2,6 @@
 // The order in which a combination calls its two digests: a call that the first refuses must not reach the second.
 #include "support/digest_test_data.h"
 
-#include <utility>
-
 namespace sarn_test {
 
 namespace {
@@ -43,8 +41,7 @@ private:
     Names& m_calls;
 };
 
-class CombinerOrder : public testing::Test {
-protected:
+struct CombinerOrder : testing::Test {
     /// The calls since the last look.
     Names takeCalls() { return std::exchange(calls, {}); }
 

@@ -1,9 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // States that are refused, in the order of the checks, and unusual ones that are loaded.
 #include "support/digest_test_data.h"
-#include "support/table.h"
-
-#include <algorithm>
 
 namespace sarn_test {
 

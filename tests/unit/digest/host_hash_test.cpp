@@ -6,8 +6,6 @@
 
 #include <openssl/sha.h>
 
-#include <cstdint>
-
 namespace sarn_test {
 
 namespace {

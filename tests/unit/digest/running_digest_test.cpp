@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
-// Types of digests, and the rules of running digests.
+// Types of digests, the rules of running digests, and the results of other implementations.
 #include "support/digest_test_data.h"
 
-#include <climits>
 #include <sstream>
 
 namespace sarn_test {
@@ -11,8 +10,7 @@ namespace {
 
 const Bytes abc = toBytes("abc");
 
-class RunningDigest : public testing::TestWithParam<const char*> {
-protected:
+struct RunningDigest : testing::TestWithParam<const char*> {
     void expectUnreadable() {
         unsigned char out[40];
         constexpr char notFinished[] = "IDigest::finish has not been called yet.";
@@ -31,6 +29,38 @@ std::vector<std::string> splitID(const std::string& id) {
         parts.push_back(part);
     return parts;
 }
+
+/// Digests by identifier and size of the input, combinations included.
+std::map<std::string, std::map<int, Bytes>> readDigests() {
+    std::map<std::string, std::map<int, Bytes>> digests;
+    for (const Vector& vector : readVectors("digests.vec", {"size", "digest"}))
+        digests[vector.getSection()][vector.getInt("size")] = vector.getBytes("digest");
+    const auto combine = [&digests](const std::string& id, const std::string& first, const std::string& second) {
+        for (const auto& [size, digest] : digests.at(first))
+            digests[id][size] = join(digest, digests.at(second).at(size));
+    };
+    combine("md4-sha1", "md4", "sha1");
+    combine("md4-sha1-adler32", "md4-sha1", "adler32");
+    return digests;
+}
+
+/// Feeds `bytes` in pieces of this size.
+std::string digestInPieces(const std::string& id, const Bytes& bytes, std::size_t pieceSize) {
+    const ul::P<sarn::IDigest> digest = createDigest(id);
+    for (std::size_t at = 0; at < bytes.size();) {
+        const std::size_t size = std::min(pieceSize, bytes.size() - at);
+        digest->update(bytes.data() + at, static_cast<int>(size));
+        at += size;
+    }
+    return toHex(finish(*digest));
+}
+
+struct DigestVectors : testing::TestWithParam<const char*> {
+    static const std::map<int, Bytes>& getExpected() {
+        static const auto digests = readDigests();
+        return digests.at(GetParam());
+    }
+};
 
 } // namespace
 
@@ -142,23 +172,16 @@ TEST(DigestTypes, CopiesAndMovedOnes_CreateTheSameDigestsAndOutliveTheirSource) 
     expectSame(ul::make<sarn::CDigestType_SHA256>(), "sha256");
 }
 
-TEST(Checksums, NullDataOfAnyLength_ResetsThem) {
-    for (const int length : {0, 1, 100000, -1, INT_MIN}) {
-        for (const char* const id : {"adler32", "crc32"}) {
-            const ul::P<sarn::IDigest> digest = createDigest(id, makePattern(100));
-            digest->update(nullptr, length);
-            EXPECT_EQ(finish(*digest), getDigest(id, {})) << id << " " << length;
-        }
-    }
-}
-
-TEST(Combiner, NullDataOfAnyLength_ResetsEachChecksum) {
+TEST(Checksums, NullDataOfAnyLength_ResetsThem_AlsoInACombination) {
     using Type = sarn::TDigestTypeCombiner<sarn::CDigestType_Adler32, sarn::CDigestType_CRC32>;
-    for (const int length : {0, 100, 2048, 5000, INT_MAX, -1}) {
-        const ul::P<sarn::IDigest> digest = ul::make<Type>()->createDigest();
-        feed(*digest, makePattern(100));
-        digest->update(nullptr, length);
-        EXPECT_EQ(toHex(finish(*digest)), "0100000000000000") << length;
+    for (const int length : {0, 1, 100, 2048, 5000, 100000, INT_MAX, -1, INT_MIN}) {
+        for (const auto& [digest, ofNothing] : {std::pair(createDigest("adler32"), "01000000"),
+                                                {createDigest("crc32"), "00000000"},
+                                                {ul::make<Type>()->createDigest(), "0100000000000000"}}) {
+            feed(*digest, makePattern(100));
+            digest->update(nullptr, length);
+            EXPECT_EQ(toHex(finish(*digest)), ofNothing) << length;
+        }
     }
 }
 
@@ -181,6 +204,34 @@ TEST(Combiner, HostsOwnCombination_JoinsIdentifiersSizesAndResults) {
     const ul::P<sarn::IDigest> digest = type->createDigest();
     feed(*digest, abc);
     EXPECT_EQ(finish(*digest), join(getDigest("crc32", abc), getDigest("sha256", abc)));
+}
+
+TEST_P(DigestVectors, InOnePiece_GiveTheDigestOfOtherImplementations) {
+    ASSERT_EQ(getExpected().size(), 302U);
+    for (const auto& [size, digest] : getExpected())
+        EXPECT_EQ(toHex(getDigest(GetParam(), makePattern(size))), toHex(digest)) << size;
+}
+
+TEST_P(DigestVectors, InPiecesOfEverySize_GiveTheSameDigest) {
+    for (const int size : {0, 1, 63, 64, 65, 127, 128, 300, (1 << 20) + 1}) {
+        const Bytes input = makePattern(size);
+        for (const std::size_t piece : {1U, 63U, 64U, 65U, 2047U, 2048U, 2049U})
+            EXPECT_EQ(digestInPieces(GetParam(), input, piece), toHex(getExpected().at(size)))
+                << size << " by " << piece;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, DigestVectors, testing::ValuesIn(digestIDs), getDigestTestName);
+
+TEST(PublishedDigests, InOnePieceAndByteByByte_AreMet) {
+    for (const Vector& vector : readVectors("digests_published.vec", {"text", "repeat", "digest"})) {
+        std::string text;
+        for (int i = vector.has("repeat") ? vector.getInt("repeat") : 1; i > 0; --i)
+            text += vector.getText("text");
+        for (const std::size_t piece : {text.size(), std::size_t{1}})
+            EXPECT_EQ(digestInPieces(vector.getSection(), toBytes(text), piece), vector.getText("digest"))
+                << vector.describe();
+    }
 }
 
 } // namespace sarn_test

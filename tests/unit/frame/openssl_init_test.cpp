@@ -1,19 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
+// The initialisation of libcrypto, and versions.
 #include "support/expect.h"
 #include "support/log_capture.h"
 #include "support/new_process.h"
 #include "support/threads.h"
 
 #include "sarn/openssl_init.h"
+#include "sarn/version.h"
 
-#include "ul/log.h"
 #include "ul/thread.h"
 
 #include <gmock/gmock.h>
-
-#include <climits>
-#include <thread>
-#include <type_traits>
+#include <openssl/crypto.h>
 
 namespace sarn_test {
 
@@ -153,6 +151,23 @@ TEST(CThreadStuff, ThreadIDFunc_IsTheCallersIdCutToUnsignedLong) {
     unsigned long other = 0;
     std::thread([&] { other = ThreadAccess::threadIDFunc(); }).join();
     EXPECT_NE(other, ThreadAccess::threadIDFunc());
+}
+
+TEST(Version, OfTheLoadedLibraries_IsTheOneOfTheHeadersAndTheProject) {
+    EXPECT_EQ(SARN_VERSION, sarn::getVersion());
+    EXPECT_EQ(UL_VERSION, ul::getVersion());
+    EXPECT_STREQ(SARN_PROJECT_VERSION, sarn::getVersionText());
+    EXPECT_STREQ(SARN_PROJECT_VERSION, ul::getVersionText());
+    const int number = sarn::getVersion();
+    EXPECT_EQ(std::to_string(number / 10000) + "." + std::to_string(number / 100 % 100) + "." +
+                  std::to_string(number % 100),
+              sarn::getVersionText());
+}
+
+TEST(Version, OfLibcrypto_IsTheOneOfTheLoadedLibrary) {
+    EXPECT_EQ(OpenSSL_version_num(), sarn::getLibcryptoVersion());
+    EXPECT_STREQ(OpenSSL_version(OPENSSL_VERSION), sarn::getLibcryptoVersionText());
+    EXPECT_EQ(std::string("OpenSSL "), std::string(sarn::getLibcryptoVersionText()).substr(0, 8));
 }
 
 // Disposed objects remain disposed, and objects are never destroyed: each of these tests needs a new process.

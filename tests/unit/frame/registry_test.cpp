@@ -1,65 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 // The common behaviour of the registries of ciphers and of digest types.
-#include "support/cipher_test_data.h"
-#include "support/digest_test_data.h"
 #include "support/new_process.h"
-#include "support/threads.h"
+#include "support/registries.h"
 
-#include <chrono>
-#include <functional>
-#include <stdexcept>
+#include <thread>
 
 namespace sarn_test {
 
 namespace {
-
-/// The registry of ciphers. A host may replace the item `hostID` by an object of `Base`.
-struct Ciphers : sarn::CCipherManager {
-    using Manager = sarn::CCipherManager;
-    using Item = sarn::ICipher;
-    using Base = sarn::CCipher_Null;
-    static constexpr const char* hostID = "null";
-    static constexpr const char* builtIn[] = {"aes256cbc", "aes128cbc", "bfcbc", "cast128cbc", "null"};
-    static constexpr const char* unknown[] = {"ideacbc", "AES256CBC", "", "aes256cbc ", "aes256"};
-    static constexpr const char* unknownText = "Unknown cipher id '";
-    static constexpr const char* nullRefusal[] = {"CCipherManager::addCipher", "cipher cannot be NULL"};
-    static constexpr auto addItem = &Manager::addCipher;
-    static constexpr auto findItem = &Manager::findCipher;
-    static constexpr auto getItem = &Manager::getCipher;
-    using Manager::dispose;
-    using Manager::disposeGlobalInstance;
-};
-
-struct DigestTypes : sarn::CDigestManager {
-    using Manager = sarn::CDigestManager;
-    using Item = sarn::IDigestType;
-    using Base = sarn::CDigestType_SHA1;
-    static constexpr const char* hostID = "sha1";
-    static constexpr auto& builtIn = digestIDs;
-    static constexpr const char* unknown[] = {"MD5", "SHA1", "", "sha512", "md4-", "sha1-md4"};
-    static constexpr const char* unknownText = "Unknown digest type id '";
-    static constexpr const char* nullRefusal[] = {"CDigestManager::addType", "type cannot be NULL"};
-    static constexpr auto addItem = &Manager::addType;
-    static constexpr auto findItem = &Manager::findType;
-    static constexpr auto getItem = &Manager::getType;
-    using Manager::dispose;
-    using Manager::disposeGlobalInstance;
-};
-
-/// An item of a host, with actions for its name and its end.
-template <class Family>
-struct HostItem : Family::Base {
-    explicit HostItem(
-        std::function<ul::String()> name, std::function<void()> end = [] {})
-        : getName(std::move(name)), atEnd(std::move(end)) {}
-    HostItem(const HostItem&) = delete;
-    HostItem& operator=(const HostItem&) = delete;
-    ~HostItem() override { atEnd(); }
-    ul::String getID() override { return getName(); }
-
-    std::function<ul::String()> getName;
-    std::function<void()> atEnd;
-};
 
 template <class Family>
 struct Registry : testing::Test {
@@ -84,17 +32,9 @@ struct Registry : testing::Test {
     const ul::P<Family> manager = ul::make<Family>();
 };
 
-struct FamilyNames {
-    template <class Family>
-    static std::string GetName(int) {
-        return std::is_same_v<Family, Ciphers> ? "Ciphers" : "DigestTypes";
-    }
-};
-
 template <class Family>
 struct RegistryDeathTest : Registry<Family> {};
 
-using Families = testing::Types<Ciphers, DigestTypes>;
 TYPED_TEST_SUITE(Registry, Families, FamilyNames);
 TYPED_TEST_SUITE(RegistryDeathTest, Families, FamilyNames);
 
@@ -177,30 +117,6 @@ TYPED_TEST(Registry, Dispose_ReleasesEveryItemAndLeavesAnEmptyRegistryThatTakesO
 TYPED_TEST(Registry, Get_ReturnsTheSamePointerToTheSameObjectEachTime) {
     EXPECT_EQ(&TypeParam::get(), &TypeParam::get());
     EXPECT_EQ(TypeParam::get().get(), TypeParam::get().get());
-}
-
-TYPED_TEST(Registry, UsedByEightThreads_NeverLosesAnItem) {
-    runOnThreads(8, [this](int) {
-        for (int i = 0; i < 500; ++i) {
-            this->add(ul::make<typename TypeParam::Base>().get());
-            EXPECT_TRUE(this->find(TypeParam::hostID));
-            EXPECT_EQ(((*this->manager).*TypeParam::getItem)(TypeParam::builtIn[1])->getID(), TypeParam::builtIn[1]);
-        }
-    });
-}
-
-TYPED_TEST(Registry, LookUps_WhileAnItemIsAdded_WaitForIt) {
-    std::thread finding;
-    std::thread getting;
-    this->add(ul::make<HostItem<TypeParam>>([&] {
-        finding = std::thread([this] { EXPECT_TRUE(this->find("asked")); });
-        getting = std::thread([this] { EXPECT_NO_THROW(((*this->manager).*TypeParam::getItem)("asked")); });
-        // Time for the threads to make a mistake: too little of it can hide one but never fails the test.
-        std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        return "asked";
-    }));
-    finding.join();
-    getting.join();
 }
 
 TYPED_TEST(Registry, Dispose_WhileAnItemIsAdded_DoesNotWaitForIt) {

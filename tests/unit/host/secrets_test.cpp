@@ -5,22 +5,10 @@
 
 #include "sarn/host.h"
 
-#include <algorithm>
-#include <iterator>
 #include <new>
 #include <string_view>
-#include <type_traits>
-#include <utility>
 
 namespace sarn_test {
-
-namespace {
-
-ul::CWindowsPath getKeyPath(const std::string& name) {
-    return ul::path(getTestDataFolder() + "/keys/" + name + "_for_tests_only.pem");
-}
-
-} // namespace
 
 static_assert(!std::is_copy_constructible_v<ul::CSecretText>);
 
@@ -52,13 +40,11 @@ TEST(ReadSecretFile, OfAnySize_IsItsBytes) {
 
 TEST(ReadSecretLine, OfAFile_IsItsFirstLineWithoutTheLineEnd) {
     const TempFolder folder;
-    const std::pair<const char*, const char*> cases[] = {{"", ""},
-                                                         {"\n", ""},
-                                                         {"a b", "a b"},
-                                                         {"a b\n", "a b"},
-                                                         {"a\r\n", "a"},
-                                                         {" a \t\nb", " a \t"},
-                                                         {"\xEF\xBB\xBF\xC3\xA4\n", "\xC3\xA4"}};
+    // clang-format off
+    const std::pair<const char*, const char*> cases[] = {
+        {"", ""}, {"\n", ""}, {"a b", "a b"}, {"a b\n", "a b"}, {"a\r\n", "a"}, {" a \t\nb", " a \t"},
+        {"\xEF\xBB\xBF\xC3\xA4\n", "\xC3\xA4"}};
+    // clang-format on
     for (const auto& [content, line] : cases)
         EXPECT_EQ(ul::readSecretLine(folder.write("file", content)).get().toUTF8(), line);
 }
@@ -108,7 +94,8 @@ TEST(SignFile, ByAnEncryptedKey_GivesTheSignatureOfTheDocumentedOperation) {
     const TempFolder folder;
     const ul::CWindowsPath path = folder.write("file", makeText(200000));
     for (const char* const name : {"rsa2048_encrypted_traditional", "rsa2048_encrypted_pkcs8"}) {
-        const ul::CSecretText key = ul::readSecretTextFile(getKeyPath(name));
+        const std::string keyPath = getTestDataFolder() + "/keys/" + name + "_for_tests_only.pem";
+        const ul::CSecretText key = ul::readSecretTextFile(ul::path(keyPath));
         const auto signature = sarn::signFile(path, key, ul::CSecretText(testPassphrase));
         EXPECT_TRUE(sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey("rsa2048"), signature));
     }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Streams refuse ciphers whose calls cannot be chained, bad arguments, and calls after their end.
-#include "support/aes256.h"
+#include "support/cipher_test_data.h"
 
 #include "sarn/host.h"
 
@@ -29,7 +29,7 @@ public:
     }
 
 private:
-    Fault m_fault;
+    const Fault m_fault;
 };
 
 } // namespace

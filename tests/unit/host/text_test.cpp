@@ -1,19 +1,29 @@
 // SPDX-License-Identifier: Apache-2.0
-#include "support/expect.h"
-#include "support/temp_folder.h"
+// Texts, paths, errors and configuration values as hosts use them.
+#include "support/signing.h"
 
 #include "sarn/host.h"
 
-#include <filesystem>
+#include <limits>
 
 namespace sarn_test {
 
 namespace {
 
-constexpr char umlautInUTF8[] = "\xC3\xA4";
-constexpr char faceInUTF8[] = "\xF0\x9F\x98\x80";
+struct ConfigValues : testing::Test {
+    sarn::CSignedConfig makeConfig(const std::string& text) const {
+        const ul::CWindowsPath path = folder.write("a.ini", text);
+        writeSignatureFile(path);
+        return sarn::CSignedConfig(path, readPublicKey("rsa2048"), false);
+    }
+
+    const TempFolder folder;
+};
 
 } // namespace
+
+constexpr char umlautInUTF8[] = "\xC3\xA4";
+constexpr char faceInUTF8[] = "\xF0\x9F\x98\x80";
 
 TEST(Text, OfUTF8_IsDecodedWhereAStringWouldReadLatin1) {
     EXPECT_TRUE(ul::text(umlautInUTF8) == L"\u00E4");
@@ -40,7 +50,7 @@ TEST(Path, OfUTF8_IsThePathOfTheDecodedText) {
 
 TEST(Path, OfANativePath_NamesTheSameFileThereAndBack) {
     const TempFolder folder;
-    std::vector<std::string> names = {"plain", "with space", umlautInUTF8, faceInUTF8, ".hidden"};
+    std::vector<std::string> names = {"plain", "with space", "nul.txt.d", umlautInUTF8, faceInUTF8, ".hidden"};
 #ifndef _WIN32
     names.insert(names.end(), {"a:b", "dot.", "dots...", "space ", "...", " ", "NUL"});
 #endif
@@ -48,6 +58,7 @@ TEST(Path, OfANativePath_NamesTheSameFileThereAndBack) {
         const ul::CWindowsPath path = ul::path(folder.getNative(name));
         ul::writeUTF8TextFile(path, ul::text(name));
         EXPECT_EQ(folder.read(name), name);
+        EXPECT_EQ(ul::readUTF8TextFile(path), ul::text(name));
         EXPECT_EQ(folder.read(ul::native(path).u8string()), name);
         EXPECT_TRUE(ul::path(ul::native(path)) == path || ul::native(ul::path(ul::native(path))) == ul::native(path));
     }
@@ -104,6 +115,53 @@ TEST(FormatError, OfAnyText_IsOneLineOfUTF8) {
     EXPECT_EQ(ul::formatError(ul::CError(text, "", -1, ul::CProps().add("path", text), nullptr)),
               "\xC3\xA4?ERROR: forged?[31m?? [path=\xC3\xA4?ERROR: forged?[31m??]");
     EXPECT_EQ(ul::formatError(std::runtime_error("a\r\nb")), "a??b");
+}
+
+TEST_F(ConfigValues, OfAKey_AreTheValuesOfTheDocumentedOperation) {
+    sarn::CSignedConfig config = makeConfig("top=1\n[a]\nb=text\n\xC3\xA4=\xE2\x82\xAC\nempty=\n");
+    EXPECT_EQ(sarn::findValue(config, "/a/b").value().toUTF8(), config.getValue("/a/b").toUTF8());
+    EXPECT_EQ(sarn::findValue(config, "/a/\xC3\xA4").value().toUTF8(), "\xE2\x82\xAC");
+    EXPECT_TRUE(sarn::findValue(config, "/a/empty").value().isEmpty());
+    EXPECT_FALSE(sarn::findValue(config, "/a/none"));
+}
+
+TEST_F(ConfigValues, WithADefault_AreTheDefaultIfTheKeyIsMissing) {
+    const sarn::CSignedConfig config = makeConfig("[a]\nb=text\nempty=\n");
+    EXPECT_EQ(sarn::valueOr(config, "/a/b", "other").toUTF8(), "text");
+    EXPECT_EQ(sarn::valueOr(config, "/a/empty", "other").toUTF8(), "");
+    EXPECT_EQ(sarn::valueOr(config, "/a/none", "\xC3\xA4").toUTF8(), "\xC3\xA4");
+    EXPECT_EQ(sarn::valueOr(config, std::string("/a/none"), ul::text("x")).toUTF8(), "x");
+}
+
+TEST_F(ConfigValues, ThatAreNumbers_AreConverted) {
+    const sarn::CSignedConfig config = makeConfig("[a]\nzero=0\nmost=2147483647\nleast=-2147483648\nbyte=255\n");
+    EXPECT_EQ(sarn::valueOr(config, "/a/zero", 7), 0);
+    EXPECT_EQ(sarn::valueOr(config, "/a/most", 7), std::numeric_limits<int>::max());
+    EXPECT_EQ(sarn::valueOr(config, "/a/least", 7), std::numeric_limits<int>::min());
+    EXPECT_EQ(sarn::valueOr(config, "/a/byte", std::uint8_t{7}), 255);
+    EXPECT_EQ(sarn::valueOr(config, "/a/none", 7L), 7L);
+}
+
+TEST_F(ConfigValues, ThatAreNotNumbersOrDoNotFit_AreRefusedByName) {
+    const sarn::CSignedConfig config =
+        makeConfig("[a]\nv0=12abc\nv1=\nv2=2147483648\nv3=1.5\nv4=0x10\nv5=+1\nv6=1 2\nv7=\xD9\xA1\nv8=--1\nv9=1e3\n");
+    for (int i = 0; i < 10; ++i) {
+        const std::string key = "/a/v" + std::to_string(i);
+        const std::string message = "Config value '" + key + "' is not a number that fits.";
+        expectError(message.c_str(), {"value", sarn::findValue(config, key)->toUTF8()},
+                    [&] { sarn::valueOr(config, key, 1); });
+    }
+    EXPECT_EQ(sarn::valueOr(config, "/a/v2", 1u), 2147483648u);
+}
+
+TEST_F(ConfigValues, Keys_InARangeBasedLoop_AreTheKeysOfTheDocumentedOperation) {
+    const sarn::CSignedConfig config = makeConfig("top=1\n[a]\nb=2\nc=3\n[d]\ne=4\n");
+    std::string all;
+    for (const ul::String& key : sarn::getKeys(config))
+        all += key.toUTF8() + ";";
+    for (const ul::String& key : sarn::getKeys(config, "/a/"))
+        all += key.toUTF8() + ";";
+    EXPECT_EQ(all, "//top;/a/b;/a/c;/d/e;/a/b;/a/c;");
 }
 
 } // namespace sarn_test

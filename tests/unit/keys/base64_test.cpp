@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
+#include "support/base64_steps.h"
 #include "support/expect.h"
 
 #include "sarn/base64.h"
 
-#include <climits>
+#include <random>
 
 namespace sarn_test {
 
@@ -31,34 +32,44 @@ void expectDecoded(std::initializer_list<const char*> texts, const char* result)
 void expectRefused(std::initializer_list<ul::String> texts) {
     for (const ul::String& text : texts) {
         SCOPED_TRACE(testing::PrintToString(text));
-        Buffer out;
-        fill(out, makePattern(3));
+        Buffer out = makeBuffer(makePattern(3));
         expectInvalidArg("base64Decode", "invalid base64 data", [&] { sarn::base64Decode(text, out); });
         EXPECT_EQ(out.getUsed(), 3) << "the used size is unchanged";
     }
 }
 
 std::string encodeWithCRLF(const Bytes& bytes) {
-    Buffer buffer;
-    fill(buffer, bytes);
+    Buffer buffer = makeBuffer(bytes);
     sarn::base64EncodeBufferWithCRLF(buffer);
     return toText(toBytes(buffer));
+}
+
+std::optional<Bytes> tryToDecode(const std::wstring& text) {
+    Buffer out;
+    try {
+        sarn::base64Decode(text, out);
+    } catch (const ul::CInvalidArgError&) {
+        return std::nullopt;
+    }
+    return toBytes(out);
+}
+
+std::wstring repeat(const std::wstring& text, int count) {
+    std::wstring result;
+    for (; count > 0; --count)
+        result += text;
+    return result;
 }
 
 } // namespace
 
 TEST(Base64Encode, PublishedVectors_AreEncodedAndDecoded) {
     // RFC 4648, section 10.
-    const std::pair<const char*, const char*> vectors[] = {{"", ""},
-                                                           {"f", "Zg=="},
-                                                           {"fo", "Zm8="},
-                                                           {"foo", "Zm9v"},
-                                                           {"foob", "Zm9vYg=="},
-                                                           {"fooba", "Zm9vYmE="},
-                                                           {"foobar", "Zm9vYmFy"}};
-    for (const auto& [bytes, text] : vectors) {
-        EXPECT_EQ(encode(bytes), text);
-        expectDecoded({text}, bytes);
+    const char* const texts[] = {"", "Zg==", "Zm8=", "Zm9v", "Zm9vYg==", "Zm9vYmE=", "Zm9vYmFy"};
+    for (std::size_t size = 0; size <= 6; ++size) {
+        const std::string bytes = std::string("foobar").substr(0, size);
+        EXPECT_EQ(encode(toBytes(bytes)), texts[size]);
+        expectDecoded({texts[size]}, bytes.c_str());
     }
 }
 
@@ -91,11 +102,10 @@ TEST(Base64Encode, WithoutLineBreaks_IsOneLine_AndEmptyForANullPointer) {
 }
 
 TEST(Base64Encode, NegativeSize_RaisesTheErrorOfAPartialWrite) {
-    for (const int size : {-1, -3, INT_MIN}) {
+    for (const int size : {-1, -3, INT_MIN})
         for (const bool lineBreaks : {false, true})
             expectError("Internal error: error during base64 encode.",
                         [=] { sarn::base64Encode("x", size, true, lineBreaks); });
-    }
 }
 
 TEST(Base64Decode, MissingPadding_IsCompletedBeforeTheLineEnd) {
@@ -126,8 +136,7 @@ TEST(Base64Decode, OneCharacterBeyondWholeGroups_IsRefusedBeforeDecoding) {
 
 TEST(Base64Decode, Result_ReplacesTheContentOfTheBuffer_EvenIfItIsEmpty) {
     for (const char* const text : {"foo", ""}) {
-        Buffer out;
-        fill(out, makePattern(100));
+        Buffer out = makeBuffer(makePattern(100));
         sarn::base64Decode(encode(text).c_str(), out);
         EXPECT_EQ(toBytes(out), toBytes(text));
     }
@@ -150,11 +159,10 @@ TEST(Base64Decode, LossWithinTheTolerance_IsNotNoticed) {
 TEST(Base64, EveryLengthInBothModes_ComesBackTheSame) {
     for (int size = 0; size <= 1001; ++size) {
         const Bytes bytes = makePattern(size <= 1000 ? size : 1 << 20);
-        for (const bool lineBreaks : {false, true}) {
+        for (const bool lineBreaks : {false, true})
             for (const bool keepPadding : {false, true})
                 EXPECT_EQ(decode(encode(bytes, keepPadding, lineBreaks).c_str()), bytes)
                     << size << (lineBreaks ? " in lines" : "");
-        }
     }
 }
 
@@ -169,6 +177,46 @@ TEST(Base64EncodeBufferWithCRLF, EndsEveryLineWithCRLF_AndLeavesAnEmptyBufferEmp
         EXPECT_EQ(text, lines + (size > 0 ? "\r\n" : ""));
         EXPECT_EQ(decode(text.c_str()), makePattern(size));
     }
+}
+
+TEST(Base64Filter, OddTexts_AreDecodedAsTheFilterDecodesThem) {
+    const std::wstring line = repeat(L"QUJD", 16); // 64 characters, 48 bytes
+    // clang-format off
+    const std::wstring texts[] = {
+        L"", L"\n", L"\n\n\nQUJD\n", L"\r\n\r\nQUJD\r\n", L" QUJD", L"QUJD ", L"QU JD", L"QUJD QUJD\n", L"QU\tJD\n",
+        L"QUJD\nQUJD", L"QUJD\n\nQUJD\n", L"Q\nU\nJ\nD\n",
+        line, line + L"\n", line + L"\n" + line, line + line, line + line + L"\n", line + L" " + line + L"\n",
+        repeat(line, 16), repeat(line, 17) + L"\n", repeat(line, 64), repeat(line, 64) + L"\n",
+        L"-----BEGIN-----\n" + line + L"\n-----END-----\n",
+        L"QUJD=", L"QUI=QUJD", L"QQ==QQ==", L"Q===", L"====", L"QUJD====",
+        L"QUJD\v\n", L"QUJD\x000E", L"????", L"!!!", L"\x0161\x0161\x0161\x0161", std::wstring(L"QU\0JD", 5),
+    };
+    // clang-format on
+    for (const std::wstring& text : texts)
+        EXPECT_EQ(tryToDecode(text), decodeByTheSteps(text)) << ul::String(text).toLatin1();
+}
+
+TEST(Base64Filter, RandomAndMutatedTexts_AreDecodedAsTheFilterDecodesThem) {
+    std::mt19937 random(4);
+    const auto draw = [&random](std::size_t limit) { return random() % limit; };
+    const std::wstring seasoning = L" \t\n\r\v\f\x000E==AZaz09+/-_!?\x00E9\x0161\x0141\x20AC\xFF21\xFFFD";
+    int decoded = 0;
+    for (int round = 0; round < 30000; ++round) {
+        const bool isRandom = draw(4) == 0;
+        std::wstring text;
+        if (!isRandom)
+            text = ul::String(encode(makePattern(static_cast<int>(draw(200))), true, draw(2) == 0).c_str());
+        for (std::size_t i = draw(isRandom ? 80 : 4); i > 0; --i) {
+            const std::size_t at = draw(text.size() + 1);
+            const std::size_t dropped = isRandom ? 0 : draw(2);
+            text.replace(at, dropped, isRandom ? 1 : draw(2), seasoning[draw(seasoning.size())]);
+        }
+        const std::optional<Bytes> expected = decodeByTheSteps(text);
+        decoded += expected.has_value();
+        ASSERT_EQ(tryToDecode(text), expected) << round << ": " << ul::String(text).toLatin1();
+    }
+    EXPECT_GT(decoded, 3000);
+    EXPECT_LT(decoded, 27000);
 }
 
 } // namespace sarn_test

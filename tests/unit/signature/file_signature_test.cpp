@@ -1,10 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/signing.h"
-#include "support/temp_folder.h"
-
-#include "sarn/base64.h"
-
-#include <algorithm>
 
 namespace sarn_test {
 
@@ -18,8 +13,7 @@ struct FileSignature : testing::Test {
         return toBytes(signature);
     }
     static bool verify(const ul::CWindowsPath& path, const Bytes& signature, const std::string& key = "rsa2048") {
-        Buffer buffer;
-        fill(buffer, signature);
+        Buffer buffer = makeBuffer(signature);
         return sarn::verifyFileSignature_RSA_SHA1(path, readPublicKey(key), buffer);
     }
     bool verify() const {
@@ -35,15 +29,6 @@ struct FileSignature : testing::Test {
     const TempFolder folder;
 };
 
-/// 48393 bytes in Base64, with line feeds up to `size` characters.
-std::string makeLongSignature(std::size_t size) {
-    std::string text;
-    for (int line = 0; line < 1008; ++line)
-        text += std::string(64, 'A') + "\n";
-    text += std::string(12, 'A');
-    return text + std::string(size - text.size(), '\n');
-}
-
 } // namespace
 
 TEST_F(FileSignature, OfFilesOfEverySize_IsTheOneOfTheOpensslProgram) {
@@ -51,17 +36,8 @@ TEST_F(FileSignature, OfFilesOfEverySize_IsTheOneOfTheOpensslProgram) {
         const ul::CWindowsPath path = folder.write("f", makeText(vector.getInt("size")));
         EXPECT_TRUE(verify(path, vector.getBytes("signature"), vector.getSection())) << vector.describe();
         if (vector.getSection().find("rsa") == 0) {
-            EXPECT_EQ(sign(path, vector.getSection()), vector.getBytes("signature")) << vector.describe();
+            EXPECT_EQ(toHex(sign(path, vector.getSection())), vector.getText("signature")) << vector.describe();
         }
-    }
-}
-
-TEST_F(FileSignature, OfAnEmptyFileOrWholeChunks_IsTheOneOfTheSameMessage) {
-    for (const int size : {0, 8192, 16384}) {
-        const Bytes expected = sarn_test::sign(sarn::createRSA_SHA1(), readKey("rsa2048"), makePattern(size));
-        const ul::CWindowsPath path = folder.write("f", makeText(size));
-        EXPECT_EQ(sign(path), expected);
-        EXPECT_TRUE(verify(path, expected));
     }
 }
 
@@ -141,18 +117,11 @@ TEST_F(FileSignature, BadKeys_AreRefusedBeforeTheFileIsOpened) {
 }
 
 TEST_F(FileSignature, SignatureFileOfUpTo64KiB_IsRead) {
-    folder.write("f.sig", makeLongSignature(65536));
-    EXPECT_EQ(load().size(), 48393U);
-}
-
-TEST_F(FileSignature, SignatureFileLargerThan64KiB_IsRefusedBeforeItIsRead) {
-    folder.write("f", "text");
-    const std::string path = folder.write("f.sig", makeLongSignature(65537)).getString().toUTF8();
-    const std::string message = "Cannot read file '" + path + "': it is larger than 65536 bytes.";
-    expectErrorOf<ul::CFileError>(message.c_str(), [this] { load(); });
-    // A much larger file takes no longer.
-    std::filesystem::resize_file(folder.getNative("f.sig"), std::uintmax_t{1} << 30);
-    expectErrorOf<ul::CFileError>(message.c_str(), [this] { verify(); });
+    std::string text;
+    for (int line = 0; line < 1008; ++line)
+        text += std::string(64, 'A') + "\n";
+    folder.write("f.sig", text + std::string(65536 - text.size(), '\n'));
+    EXPECT_EQ(load().size(), 1008U * 48);
 }
 
 } // namespace sarn_test

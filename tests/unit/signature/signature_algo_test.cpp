@@ -5,9 +5,6 @@
 #include <openssl/err.h>
 #include <openssl/evp.h>
 
-#include <climits>
-#include <type_traits>
-
 namespace sarn_test {
 
 namespace {
@@ -19,8 +16,6 @@ static_assert(std::is_abstract_v<sarn::ISigner> && std::is_abstract_v<sarn::IVer
 static_assert(std::is_copy_constructible_v<Algo> && std::is_copy_assignable_v<Algo>);
 static_assert(std::is_copy_constructible_v<Algo::CSigner> && std::is_copy_assignable_v<Algo::CVerifier>);
 static_assert(std::is_convertible_v<Algo::CSigner*, ul::CBase*> && std::is_convertible_v<Algo*, ul::IBase*>);
-
-constexpr char keyCorrupted[] = "OpenSSL key corrupted.";
 
 bool isRSA(const std::string& name) {
     return name.compare(0, 3, "rsa") == 0;
@@ -48,14 +43,6 @@ void expectRefused(const std::string& keyName, const Bytes& data, const Bytes& s
     EXPECT_EQ(ERR_peek_error(), 0U);
 }
 
-void expectCorrupted(const ul::String& privateKey, const ul::String& passphrase = "") {
-    expectError(keyCorrupted, [&] { sarn::createRSA_SHA1()->beginSign(privateKey, passphrase); });
-}
-
-void expectPublicKeyCorrupted(const ul::String& publicKey) {
-    expectError(keyCorrupted, [&] { sarn::createRSA_SHA1()->beginVerify(publicKey); });
-}
-
 } // namespace
 
 TEST(SignatureAlgo, SignaturesOfTheOpensslProgram_Verify) {
@@ -65,8 +52,7 @@ TEST(SignatureAlgo, SignaturesOfTheOpensslProgram_Verify) {
         const Bytes data = makePattern(vector.getInt("size"));
         EXPECT_TRUE(verify(vector.getSection(), data, vector.getBytes("signature"))) << vector.describe();
         if (isRSA(vector.getSection())) {
-            EXPECT_EQ(toHex(sign(vector.getSection(), data)), vector.getText("signature"))
-                << vector.describe() << ": RSA signatures are the same every time";
+            EXPECT_EQ(toHex(sign(vector.getSection(), data)), vector.getText("signature")) << vector.describe();
         }
     }
 }
@@ -161,7 +147,7 @@ TEST(SignatureAlgo, EncryptedPrivateKey_NeedsItsPassphrase_AndOtherKeysIgnoreIt)
     for (const char* const name : {"rsa2048_encrypted_traditional", "rsa2048_encrypted_pkcs8"}) {
         EXPECT_EQ(sign(sarn::createRSA_SHA1(), readKey(name), {}, testPassphrase), sign("rsa2048", {}));
         for (const char* const wrong : {"", "wrong", "for tests onl", "for tests only "})
-            expectCorrupted(readKey(name), wrong);
+            expectRefusedAsPrivateKey(readKey(name), wrong);
     }
     EXPECT_EQ(sign(sarn::createRSA_SHA1(), readKey("rsa2048"), {}, "any"), sign("rsa2048", {}));
     EXPECT_EQ(sign(sarn::createRSA_SHA1(), readKey("rsa2048_pkcs8"), {}, ""), sign("rsa2048", {}));
@@ -169,12 +155,12 @@ TEST(SignatureAlgo, EncryptedPrivateKey_NeedsItsPassphrase_AndOtherKeysIgnoreIt)
 
 TEST(SignatureAlgo, TextThatIsNotAKeyOfTheRightKind_IsRefused) {
     const ul::String key = readKey("rsa2048");
-    expectCorrupted(readPublicKey("rsa2048"));
-    expectPublicKeyCorrupted(key);
+    expectRefusedAsPrivateKey(readPublicKey("rsa2048"));
+    expectRefusedAsPublicKey(key);
     for (const ul::String& text : {ul::String(), ul::String("no key"), key.Mid(0, key.getLength() / 2), key.Mid(40),
                                    ul::String(L"\uFF0D") + key.Mid(1)}) {
-        expectCorrupted(text);
-        expectPublicKeyCorrupted(text);
+        expectRefusedAsPrivateKey(text);
+        expectRefusedAsPublicKey(text);
     }
     EXPECT_EQ(ERR_peek_error(), 0U) << "libcrypto's error queue is as it was";
 }
@@ -208,7 +194,7 @@ TEST(SignatureAlgo, PassphraseOutsideASCII_IsLatin1) {
     // The openssl program encrypted it under the bytes FC DF.
     const ul::String key = readKey("rsa1024_encrypted_latin1");
     EXPECT_TRUE(sarn::createRSA_SHA1()->beginSign(key, L"\u00FC\u00DF"));
-    expectCorrupted(key, "\xC3\xBC\xC3\x9F");
+    expectRefusedAsPrivateKey(key, "\xC3\xBC\xC3\x9F");
 }
 
 TEST(SignatureAlgo, NegativeSizes_AreRefused) {

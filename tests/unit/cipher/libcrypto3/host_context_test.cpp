@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
-// The host's own context of libcrypto 3. The library fetches its ciphers from another one.
+// The host's own context of libcrypto 3, from which the library fetches no ciphers, and a libcrypto 3 without its
+// legacy module.
 #include "support/cipher_test_data.h"
 #include "support/digest_test_data.h"
+#include "support/log_capture.h"
 #include "support/new_process.h"
 #include "support/signing.h"
 
@@ -31,13 +33,19 @@ Names getHostProviders() {
     return names;
 }
 
+void useDigests() {
+    for (const char* const id : digestIDs)
+        EXPECT_FALSE(getDigest(id, makePattern(100)).empty()) << id;
+}
+
 void useCiphersAndDigests() {
     for (const CipherSizes& sizes : getRegisteredCiphers())
         EXPECT_TRUE(restoresItsInput(*getAnyCipher(sizes.id))) << sizes.id;
     EXPECT_TRUE(!hasIDEA || restoresItsInput(*getAnyCipher("ideacbc")));
-    for (const char* const id : digestIDs)
-        EXPECT_FALSE(getDigest(id, makePattern(100)).empty()) << id;
+    useDigests();
 }
+
+} // namespace
 
 TEST(HostContextDeathTest, CiphersAndDigests_WithOnlyTheNullProviderOfTheHost_Work) {
     expectInNewProcess([] {
@@ -72,6 +80,34 @@ TEST(HostContextDeathTest, ProvidersThatTheHostLoaded_StayLoaded) {
     });
 }
 
-} // namespace
+/// libcrypto looks for its modules in an empty folder.
+TEST(MissingLegacyModuleDeathTest, LegacyCiphers_AreFoundKnowTheirSizesRaiseTheInitErrorAndAreLoggedOnce_AllElseWorks) {
+    const TempFolder empty;
+    ASSERT_EQ(setenv("OPENSSL_MODULES", empty.getNative().c_str(), 1), 0);
+    expectInNewProcess([] {
+        const std::string logged = "cannot load its legacy provider, so ";
+        const LogCapture log;
+        EXPECT_TRUE(restoresItsInput(*getAnyCipher("aes256cbc")));
+        EXPECT_TRUE(restoresItsInput(*getAnyCipher("aes128cbc")));
+        useDigests();
+        getAnyCipher("bfcbc");
+        getAnyCipher("cast128cbc");
+        EXPECT_THAT(log.getLines(), testing::ElementsAre(testing::HasSubstr(logged + "BF-CBC will fail."),
+                                                         testing::HasSubstr(logged + "CAST5-CBC will fail.")));
+        for (const char* const id : {"bfcbc", "cast128cbc", "ideacbc"}) {
+            SCOPED_TRACE(id);
+            if (std::string(id) == "ideacbc" && !hasIDEA)
+                continue;
+            const ul::P<sarn::ICipher> cipher = getAnyCipher(id);
+            EXPECT_EQ(cipher->getKeySize(), 16);
+            EXPECT_EQ(cipher->getIVSize(), 8);
+            EXPECT_EQ(cipher->getBlockSize(), 8);
+            const Bytes iv = makePattern(8);
+            for (const CipherOperation& operation : cipherOperations)
+                expectError("OpenSSL encrypt init error.", [&] { runCipher(*cipher, operation, iv, iv.data()); });
+        }
+    });
+    unsetenv("OPENSSL_MODULES");
+}
 
 } // namespace sarn_test

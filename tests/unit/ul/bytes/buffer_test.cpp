@@ -1,13 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "text_buffer.h"
 
-#include "ul/pointer.h"
-
-#include <array>
-#include <climits>
-#include <type_traits>
-#include <utility>
-
 namespace sarn_test {
 
 TEST(TBuffer, SizeConstructor_SetsTheUsedSize) {

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
-// Streams over memory, and values in them.
+// Streams over memory, values in them, their byte order, and bytes that leave the used part of a buffer of secrets.
+// Other tests search the memory for the bytes of freed blocks.
 #include "text_buffer.h"
 
 #include "ul/buffer_stream.h"
 #include "ul/data_stream.h"
-
-#include <climits>
-#include <stdexcept>
+#include "ul/little_endian.h"
 
 namespace sarn_test {
 
@@ -20,6 +19,34 @@ Bytes getWritten(Write write) {
     ul::CDataOutStream out(stream);
     write(out);
     return toBytes(buffer);
+}
+
+template <class Number>
+constexpr bool isStoredAs(Number number, const std::array<unsigned char, sizeof(Number)>& expected) {
+    std::array<unsigned char, sizeof(Number)> bytes{};
+    ul::storeLittleEndian(bytes.data(), number);
+    for (std::size_t i = 0; i < sizeof(Number); ++i) {
+        if (bytes[i] != expected[i])
+            return false;
+    }
+    return ul::loadLittleEndian<Number>(bytes.data()) == number;
+}
+
+static_assert(isStoredAs<std::uint8_t>(0xFE, {0xFE}));
+static_assert(isStoredAs<std::uint16_t>(0xFEDC, {0xDC, 0xFE}));
+static_assert(isStoredAs<std::uint32_t>(0xFEDCBA98, {0x98, 0xBA, 0xDC, 0xFE}));
+static_assert(isStoredAs<std::uint64_t>(0xFEDCBA9876543210, {0x10, 0x32, 0x54, 0x76, 0x98, 0xBA, 0xDC, 0xFE}));
+
+constexpr char secret[] = "hunter2-is-the-password";
+constexpr int secretSize = sizeof secret - 1;
+
+std::string getSecretBytes(const ul::TCryptBuffer<char>& buffer) {
+    return std::string(buffer.getData(), secretSize);
+}
+
+std::string withZeros(std::string start) {
+    start.resize(secretSize);
+    return start;
 }
 
 } // namespace
@@ -149,6 +176,36 @@ TEST(CBufferStream, Barrier_IsConsultedFirstAndMayRefuse) {
     EXPECT_THROW(stream.write("defg", 4, &barrier), std::runtime_error);
     EXPECT_EQ(barrier.sizes, (std::vector<int>{3, 4}));
     EXPECT_EQ(buffer.getUsed(), 3);
+}
+
+TEST(LittleEndian, NumbersInMemoryOfAnyAlignment_AreStoredAndLoaded) {
+    for (std::size_t offset = 0; offset < 8; ++offset) {
+        std::array<unsigned char, 24> memory{};
+        ul::storeLittleEndian<std::uint64_t>(memory.data() + offset, 0xFEDCBA9876543210);
+        for (std::size_t i = 0; i < memory.size(); ++i) {
+            const bool isInside = i >= offset && i < offset + 8;
+            EXPECT_EQ(memory[i], isInside ? 0x10 + 0x22 * (i - offset) : 0) << i;
+        }
+        EXPECT_EQ(ul::loadLittleEndian<std::uint64_t>(memory.data() + offset), 0xFEDCBA9876543210);
+    }
+}
+
+TEST(TCryptBuffer, ShortenedOrOverwritten_ZeroesTheRest) {
+    ul::TCryptBuffer<char> buffer;
+    buffer.init(secret, secretSize);
+    buffer.setUsed(7);
+    EXPECT_EQ(getSecretBytes(buffer), withZeros("hunter2"));
+    buffer.init("key", 3);
+    EXPECT_EQ(getSecretBytes(buffer), withZeros("key"));
+    buffer.setUsed(0);
+    EXPECT_EQ(getSecretBytes(buffer), withZeros(""));
+}
+
+TEST(Wipe, ZeroesExactlyTheGivenBytes) {
+    char bytes[] = "abcdef";
+    ul::wipe(bytes + 1, 3);
+    EXPECT_EQ(std::string(bytes, 6), std::string("a\0\0\0ef", 6));
+    ul::wipe(nullptr, 0);
 }
 
 } // namespace sarn_test

@@ -8,9 +8,7 @@
 namespace sarn_test {
 
 inline Buffer makeBuffer(const std::string& text) {
-    Buffer buffer;
-    fill(buffer, toBytes(text));
-    return buffer;
+    return makeBuffer(toBytes(text));
 }
 
 inline std::string toText(const Buffer& buffer) {

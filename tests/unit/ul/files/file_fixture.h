@@ -6,9 +6,6 @@
 
 #include "ul/file.h"
 
-#include <string>
-#include <vector>
-
 namespace sarn_test {
 
 /// Expects an error that names the operation and the file, with this code and reason if they are given.

@@ -12,8 +12,7 @@ namespace {
 using Values = std::vector<std::string>;
 
 ul::P<ul::CINIContent> parse(const std::string& text) {
-    Buffer data;
-    fill(data, toBytes(text));
+    Buffer data = makeBuffer(toBytes(text));
     return ul::CINIContent::parseData(data);
 }
 
@@ -77,7 +76,7 @@ TEST_P(INIRule, Holds) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Docs, INIRule, testing::ValuesIn(readMarkdownTable("configuration-format.md", "Text")),
-                         getRowName);
+                         getMarkdownRowName);
 
 TEST(CINIContent, TryGetSectionValue_OfAMissingValue_LeavesTheOutputUnchanged) {
     const ul::P<ul::CINIContent> content = parse("[a]\nx=1\n");

@@ -4,12 +4,8 @@
 #include "ul/array.h"
 #include "ul/list.h"
 #include "ul/map.h"
-#include "ul/pointer.h"
-#include "ul/string.h"
 
-#include <functional>
 #include <unordered_set>
-#include <utility>
 
 namespace {
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/threads.h"
 
-#include "ul/base.h"
 #include "ul/pointer.h"
 
 #include <gtest/gtest.h>

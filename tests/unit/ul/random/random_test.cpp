@@ -4,10 +4,6 @@
 
 #include "ul/random.h"
 
-#include <algorithm>
-#include <array>
-#include <set>
-
 namespace sarn_test {
 
 namespace {
