@@ -2,9 +2,9 @@
 // The process-wide objects that a first use creates, their order, and first uses without memory. Such objects stay
 // until the process ends, so each check has a process of its own.
 #include "failures/injection.h"
-#include "support/signing.h"
 #include "support/log_capture.h"
 #include "support/new_process.h"
+#include "support/signing.h"
 
 #include "sarn/cipher.h"
 #include "sarn/digest.h"
