@@ -55,7 +55,7 @@ T copyAndMove(const T& value) {
 }
 
 template <class Cipher>
-void expectEqualCopy() {
+void expectEqualCipher() {
     Cipher cipher;
     Cipher copy = copyAndMove(cipher);
     EXPECT_EQ(copy.getID(), cipher.getID());
@@ -65,19 +65,27 @@ void expectEqualCopy() {
 }
 
 template <class Type>
-void expectEqualCopyOfType() {
+void expectEqualType() {
     Type type;
     Type copy = copyAndMove(type);
     EXPECT_EQ(finish(*copy.createDigest()), finish(*type.createDigest()));
 }
 
-template <class Digest, class Type>
-void expectEqualCopyOfDigest() {
-    const ul::P<Type> type = ul::make<Type>();
-    Digest digest(type.get());
+template <class Digest>
+void expectEqualDigest(Digest digest) {
     feed(digest, toBytes("sample"));
     Digest copy = copyAndMove(digest);
     EXPECT_EQ(finish(copy), finish(digest));
+}
+
+template <class... Cipher>
+void expectEqualCiphers() {
+    (..., expectEqualCipher<Cipher>());
+}
+
+template <class... Type>
+void expectEqualTypes() {
+    (..., expectEqualType<Type>());
 }
 
 /// A host's own signer and verifier.
@@ -108,26 +116,16 @@ Bytes encryptSample(sarn::ICipher& cipher) {
 } // namespace
 
 TEST(ObjectModel, CopiedAndMovedCiphers_EncryptAsTheirSources) {
-    expectEqualCopy<CCipher_AES256CBC>();
-    expectEqualCopy<CCipher_AES128CBC>();
-    expectEqualCopy<CCipher_BlowFishCBC>();
-    expectEqualCopy<CCipher_Cast128CBC>();
+    expectEqualCiphers<CCipher_AES256CBC, CCipher_AES128CBC, CCipher_BlowFishCBC, CCipher_Cast128CBC, CCipher_Null>();
     if (hasIDEA)
-        expectEqualCopy<CCipher_IDEACBC>();
-    expectEqualCopy<CCipher_Null>();
+        expectEqualCiphers<CCipher_IDEACBC>();
 }
 
 TEST(ObjectModel, CopiedAndMovedDigestsAndTypes_GiveTheDigestsOfTheirSources) {
-    expectEqualCopyOfType<CDigestType_MD4>();
-    expectEqualCopyOfType<CDigestType_MD5>();
-    expectEqualCopyOfType<CDigestType_SHA1>();
-    expectEqualCopyOfType<CDigestType_SHA256>();
-    expectEqualCopyOfType<CDigestType_Adler32>();
-    expectEqualCopyOfType<CDigestType_CRC32>();
-    expectEqualCopyOfType<CDigestType_MD4_SHA1>();
-    expectEqualCopyOfType<CDigestType_MD4_SHA1_Adler32>();
-    expectEqualCopyOfDigest<CDigest_Adler32, CDigestType_Adler32>();
-    expectEqualCopyOfDigest<CDigest_CRC32, CDigestType_CRC32>();
+    expectEqualTypes<CDigestType_MD4, CDigestType_MD5, CDigestType_SHA1, CDigestType_SHA256, CDigestType_Adler32,
+                     CDigestType_CRC32, CDigestType_MD4_SHA1, CDigestType_MD4_SHA1_Adler32>();
+    expectEqualDigest(CDigest_Adler32(ul::make<CDigestType_Adler32>().get()));
+    expectEqualDigest(CDigest_CRC32(ul::make<CDigestType_CRC32>().get()));
 }
 
 TEST(ObjectModel, AssignmentBetweenInterfaces_ChangesNothing) {
