@@ -182,8 +182,13 @@ std::vector<std::string> replaceAll() {
     };
     replaceSome("libcrypto.", {"malloc", "calloc", "realloc"});
     replaceSome("libz.", {"malloc", "calloc", "realloc"});
+#ifdef _LIBCPP_VERSION
+    constexpr char runtime[] = "libc++.";
+#else
+    constexpr char runtime[] = "libstdc++.";
+#endif
     // Its operator new is replaced in its callers, and the text of an error needs malloc().
-    replaceSome("libstdc++.", {"_Znwm", "getcwd"});
+    replaceSome(runtime, {"_Znwm", "getcwd"});
     return names;
 }
 
