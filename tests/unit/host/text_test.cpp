@@ -4,6 +4,7 @@
 
 #include "sarn/host.h"
 
+#include <algorithm>
 #include <fstream>
 #include <limits>
 
@@ -58,12 +59,14 @@ TEST(Path, OfANativePath_NamesTheSameFileThereAndBack) {
     for (const std::string& name : names) {
         const ul::CWindowsPath path = ul::path(folder.getNative(name));
         ul::writeUTF8TextFile(path, ul::text(name));
-        EXPECT_EQ(folder.read(name), name);
         EXPECT_EQ(ul::readUTF8TextFile(path), ul::text(name));
         std::ifstream file(ul::native(path));
         EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), name);
         EXPECT_TRUE(ul::path(ul::native(path)) == path || ul::native(ul::path(ul::native(path))) == ul::native(path));
     }
+    // Windows opens a device under some of these names, unless their path is verbatim.
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(folder.list(), names);
 }
 
 TEST(Path, OfARelativeNativePath_IsBelowTheWorkingDirectory) {
