@@ -189,7 +189,7 @@ TEST(Base64Filter, OddTexts_AreDecodedAsTheFilterDecodesThem) {
         repeat(line, 16), repeat(line, 17) + L"\n", repeat(line, 64), repeat(line, 64) + L"\n",
         L"-----BEGIN-----\n" + line + L"\n-----END-----\n",
         L"QUJD=", L"QUI=QUJD", L"QQ==QQ==", L"Q===", L"====", L"QUJD====",
-        L"QUJD\v\n", L"QUJD\x000E", L"????", L"!!!", L"\x0161\x0161\x0161\x0161", std::wstring(L"QU\0JD", 5),
+        L"QUJD\v\n", L"\v\f", L"QUJD\x000E", L"????", L"!!!", L"\x0161\x0161\x0161\x0161", std::wstring(L"QU\0JD", 5),
     };
     // clang-format on
     for (const std::wstring& text : texts)
