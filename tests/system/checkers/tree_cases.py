@@ -96,11 +96,13 @@ add("Prose", ["sh", "-c", "git add --all && scripts/check-prose"], make_prose, [
 ])
 
 
-# The output of llvm-cov for a source of two lines. One line has a count.
+# The output of llvm-cov for a source of two lines. One line has a count, an assertion, and a condition that contains
+# another branch.
 REPORT = """{"data": [{"files": [{"filename": "{root}/src/a.cpp", "summary": {"lines": {"count": 2}},
 "segments": [[1, 1, 5, true, true, false], [2, 1, COUNT, true, true, false], [2, 22, 0, false, false, false]],
-"branches": [[1, 1, 1, 5, 1, 1, 0, 0, 4], [2, 1, 2, 6, SIDES, 0, 0, 4]],
-"mcdc_records": [[2, 1, 2, 6, 0, 5, [true]]]}]}]}"""
+"branches": [[1, 1, 1, 5, 1, 1, 0, 0, 4], [2, 1, 2, 6, SIDES, 0, 0, 4], [2, 5, 2, 6, 1, 1, 0, 0, 4],
+[2, 9, 2, 9, 5, 0, 0, 0, 4]],
+"mcdc_records": [[2, 1, 2, 8, 0, 5, [true]], [2, 9, 2, 9, 0, 5, [false]]]}]}]}"""
 
 
 def make_report(at):
