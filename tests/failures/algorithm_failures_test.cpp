@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Buffers, ciphers and digests when there is no memory, or when a call of libcrypto fails or does less than it should.
+// Buffers, ciphers and digests without memory, and with calls of libcrypto that fail or return too few bytes.
 // MD5 represents all hashes: they are one template.
 #include "failures/injection.h"
 #include "support/cipher_test_data.h"

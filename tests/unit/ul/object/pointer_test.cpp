@@ -80,7 +80,7 @@ TEST(P, Move_TransfersTheReference_AlsoToAnotherType) {
     EXPECT_EQ(to.get(), raw);
     EXPECT_EQ(from, nullptr); // NOLINT(bugprone-use-after-move): the purpose of the test
     const ul::P<IFirst> interface = std::move(to);
-    EXPECT_FALSE(to); // NOLINT(bugprone-use-after-move)
+    EXPECT_FALSE(to); // NOLINT(bugprone-use-after-move): see above
     EXPECT_EQ(interface->getFirst(), 7);
     EXPECT_FALSE(ul::P<IFirst>(ul::P<Object>()));
     EXPECT_EQ(Object::living, 1);
