@@ -156,7 +156,8 @@ TEST(CWindowsPathTraits, Functions_HandleEachKindOfRoot) {
         EXPECT_TRUE(Traits::makeAbsolute("c:a", elsewhere) == "c:\\a") << elsewhere;
     for (const char* const text : {"C:\\a\\", "C:\\a"})
         EXPECT_TRUE(Traits::finalizeNormalizedPath(text) == "C:\\a");
-    EXPECT_TRUE(Traits::finalizeNormalizedPath("C:\\") == "C:\\");
+    for (const char* const root : {"C:\\", "C:\\\\"})
+        EXPECT_TRUE(Traits::finalizeNormalizedPath(root) == "C:\\");
 }
 
 TEST(GetCurrentWorkDirectoryAsString, NamesTheWorkingDirectory) {
