@@ -24,7 +24,9 @@ execute_process(
   COMMAND "${CMAKE_COMMAND}" -S "${SOURCE_DIR}" -B "${WORK_DIR}/build" -G Ninja "-DZLIB_ROOT=${WORK_DIR}/root"
     "-DOPENSSL_ROOT_DIR=${LIBCRYPTO}" -DSARN_BUILD_TESTS=OFF -DSARN_BUILD_EXAMPLES=OFF
   OUTPUT_VARIABLE output ERROR_VARIABLE output COMMAND_ERROR_IS_FATAL ANY)
-file(STRINGS "${WORK_DIR}/build/build.ninja" linked REGEX "LINK_LIBRARIES.*${WORK_DIR}/root/lib/libz.so")
-if(NOT linked)
+# Not a pattern: the name of a folder may contain "+".
+file(READ "${WORK_DIR}/build/build.ninja" rules)
+string(FIND "${rules}" "${WORK_DIR}/root/lib/libz.so" found)
+if(found EQUAL -1)
   message(FATAL_ERROR "ZLIB_ROOT was not taken")
 endif()
