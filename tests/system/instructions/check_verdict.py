@@ -24,7 +24,7 @@ def measure(fixed, slope, rounds):
     return verdict.judge(result, "aes256cbc encrypt")
 
 
-def expect(fixed, slope, verdicts, rounds=12):
+def expect(fixed, slope, verdicts, rounds=24):
     results = measure(fixed, slope, rounds)
     if [result.verdict for result in results] != verdicts:
         sys.exit(f"{fixed} ns and {slope}: expected {verdicts}, got {[result.describe(4) for result in results]}")
@@ -35,5 +35,5 @@ expect(20, 1, ["met", "met"])
 expect(30, 1, ["MISSED", "met"])
 expect(20, 1.01, ["met", "MISSED"])
 expect(25, 1.005, ["UNDECIDED", "UNDECIDED"])
-# Five rounds are too few for any interval of 95 %.
-expect(10, 1, ["UNDECIDED", "UNDECIDED"], rounds=5)
+# Ten rounds are too few for any interval of 99.9 %.
+expect(10, 1, ["UNDECIDED", "UNDECIDED"], rounds=10)
