@@ -13,7 +13,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 CRITICAL = re.compile(
     r"src/(cipher/((openssl|null)_cipher|cipher_run)|digest/(openssl_digest|checksum_digest|digest_combiner|digest_support"
     r"|saved_record)|signature/)|include/sarn/(openssl_digest|digest_context|digest_combiner|saved_record|signed_config)"
-    r"|ul/src/files/posix/replace_file|ul/include/ul/secret_text|.*(wipe|Wipe|Crypt)")
+    r"|ul/src/files/(posix|windows)/replace_file|ul/include/ul/secret_text|.*(wipe|Wipe|Crypt)")
 
 OPERATORS = {
     " < ": " <= ", " <= ": " < ", " > ": " >= ", " >= ": " > ", " == ": " != ", " != ": " == ", " + ": " - ",
@@ -176,5 +176,5 @@ def find_mutants(path):
 def list_all(prefix=""):
     files = subprocess.run(["git", "ls-files", "--", "src", "include", "ul", "tools"], cwd=ROOT, check=True,
                            capture_output=True, text=True).stdout.split()
-    return [mutant for path in files if path.endswith((".cpp", ".h")) and "/windows/" not in path
-            and path.startswith(prefix) for mutant in find_mutants(path)]
+    return [mutant for path in files if path.endswith((".cpp", ".h")) and path.startswith(prefix)
+             for mutant in find_mutants(path)]

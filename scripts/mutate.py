@@ -48,7 +48,9 @@ FAMILIES = {
     "src/signature/|include/.*sign": [(SARN, f"*Sign*:*Config*-{SLOW}")],
     "src/frame/|include/": [(SARN, f"*Init*:*ObjectModel*:*Instance*:Overlaps*:*Queue*:*Regist*-{SLOW}")],
 }
-# Presets that judge survivors, and the tests that they add. A mutant of a lock is a data race.
+# Presets that judge what only Windows compiles, and survivors, with their tests. A mutant of a lock is a data race.
+WINDOWS = {"windows": [(UL, f"*-{SLOW}"), (COMMAND, None)]}
+WINDOWS_COMMAND = {"windows": [(COMMAND, None)]}
 SANITIZED = {
     "tsan": [(UL, "*Thread*:*Mutex*:*Slot*:*Log*:*Random*:*Pointer*"), (MODULES, "*"),
              ("tests/sarn_soak", ["threads", "20000"]), ("tests/sarn_soak", ["first-use", "3"])],
@@ -58,6 +60,17 @@ SANITIZED = {
 
 def get_target(program):
     return "sarn_command" if program == COMMAND else program.split("/")[1]
+
+
+def list_targets(tests):
+    return sorted({get_target(program) for program, _ in tests})
+
+
+def get_presets(path, is_quick):
+    """The presets that judge a mutant of a file after the preset release, with their tests."""
+    if "/windows/" in path:
+        return WINDOWS_COMMAND if path.startswith("tools/") else WINDOWS
+    return {} if is_quick or path.startswith("tools/") else SANITIZED
 
 
 def limit_resources(seconds, space):
@@ -83,26 +96,34 @@ class Workshop:
     def compile(self, *targets):
         return self.execute(["ninja", "-j", "1", *targets], self.build).returncode == 0
 
+    def start(self, program):
+        """The words that start a program."""
+        if self.preset == "windows":
+            return [self.folder / "scripts/run-in-wine", self.build / "bin" / (program.split("/")[1] + ".exe")]
+        return [self.build / program]
+
     def list_commands(self, program, tests):
         """Pairs of a name and a command that runs tests of a program."""
+        start = self.start(program)
         if program == COMMAND:
             script = [sys.executable, self.folder / "tests/system/command/run_case.py"]
-            names = self.execute([*script, "--list", "linux"], self.folder, check=True).stdout.split()
-            return [(name, [*script, name, self.build / "case", self.folder, self.build / program])
+            system = "windows" if self.preset == "windows" else "linux"
+            names = self.execute([*script, "--list", system], self.folder, check=True).stdout.split()
+            return [(name, [*script, name, self.build / "case", self.folder, *start])
                     for name in names if tests is None or name in tests.split(":")]
         if tests is None:
-            return [(inputs.stem, [self.build / program, inputs.stem, inputs])
+            return [(inputs.stem, [*start, inputs.stem, inputs])
                     for inputs in sorted(self.folder.glob("fuzz/corpus/*.vec"))]
         if isinstance(tests, list):
-            return [(program, [self.build / program, *tests])]
-        return [(f"{program} {tests}", [self.build / program, f"--gtest_filter={tests}", "--gtest_fail_fast"])]
+            return [(program, [*start, *tests])]
+        return [(f"{program} {tests}", [*start, f"--gtest_filter={tests}", "--gtest_fail_fast"])]
 
     def find_failure(self, program, tests):
         """The test that fails, or nothing. All tests of a program run in one process, which ends at the first failure."""
         for name, command in self.list_commands(program, tests):
             start = time.time()
             limit = self.limits.get(name, LIMIT * 30)
-            space = 0 if self.preset in SANITIZED else ADDRESS_SPACE
+            space = ADDRESS_SPACE if self.preset == "release" else 0
             try:
                 done = self.execute(command, self.build, timeout=limit,
                                     preexec_fn=lambda: limit_resources(int(limit), space))
@@ -157,7 +178,7 @@ class Worker:
 
     def find_detector(self, path):
         """The test that detects the change of a file; "" if it does not compile, None if no test does."""
-        for targets, program, tests in self.list_stages(path):
+        for targets, program, tests in [] if "/windows/" in path else self.list_stages(path):
             if not self.plain.compile(*targets):
                 return ""
             detector = self.plain.find_failure(program, tests)
@@ -167,14 +188,9 @@ class Worker:
                     recent.remove(detector)
                 self.detectors[path][program] = [detector, *recent[:7]]
                 return detector
-        return self.find_detector_with_sanitizers(path)
-
-    def find_detector_with_sanitizers(self, path):
-        for name, tests in ({} if self.is_quick or path.startswith("tools/") else SANITIZED).items():
-            if name not in self.workshops:
-                self.workshops[name] = Workshop(self.folder, name)
+        for name, tests in get_presets(path, self.is_quick).items():
             workshop = self.workshops[name]
-            if not workshop.compile(*sorted({get_target(program) for program, _ in tests})):
+            if not workshop.compile(*list_targets(tests)):
                 return ""
             for program, names in tests:
                 detector = workshop.find_failure(program, names)
@@ -191,15 +207,22 @@ class Worker:
         finally:
             target.write_text(original)
 
-    def prepare(self):
+    def prepare(self, presets):
         """Compiles everything, and checks that the tests pass without a mutant."""
         every = [UL, SARN, HOST, MODULES, COMMAND] + [INJECTION] * (not self.is_quick)
-        if not self.plain.compile(*map(get_target, every)):
-            raise RuntimeError("the project does not compile without a mutant")
-        for program in every:
-            detector = self.plain.find_failure(program, None if program == COMMAND else EVERY)
+        self.require_success(self.plain, [(program, None if program == COMMAND else EVERY) for program in every])
+        for name, tests in presets.items():
+            self.workshops[name] = Workshop(self.folder, name)
+            self.require_success(self.workshops[name], tests)
+
+    @staticmethod
+    def require_success(workshop, tests):
+        if not workshop.compile(*list_targets(tests)):
+            raise RuntimeError(f"the preset {workshop.preset} does not compile without a mutant")
+        for program, names in tests:
+            detector = workshop.find_failure(program, names)
             if detector:
-                raise RuntimeError(f"without a mutant {detector} fails")
+                raise RuntimeError(f"without a mutant {detector} fails in the preset {workshop.preset}")
 
 
 def read_kept():
@@ -241,10 +264,14 @@ def try_all(options, chosen):
     """Pairs of a mutant and the test that detected it or None, without the mutants that do not compile."""
     # By files: the next mutant of a file is compiled instead of the original.
     results, todo, lock = [], sorted(chosen, key=lambda mutant: mutant.path, reverse=True), threading.Lock()
+    presets = {}
+    for path in {mutant.path for mutant in chosen}:
+        presets.update({name: presets.get(name, []) + [test for test in tests if test not in presets.get(name, [])]
+                        for name, tests in get_presets(path, options.quick).items()})
 
     def work(number):
         worker = Worker(options.folder / f"worker{number}", options.quick)
-        worker.prepare()
+        worker.prepare(presets)
         while True:
             with lock:
                 if not todo:
