@@ -51,6 +51,7 @@ add("Tree", ["sh", "-c", "git add --all && scripts/check-tree"], make_tree, [
     ("FreeOfAChain", write("src/frame/b.h", "void f() { BIO_free_all(a); }\n"), "freed by their owners"),
     ("ClassWithoutItsPrefix", write("include/sarn/b.h", "class SARN_EXPORT Cipher {};\n"), "exported classes are C"),
     ("Tab", write("src/b.cpp", "\tint b;\n"), "tabs"),
+    ("LinkWithoutItsPage", write("docs/b.md", "[there](#there)\n"), "a link within a page names the page"),
     ("WhiteSpaceAtTheEnd", write("src/b.cpp", "int b; \n"), "white space at the end of a line"),
     ("LongLineOfCMake", append("tests/CMakeLists.txt", "# " + "x" * 120 + "\n"), "more than 120 characters"),
     ("TestWhoseStatusIsIgnored", append("tests/CMakeLists.txt", "# PASS_REGULAR_EXPRESSION x\n"), "ignores the exit"),
