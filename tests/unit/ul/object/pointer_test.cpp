@@ -5,9 +5,13 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cstddef>
 #include <stdexcept>
+#include <thread>
 #include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -152,4 +156,27 @@ TEST(CBase, References_CountedByTwoThreads_AreNotLost) {
     object->addRef();
     object->release();
     EXPECT_EQ(Object::living, 1);
+}
+
+TEST(CBase, LastTwoReferences_ReleasedByTwoThreadsAtOnce_DestroyTheObjectOnce) {
+    constexpr std::size_t count = 20000;
+    std::vector<ul::P<Object>> references[2];
+    for (std::size_t i = 0; i < count; ++i)
+        references[1].push_back(references[0].emplace_back(ul::make<Object>()));
+    std::atomic<std::size_t> reached[2] = {};
+    sarn_test::runOnThreads(2, [&](int number) {
+        for (std::size_t i = 0; i < count; ++i) {
+            reached[number] = i + 1;
+            int spins = 0;
+            for (; reached[1 - number] <= i; ++spins) {
+                if (spins > 1000)
+                    std::this_thread::yield();
+            }
+            // The thread that arrived first notices the other a little later. Different delays make the two meet.
+            for (std::atomic<std::size_t> delay{spins == 0 ? i % 64 : 0}; delay > 0;)
+                --delay;
+            references[number][i] = nullptr;
+        }
+    });
+    EXPECT_EQ(Object::living, 0);
 }
