@@ -13,7 +13,7 @@ work=$(mktemp -d /var/tmp/sarn-root-XXXXXX)
 root=$work/root
 
 remove_root() {
-    umount -l "$root/proc" 2>/dev/null || true
+    umount -l "$root/proc" "$root/dev/pts" 2>/dev/null || true
     rm -rf --one-file-system "$work"
 }
 trap remove_root EXIT
@@ -46,5 +46,8 @@ make_root() {
     step "a fresh Debian $suite for $processor" \
         debootstrap --arch="$processor" --variant=minbase "$suite" "$root" "$mirror"
     mount -t proc proc "$root/proc"
+    # Terminals, for the tests that type a password.
+    mount -t devpts -o newinstance,ptmxmode=0666 devpts "$root/dev/pts"
+    ln -sf pts/ptmx "$root/dev/ptmx"
     cp /etc/resolv.conf "$root/etc/" 2>/dev/null || true
 }
