@@ -18,7 +18,7 @@ function(sarn_configure_target target)
   endif()
   # Resources of Windows are compiled too.
   target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wundef -Wnon-virtual-dtor -Woverloaded-virtual
     $<$<BOOL:${SARN_WARNINGS_AS_ERRORS}>:-Werror>>)
   if(SARN_SANITIZERS)
     target_compile_options(${target} PRIVATE -fsanitize=${SARN_SANITIZERS} -fno-omit-frame-pointer
