@@ -78,6 +78,8 @@ COpenSSLSignatureAlgo::CSigner::~CSigner() {
 }
 
 int COpenSSLSignatureAlgo::CSigner::getMaxSignatureSize() const {
+    // libcrypto 3.5 queues an error for a key of size 0.
+    const ErrorQueueMark mark;
     return EVP_PKEY_size(m_key);
 }
 
