@@ -92,7 +92,7 @@ template <class Action, class Check>
 int tryWithMoreMemory(Action action, Check check) {
 #if OPENSSL_VERSION_NUMBER >= 0x30000000L
     // libcrypto 3.5 waits for itself for ever if its own first use is out of memory.
-    OPENSSL_init_crypto(0, nullptr);
+    OPENSSL_init_crypto(OPENSSL_INIT_LOAD_CRYPTO_STRINGS, nullptr);
 #endif
     for (int index = 0;; ++index) {
         try {
