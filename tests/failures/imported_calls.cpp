@@ -58,7 +58,8 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::BIO_free_all>(libcrypto, "BIO_free_all", 0, 0, cannot),
         // It fails for an empty queue too.
         describe<&::ERR_set_mark>(libcrypto, "ERR_set_mark", 0, 0, ignored),
-        describe<&::ERR_pop_to_mark>(libcrypto, "ERR_pop_to_mark", 0, 0, ignored),
+        // Without a mark it drops all errors.
+        describe<&::ERR_pop_to_mark>(libcrypto, "ERR_pop_to_mark", 0, 0, ignored | done),
         describe<&::EVP_CIPHER_CTX_new>(libcrypto, "EVP_CIPHER_CTX_new", 0),
         // A new context needs no reset.
         describe<&::EVP_CIPHER_CTX_reset>(libcrypto, "EVP_CIPHER_CTX_reset", 0, 0, ignored),
