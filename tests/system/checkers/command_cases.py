@@ -183,7 +183,7 @@ else:
 
 def make_mutated(at):
     make_project(at)
-    at.copy("scripts/mutate.py", "scripts/mutants.py", "scripts/source_places.py")
+    at.copy("scripts/mutate.py", "scripts/mutant_judges.py", "scripts/mutants.py", "scripts/source_places.py")
     at.replace("CMakeLists.txt", "library.cpp", "src/library.cpp")
     at.append("CMakeLists.txt", "add_executable(sarn_command program.cpp)\n"
               "set_target_properties(sarn_command PROPERTIES OUTPUT_NAME sarn RUNTIME_OUTPUT_DIRECTORY tools)\n"

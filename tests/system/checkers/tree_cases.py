@@ -8,8 +8,8 @@ CODE = "int a() { return 1; }\n"
 
 def make_tree(at):
     """The smallest tree that keeps all rules."""
-    at.copy("scripts/check-tree", "scripts/mutate.py", "scripts/mutants.py", "scripts/coverage.py",
-            "scripts/source_places.py")
+    at.copy("scripts/check-tree", "scripts/mutate.py", "scripts/mutant_judges.py", "scripts/mutants.py",
+            "scripts/coverage.py", "scripts/source_places.py")
     for name in ("src/a.cpp", "include/sarn/a.h", "ul/src/a.cpp", "ul/include/ul/a.h", "tests/a_test.cpp"):
         at.write(name, LICENCE + CODE)
     at.write("src/frame/openssl_owners.h", LICENCE + "void f() { BIO_free_all(a); }\n")

@@ -1,0 +1,207 @@
+# SPDX-License-Identifier: Apache-2.0
+"""The builds and tests by which scripts/mutate.py judges a mutant."""
+import re
+import resource
+import shutil
+import subprocess
+import sys
+import time
+
+from mutants import ROOT
+
+# Limits against endless loops and against waiting: seconds, and multiples of the time that a program takes unchanged.
+LIMIT, FACTOR = 60, 8
+ADDRESS_SPACE = 8 << 30
+
+# Tests that detect nothing that shorter ones of the same kind do not, and slow ones, which run last.
+LEFT_OUT = "*16777216*:*OfAGigabyte*"
+EVERY = f"*-{LEFT_OUT}"
+SLOW = f"{LEFT_OUT}:CThreadStuff.*:*LargeSignedConfig*:*Whole*:*DeathTest*"
+UL, SARN, HOST = "tests/ul_tests", "tests/sarn_tests", "tests/host_tests"
+INJECTION, MODULES, COMMAND = "tests/sarn_injection_tests", "tests/sarn_module_tests", "tools/sarn"
+# The programs whose tests detect most mutants of a family, and these tests.
+FAMILIES = {
+    "ul/include/ul/(bytes|format_error|hex|list|random_bytes|secret_text|text)|include/sarn/(cipher_stream|config_values"
+    "|digest_file|host|one_call|sign_file|stream_)": [(HOST, "*")],
+    "ul/": [(UL, f"*-{SLOW}")],
+    "src/cipher/|include/.*cipher": [(SARN, f"*Cipher*-{SLOW}")],
+    "src/digest/|include/.*(digest|checksum|saved)": [(SARN, f"*igest*:Check*:Combin*-{SLOW}")],
+    "src/keys/|include/.*(key|base64|hmac)": [(SARN, f"*Base64*:*Key*:*HMAC*-{SLOW}")],
+    "src/signature/|include/.*sign": [(SARN, f"*Sign*:*Config*-{SLOW}")],
+    "src/frame/|include/": [(SARN, f"*Init*:*ObjectModel*:*Instance*:Overlaps*:*Queue*:*Regist*-{SLOW}")],
+}
+# Presets that judge what only Windows compiles, and survivors, with their tests. A mutant of a lock is a data race.
+WINDOWS = {"windows": [(UL, f"*-{SLOW}"), (COMMAND, None)]}
+WINDOWS_COMMAND = {"windows": [(COMMAND, None)]}
+SANITIZED = {
+    "tsan": [(UL, "*Thread*:*Mutex*:*Slot*:*Log*:*Random*:*Pointer*"), (MODULES, "*"),
+             ("tests/sarn_soak", ["threads", "20000"]), ("tests/sarn_soak", ["first-use", "3"])],
+    "asan": [(UL, f"*-{SLOW}"), (HOST, "*"), (SARN, f"*-{SLOW}"), ("fuzz/sarn_fuzz_replay", None)],
+}
+
+
+def get_target(program):
+    return "sarn_command" if program == COMMAND else program.split("/")[1]
+
+
+def list_targets(tests):
+    return sorted({get_target(program) for program, _ in tests})
+
+
+def get_presets(path, is_quick):
+    """The presets that judge a mutant of a file after the preset release, with their tests."""
+    if "/windows/" in path:
+        return WINDOWS_COMMAND if path.startswith("tools/") else WINDOWS
+    return {} if is_quick or path.startswith("tools/") else SANITIZED
+
+
+def limit_resources(seconds, space):
+    resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+    if space:
+        resource.setrlimit(resource.RLIMIT_AS, (space, space))
+
+
+class Workshop:
+    """A build of a copy of the project, in which one mutant at a time is tried. Warnings are errors."""
+
+    def __init__(self, folder, preset):
+        self.folder, self.build, self.preset = folder, folder / "build" / preset, preset
+        self.limits = {}
+        self.execute(["cmake", "--preset", preset], folder, check=True)
+
+    @staticmethod
+    def execute(command, folder, **options):
+        return subprocess.run(command, cwd=folder, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+                              stdin=subprocess.DEVNULL, text=True, errors="replace", **options)
+
+    def compile(self, *targets):
+        return self.execute(["ninja", "-j", "1", *targets], self.build).returncode == 0
+
+    def start(self, program):
+        """The words that start a program."""
+        if self.preset == "windows":
+            return [self.folder / "scripts/run-in-wine", self.build / "bin" / (program.split("/")[1] + ".exe")]
+        return [self.build / program]
+
+    def list_commands(self, program, tests):
+        """Pairs of a name and a command that runs tests of a program."""
+        start = self.start(program)
+        if program == COMMAND:
+            script = [sys.executable, self.folder / "tests/system/command/run_case.py"]
+            system = "windows" if self.preset == "windows" else "linux"
+            names = self.execute([*script, "--list", system], self.folder, check=True).stdout.split()
+            return [(name, [*script, name, self.build / "case", self.folder, *start])
+                    for name in names if tests is None or name in tests.split(":")]
+        if tests is None:
+            return [(inputs.stem, [*start, inputs.stem, inputs])
+                    for inputs in sorted(self.folder.glob("fuzz/corpus/*.vec"))]
+        if isinstance(tests, list):
+            return [(program, [*start, *tests])]
+        return [(f"{program} {tests}", [*start, f"--gtest_filter={tests}", "--gtest_fail_fast"])]
+
+    def find_failure(self, program, tests):
+        """The test that fails, or nothing. All tests of a program run in one process, which ends at the first failure."""
+        for name, command in self.list_commands(program, tests):
+            start = time.time()
+            limit = self.limits.get(name, LIMIT * 30)
+            space = ADDRESS_SPACE if self.preset == "release" else 0
+            try:
+                done = self.execute(command, self.build, timeout=limit,
+                                    preexec_fn=lambda: limit_resources(int(limit), space))
+                failed, output = done.returncode != 0, done.stdout
+            except subprocess.TimeoutExpired as error:
+                failed, output = True, (error.stdout or b"").decode(errors="replace")
+            if failed:
+                # The test that failed, or else the last one that started. Tests after a failure start, but are skipped.
+                names = re.findall(r"^\[  FAILED  \] ([^\s,]+)", output, re.M)[:1] or \
+                    re.findall(r"^\[ RUN      \] (\S+)", output, re.M)[-1:]
+                return names[0] if names else name
+            self.limits.setdefault(name, LIMIT + FACTOR * (time.time() - start))
+        return None
+
+
+class Worker:
+    """Tries mutants in a copy of the project."""
+
+    def __init__(self, folder, is_quick):
+        self.folder, self.is_quick = folder, is_quick
+        files = subprocess.run(["git", "ls-files"], cwd=ROOT, check=True, capture_output=True, text=True).stdout
+        for name in files.splitlines():
+            (folder / name).parent.mkdir(parents=True, exist_ok=True)
+            source, target = ROOT / name, folder / name
+            if not target.exists() or source.read_bytes() != target.read_bytes():
+                shutil.copy(source, target)
+        if (ROOT / ".deps").exists() and not (folder / ".deps").exists():
+            (folder / ".deps").symlink_to(ROOT / ".deps")
+        self.plain = Workshop(folder, "release")
+        self.workshops = {}
+        # The tests that detected the last mutants of each file: they most probably detect the next one.
+        self.detectors = {}
+
+    def list_stages(self, path):
+        """Targets to build, and a program with its tests to run, in order, until one detects the mutant."""
+        library = ["sarn_command"] if path.startswith("tools/") else ["ul", "sarn"]
+        is_public = path.startswith(("include/", "ul/include/"))
+        family = next((tests for pattern, tests in FAMILIES.items() if re.match(pattern, path)), [])
+        stages = [(library, program, ":".join(tests)) for program, tests in self.detectors.get(path, {}).items()]
+        # Tests compile what is inline in public headers; before that they judge the libraries alone.
+        stages += [(library, program, tests) for program, tests in family if not is_public or program != HOST]
+        stages += [([get_target(program)], program, tests) for program, tests in family if is_public]
+        programs = [COMMAND] if path.startswith("tools/") else [SARN, HOST, MODULES]
+        if not self.is_quick:
+            programs += [INJECTION, COMMAND]
+        if path.startswith("ul/"):
+            programs.insert(0, UL)
+        for program in programs:
+            targets = library + [get_target(program)] * (is_public or path.endswith(".h"))
+            stages.append((targets, program, None if program == COMMAND else EVERY))
+        return stages
+
+    def find_detector(self, path):
+        """The test that detects the change of a file; "" if it does not compile, None if no test does."""
+        for targets, program, tests in [] if "/windows/" in path else self.list_stages(path):
+            if not self.plain.compile(*targets):
+                return ""
+            detector = self.plain.find_failure(program, tests)
+            if detector:
+                recent = self.detectors.setdefault(path, {}).setdefault(program, [])
+                if detector in recent:
+                    recent.remove(detector)
+                self.detectors[path][program] = [detector, *recent[:7]]
+                return detector
+        for name, tests in get_presets(path, self.is_quick).items():
+            workshop = self.workshops[name]
+            if not workshop.compile(*list_targets(tests)):
+                return ""
+            for program, names in tests:
+                detector = workshop.find_failure(program, names)
+                if detector:
+                    return f"{name}: {detector}"
+        return None
+
+    def judge(self, mutant):
+        target = self.folder / mutant.path
+        original = target.read_text()
+        target.write_text(mutant.apply(original))
+        try:
+            return self.find_detector(mutant.path)
+        finally:
+            target.write_text(original)
+
+    def prepare(self, presets):
+        """Compiles everything, and checks that the tests pass without a mutant."""
+        every = [UL, SARN, HOST, MODULES, COMMAND] + [INJECTION] * (not self.is_quick)
+        self.require_success(self.plain, [(program, None if program == COMMAND else EVERY) for program in every])
+        for name, tests in presets.items():
+            self.workshops[name] = Workshop(self.folder, name)
+            self.require_success(self.workshops[name], tests)
+
+    @staticmethod
+    def require_success(workshop, tests):
+        if not workshop.compile(*list_targets(tests)):
+            raise RuntimeError(f"the preset {workshop.preset} does not compile without a mutant")
+        for program, names in tests:
+            detector = workshop.find_failure(program, names)
+            if detector:
+                raise RuntimeError(f"without a mutant {detector} fails in the preset {workshop.preset}")
