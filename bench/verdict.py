@@ -12,8 +12,9 @@ times, so nothing is derived from a single one:
   are given in nanoseconds of that machine: a slower or busier one changes both alike.
 - A round is a new process, with its own layout of memory; several run at a time. Each round gives one fit; the result
   is the median of the rounds, and its 95 % interval follows from their order. No distribution of the noise is assumed.
-A goal is met or missed if even an interval of 99.9 % is on one side of it, because some hundred goals are looked at, each
-several times. Undecided rows are measured further up to a limit, and are missed then. Writes pairs.csv and table.md to FOLDER.
+A goal is met or missed if even an interval of 99.9 % is on one side of it, because some hundred goals are looked at,
+each several times. Undecided rows are measured further up to a limit, and are missed then. Writes pairs.csv and table.md
+to FOLDER.
 """
 import collections
 import concurrent.futures

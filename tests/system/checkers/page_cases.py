@@ -90,7 +90,8 @@ add("Instructions", ["{cmake}", "-DCOUNT=cat", "-DPROGRAM={work}/counted", "-DFI
      r"'decrypt 16 bytes' takes \d+ instructions, \d+ more than the 400 before"),
     ("CallThatIsNotCounted", lambda at: at.replace("counted", "^find a cached key = .*", ""),
      "'find a cached key' was not counted"),
-    ("FigureThatIsMissing", lambda at: at.replace("figures", "^encrypt 16 bytes = .*\n", ""), "13 calls were counted, but .*figures has 12"),
+    ("FigureThatIsMissing", lambda at: at.replace("figures", "^encrypt 16 bytes = .*\n", ""),
+     "13 calls were counted, but .*figures has 12"),
 ])
 
 # Data of another build.
