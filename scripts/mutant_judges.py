@@ -48,9 +48,13 @@ def list_targets(tests):
     return sorted({get_target(program) for program, _ in tests})
 
 
+def is_for_windows(path):
+    return "/windows/" in path
+
+
 def get_presets(path, is_quick):
     """The presets that judge a mutant of a file after the preset release, with their tests."""
-    if "/windows/" in path:
+    if is_for_windows(path):
         return WINDOWS_COMMAND if path.startswith("tools/") else WINDOWS
     return {} if is_quick or path.startswith("tools/") else SANITIZED
 
@@ -160,7 +164,7 @@ class Worker:
 
     def find_detector(self, path):
         """The test that detects the change of a file; "" if it does not compile, None if no test does."""
-        for targets, program, tests in [] if "/windows/" in path else self.list_stages(path):
+        for targets, program, tests in [] if is_for_windows(path) else self.list_stages(path):
             if not self.plain.compile(*targets):
                 return ""
             detector = self.plain.find_failure(program, tests)
@@ -189,10 +193,15 @@ class Worker:
         finally:
             target.write_text(original)
 
-    def prepare(self, presets):
-        """Compiles everything, and checks that the tests pass without a mutant."""
-        every = [UL, SARN, HOST, MODULES, COMMAND] + [INJECTION] * (not self.is_quick)
-        self.require_success(self.plain, [(program, None if program == COMMAND else EVERY) for program in every])
+    def prepare(self, paths):
+        """Compiles all that judges mutants of these files, and checks that the tests pass without a mutant."""
+        if not all(map(is_for_windows, paths)):
+            every = [UL, SARN, HOST, MODULES, COMMAND] + [INJECTION] * (not self.is_quick)
+            self.require_success(self.plain, [(program, None if program == COMMAND else EVERY) for program in every])
+        presets = {}
+        for path in paths:
+            for name, tests in get_presets(path, self.is_quick).items():
+                presets.setdefault(name, []).extend(test for test in tests if test not in presets[name])
         for name, tests in presets.items():
             self.workshops[name] = Workshop(self.folder, name)
             self.require_success(self.workshops[name], tests)

@@ -19,7 +19,7 @@ import time
 
 import mutants
 import source_places
-from mutant_judges import Worker, get_presets
+from mutant_judges import Worker
 from mutants import ROOT
 
 KEPT = ROOT / "tests/data/kept_mutants.txt"
@@ -65,14 +65,10 @@ def try_all(options, chosen):
     """Pairs of a mutant and the test that detected it or None, without the mutants that do not compile."""
     # By files: the next mutant of a file is compiled instead of the original.
     results, todo, lock = [], sorted(chosen, key=lambda mutant: mutant.path, reverse=True), threading.Lock()
-    presets = {}
-    for path in {mutant.path for mutant in chosen}:
-        presets.update({name: presets.get(name, []) + [test for test in tests if test not in presets.get(name, [])]
-                        for name, tests in get_presets(path, options.quick).items()})
 
     def work(number):
         worker = Worker(options.folder / f"worker{number}", options.quick)
-        worker.prepare(presets)
+        worker.prepare({mutant.path for mutant in chosen})
         while True:
             with lock:
                 if not todo:

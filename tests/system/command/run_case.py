@@ -5,6 +5,7 @@
 usage: run_case.py --list SYSTEM | run_case.py CASE FOLDER SOURCE_FOLDER PROGRAM...
 """
 import pathlib
+import signal
 import sys
 
 import case
@@ -16,6 +17,9 @@ def main(words):
         print(*(case.ON_WINDOWS if words[1] == "windows" else case.CASES), sep="\n")
         return
     name, folder, source, *program = words
+    # A shell that starts this in the background ignores interrupts, and the command would inherit that.
+    for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, signal.SIG_DFL)
     at = case.Place(pathlib.Path(folder), pathlib.Path(source), program)
     case.CASES[name](at)
     print(f"{at.compared} comparisons with other programs")
