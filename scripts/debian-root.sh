@@ -24,11 +24,16 @@ inside() {
         chroot "$root" "$@"
 }
 
-# Runs a command and prints its time. If it fails, shows the end of its output: step TITLE COMMAND ARGUMENT...
+# Runs a command and prints its time. If it fails, shows the end of its output without the lines about tests that passed:
+# step TITLE COMMAND ARGUMENT...
 step() {
     local what=$1 start=$SECONDS
     shift
-    "$@" >"$work/log" 2>&1 || { tail -n 30 "$work/log" && echo "failed: $what" && exit 1; }
+    if ! "$@" >"$work/log" 2>&1; then
+        sed '/ Passed /d; /^ *Start /d' "$work/log" | tail -n 100
+        echo "failed: $what"
+        exit 1
+    fi
     printf '    %3d s  %s\n' $((SECONDS - start)) "$what"
 }
 

@@ -20,7 +20,7 @@ def check_misuse(at):
             (("digest", "sha9", "file"), "sarn digest: ID: sha9 not in {md4,md5,"),
             (("digest", "sha1", "--rot13"), "not expected: --rot13. Try: sarn digest --help"),
             (("encrypt", "a"), "sarn encrypt: TO is required"),
-            (("key", "--iterations", "0", "--show"), "--iterations: Value 0 not in range 1 to 2147483647"),
+            (("key", "--iterations", "0", "--show"), "--iterations: Value 0 not in range"),
             (("config", "get", "--key", "a", "b"), "sarn config get: KEY is required. Try: sarn config get --help"),
             (("encrypt", "--cipher", "rot13", "a", "b"), "--cipher: rot13 not in {aes256cbc,"),
             (("hmac", "sha1", "file"), "sarn hmac: --key is required"),

@@ -1,15 +1,15 @@
 # SPDX-License-Identifier: Apache-2.0
-# Replaces zlib by another implementation of its interface: the tests of the digests must still pass, and the build must
-# use the library that ZLIB_ROOT gives.
+# Replaces zlib's checksums by another implementation of their interface: the tests of the digests must still pass, and
+# the build must use the library that ZLIB_ROOT gives.
 # Arguments: TESTS, LIBRARY (the stand-in), HEADERS (a folder with zlib's headers), SOURCE_DIR, WORK_DIR, LIBCRYPTO
 file(REMOVE_RECURSE "${WORK_DIR}")
 file(COPY "${HEADERS}/zlib.h" "${HEADERS}/zconf.h" DESTINATION "${WORK_DIR}/root/include" FOLLOW_SYMLINK_CHAIN)
 file(MAKE_DIRECTORY "${WORK_DIR}/root/lib")
-file(COPY_FILE "${LIBRARY}" "${WORK_DIR}/root/lib/libz.so.1")
-file(CREATE_LINK libz.so.1 "${WORK_DIR}/root/lib/libz.so" SYMBOLIC)
+file(COPY_FILE "${LIBRARY}" "${WORK_DIR}/root/lib/libz.so")
 
 execute_process(
-  COMMAND "${CMAKE_COMMAND}" -E env "LD_LIBRARY_PATH=${WORK_DIR}/root/lib" "SARN_TEST_ZLIB_LOG=${WORK_DIR}/log"
+  # Loaded first, beside zlib: there are builds of libcrypto that call the rest of it.
+  COMMAND "${CMAKE_COMMAND}" -E env "LD_PRELOAD=${LIBRARY}" "SARN_TEST_ZLIB_LOG=${WORK_DIR}/log"
     "${TESTS}" "--gtest_filter=*Digest*:*Checksum*" --gtest_brief=1
   RESULT_VARIABLE status OUTPUT_VARIABLE output ERROR_VARIABLE output)
 if(NOT status EQUAL 0)
