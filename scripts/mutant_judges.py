@@ -19,6 +19,8 @@ EVERY = f"*-{LEFT_OUT}"
 SLOW = f"{LEFT_OUT}:CThreadStuff.*:*LargeSignedConfig*:*Whole*:*DeathTest*"
 UL, SARN, HOST = "tests/ul_tests", "tests/sarn_tests", "tests/host_tests"
 INJECTION, MODULES, COMMAND = "tests/sarn_injection_tests", "tests/sarn_module_tests", "tools/sarn"
+# Ends the name of a copy of a program from before all mutants.
+ORIGINAL = ".original"
 # The programs whose tests detect most mutants of a family, and these tests.
 FAMILIES = {
     "ul/include/ul/(bytes|format_error|hex|list|random_bytes|secret_text|text)|include/sarn/(cipher_stream|config_values"
@@ -42,6 +44,10 @@ SANITIZED = {
 
 def get_target(program):
     return "sarn_command" if program == COMMAND else program.split("/")[1]
+
+
+def list_every(program):
+    return None if program == COMMAND else EVERY
 
 
 def list_targets(tests):
@@ -91,7 +97,7 @@ class Workshop:
     def list_commands(self, program, tests):
         """Pairs of a name and a command that runs tests of a program."""
         start = self.start(program)
-        if program == COMMAND:
+        if program.removesuffix(ORIGINAL) == COMMAND:
             script = [sys.executable, self.folder / "tests/system/command/run_case.py"]
             system = "windows" if self.preset == "windows" else "linux"
             names = self.execute([*script, "--list", system], self.folder, check=True).stdout.split()
@@ -140,27 +146,29 @@ class Worker:
             (folder / ".deps").symlink_to(ROOT / ".deps")
         self.plain = Workshop(folder, "release")
         self.workshops = {}
-        # The tests that detected the last mutants of each file: they most probably detect the next one.
+        # By file and program, the tests that detected the last mutants: they most probably detect the next one.
         self.detectors = {}
 
     def list_stages(self, path):
-        """Targets to build, and a program with its tests to run, in order, until one detects the mutant."""
-        library = ["sarn_command"] if path.startswith("tools/") else ["ul", "sarn"]
-        is_public = path.startswith(("include/", "ul/include/"))
+        """Targets to build, and a program with its tests to run, in order, until one detects the mutant.
+
+        What is inline in a header is compiled into programs, which then contain the last such mutant. So they judge only
+        what they are built for; programs from before all mutants judge the libraries.
+        """
         family = next((tests for pattern, tests in FAMILIES.items() if re.match(pattern, path)), [])
-        stages = [(library, program, ":".join(tests)) for program, tests in self.detectors.get(path, {}).items()]
-        # Tests compile what is inline in public headers; before that they judge the libraries alone.
-        stages += [(library, program, tests) for program, tests in family if not is_public or program != HOST]
-        stages += [([get_target(program)], program, tests) for program, tests in family if is_public]
-        programs = [COMMAND] if path.startswith("tools/") else [SARN, HOST, MODULES]
-        if not self.is_quick:
-            programs += [INJECTION, COMMAND]
-        if path.startswith("ul/"):
-            programs.insert(0, UL)
-        for program in programs:
-            targets = library + [get_target(program)] * (is_public or path.endswith(".h"))
-            stages.append((targets, program, None if program == COMMAND else EVERY))
-        return stages
+        programs = [UL] * path.startswith("ul/") + [SARN, HOST, MODULES] + [INJECTION, COMMAND] * (not self.is_quick)
+        if path.startswith("tools/"):
+            stages = [(("sarn_command",), COMMAND, None)]
+        else:
+            stages = [(("ul", "sarn"), program + ORIGINAL, tests)
+                      for program, tests in family + [(program, list_every(program)) for program in programs]]
+        if path.endswith(".h") and not path.startswith("tools/"):
+            compiled = [((get_target(program),), program, EVERY) for program in (HOST, UL, SARN) if program in programs]
+            stages[len(family):len(family)] = compiled[:1]
+            stages += compiled[1:]
+        recent = [(targets, program, ":".join(self.detectors[path, program]))
+                  for targets, program in dict.fromkeys(stage[:2] for stage in stages) if (path, program) in self.detectors]
+        return recent + stages
 
     def find_detector(self, path):
         """The test that detects the change of a file; "" if it does not compile, None if no test does."""
@@ -169,10 +177,8 @@ class Worker:
                 return ""
             detector = self.plain.find_failure(program, tests)
             if detector:
-                recent = self.detectors.setdefault(path, {}).setdefault(program, [])
-                if detector in recent:
-                    recent.remove(detector)
-                self.detectors[path][program] = [detector, *recent[:7]]
+                recent = self.detectors.get((path, program), [])
+                self.detectors[path, program] = [detector, *(test for test in recent if test != detector)][:8]
                 return detector
         for name, tests in get_presets(path, self.is_quick).items():
             workshop = self.workshops[name]
@@ -197,7 +203,9 @@ class Worker:
         """Compiles all that judges mutants of these files, and checks that the tests pass without a mutant."""
         if not all(map(is_for_windows, paths)):
             every = [UL, SARN, HOST, MODULES, COMMAND] + [INJECTION] * (not self.is_quick)
-            self.require_success(self.plain, [(program, None if program == COMMAND else EVERY) for program in every])
+            self.require_success(self.plain, [(program, list_every(program)) for program in every])
+            for program in every:
+                shutil.copy(self.plain.build / program, self.plain.build / (program + ORIGINAL))
         presets = {}
         for path in paths:
             for name, tests in get_presets(path, self.is_quick).items():

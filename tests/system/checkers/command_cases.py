@@ -199,6 +199,13 @@ def make_mutated(at):
 add("Mutate", ["{python}", "scripts/mutate.py", "9", "{work}/mutants", "--jobs=1", "--critical"], make_mutated, [
     ("Survivor", lambda at: at.replace("program.cpp", "add.2. == 3", "add(2) > 2"),
      r"survived: src/library.cpp: add: return a \+ 1; => .*1 of 2 random mutants detected \(seed \d+; 50\.0 %"),
+    ("SurvivorAfterAHeader",
+     lambda at: (at.write("include/one.h", "inline int getOne() {\n    return 1;\n}\n"),
+                 at.replace("CMakeLists.txt", "add_executable.sarn_command", "include_directories(include)\n\\g<0>"),
+                 at.replace("program.cpp", "int add", '#include "one.h"\n\\g<0>'),
+                 at.replace("program.cpp", "add.2. == 3", "getOne() == 1 && add(2) > 2"),
+                 at.make("git", "add", "--all")),
+     r"survived: src/library.cpp: add: return a \+ 1; => .*2 of 3 random mutants detected"),
     ("TestThatFailsAnyway", lambda at: at.replace("program.cpp", "3 .", "4 ?"), "without a mutant tests/ul_tests.* fails"),
     ("NothingToChange", lambda at: at.write("src/library.cpp", "int add(int a);\n"), "0 of 0"),
 ])
