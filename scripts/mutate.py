@@ -3,7 +3,7 @@
 """Changes the sources in one place at a time and checks whether the tests detect it.
 
 usage: scripts/mutate.py COUNT WORK_FOLDER [--seed SEED] [--critical] [--only PREFIX] [--jobs JOBS]
-                         [--again SURVIVORS] [--quick] [--list]
+                         [--again SURVIVORS] [--quick] [--continue] [--list]
        scripts/mutate.py --check    only checks that each entry of tests/data/kept_mutants.txt names one mutant
 
 Tries COUNT mutants, chosen at random, and with --critical also all of critical code. Prints the seed. Writes results.txt
@@ -44,6 +44,8 @@ def read_options():
     parser.add_argument("--only", default="", help="only files whose path starts so")
     parser.add_argument("--jobs", type=int, default=min(2, len(os.sched_getaffinity(0))))
     parser.add_argument("--quick", action="store_true", help="survivors are only those of the fastest programs")
+    parser.add_argument("--continue", action="store_true", dest="is_continued",
+                        help="take the results of a run with the same seed that was stopped")
     parser.add_argument("--list", action="store_true")
     parser.add_argument("--again", type=pathlib.Path, help="only those that this file lists")
     return parser.parse_args()
@@ -61,14 +63,27 @@ def choose(options, kept):
     return chosen
 
 
+def read_results(options):
+    """By the name of each mutant that was tried: the test that detected it, None, or "" if it does not compile."""
+    log = options.folder / "results.txt"
+    if not options.is_continued:
+        log.unlink(missing_ok=True)
+        return {}
+    lines = [line.split("\t", 2) for line in log.read_text().splitlines()]
+    return {name: None if detector == "None" else detector for _, detector, name in lines}
+
+
 def try_all(options, chosen):
     """Pairs of a mutant and the test that detected it or None, without the mutants that do not compile."""
+    tried = read_results(options)
+    results = [(mutant, tried[mutant.name]) for mutant in chosen if tried.get(mutant.name, "") != ""]
     # By files: the next mutant of a file is compiled instead of the original.
-    results, todo, lock = [], sorted(chosen, key=lambda mutant: mutant.path, reverse=True), threading.Lock()
+    todo = sorted((mutant for mutant in chosen if mutant.name not in tried), key=lambda mutant: mutant.path, reverse=True)
+    paths, lock = {mutant.path for mutant in todo}, threading.Lock()
 
     def work(number):
         worker = Worker(options.folder / f"worker{number}", options.quick)
-        worker.prepare({mutant.path for mutant in chosen})
+        worker.prepare(paths)
         while True:
             with lock:
                 if not todo:

@@ -210,6 +210,17 @@ add("Mutate", ["{python}", "scripts/mutate.py", "9", "{work}/mutants", "--jobs=1
     ("NothingToChange", lambda at: at.write("src/library.cpp", "int add(int a);\n"), "0 of 0"),
 ])
 
+
+def make_stopped(at):
+    make_mutated(at)
+    at.write("mutants/results.txt", "1 s\tcase\tsrc/library.cpp: add: return a + 1; => return a - 1;\n")
+
+
+add("MutateContinued", ["{python}", "scripts/mutate.py", "9", "{work}/mutants", "--jobs=1", "--continue"], make_stopped, [
+    ("SurvivorBefore", replace("mutants/results.txt", "case", "None"), "1 of 2 random mutants detected"),
+    ("SurvivorAfter", replace("program.cpp", "add.2. == 3", "add(2) > 2"), "survived: .* 1 of 2 random mutants detected"),
+])
+
 # Sources without a fault, and the checks of the tree as scripts of their own.
 DEBUG = """{"version": 6, "configurePresets": [{"name": "debug", "binaryDir": "build/debug", "generator": "Ninja",
 "cacheVariables": {"CMAKE_EXPORT_COMPILE_COMMANDS": "ON"}}]}
