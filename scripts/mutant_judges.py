@@ -157,15 +157,17 @@ class Worker:
         """
         family = next((tests for pattern, tests in FAMILIES.items() if re.match(pattern, path)), [])
         programs = [UL] * path.startswith("ul/") + [SARN, HOST, MODULES] + [INJECTION, COMMAND] * (not self.is_quick)
+        is_header = path.endswith(".h")
         if path.startswith("tools/"):
             stages = [(("sarn_command",), COMMAND, None)]
         else:
             stages = [(("ul", "sarn"), program + ORIGINAL, tests)
-                      for program, tests in family + [(program, list_every(program)) for program in programs]]
-        if path.endswith(".h") and not path.startswith("tools/"):
+                      for program, tests in family + [(program, list_every(program)) for program in programs]
+                      if program != HOST or not is_header]
+        if is_header and not path.startswith("tools/"):
             compiled = [((get_target(program),), program, EVERY) for program in (HOST, UL, SARN) if program in programs]
-            stages[len(family):len(family)] = compiled[:1]
-            stages += compiled[1:]
+            first = sum(program != HOST for program, _ in family)
+            stages = stages[:first] + compiled[:1] + stages[first:] + compiled[1:]
         recent = [(targets, program, ":".join(self.detectors[path, program]))
                   for targets, program in dict.fromkeys(stage[:2] for stage in stages) if (path, program) in self.detectors]
         return recent + stages
