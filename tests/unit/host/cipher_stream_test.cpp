@@ -180,6 +180,18 @@ TEST(CStreamDecryptor, OfPiecesOfWholeBlocks_CallsTheCipherOncePerPiece) {
     EXPECT_EQ(cipher->calls, 10);
 }
 
+TEST(CStreamEncryptor, OfABatch_ReturnsItAtOnce_AndHoldsAnythingLess) {
+    for (const bool isSlow : {false, true}) {
+        const std::size_t batch = isSlow ? 1 << 19 : 16;
+        sarn::CStreamEncryptor encryptor(isSlow ? "bfcbc" : "aes256cbc", TestKey(isSlow ? 16 : 32));
+        encryptor.update({}); // the IV
+        const Bytes piece = makePattern(static_cast<int>(batch));
+        EXPECT_EQ(encryptor.update(piece).size(), batch);
+        EXPECT_EQ(encryptor.update({piece.data(), batch - 1}).size(), 0U);
+        EXPECT_EQ(encryptor.update({piece.data(), 1}).size(), batch);
+    }
+}
+
 TEST(CStreamEncryptor, LongStream_NeedsTheMemoryOfOnePiece) {
     const Bytes piece = makePattern(1000);
     sarn::CStreamEncryptor encryptor("aes256cbc", key32);

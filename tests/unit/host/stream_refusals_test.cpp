@@ -22,6 +22,7 @@ public:
             throw ul::CError("The device is gone.", "", -1, ul::CProps(), nullptr);
         const int start = append ? out.getUsed() : 0;
         size -= m_fault == Fault::Loses;
+        out.ensureAllocated(2 * (start + size) + 1);
         out.setUsed(start + size);
         for (int i = 0; i < size; ++i)
             out.getData()[start + i] = static_cast<unsigned char>(static_cast<const unsigned char*>(data)[i] ^
