@@ -24,6 +24,7 @@ from mutants import ROOT
 
 KEPT = ROOT / "tests/data/kept_mutants.txt"
 GOAL = 0.97
+BATCH = 300
 
 
 def read_kept():
@@ -77,8 +78,10 @@ def try_all(options, chosen):
     """Pairs of a mutant and the test that detected it or None, without the mutants that do not compile."""
     tried = read_results(options)
     results = [(mutant, tried[mutant.name]) for mutant in chosen if tried.get(mutant.name, "") != ""]
-    # By files: the next mutant of a file is compiled instead of the original.
-    todo = sorted((mutant for mutant in chosen if mutant.name not in tried), key=lambda mutant: mutant.path, reverse=True)
+    # In random batches, each by files: the next mutant of a file is compiled instead of the original.
+    batches = {mutant.name: number // BATCH for number, mutant in enumerate(chosen)}
+    todo = sorted((mutant for mutant in chosen if mutant.name not in tried),
+                  key=lambda mutant: (batches[mutant.name], mutant.path), reverse=True)
     paths, lock = {mutant.path for mutant in todo}, threading.Lock()
 
     def work(number):
