@@ -57,7 +57,8 @@ def choose(options, kept):
     if options.again:
         again = set(options.again.read_text().splitlines())
         return [mutant for mutant in every if mutant.name in again]
-    chosen = random.Random(options.seed).sample(every, min(options.count, len(every)))
+    # Each has a number of its own, so that a change to the sources or to the kept ones leaves the others chosen.
+    chosen = sorted(every, key=lambda mutant: random.Random(f"{options.seed} {mutant.name}").random())[:options.count]
     if options.critical:
         known = {mutant.name for mutant in chosen}
         chosen += [mutant for mutant in every if mutant.is_critical() and mutant.name not in known]
