@@ -16,6 +16,8 @@ ADDRESS_SPACE = 8 << 30
 # Tests that detect nothing that shorter ones of the same kind do not, and slow ones, which run last.
 LEFT_OUT = "*16777216*:*OfAGigabyte*"
 EVERY = f"*-{LEFT_OUT}"
+# Without the injections of every failure, which take minutes.
+QUICK_INJECTION = f"{EVERY}:All/Injections.*:*SecretUses*"
 SLOW = f"{LEFT_OUT}:CThreadStuff.*:*LargeSignedConfig*:*Whole*:*DeathTest*"
 UL, SARN, HOST = "tests/ul_tests", "tests/sarn_tests", "tests/host_tests"
 INJECTION, MODULES, COMMAND = "tests/sarn_injection_tests", "tests/sarn_module_tests", "tools/sarn"
@@ -44,10 +46,6 @@ SANITIZED = {
 
 def get_target(program):
     return "sarn_command" if program == COMMAND else program.split("/")[1]
-
-
-def list_every(program):
-    return None if program == COMMAND else EVERY
 
 
 def list_targets(tests):
@@ -149,6 +147,12 @@ class Worker:
         # By file and program, the tests that detected the last mutants: they most probably detect the next one.
         self.detectors = {}
 
+    def list_every(self, program):
+        """All tests of a program that judge a mutant."""
+        if program == INJECTION and self.is_quick:
+            return QUICK_INJECTION
+        return None if program == COMMAND else EVERY
+
     def list_stages(self, path):
         """Targets to build, and a program with its tests to run, in order, until one detects the mutant.
 
@@ -156,13 +160,13 @@ class Worker:
         what they are built for; programs from before all mutants judge the libraries.
         """
         family = next((tests for pattern, tests in FAMILIES.items() if re.match(pattern, path)), [])
-        programs = [UL] * path.startswith("ul/") + [SARN, HOST, MODULES] + [INJECTION, COMMAND] * (not self.is_quick)
+        programs = [UL] * path.startswith("ul/") + [SARN, HOST, MODULES, INJECTION] + [COMMAND] * (not self.is_quick)
         is_header = path.endswith(".h")
         if path.startswith("tools/"):
             stages = [(("sarn_command",), COMMAND, None)]
         else:
             stages = [(("ul", "sarn"), program + ORIGINAL, tests)
-                      for program, tests in family + [(program, list_every(program)) for program in programs]
+                      for program, tests in family + [(program, self.list_every(program)) for program in programs]
                       if program != HOST or not is_header]
         if is_header and not path.startswith("tools/"):
             compiled = [((get_target(program),), program, EVERY) for program in (HOST, UL, SARN) if program in programs]
@@ -204,8 +208,8 @@ class Worker:
     def prepare(self, paths):
         """Compiles all that judges mutants of these files, and checks that the tests pass without a mutant."""
         if not all(map(is_for_windows, paths)):
-            every = [UL, SARN, HOST, MODULES, COMMAND] + [INJECTION] * (not self.is_quick)
-            self.require_success(self.plain, [(program, list_every(program)) for program in every])
+            every = [UL, SARN, HOST, MODULES, INJECTION, COMMAND]
+            self.require_success(self.plain, [(program, self.list_every(program)) for program in every])
             for program in every:
                 shutil.copy(self.plain.build / program, self.plain.build / (program + ORIGINAL))
         presets = {}
