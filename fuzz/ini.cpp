@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
-// The content of a configuration can be written and read again.
+// The content of a configuration can be written and read again, and another reader reads the same.
 #include "ul/ini.h"
 
+#ifdef SARN_FUZZ_INIH
+#include "ini_beside_inih.h"
+#endif
 #include "property.h"
 #include "targets.h"
 
@@ -51,6 +54,9 @@ void fuzzINI(const std::uint8_t* data, std::size_t size) {
     const ul::P<ul::CINIContent> content = tryParse(data, static_cast<int>(size));
     if (!content)
         return;
+#ifdef SARN_FUZZ_INIH
+    compareWithInih({data, data + size}, *content);
+#endif
     const ul::String text = write(*content);
     const std::string bytes = text.toUTF8();
     const ul::P<ul::CINIContent> again = tryParse(bytes.data(), static_cast<int>(bytes.size()));
