@@ -156,8 +156,8 @@ class Worker:
     def list_stages(self, path):
         """Targets to build, and a program with its tests to run, in order, until one detects the mutant.
 
-        What is inline in a header is compiled into programs, which then contain the last such mutant. So they judge only
-        what they are built for; programs from before all mutants judge the libraries.
+        Inline code of a header is compiled into programs, which then contain its last mutant. So they judge only mutants
+        that they are built for; copies of the programs from before all mutants judge the libraries.
         """
         family = next((tests for pattern, tests in FAMILIES.items() if re.match(pattern, path)), [])
         programs = [UL] * path.startswith("ul/") + [SARN, HOST, MODULES, INJECTION] + [COMMAND] * (not self.is_quick)
