@@ -106,7 +106,7 @@ class Workshop:
                     for inputs in sorted(self.folder.glob("fuzz/corpus/*.vec"))]
         if isinstance(tests, list):
             return [(program, [*start, *tests])]
-        return [(f"{program} {tests}", [*start, f"--gtest_filter={tests}", "--gtest_fail_fast"])]
+        return [(program.removesuffix(ORIGINAL), [*start, f"--gtest_filter={tests}", "--gtest_fail_fast"])]
 
     def find_failure(self, program, tests):
         """The test that fails, or nothing. All tests of a program run in one process, which ends at the first failure."""

@@ -86,6 +86,8 @@ TEST(CStreamEncryptor, OfAnUnknownCipherOrABadKeyOrIV_IsRefusedAtOnce) {
                      [&] { sarn::CStreamDecryptor(aes, TestKey(31)); });
     expectInvalidArg("CStreamEncryptor", "cipher cannot be NULL",
                      [&] { sarn::CStreamEncryptor(ul::P<sarn::ICipher>(), key32); });
+    expectInvalidArg("CStreamDecryptor", "cipher cannot be NULL",
+                     [&] { sarn::CStreamDecryptor(ul::P<sarn::ICipher>(), key32, iv16); });
     expectInvalidArg("CStreamDecryptor", "invalid IV size",
                      [&] { sarn::CStreamDecryptor(aes, key32, makePattern(17)); });
 }

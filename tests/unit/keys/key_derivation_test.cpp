@@ -188,7 +188,7 @@ TEST(CKeyInfo, Operators_FollowCompare) {
     const CKeyInfo large(1, 2, 4);
     EXPECT_TRUE(large.keySize == 1 && large.salt == 2 && large.iterations == 4);
     CKeyInfo copy = large;
-    EXPECT_TRUE(small < large && small <= large && small <= small && large > small && large >= small);
+    EXPECT_TRUE(small < large && small <= large && small <= small && large > small && large >= small && large >= large);
     EXPECT_TRUE(small != large && copy == large && !(small == large) && !(small > large) && !(small >= large));
     EXPECT_FALSE(large <= small || copy != large || large < small || small < small || large > large);
     copy = small;

@@ -67,6 +67,13 @@ TEST_F(FileSignature, StoredSignature_IsReadBackAndVerifies) {
     EXPECT_FALSE(verify());
 }
 
+TEST_F(FileSignature, StoredSignature_IsWhatItsBufferUses) {
+    Buffer signature(300, 256);
+    std::fill_n(signature.getData(), 300, static_cast<unsigned char>(7));
+    sarn::storeSignatureBase64(folder.getPath("f.sig"), signature);
+    EXPECT_EQ(load(), Bytes(256, 7));
+}
+
 TEST_F(FileSignature, SignatureFileInAnyShape_IsRead) {
     const Bytes signature = sign(folder.write("f", makeText(100)));
     const auto encode = [&signature](bool keepPadding, bool lineBreaks) {
