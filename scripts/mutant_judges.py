@@ -211,7 +211,9 @@ class Worker:
             every = [UL, SARN, HOST, MODULES, INJECTION, COMMAND]
             self.require_success(self.plain, [(program, self.list_every(program)) for program in every])
             for program in every:
-                shutil.copy(self.plain.build / program, self.plain.build / (program + ORIGINAL))
+                original = self.plain.build / (program + ORIGINAL)
+                original.unlink(missing_ok=True)  # one of a run that was stopped may still run
+                shutil.copy(self.plain.build / program, original)
         presets = {}
         for path in paths:
             for name, tests in get_presets(path, self.is_quick).items():
