@@ -61,14 +61,17 @@ SavedState parseText(const std::string& name, std::string_view line) {
 std::string identify(const std::string& name, ul::CBytes bytes) {
     std::string found, reasons;
     for (const std::string& id : getDigestIds()) {
-        const std::string reason = tryToLoad(id, bytes);
-        if (reason.empty())
+        std::string reason = tryToLoad(id, bytes);
+        if (reason.empty()) {
             found.append(found.empty() ? "" : " or ").append(id);
-        else
-            reasons.append("\n  ").append(id).append(": ").append(reason);
+            continue;
+        }
+        if (reason.back() == '.')
+            reason.pop_back();
+        reasons.append(reasons.empty() ? "" : "; ").append(id).append(": ").append(reason);
     }
     if (found.empty())
-        refuse(name, "no digest accepts it." + reasons);
+        refuse(name, "no digest accepts it (" + reasons + ")");
     if (found.find(' ') != std::string::npos)
         throw Problem(Misuse, name + " may be a state of " + found + ": say which with --id");
     return found;

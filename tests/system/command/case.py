@@ -2,6 +2,7 @@
 """The common part of the cases of the command."""
 import os
 import pathlib
+import re
 import shlex
 import shutil
 import subprocess
@@ -64,10 +65,11 @@ class Place:
         return done.stdout.decode("utf-8", "surrogateescape") + messages
 
     def fail(self, status, message, *words, **options):
-        """Runs the command, which must fail with this status and a message that contains a text, and write nothing."""
+        """Runs the command, which must fail with this status, write nothing, and show a text that ends with a word."""
         before = self.list()
         output = self.run(*words, status=status, **options)
-        expect(message in output, f"{words}: there is no '{message}' in: {output}")
+        end = r"(?=[\s.:,;)]|$)" if message[-1].isalnum() else ""
+        expect(re.search(re.escape(message) + end, output), f"{words}: there is no '{message}' in: {output}")
         expect(self.list() == before, f"{words}: it has left {set(self.list()) ^ set(before)}")
 
     def ask(self, *words, stdin=b"", status=0):

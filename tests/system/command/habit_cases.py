@@ -29,6 +29,13 @@ def check_misuse(at):
     expect(at.run("--version").startswith("sarn 1."), "no version")
 
 
+@case("Help_SaysWhatTheCommandIsFor_AndTheRulesOfAllCommands", windows=True)
+def check_help(at):
+    output = " ".join(at.run("--help").split())
+    expect("The services of the library sarn for operators: digests, encryption, signatures and" in output, output)
+    expect(output.endswith("Exit status: 0 done, 1 not verified, 2 wrong use, 3 failed."), output)
+
+
 @case("Failure_NamesFileAndReasonOnOneCleanLine")
 def check_messages(at):
     output = at.run("digest", "sha1", "gone\x1b[31m\nTry: rm", status=3)

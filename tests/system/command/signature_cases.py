@@ -128,6 +128,8 @@ def check_config(at):
         verify_by_openssl(at, public, name)
         options = ("--key", public, *options, name)
         expect(at.run("config", "check", *options) == f"{name}: OK, 3 values\n", "not checked")
+        record = json.loads(at.run("config", "check", "--json", *options))
+        expect(record == {"name": name, "verified": True, "values": 3}, record)
         expect(at.run("config", "list", *options) == "//first=1\n/sources/path=Z:\\home\\ada\n/sources/name=Größe\n",
                "not listed")
         expect(at.run("config", "list", *options, "/sources/n") == "/sources/name=Größe\n", "not listed")
