@@ -2,8 +2,8 @@
 #include "ini_beside_inih.h"
 
 #include "property.h"
+#include "support/ini_values.h"
 
-#include <algorithm>
 #include <map>
 #include <sstream>
 #include <utility>
@@ -36,17 +36,9 @@ bool hasSameRules(const std::string& line) {
 
 Values list(const ul::CINIContent& content) {
     Values values;
-    ul::TArray<ul::String> sections;
-    content.getSectionNames(sections);
-    for (const ul::String& section : sections) {
-        ul::TArray<ul::String> names;
-        content.getSectionValueNames(section, names);
-        for (const ul::String& name : names) {
-            ul::String value;
-            content.tryGetSectionValue(value, section, name);
-            values[{section.toUTF8(), name.toUTF8()}] = value.toUTF8();
-        }
-    }
+    sarn_test::forEachValue(content, [&](const std::string& section, const std::string& name, std::string value) {
+        values[{section, name}] = std::move(value);
+    });
     return values;
 }
 

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "support/expect.h"
+#include "support/ini_values.h"
 #include "support/markdown_table.h"
 #include "support/temp_folder.h"
 
@@ -19,17 +20,9 @@ ul::P<ul::CINIContent> parse(const std::string& text) {
 /// All values as "/section/name=value", in order.
 Values list(const ul::CINIContent& content) {
     Values values;
-    ul::TArray<ul::String> sections;
-    content.getSectionNames(sections);
-    for (const ul::String& section : sections) {
-        ul::TArray<ul::String> names;
-        content.getSectionValueNames(section, names);
-        for (const ul::String& name : names) {
-            ul::String value;
-            EXPECT_TRUE(content.tryGetSectionValue(value, section, name));
-            values.push_back("/" + section.toUTF8() + "/" + name.toUTF8() + "=" + value.toUTF8());
-        }
-    }
+    forEachValue(content, [&](const std::string& section, const std::string& name, const std::string& value) {
+        values.push_back("/" + section + "/" + name + "=" + value);
+    });
     return values;
 }
 
