@@ -43,7 +43,8 @@ std::string digestOne(const Options& options, const std::string& name) {
     if (!options.resumedFrom.empty()) {
         const SavedState state = readState(options.resumedFrom, options.id);
         if (!state.size)
-            throw Problem(Misuse, options.resumedFrom + " does not say how many bytes its checksum covers");
+            throw Problem(Misuse,
+                          describeInput(options.resumedFrom) + " does not say how many bytes its checksum covers");
         sarn::loadState(*digest, state.bytes);
         size = *state.size;
         input.skip(size);

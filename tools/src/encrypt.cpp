@@ -78,7 +78,7 @@ int decrypt(const Options& options) {
     } catch (const ul::CFileError&) {
         throw;
     } catch (const ul::CError& error) {
-        throw Problem(Failed, options.from +
+        throw Problem(Failed, describeInput(options.from) +
                                   " cannot be decrypted: another key, password or cipher, or the message was " +
                                   "cut or changed (" + error.what() + ")");
     }

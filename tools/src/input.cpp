@@ -12,10 +12,12 @@
 
 namespace tool {
 
+std::string describeInput(const std::string& name) {
+    return name == "-" ? "standard input" : name;
+}
+
 Input::Input(const std::string& name)
-    : m_name(name == "-" ? "standard input" : name),
-      m_isOwn(name != "-"),
-      m_descriptor(m_isOwn ? openToRead(getPath(name)) : 0) {
+    : m_name(describeInput(name)), m_isOwn(name != "-"), m_descriptor(m_isOwn ? openToRead(getPath(name)) : 0) {
     if (m_descriptor == -1)
         throw makeFileError("open file", m_name);
 }

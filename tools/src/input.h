@@ -10,6 +10,9 @@
 
 namespace tool {
 
+/// How messages name an input: "standard input" for "-".
+std::string describeInput(const std::string& name);
+
 /// A file, standard input under the name "-", or an open descriptor. Any kind of file is read, for example a FIFO.
 /// Errors are ul::CFileError with the name as the user wrote it.
 class Input {

@@ -15,7 +15,7 @@ namespace {
 constexpr int sizeLimit = 1 << 16;
 
 [[noreturn]] void refuse(const std::string& name, const std::string& reason) {
-    throw Problem(NotVerified, name + " is not a saved state that can be used: " + reason);
+    throw Problem(NotVerified, describeInput(name) + " is not a saved state that can be used: " + reason);
 }
 
 /// Takes the next word of a line.
@@ -73,7 +73,7 @@ std::string identify(const std::string& name, ul::CBytes bytes) {
     if (found.empty())
         refuse(name, "no digest accepts it (" + reasons + ")");
     if (found.find(' ') != std::string::npos)
-        throw Problem(Misuse, name + " may be a state of " + found + ": say which with --id");
+        throw Problem(Misuse, describeInput(name) + " may be a state of " + found + ": say which with --id");
     return found;
 }
 

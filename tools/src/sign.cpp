@@ -56,7 +56,8 @@ ul::P<sarn::ISigner> beginSign(const SigningOptions& options) {
     try {
         return sarn::createRSA_SHA1()->beginSign(key, sarn::checkPassPhrase(passphrase));
     } catch (const ul::CError& error) {
-        throw Problem(Failed, options.key + " is not a private key in PEM form, or its passphrase is another one (" +
+        throw Problem(Failed, describeInput(options.key) +
+                                  " is not a private key in PEM form, or its passphrase is another one (" +
                                   error.what() + ")");
     }
 }
@@ -66,7 +67,7 @@ ul::P<sarn::IVerifier> beginVerify(const std::string& name) {
     try {
         return sarn::createRSA_SHA1()->beginVerify(key);
     } catch (const ul::CError& error) {
-        throw Problem(Failed, name + " is not a public key in PEM form (" + error.what() + ")");
+        throw Problem(Failed, describeInput(name) + " is not a public key in PEM form (" + error.what() + ")");
     }
 }
 

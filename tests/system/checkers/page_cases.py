@@ -54,8 +54,8 @@ add("PageCode", ["{cmake}", "-DPAGE={work}/README.md", "-DROOT={work}", "-P", "{
 COMMANDS = "```console\n$ cat file\nkept\n```\n```pycon\n>>> open('file').read()\n'kept\\n'\n```\n"
 add("PageCommands", ["{python}", "{source}/tests/system/recovery/check_commands.py", "page.md", "folder", "file"],
     lambda at: (at.write("file", "kept\n"), at.write("page.md", COMMANDS)), [
-    ("WhoseOutputDiffers", lambda at: at.write("file", "changed\n"), "status 0, expected: kept got: changed"),
-    ("ThatFail", lambda at: at.replace("page.md", "cat file\nkept", "false"), "in line 1: false status 1"),
+    ("WhoseOutputDiffers", lambda at: at.write("file", "changed\n"), "in line 1: cat file expected: kept got: changed"),
+    ("ThatFail", lambda at: at.replace("page.md", "cat file\nkept", "false"), "in line 1: false expected: got: \\[1\\]"),
     ("ThatPrintWhatThePageDoesNotShow", lambda at: at.replace("page.md", "^kept\n", ""), "expected: got: kept"),
     ("OfPythonWhoseOutputDiffers", lambda at: at.replace("page.md", "'kept", "'lost"), "Expected: 'lost"),
     ("OfAnotherKind", lambda at: at.append("page.md", "```sh\nfalse\n```\n"), "in line 9: a block of the kind 'sh'"),

@@ -6,6 +6,7 @@ import re
 import shlex
 import shutil
 import subprocess
+import sys
 
 # The checks by their names, and the names of those that also run on Windows.
 CASES, ON_WINDOWS = {}, []
@@ -34,6 +35,13 @@ def make_bytes(size):
 def expect(condition, problem):
     if not condition:
         raise AssertionError(problem)
+
+
+def get_checker(at):
+    """The module that runs the commands of pages."""
+    sys.path.insert(0, str(at.source / "tests/system/recovery"))
+    import check_commands  # pylint: disable=import-outside-toplevel
+    return check_commands
 
 
 class Place:
@@ -89,6 +97,21 @@ class Place:
         """Compares something with that of another program."""
         self.compared += 1
         expect(ours == theirs, f"{what}: ours is {ours!r:.200}, that of the other program {theirs!r:.200}")
+
+    def prepare_examples(self):
+        """Makes the files of the examples, and puts the command in the path."""
+        bin_ = self.folder.parent / (self.folder.name + "-bin")
+        shutil.rmtree(bin_, ignore_errors=True)
+        bin_.mkdir()
+        (bin_ / "sarn").write_text(f'#!/bin/sh\nexec {self.shell_words} "$@"\n')
+        (bin_ / "sarn").chmod(0o755)
+        os.environ["PATH"] = f"{bin_}:{os.environ['PATH']}"
+        for name, target in (("private.pem", "rsa2048_for_tests_only.pem"), ("public.pem", "rsa2048_for_tests_only.pub.pem")):
+            shutil.copy(self.keys / target, name)
+        for name, content in (("letter.txt", LETTER), ("log.txt", b"123456"), ("password.txt", b"correct horse\n"),
+                              ("backup.ini", b"[sources]\npath=/home/ada\ncipher=aes256cbc\n")):
+            self.write(name, content)
+        self.run("sign", "--key", "private.pem", "backup.ini")
 
     def write(self, name, content):
         pathlib.Path(name).write_bytes(content if isinstance(content, bytes) else content.encode())

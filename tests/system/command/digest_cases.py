@@ -76,14 +76,6 @@ def check_names(at):
         expect(f"{name}: OK\n" == at.run("digest", "sha256", "--check", "LIST"), f"{content} is not the listed file")
 
 
-@case("Digest_OfSomeMissingFiles_ReportsThemAndDigestsTheOthers")
-def check_missing(at):
-    at.write("present", "present")
-    output = at.run("digest", "sha256", "missing", "present", status=3)
-    expect(at.ask("sha256sum", "present").decode() in output, output)
-    expect("\nsarn digest: Cannot open file 'missing': No such file or directory.\n" in output, output)
-
-
 @case("Check_OfADifferentFile_SaysWhichAndHasStatus1", windows=True)
 def check_different(at):
     at.write("LIST", at.ask("sha256sum", at.write("good", "a"), at.write("bad", "b")))
@@ -93,15 +85,6 @@ def check_different(at):
     expect("\nsarn digest: 1 of 2 files are not as LIST says" in output, output)
     json = at.run("digest", "sha256", "--check", "LIST", "--json", status=1)
     expect('[{"name": "good", "verified": true},\n {"name": "bad", "verified": false}]\n' in json, json)
-
-
-@case("Check_OfAMissingFile_SaysWhichAndHasStatus3")
-def check_listed_but_missing(at):
-    at.write("LIST", at.ask("sha256sum", at.write("good", "a"), at.write("gone", "b")))
-    os.remove("gone")
-    output = at.run("digest", "sha256", "--check", "LIST", status=3)
-    expect("good: OK\ngone: FAILED open or read\n" in output, output)
-    expect("\nsarn digest: Cannot open file 'gone': No such file or directory.\n" in output, output)
 
 
 @case("Check_OfLinesThatAreNotDigests_HasStatus1")

@@ -1,44 +1,19 @@
 # SPDX-License-Identifier: Apache-2.0
 """The help, the page, the manual, the completion, and the lists of algorithms."""
 import json
-import os
 import pathlib
 import re
-import shutil
 import sys
 
-from case import LETTER, case, expect
+from case import case, expect, get_checker
 
 COMMANDS = ("digest", "state", "encrypt", "decrypt", "key", "sign", "verify", "config check", "config list", "config get",
             "config sign", "hmac", "base64", "algorithms")
-BACKUP_INI = b"[sources]\npath=/home/ada\ncipher=aes256cbc\n"
-
-
-def prepare(at):
-    """The files of the examples, and the command in the path."""
-    bin_ = at.folder.parent / (at.folder.name + "-bin")
-    shutil.rmtree(bin_, ignore_errors=True)
-    bin_.mkdir()
-    (bin_ / "sarn").write_text(f'#!/bin/sh\nexec {at.shell_words} "$@"\n')
-    (bin_ / "sarn").chmod(0o755)
-    os.environ["PATH"] = f"{bin_}:{os.environ['PATH']}"
-    for name, target in (("private.pem", "rsa2048_for_tests_only.pem"), ("public.pem", "rsa2048_for_tests_only.pub.pem")):
-        shutil.copy(at.keys / target, name)
-    for name, content in (("letter.txt", LETTER), ("log.txt", b"123456"), ("password.txt", b"correct horse\n"),
-                          ("backup.ini", BACKUP_INI)):
-        at.write(name, content)
-    at.run("sign", "--key", "private.pem", "backup.ini")
-
-
-def get_checker(at):
-    sys.path.insert(0, str(at.source / "tests/system/recovery"))
-    import check_commands  # pylint: disable=import-outside-toplevel
-    return check_commands
 
 
 @case("Help_OfEachCommand_HasAnExampleThatWorks")
 def check_help(at):
-    prepare(at)
+    at.prepare_examples()
     for command in COMMANDS:
         text = at.run(*command.split(), "--help")
         expect(re.search(rf"^Usage: sarn {command} ", text, re.M), text)
@@ -63,7 +38,7 @@ def check_width(at):
 
 @case("Page_ShowsWhatItsCommandsPrint")
 def check_page(at):
-    prepare(at)
+    at.prepare_examples()
     count, problems = get_checker(at).check((at.source / "docs/command.md").read_text(encoding="utf-8"))
     expect(not problems and count > 5, "\n".join(problems) or "there are no blocks")
 

@@ -9,6 +9,7 @@ import signal
 import sys
 
 import case
+import transcript_cases  # first, as these soon show most mistakes
 import cipher_cases, digest_cases, encoding_cases, habit_cases, page_cases, signature_cases, state_cases, terminal_cases
 
 

@@ -107,17 +107,6 @@ def check_changed(at):
         expect(output == {"name": "letter", "verified": False}, output)
 
 
-@case("Verify_WithoutItsFiles_HasStatus3")
-def check_missing(at):
-    private, public = get_pair(at, "rsa2048")
-    at.write("letter", LETTER)
-    at.fail(3, "Cannot open file 'letter.sig'", "verify", "--key", public, "letter")
-    at.write("letter.sig", base64.encodebytes(LETTER))
-    at.fail(3, "is not a public key in PEM form", "verify", "--key", private, "letter")
-    at.fail(3, "Cannot open file 'gone'", "verify", "--key", "gone", "letter")
-    at.fail(3, "larger than 65536 bytes", "verify", "--key", public, "letter", at.write("large", bytes(65537)))
-
-
 @case("Config_ThatIsSigned_IsCheckedListedAndAsked", windows=True)
 def check_config(at):
     private, public = get_pair(at, "rsa2048")
@@ -182,9 +171,3 @@ def check_changed_config(at):
     for words in (("check",), ("list",), ("get",)):
         more = ("/sources/name",) if words == ("get",) else ()
         at.fail(1, "Invalid signature for config file.", "config", *words, "--key", public, "a.ini", *more)
-
-
-@case("Config_ThatIsNotOne_IsNotSigned")
-def check_not_a_config(at):
-    private, _ = get_pair(at, "rsa2048")
-    at.fail(3, "Invalid INI text in line 1", "config", "sign", "--key", private, at.write("letter", LETTER))

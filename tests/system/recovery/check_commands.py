@@ -4,9 +4,9 @@
 
 usage: check_commands.py PAGE FOLDER FILE...
 
-The commands run in FOLDER, on copies of the files. In a block "console" a line that starts with "$ " is a command,
-which must succeed, and the lines after it are its output; a block "pycon" is a session of Python, which keeps its
-names from block to block. There must not be a block of another kind, which nothing would check.
+The commands run in FOLDER, on copies of the files. In a block "console" a line that starts with "$ " is a command, and
+the lines after it are its output, with the status in brackets if it fails; a block "pycon" is a session of Python,
+which keeps its names from block to block. There must not be a block of another kind, which nothing would check.
 """
 import doctest
 import os
@@ -24,10 +24,10 @@ def check_console(text):
     for example in re.split(r"^\$ ", text, flags=re.M)[1:]:
         command, expected = re.match(r"((?:[^\n]*\\\n)*[^\n]*\n)(.*)", example, re.S).groups()
         done = subprocess.run(["sh", "-c", command], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-                              stderr=subprocess.STDOUT, check=False)
-        output = done.stdout.decode(errors="replace")
-        if done.returncode != 0 or output.rstrip("\n") != expected.rstrip("\n"):
-            yield f"{command}status {done.returncode}, expected:\n{expected}got:\n{output}"
+                              stderr=subprocess.STDOUT, check=False, start_new_session=True)
+        output = done.stdout.decode(errors="replace") + f"[{done.returncode}]\n" * (done.returncode != 0)
+        if output.rstrip("\n") != expected.rstrip("\n"):
+            yield f"{command}expected:\n{expected}got:\n{output}"
 
 
 def check_session(text, names, line):
