@@ -29,6 +29,9 @@ TEST(TArray, Append_KeepsTheOrder) {
     EXPECT_EQ(std::vector<ul::String>(array.begin(), array.end()), (std::vector<ul::String>{"ac", "b", ""}));
     sarn_test::expectInvalidArg("TArray::resize", "invalid size", [&] { array.resize(-1); });
     EXPECT_EQ(array.getSize(), 3);
+    array.resize(0);
+    EXPECT_TRUE(array.isEmpty());
+    array.append("d");
     array.clear();
     EXPECT_EQ(array.getSize(), 0);
 }
