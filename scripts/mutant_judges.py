@@ -35,7 +35,7 @@ FAMILIES = {
     "src/frame/|include/": [(SARN, f"*Init*:*ObjectModel*:*Instance*:Overlaps*:*Queue*:*Regist*-{SLOW}")],
 }
 # Presets that judge what only Windows compiles, and survivors, with their tests. A mutant of a lock is a data race.
-WINDOWS = {"windows": [(UL, f"*-{SLOW}"), (COMMAND, None)]}
+WINDOWS = {"windows": [(UL, f"*-{SLOW}"), (HOST, "*Path*:*Native*"), (COMMAND, None)]}
 WINDOWS_COMMAND = {"windows": [(COMMAND, None)]}
 SANITIZED = {
     "tsan": [(UL, "*Thread*:*Mutex*:*Slot*:*Log*:*Random*:*Pointer*"), (MODULES, "*"),
@@ -52,15 +52,12 @@ def list_targets(tests):
     return sorted({get_target(program) for program, _ in tests})
 
 
-def is_for_windows(path):
-    return "/windows/" in path
-
-
-def get_presets(path, is_quick):
-    """The presets that judge a mutant of a file after the preset release, with their tests."""
-    if is_for_windows(path):
-        return WINDOWS_COMMAND if path.startswith("tools/") else WINDOWS
-    return {} if is_quick or path.startswith("tools/") else SANITIZED
+def get_presets(mutant, is_quick):
+    """The presets that judge a mutant after the preset release, with their tests."""
+    is_tool = mutant.path.startswith("tools/")
+    if mutant.is_for_windows:
+        return WINDOWS_COMMAND if is_tool else WINDOWS
+    return {} if is_quick or is_tool else SANITIZED
 
 
 def limit_resources(seconds, space):
@@ -176,9 +173,10 @@ class Worker:
                   for targets, program in dict.fromkeys(stage[:2] for stage in stages) if (path, program) in self.detectors]
         return recent + stages
 
-    def find_detector(self, path):
-        """The test that detects the change of a file; "" if it does not compile, None if no test does."""
-        for targets, program, tests in [] if is_for_windows(path) else self.list_stages(path):
+    def find_detector(self, mutant):
+        """The test that detects a mutant; "" if it does not compile, None if no test does."""
+        path = mutant.path
+        for targets, program, tests in [] if mutant.is_for_windows else self.list_stages(path):
             if not self.plain.compile(*targets):
                 return ""
             detector = self.plain.find_failure(program, tests)
@@ -186,7 +184,7 @@ class Worker:
                 recent = self.detectors.get((path, program), [])
                 self.detectors[path, program] = [detector, *(test for test in recent if test != detector)][:8]
                 return detector
-        for name, tests in get_presets(path, self.is_quick).items():
+        for name, tests in get_presets(mutant, self.is_quick).items():
             workshop = self.workshops[name]
             if not workshop.compile(*list_targets(tests)):
                 return ""
@@ -201,13 +199,13 @@ class Worker:
         original = target.read_text()
         target.write_text(mutant.apply(original))
         try:
-            return self.find_detector(mutant.path)
+            return self.find_detector(mutant)
         finally:
             target.write_text(original)
 
-    def prepare(self, paths):
-        """Compiles all that judges mutants of these files, and checks that the tests pass without a mutant."""
-        if not all(map(is_for_windows, paths)):
+    def prepare(self, mutants):
+        """Compiles all that judges these mutants, and checks that the tests pass without a mutant."""
+        if not all(mutant.is_for_windows for mutant in mutants):
             every = [UL, SARN, HOST, MODULES, INJECTION, COMMAND]
             self.require_success(self.plain, [(program, self.list_every(program)) for program in every])
             for program in every:
@@ -215,8 +213,8 @@ class Worker:
                 original.unlink(missing_ok=True)  # one of a run that was stopped may still run
                 shutil.copy(self.plain.build / program, original)
         presets = {}
-        for path in paths:
-            for name, tests in get_presets(path, self.is_quick).items():
+        for mutant in mutants:
+            for name, tests in get_presets(mutant, self.is_quick).items():
                 presets.setdefault(name, []).extend(test for test in tests if test not in presets[name])
         for name, tests in presets.items():
             self.workshops[name] = Workshop(self.folder, name)

@@ -41,8 +41,9 @@ ONE_LINE_BODY = re.compile(r"^(.*\).*)\{ (?!return\b)[^{}]*; \}$")
 
 
 class Mutant:
-    def __init__(self, path, number, before, after):
+    def __init__(self, path, number, before, after, is_for_windows):
         self.path, self.number, self.before, self.after = path, number, before, after
+        self.is_for_windows = is_for_windows
         self.name = ""
 
     def is_critical(self):
@@ -137,18 +138,21 @@ def mutate_statements(lines, number):
 def make_mutants(path, lines):
     is_compiled = True
     in_raw_string = False
+    is_for_windows = in_windows_folder = "/windows/" in path
     messages = sorted({token[0] for line in lines if not line.lstrip().startswith(("//", "#"))
                        for token in TOKENS.finditer(line) if MESSAGE.fullmatch(token[0])})
     for number, line in enumerate(lines):
         bare = line.strip()
         # Code for newer versions of libcrypto is not part of this build.
         if bare.startswith("#if"):
+            is_for_windows = in_windows_folder or bare == "#ifdef _WIN32"
             is_compiled = "OPENSSL_VERSION_NUMBER >= 0x30000000L" not in bare
             has_other_part = "OPENSSL_VERSION_NUMBER" in bare
         elif bare.startswith("#else"):
+            is_for_windows = in_windows_folder
             is_compiled = not (has_other_part and is_compiled)
         elif bare.startswith("#endif"):
-            is_compiled = True
+            is_for_windows, is_compiled = in_windows_folder, True
         was_raw_string, in_raw_string = in_raw_string, (in_raw_string or 'R"(' in line) and ')"' not in line
         if not is_compiled or was_raw_string or in_raw_string:
             continue
@@ -157,11 +161,11 @@ def make_mutants(path, lines):
         if bare.endswith((") = 0;", " const = 0;")):
             continue
         for after in mutate_tokens(line, messages, bool(HELP.match(source_places.find_function(lines, number)))):
-            yield Mutant(path, number, line, after)
+            yield Mutant(path, number, line, after, is_for_windows)
         if CONDITION.match(line):
-            yield Mutant(path, number, line, CONDITION.sub(r"\1!(\2)\3", line))
+            yield Mutant(path, number, line, CONDITION.sub(r"\1!(\2)\3", line), is_for_windows)
         for before, after in mutate_statements(lines, number):
-            yield Mutant(path, number, before, after)
+            yield Mutant(path, number, before, after, is_for_windows)
 
 
 def find_mutants(path):

@@ -83,11 +83,11 @@ def try_all(options, chosen):
     batches = {mutant.name: number // BATCH for number, mutant in enumerate(chosen)}
     todo = sorted((mutant for mutant in chosen if mutant.name not in tried),
                   key=lambda mutant: (batches[mutant.name], mutant.path), reverse=True)
-    paths, lock = {mutant.path for mutant in todo}, threading.Lock()
+    every, lock = list(todo), threading.Lock()
 
     def work(number):
         worker = Worker(options.folder / f"worker{number}", options.quick)
-        worker.prepare(paths)
+        worker.prepare(every)
         while True:
             with lock:
                 if not todo:

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <system_error>
 
 namespace tool {
@@ -77,10 +78,9 @@ void Output::commit() {
 }
 
 void writeTo(int descriptor, ul::CBytes bytes, const std::string& name) {
-    constexpr std::size_t most = 1 << 30;
     for (const unsigned char* at = bytes.begin(); at != bytes.end();) {
-        const auto left = static_cast<std::size_t>(bytes.end() - at);
-        const int count = writeSome(descriptor, at, static_cast<int>(std::min(left, most)));
+        const auto left = std::min<std::ptrdiff_t>(bytes.end() - at, INT_MAX);
+        const int count = writeSome(descriptor, at, static_cast<int>(left));
         throwIfInterrupted();
         if (count <= 0)
             throw makeFileError("write file", name);

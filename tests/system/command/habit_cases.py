@@ -125,6 +125,7 @@ def check_closed_streams(at):
         at.ask("bash", "-c", f"{program} base64 --force file new {close}", status=status)
         expect(at.read("new") == at.ask("base64", "-w64", "file"), f"{close}: it has other bytes")
     at.ask("bash", "-c", f"{program} digest sha1 <&-", status=3)
+    at.ask("bash", "-c", f"{program} hmac sha1 --key file - <&-", status=3)
     at.ask("bash", "-c", f"{program} digest sha1 file >&-", status=3)
     at.ask("bash", "-c", f"{program} digest sha1 gone 2>&- >&-", status=3)
 
@@ -168,6 +169,19 @@ def check_ignored(at):
         process.send_signal(signal.SIGHUP)
         process.communicate()
     expect(process.returncode == 0 and at.list() == [b"new"], process.returncode)
+
+
+@case("Memory_ThatIsExhausted_IsReported")
+def check_exhausted(at):
+    if b"__asan_init" in at.read(at.program[-1]) or b"__tsan_init" in at.read(at.program[-1]):
+        return  # it reserves more address space than any limit allows
+
+    def limit():
+        resource.setrlimit(resource.RLIMIT_AS, (1 << 29, 1 << 29))
+    with open("large", "wb") as file:
+        file.truncate(1 << 30)
+    output = at.run("base64", "--decode", "large", status=3, preexec_fn=limit)
+    expect(output == "sarn base64: The memory is exhausted.\n", output)
 
 
 @case("Memory_DoesNotGrowWithTheFile")

@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 """The command at a terminal: secrets that are typed, and the progress bar."""
+import contextlib
 import os
 import pty
 import re
@@ -134,6 +135,54 @@ def check_progress(at):
         status, shown = terminal.end()
         drawn = re.search(r"\r\x1b\[K\d MiB  standard input(.|\n)*\r\x1b\[K$", shown)
         expect(status == 0 and bool(drawn) == is_slow, ascii(shown))
+
+
+def stop_while_it_reads(process, name):
+    """Stops a process after it has read a part of a file, and returns how many bytes."""
+    for _ in range(3000):
+        for number in os.listdir(f"/proc/{process.pid}/fd"):
+            with contextlib.suppress(OSError):
+                if os.readlink(f"/proc/{process.pid}/fd/{number}").endswith(name):
+                    process.send_signal(signal.SIGSTOP)
+                    with open(f"/proc/{process.pid}/fdinfo/{number}", encoding="ascii") as file:
+                        position = int(file.readline().split()[1])
+                    if position > 0:
+                        return position
+                    process.send_signal(signal.SIGCONT)
+        time.sleep(0.001)
+    raise AssertionError("it did not read for some seconds")
+
+
+@case("Progress_OfAFile_IsABarOfItsPart")
+def check_bar(at):
+    size = 1 << 31
+    for name in ("a name of more than thirty-six characters", "this name has just 36 characters ...", "a short name"):
+        with open(name, "wb") as file:
+            file.truncate(size)
+        terminal = Terminal(at, "digest", "sha1", name)
+        position = stop_while_it_reads(terminal.process, name)
+        time.sleep(1.2)
+        terminal.process.send_signal(signal.SIGCONT)
+        terminal.expect("\r\x1b[K[")
+        while b"\r" not in terminal.shown:
+            expect(terminal.read(), terminal.shown)
+        terminal.process.send_signal(signal.SIGINT)
+        terminal.end()
+        bar, part, shown = re.fullmatch(r"(#*\.*)\] (\d+) %  (.*)", terminal.shown.decode().partition("\r")[0]).groups()
+        expect(position * 100 // size <= int(part) < 90, f"{part} % after {position} bytes")
+        expect(len(bar) == 30 and int(part) * 30 // 100 <= bar.count("#") <= (int(part) + 1) * 30 // 100, f"{part} %: {bar}")
+        expect(shown == (name if len(name) <= 36 else "..." + name[-33:]), shown)
+
+
+@case("Input_FromATerminal_DoesNotBecomeTheControllingTerminal")
+def check_controlling(at):
+    master, slave = pty.openpty()
+    with subprocess.Popen([*at.program, "digest", "sha1", os.ttyname(slave)], start_new_session=True,
+                          stdout=subprocess.PIPE, env=at.environment) as process:
+        time.sleep(0.3)
+        os.write(master, b"abc\x03\x04\x04")  # Ctrl-C of a controlling terminal would end it
+        output, _ = process.communicate()
+    expect(process.returncode == 0 and b"  " + os.ttyname(slave).encode() in output, (process.returncode, output))
 
 
 @case("Progress_InAPipe_IsNotShown")

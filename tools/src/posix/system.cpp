@@ -34,15 +34,13 @@ bool mustRepeat(ssize_t result) {
     return result == -1 && errno == EINTR && interruptedBy == 0;
 }
 
-/// Waits until there is something to read. Returns false and sets errno if there is an interrupt.
+/// Waits until there is something to read. Returns false if there is an interrupt.
 bool waitForInput(int descriptor) {
     pollfd waiting[] = {{descriptor, POLLIN, 0}, {interruptPipe[0], POLLIN, 0}};
     int result = 0;
     do
         result = poll(waiting, std::size(waiting), -1);
     while (mustRepeat(result));
-    if (waiting[1].revents != 0)
-        errno = EINTR;
     return result != -1 && waiting[1].revents == 0;
 }
 
@@ -84,9 +82,7 @@ private:
 
 void prepareProcess() {
     occupyClosedStreams();
-    if (pipe(interruptPipe) == 0)
-        for (const int descriptor : interruptPipe)
-            fcntl(descriptor, F_SETFD, FD_CLOEXEC);
+    [[maybe_unused]] const int ignored = pipe2(interruptPipe, O_CLOEXEC);
     // These become errors of write(), so that temporary files are removed.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
@@ -183,7 +179,6 @@ ul::TCryptBuffer<char> readHiddenLine(const std::string& prompt) {
     char character = 0;
     while (readSome(terminal.getDescriptor(), &character, 1) == 1 && character != '\n')
         line.insert(line.getUsed(), &character, 1);
-    ul::wipe(&character, 1);
     throwIfInterrupted();
     return line;
 }

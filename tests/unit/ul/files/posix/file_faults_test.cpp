@@ -35,6 +35,18 @@ TEST_F(WriteUTF8TextFile, AtTheTopOfAFileSystem_IsWrittenWithinIt) {
     fs::remove(name);
 }
 
+TEST_F(WriteUTF8TextFile, WithoutStandardInput_UsesDescriptor0AndClosesIt) {
+    const int standardInput = ::dup(STDIN_FILENO);
+    ::close(STDIN_FILENO);
+    errno = EACCES;
+    ul::writeUTF8TextFile(path, "text");
+    errno = ENXIO;
+    EXPECT_TRUE(ul::readUTF8TextFile(path) == "text");
+    EXPECT_EQ(::fcntl(STDIN_FILENO, F_GETFD), -1);
+    ::dup2(standardInput, STDIN_FILENO);
+    ::close(standardInput);
+}
+
 TEST_F(WriteUTF8TextFile, FileThatIsBeingRead_IsReplacedAndTheReaderKeepsTheOldOne) {
     write(std::string(100000, 'x'));
     ul::CWindowsFileInStream reader(path);
@@ -148,6 +160,9 @@ TEST(GetCurrentWorkDirectoryAsString, InAFolderWhoseNameEndsInADot_IsVerbatim) {
     for (const char* const name : {"a", "z:b"})
         ul::writeUTF8TextFile(ul::CWindowsPath(name), "here");
     EXPECT_TRUE(fs::exists("a") && fs::exists("b"));
+    fs::create_directory("below");
+    fs::current_path("below");
+    EXPECT_TRUE(ul::getCurrentWorkDirectoryAsString().StartsWith(L"\\\\?\\Z:\\"));
 }
 
 TEST(GetCurrentWorkDirectoryAsString, OfANameThatHasNoPath_IsAFileError) {

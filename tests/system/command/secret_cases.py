@@ -1,0 +1,66 @@
+# SPDX-License-Identifier: Apache-2.0
+"""Secrets in the memory of the command after they were used."""
+import contextlib
+import hashlib
+import os
+import re
+
+from case import PASSWORD, case, expect, make_bytes
+from terminal_cases import Terminal
+
+PASSPHRASE = "for tests only"
+
+
+def read_memory(process):
+    """The memory of a process that it may write to."""
+    with open(f"/proc/{process.pid}/maps", encoding="utf-8") as maps, open(f"/proc/{process.pid}/mem", "rb", 0) as memory:
+        for start, end in re.findall(r"^(\w+)-(\w+) rw", maps.read(), re.M):
+            with contextlib.suppress(OSError, OverflowError):
+                # A sanitizer reserves much more than it uses.
+                if int(end, 16) - int(start, 16) < 1 << 28:
+                    memory.seek(int(start, 16))
+                    yield memory.read(int(end, 16) - int(start, 16))
+
+
+def find(process, secret):
+    return any(secret in piece for piece in read_memory(process))
+
+
+def check(at, words, typed, absent, present):
+    """Runs the command until it reads standard input, and searches its memory."""
+    reader, writer = os.pipe()
+    terminal = Terminal(at, *words, stdin=reader)
+    os.close(reader)
+    for prompt in typed:
+        terminal.expect(prompt)
+        terminal.type((PASSPHRASE if "passphrase" in prompt else PASSWORD) + "\n")
+    # More than fits into the pipe, so that it has read some when all is written.
+    os.write(writer, make_bytes(1 << 19))
+    expect(find(terminal.process, present), f"{words}: the search does not find what is in use")
+    for secret in absent:
+        expect(not find(terminal.process, secret), f"{words}: {secret!r} is in memory")
+    terminal.process.kill()
+    os.close(writer)
+    terminal.end()
+
+
+@case("Password_OfAnySource_IsNotInMemoryWhileTheInputIsRead")
+def check_passwords(at):
+    def derive(password):
+        return hashlib.pbkdf2_hmac("sha1", password.encode(), bytes.fromhex("00ff"), 1, 32)
+    words = ("encrypt", "--salt", "00ff", "--iterations", "1", "-", "message")
+    # A long one is not where the next blocks of memory are.
+    for password in (PASSWORD, 10000 * PASSWORD):
+        at.write("password", password + "\n")
+        check(at, (*words, "--password-file", "password"), (), [PASSWORD.encode()], derive(password))
+    check(at, words, ("The password: ", "The password again: "), [PASSWORD.encode()], derive(PASSWORD))
+
+
+@case("PassphraseAndKey_AreNotInMemoryWhileTheInputIsRead")
+def check_passphrases(at):
+    at.write("passphrase", PASSPHRASE)
+    key = str(at.keys / "rsa2048_encrypted_pkcs8_for_tests_only.pem")
+    pem = at.read(key).splitlines()[5]
+    content = make_bytes(100)
+    for source, prompts in ((("--passphrase-file", "passphrase"), ()), ((), ("The passphrase: ",))):
+        check(at, ("sign", "--key", key, *source, "--to", "signature", "-"), prompts, [PASSPHRASE.encode(), pem], content)
