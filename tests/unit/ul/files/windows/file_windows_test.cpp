@@ -38,4 +38,14 @@ TEST_F(CWindowsFileInStream, NamedPipe_IsRefused) {
     ::CloseHandle(pipe);
 }
 
+TEST_F(CWindowsFileInStream, OnAShareThatDoesNotExist_IsTheErrorOfItsVerbatimForm) {
+    const auto getErrorCode = [](const wchar_t* name) {
+        ::CreateFileW(name, GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+        return static_cast<int>(::GetLastError());
+    };
+    const int expected = getErrorCode(LR"(\\?\UNC\no-such-server\share\file)");
+    EXPECT_NE(expected, getErrorCode(LR"(\\?\\\no-such-server\share\file)")) << "this test shows nothing";
+    expectOpenError(ul::CWindowsPath(LR"(\\no-such-server\share\file)"), expected);
+}
+
 } // namespace sarn_test
