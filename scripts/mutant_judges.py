@@ -36,6 +36,8 @@ FAMILIES = {
 }
 # Presets that judge what only Windows compiles, and survivors, with their tests. A mutant of a lock is a data race.
 WINDOWS = {"windows": [(UL, f"*-{SLOW}"), (HOST, "*Path*:*Native*"), (COMMAND, None)]}
+# Has code for wide characters of 16 bits, which is compiled everywhere but used there only.
+USED_ON_WINDOWS = "ul/src/text/utf8_text.cpp"
 WINDOWS_COMMAND = {"windows": [(COMMAND, None)]}
 SANITIZED = {
     "tsan": [(UL, "*Thread*:*Mutex*:*Slot*:*Log*:*Random*:*Pointer*"), (MODULES, "*"),
@@ -55,7 +57,7 @@ def list_targets(tests):
 def get_presets(mutant, is_quick):
     """The presets that judge a mutant after the preset release, with their tests."""
     is_tool = mutant.path.startswith("tools/")
-    if mutant.is_for_windows:
+    if mutant.is_for_windows or mutant.path == USED_ON_WINDOWS:
         return WINDOWS_COMMAND if is_tool else WINDOWS
     return {} if is_quick or is_tool else SANITIZED
 
