@@ -10,13 +10,10 @@ namespace tool {
 
 namespace {
 
-/// Text for man: a backslash is special everywhere, a dot and an apostrophe are at the start of a line.
+/// Text for man. None of its lines starts with a dot or an apostrophe, which would make it an order to man.
 std::string escape(const std::string& text) {
     std::string escaped;
     for (const char character : text) {
-        const bool isAtStart = escaped.empty() || escaped.back() == '\n';
-        if (isAtStart && (character == '.' || character == '\''))
-            escaped += "\\&";
         if (character == '\\')
             escaped += "\\e";
         else if (character == '-')

@@ -56,7 +56,10 @@ def get_options(at, command):
 
 @case("Manual_HasEachCommandAndItsOptions")
 def check_manual(at):
-    manual = at.run("--print-manual").replace("\\-", "-").replace("\\fB", "").replace("\\fR", "")
+    manual = at.run("--print-manual")
+    orders = set(re.findall(r"^[.'].*?(?= |$)", manual, re.M))
+    expect(orders == {".TH", ".SH", ".B", ".I", ".PP", ".SS", ".TP", ".EX", ".EE"}, orders)
+    manual = manual.replace("\\-", "-").replace("\\fB", "").replace("\\fR", "")
     sections = dict(re.findall(r"^\.SS sarn ([\w ]+)\n(.*?)(?=^\.SS|\Z)", manual, re.M | re.S))
     expect(sorted(sections) == sorted(COMMANDS), sorted(sections))
     for command, section in sections.items():
