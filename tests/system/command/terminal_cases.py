@@ -42,7 +42,7 @@ class Terminal:
         return more != b""
 
     def expect(self, text):
-        """Waits for a text. What is shown up to its end becomes `last`, and what follows remains."""
+        """Waits for a text. Moves all that is shown up to its end to `last`."""
         while text.encode() not in self.shown:
             expect(self.read(), f"'{text}' is not in {self.shown}")
         end = self.shown.index(text.encode()) + len(text.encode())
