@@ -37,14 +37,14 @@ def check(at, words, typed, absent, present):
     # More than fits into the pipe, so that it has read some when all is written.
     os.write(writer, make_bytes(1 << 19))
     expect(find(terminal.process, present), f"{words}: the search does not find what is in use")
-    for secret in absent:
+    for secret in [*absent, *(text.decode().encode("utf-16-le") for text in absent)]:
         expect(not find(terminal.process, secret), f"{words}: {secret!r} is in memory")
     terminal.process.kill()
     os.close(writer)
     terminal.end()
 
 
-@case("Password_OfAnySource_IsNotInMemoryWhileTheInputIsRead")
+@case("Password_OfAnySource_IsNotInMemoryWhileTheInputIsRead", windows=True)
 def check_passwords(at):
     def derive(password):
         return hashlib.pbkdf2_hmac("sha1", password.encode(), bytes.fromhex("00ff"), 1, 32)
@@ -53,7 +53,8 @@ def check_passwords(at):
     for password in (PASSWORD, 10000 * PASSWORD):
         at.write("password", password + "\n")
         check(at, (*words, "--password-file", "password"), (), [PASSWORD.encode()], derive(password))
-    check(at, words, ("The password: ", "The password again: "), [PASSWORD.encode()], derive(PASSWORD))
+    if not at.is_windows:  # where Wine makes no console of a terminal if the input is a pipe
+        check(at, words, ("The password: ", "The password again: "), [PASSWORD.encode()], derive(PASSWORD))
 
 
 @case("PassphraseAndKey_AreNotInMemoryWhileTheInputIsRead")
