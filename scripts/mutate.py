@@ -7,7 +7,7 @@ usage: scripts/mutate.py COUNT WORK_FOLDER [--seed SEED] [--critical] [--only PR
        scripts/mutate.py --check    only checks that each entry of tests/data/kept_mutants.txt names one mutant
 
 Tries COUNT mutants, chosen at random, and with --critical also all of critical code. Prints the seed. Writes results.txt
-and survivors.txt to WORK_FOLDER. Fails if fewer than 97 % of the random ones are detected, or not all of critical code.
+and survivors.txt to WORK_FOLDER, and a file with the seed while there is something to continue. Fails if fewer than 97 % of the random ones are detected, or not all of critical code.
 """
 import argparse
 import os
@@ -23,6 +23,8 @@ from mutant_judges import Worker
 from mutants import ROOT
 
 KEPT = ROOT / "tests/data/kept_mutants.txt"
+# In the work folder, until all are tried.
+SEED = "seed"
 GOAL = 0.97
 BATCH = 300
 
@@ -40,16 +42,20 @@ def read_options():
     parser = argparse.ArgumentParser()
     parser.add_argument("count", type=int)
     parser.add_argument("folder", type=lambda path: pathlib.Path(path).resolve())
-    parser.add_argument("--seed", type=int, default=random.randrange(1 << 32))
+    parser.add_argument("--seed", type=int)
     parser.add_argument("--critical", action="store_true", help="also every mutant of critical code")
     parser.add_argument("--only", default="", help="only files whose path starts so")
     parser.add_argument("--jobs", type=int, default=min(2, len(os.sched_getaffinity(0))))
     parser.add_argument("--quick", action="store_true", help="survivors are only those of the fastest programs")
     parser.add_argument("--continue", action="store_true", dest="is_continued",
-                        help="take the results of a run with the same seed that was stopped")
+                        help="take the seed and the results of a run that was stopped, and try its survivors again")
     parser.add_argument("--list", action="store_true")
     parser.add_argument("--again", type=pathlib.Path, help="only those that this file lists")
-    return parser.parse_args()
+    options = parser.parse_args()
+    if options.seed is None:
+        seed = options.folder / SEED
+        options.seed = int(seed.read_text()) if options.is_continued else random.randrange(1 << 32)
+    return options
 
 
 def choose(options, kept):
@@ -66,13 +72,13 @@ def choose(options, kept):
 
 
 def read_results(options):
-    """By the name of each mutant that was tried: the test that detected it, None, or "" if it does not compile."""
+    """By the name of each mutant that was detected: the test that did, or "" if it does not compile."""
     log = options.folder / "results.txt"
     if not options.is_continued:
         log.unlink(missing_ok=True)
         return {}
     lines = [line.split("\t", 2) for line in log.read_text().splitlines()]
-    return {name: None if detector == "None" else detector for _, detector, name in lines}
+    return {name: detector for _, detector, name in lines if detector != "None"}
 
 
 def try_all(options, chosen):
@@ -123,10 +129,13 @@ def main():
         print(*(mutant.name for mutant in chosen), sep="\n")
         return 0
     options.folder.mkdir(parents=True, exist_ok=True)
+    (options.folder / SEED).write_text(str(options.seed))
     print(f"    seed {options.seed}, {len(chosen)} mutants", flush=True)
     start = time.time()
     results = try_all(options, chosen)
     survivors = [mutant for mutant, detector in results if detector is None]
+    if results:
+        (options.folder / SEED).unlink()
     (options.folder / "survivors.txt").write_text("".join(mutant.name + "\n" for mutant in survivors))
     sample = {mutant.name for mutant in chosen[:options.count]}
     tried = sum(mutant.name in sample for mutant, _ in results)

@@ -213,12 +213,14 @@ add("Mutate", ["{python}", "scripts/mutate.py", "9", "{work}/mutants", "--jobs=1
 
 def make_stopped(at):
     make_mutated(at)
-    at.write("mutants/results.txt", "1 s\tcase\tsrc/library.cpp: add: return a + 1; => return a - 1;\n")
+    at.write("mutants/seed", "7")
+    at.write("mutants/results.txt", "1 s\tNone\tsrc/library.cpp: add: return a + 1; => return a - 1;\n")
 
 
 add("MutateContinued", ["{python}", "scripts/mutate.py", "9", "{work}/mutants", "--jobs=1", "--continue"], make_stopped, [
-    ("SurvivorBefore", replace("mutants/results.txt", "case", "None"), "1 of 2 random mutants detected"),
-    ("SurvivorAfter", replace("program.cpp", "add.2. == 3", "add(2) > 2"), "survived: .* 1 of 2 random mutants detected"),
+    ("SurvivorAsBefore", replace("program.cpp", "add.2. == 3", "add(2) > 0"), r"0 of 2 random mutants detected .seed 7"),
+    ("DetectedBefore", lambda at: (at.replace("mutants/results.txt", "None", "case"),
+                                   at.replace("program.cpp", "add.2. == 3", "add(2) > 0")), "1 of 2 random mutants detected"),
 ])
 
 # Sources without a fault, and the checks of the tree as scripts of their own.
