@@ -4,6 +4,7 @@ import base64
 import hmac
 import json
 import re
+import resource
 
 from case import SIZES, case, expect, make_bytes
 
@@ -66,3 +67,5 @@ def check_limits(at):
         file.truncate(1 << 31)
     at.fail(3, "large is larger than 2147418111 bytes, which is the limit here", "hmac", "sha1", "--key", "key", "large")
     at.fail(3, "large is larger than 2147418111 bytes", "base64", "-d", "large")
+    most = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
+    expect(most < 1 << 19, f"it has used {most} KiB, so it has read a part of the file")
