@@ -7,7 +7,8 @@ usage: scripts/mutate.py COUNT WORK_FOLDER [--seed SEED] [--critical] [--only PR
        scripts/mutate.py --check    only checks that each entry of tests/data/kept_mutants.txt names one mutant
 
 Tries COUNT mutants, chosen at random, and with --critical also all of critical code. Prints the seed. Writes results.txt
-and survivors.txt to WORK_FOLDER, and a file with the seed while there is something to continue. Fails if fewer than 97 % of the random ones are detected, or not all of critical code.
+and survivors.txt to WORK_FOLDER, and a file with the seed while there is something to continue. Fails if fewer than 97 %
+of the random ones are detected, or not all of critical code.
 """
 import argparse
 import os

@@ -43,7 +43,8 @@ TEST(ReadSecretLine, OfAFile_IsItsFirstLineWithoutTheLineEnd) {
     // clang-format off
     const std::pair<const char*, const char*> cases[] = {
         {"", ""}, {"\n", ""}, {"a b", "a b"}, {"a b\n", "a b"}, {"a\r\n", "a"}, {" a \t\nb", " a \t"},
-        {"\xEF\xBB\xBF\xC3\xA4\n", "\xC3\xA4"}, {"!\"#$%&'()*+,-./:;<=>?@[\\]^_`{|}~\t\n", "!\"#$%&'()*+,-./:;<=>?@[\\]^_`{|}~\t"}};
+        {"\xEF\xBB\xBF\xC3\xA4\n", "\xC3\xA4"},
+        {"!\"#$%&'()*+,-./:;<=>?@[\\]^_`{|}~\t\n", "!\"#$%&'()*+,-./:;<=>?@[\\]^_`{|}~\t"}};
     // clang-format on
     for (const auto& [content, line] : cases)
         EXPECT_EQ(ul::readSecretLine(folder.write("file", content)).get().toUTF8(), line);
