@@ -21,6 +21,8 @@ int initSum(SumContext* context) {
 }
 
 int updateSum(SumContext* context, const void* data, std::size_t size) {
+    if (!data)
+        return 0;
     for (std::size_t i = 0; i < size; ++i)
         context->sum += static_cast<const unsigned char*>(data)[i];
     return 1;
@@ -92,6 +94,12 @@ constexpr std::size_t contextAt = 16;
 TEST(HostHash, WithAnUnknownContext_SavesAndResumesItsBytes) {
     EXPECT_EQ(getStateOfAbc<Digest_Sum>().size(), contextAt + sizeof(SumContext) + 4 + 2);
     EXPECT_EQ(resumeWithDef<Digest_Sum>(), "5502000000000000");
+}
+
+TEST(HostHash, OfEmptyInput_NeverGetsANullPointer) {
+    const ul::P<Digest_Sum> digest = ul::make<Digest_Sum>(nullptr);
+    digest->update(nullptr, 0);
+    EXPECT_EQ(toHex(finish(*digest)), "0000000000000000");
 }
 
 TEST(HostHash, WithMembersInAnotherOrder_ResumesAndRefusesAFillOutsideTheBlock) {

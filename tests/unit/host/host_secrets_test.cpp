@@ -122,6 +122,40 @@ TEST(SecretsOfHosts, PlaintextOfStreams_IsGoneWithThem) {
     }
 }
 
+TEST(SecretsOfHosts, LastBlockThatWaitsForPadding_IsGoneWithTheStream) {
+    /// Inverts its input in blocks that are long enough for a secret in the middle.
+    class Inverter : public sarn::CCipher_Null {
+    public:
+        int getBlockSize() const override { return 512; }
+        void encryptWithoutPadding(const Key& key, const void* data, int size, ul::TBuffer<unsigned char>& out,
+                                   bool append, const unsigned char* iv) override {
+            CCipher_Null::encryptWithoutPadding(key, data, size, out, append, iv);
+            invert(out.getData() + out.getUsed() - size, size);
+        }
+        void decryptWithoutPadding(const Key& key, const void* data, int size, ul::TBuffer<unsigned char>& out,
+                                   bool append, const unsigned char* iv) override {
+            encryptWithoutPadding(key, data, size, out, append, iv);
+        }
+        static void invert(unsigned char* data, int size) {
+            std::transform(data, data + size, data,
+                           [](unsigned char byte) { return static_cast<unsigned char>(~byte); });
+        }
+    };
+    const SecretText secret;
+    Key plaintext = secret.makePlaintext();
+    const auto isFiller = [](unsigned char byte) { return byte == 'f'; };
+    unsigned char* const text =
+        std::find_if_not(plaintext.getData(), plaintext.getData() + plaintext.getUsed(), isFiller);
+    unsigned char* const block = text - 200;
+    Inverter::invert(block, 512);
+    {
+        sarn::CStreamDecryptor decryptor(ul::make<Inverter>(), Key());
+        EXPECT_TRUE(decryptor.update({block, 512}).empty());
+        secret.expectThere();
+    }
+    secret.expectGone();
+}
+
 TEST(SecretsOfHosts, PlaintextOfOneCall_IsGoneAfterwards) {
     const SecretText secret;
     const Key key = ul::makeRandomBytes(32);

@@ -55,6 +55,8 @@ TEST(HmacSHA1, OfAMessage_IsTheResultOfTheDocumentedOperation) {
 
 // The documented operation takes the message first: swapped arguments do not compile here.
 static_assert(!std::is_invocable_v<decltype(sarn::hmacSHA1), std::string, ul::TCryptBuffer<unsigned char>>);
+// A key must be in a buffer that wipes it.
+static_assert(!std::is_invocable_v<decltype(sarn::hmacSHA1), ul::TBuffer<unsigned char>, std::string>);
 
 TEST(Base64, OfBytes_IsTheTextOfTheDocumentedOperation) {
     for (int size = 0; size < 70; ++size) {
