@@ -169,9 +169,8 @@ void COpenSSLCipher::decrypt(const Key& key, const void* data, int size, Buffer&
     }
     const int start = getStart(out, append);
     // Room for one block more than the input, except for the largest sizes: libcrypto never writes more than it reads.
-    long long outputSize = static_cast<long long>(m_blockSize) + input.size;
-    if (start + outputSize > INT_MAX)
-        outputSize = std::max(INT_MAX - start, input.size);
+    const long long left = std::max(INT_MAX - start, input.size);
+    const long long outputSize = std::min(static_cast<long long>(input.size) + m_blockSize, left);
     checkRoom(where, key, input, out, start, start, outputSize);
 
     run.begin(m_cipher, key, iv, true);
