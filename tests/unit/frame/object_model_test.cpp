@@ -179,17 +179,20 @@ TEST(ObjectModel, CopyOfACipher_EncryptsAsItsSource_AndOutlivesIt) {
     }
 }
 
-TEST(ObjectModel, MovedCipher_EncryptsAsItsSource_WhichStaysUsable) {
+TEST(ObjectModel, MovedCipher_EncryptsAsItsSource_WhichOnlyLosesItsIdentifier) {
     sarn::CCipher_Cast128CBC source;
     const Bytes expected = encryptSample(source);
     sarn::CCipher_Cast128CBC target(std::move(source));
-    EXPECT_EQ(encryptSample(target), expected);
+    sarn::COpenSSLCipher assigned{sarn::CCipher_AES256CBC()};
     EXPECT_EQ(target.getID(), "cast128cbc");
-    EXPECT_EQ(encryptSample(source), expected);
-    source = std::move(target);
     EXPECT_EQ(encryptSample(target), expected);
-    EXPECT_EQ(encryptSample(source), expected);
-    EXPECT_EQ(source.getID(), "cast128cbc");
+    assigned = std::move(target);
+    EXPECT_EQ(assigned.getID(), "cast128cbc");
+    EXPECT_EQ(encryptSample(assigned), expected);
+    for (sarn::COpenSSLCipher* const moved : {&source, &target}) {
+        EXPECT_TRUE(moved->getID().isEmpty());
+        EXPECT_EQ(encryptSample(*moved), expected);
+    }
 }
 
 } // namespace sarn_test
