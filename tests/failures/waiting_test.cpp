@@ -121,6 +121,16 @@ TEST_F(Waiting, ForAKeyCache_LastsWhileItDerives) {
     EXPECT_FALSE(waits(derive, [] { deriveKey("p", "s", 1, 20); }));
 }
 
+TEST(LockOfAKeyCache, IsHeldWhileAKeyGetsItsPlace) {
+    const auto cache = makeKeyCache();
+    CallWatch watch;
+    std::vector<int> locksBefore;
+    watch.before("_Znwm", [&](const Call&) { locksBefore.push_back(watch.count(HeldLocks::lock)); });
+    cache->getKey(32, 0, 1);
+    ASSERT_FALSE(locksBefore.empty());
+    EXPECT_EQ(locksBefore[0], 1);
+}
+
 TEST_F(Waiting, ForRandomBytes_LastsWhileAnotherDrawsAnIV) {
     const Bytes data = makePattern(10);
     // Until the bytes that were drawn in advance are used up.
