@@ -5,6 +5,7 @@
 #include "cipher/arguments.h"
 #include "frame/error_queue_mark.h"
 #include "frame/openssl_owners.h"
+#include "frame/raise.h"
 
 #include <openssl/evp.h>
 
@@ -23,7 +24,7 @@ public:
     /// Sets key, IV and padding. The error names encryption even for decryption: hosts match this text.
     void begin(const EVP_CIPHER* cipher, const Key& key, const unsigned char* iv, bool isPadded) {
         if (!m_context || !init(cipher, key, iv) || !(isPadded || EVP_CIPHER_CTX_set_padding(m_context.get(), 0)))
-            m_mark.raise("OpenSSL encrypt init error.");
+            raiseError("OpenSSL encrypt init error.");
     }
 
     /// Processes `size` bytes and returns the number of bytes written to `result`.
@@ -50,7 +51,7 @@ private:
 
     void check(int hasSucceeded) {
         if (!hasSucceeded)
-            m_mark.raise(IsEncrypting ? "OpenSSL encrypt error." : "OpenSSL decrypt error.");
+            raiseError(IsEncrypting ? "OpenSSL encrypt error." : "OpenSSL decrypt error.");
     }
 
     ErrorQueueMark m_mark;

@@ -50,6 +50,7 @@ constexpr std::array<CipherRow, 5> table = {{
 /// Creates a library context with the default and the legacy provider; null if memory is exhausted. It is never freed:
 /// libcrypto may clean up first when the process exits, and freeing it after that would not be safe.
 OSSL_LIB_CTX* createLibraryContext() {
+    const ErrorQueueMark mark;
     OSSL_LIB_CTX* const context = OSSL_LIB_CTX_new();
     if (context) {
         OSSL_PROVIDER_load(context, "default");
@@ -57,6 +58,12 @@ OSSL_LIB_CTX* createLibraryContext() {
         OSSL_PROVIDER_load(context, "legacy");
     }
     return context;
+}
+
+/// The cipher of a name; null if there is no context or the context does not have it.
+const EVP_CIPHER* fetch(OSSL_LIB_CTX* context, const char* name) {
+    const ErrorQueueMark mark;
+    return context ? EVP_CIPHER_fetch(context, name, nullptr) : nullptr;
 }
 
 /// Logs once why a cipher will fail: the error raised when it is used cannot say.
@@ -69,10 +76,8 @@ void logIfWithoutLegacyProvider(OSSL_LIB_CTX* context, const char* name) {
 /// implementation in the host's providers on each use.
 const EVP_CIPHER* select(const CipherRow& row) {
     COpenSSLInit::ensureInitialized();
-    ErrorQueueMark mark;
     static OSSL_LIB_CTX* const context = createLibraryContext();
-    const EVP_CIPHER* const fetched = context ? EVP_CIPHER_fetch(context, row.libcryptoName, nullptr) : nullptr;
-    mark.drop();
+    const EVP_CIPHER* const fetched = fetch(context, row.libcryptoName);
     if (fetched)
         return fetched;
     const EVP_CIPHER* const builtIn = row.getBuiltIn();

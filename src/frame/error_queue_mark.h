@@ -2,8 +2,6 @@
 // libcrypto's error queue.
 #pragma once
 
-#include "frame/raise.h"
-
 #include <openssl/err.h>
 
 namespace sarn {
@@ -15,17 +13,9 @@ public:
     ErrorQueueMark() noexcept;
     ErrorQueueMark(const ErrorQueueMark&) = delete;
     ErrorQueueMark& operator=(const ErrorQueueMark&) = delete;
-    /// Also drops what a successful operation queued: libcrypto tries some failed steps again.
+    /// Drops errors queued since construction, also those of a successful operation: libcrypto tries some failed steps
+    /// again.
     ~ErrorQueueMark();
-
-    /// Drops errors queued since construction and raises a ul::CError.
-    [[noreturn]] void raise(const char* message) {
-        drop();
-        raiseError(message);
-    }
-
-    /// Drops errors queued since construction. For operations that succeed although libcrypto reports a failure.
-    void drop() noexcept;
 
 #if OPENSSL_VERSION_NUMBER < 0x30000000L
 private:
@@ -54,14 +44,10 @@ inline ErrorQueueMark::ErrorQueueMark() noexcept : m_queue(ERR_get_state()), m_h
 }
 
 inline ErrorQueueMark::~ErrorQueueMark() {
-    drop();
-    if (m_holdsHosts)
-        putBack();
-}
-
-inline void ErrorQueueMark::drop() noexcept {
     if (!m_queue || hasErrors())
         ERR_clear_error();
+    if (m_holdsHosts)
+        putBack();
 }
 
 #else
@@ -73,11 +59,6 @@ inline ErrorQueueMark::ErrorQueueMark() noexcept {
 
 inline ErrorQueueMark::~ErrorQueueMark() {
     ERR_pop_to_mark();
-}
-
-inline void ErrorQueueMark::drop() noexcept {
-    ERR_pop_to_mark();
-    ERR_set_mark();
 }
 
 #endif

@@ -111,17 +111,17 @@ BioPtr createFilter(BioPtr end, bool lineBreaks) {
 
 ul::String base64Encode(const void* data, int size, bool keepPadding, bool lineBreaks) {
     COpenSSLInit::ensureInitialized();
-    ErrorQueueMark mark;
+    const ErrorQueueMark mark;
     BIO* const sink = BIO_new(BIO_s_mem());
     const BioPtr chain = createFilter(BioPtr(sink), lineBreaks);
     // No write has a negative length, so a negative size fails here too.
     if (!chain || BIO_write(chain.get(), size > 0 ? data : "", size) != size || BIO_flush(chain.get()) <= 0)
-        mark.raise(encodeError);
+        raiseError(encodeError);
     char* text = nullptr;
     long length = BIO_get_mem_data(sink, &text);
     // Guards against any failure in the chain: part of a text must not pass for all of it.
     if (length != getEncodedLength(size, lineBreaks))
-        mark.raise(encodeError);
+        raiseError(encodeError);
     // With line breaks the text ends in a line feed, so the padding remains even if the caller asked for none. Keep
     // this: hosts store and compare texts that were written this way.
     while (!keepPadding && length > 0 && text[length - 1] == '=')
@@ -143,14 +143,13 @@ void base64Decode(const ul::String& text, ul::TBuffer<unsigned char>& out) {
     // In 64 bits: a 32-bit product would overflow, which is undefined, from 357,913,942 characters on.
     const int expected = static_cast<int>(count * 6LL / 8);
 
-    ErrorQueueMark mark;
+    const ErrorQueueMark mark;
     const bool hasWhiteSpace = count != text.getLength();
     const BioPtr chain = createFilter(BioPtr(BIO_new_mem_buf(bytes.getData(), bytes.getLength())), hasWhiteSpace);
     if (!chain)
-        mark.raise(decodeError);
+        raiseError(decodeError);
     out.ensureAllocated(expected);
     const int read = BIO_read(chain.get(), out.getData(), expected);
-    mark.drop();
     // Padding counts as significant, so a valid text may give fewer bytes than expected. Keep the tolerance of three,
     // although damage may pass for padding: hosts load old files that need it. The first comparison is for texts of at
     // most two expected bytes, where the result of a failed read, -1, would pass the second.

@@ -42,7 +42,7 @@ void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* dat
         raiseInvalidArg("calcHMAC", "invalid data size");
     if (out.getAllocated() < EVP_MAX_MD_SIZE && (overlaps(data, dataSize, out) || overlaps(key, keySize, out)))
         raiseInvalidArg("calcHMAC", "input overlaps output");
-    ErrorQueueMark mark;
+    const ErrorQueueMark mark;
     out.ensureAllocated(EVP_MAX_MD_SIZE);
     unsigned length = EVP_MAX_MD_SIZE;
     // 1.1.1 refuses a negative key size itself; newer versions would take it for a huge one.
@@ -50,7 +50,7 @@ void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* dat
         keySize >= 0 && computeHMAC(md, keySize > 0 ? key : "", keySize, static_cast<const unsigned char*>(data),
                                     static_cast<std::size_t>(dataSize), out.getData(), &length);
     if (!isDone)
-        mark.raise("Error computing HMAC digest.");
+        raiseError("Error computing HMAC digest.");
     out.setUsed(static_cast<int>(length));
 }
 

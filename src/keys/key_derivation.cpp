@@ -2,6 +2,7 @@
 #include "sarn/key_derivation.h"
 
 #include "frame/error_queue_mark.h"
+#include "frame/raise.h"
 
 #include "sarn/openssl_init.h"
 
@@ -12,7 +13,7 @@ namespace sarn {
 void deriveKey_PKCS5_PBKDF2_HMAC_SHA1(const void* password, int passwordSize, const void* salt, int saltSize,
                                       int iterations, int keySize, void* key) {
     COpenSSLInit::ensureInitialized();
-    ErrorQueueMark mark;
+    const ErrorQueueMark mark;
     // libcrypto validates the arguments, but it would take negative values of these two sizes for huge ones, and
     // dereference null pointers.
     const bool isDone = (salt ? saltSize >= 0 : saltSize == 0) && (key ? keySize >= 0 : keySize == 0) &&
@@ -20,7 +21,7 @@ void deriveKey_PKCS5_PBKDF2_HMAC_SHA1(const void* password, int passwordSize, co
                                                passwordSize, static_cast<const unsigned char*>(salt), saltSize,
                                                iterations, keySize, static_cast<unsigned char*>(key));
     if (!isDone)
-        mark.raise("Error deriving cryptographic key from password.");
+        raiseError("Error deriving cryptographic key from password.");
 }
 
 } // namespace sarn

@@ -20,10 +20,10 @@ constexpr char keyCorrupted[] = "OpenSSL key corrupted.";
 constexpr char signFailed[] = "OpenSSL sign error.";
 
 /// Creates a context with a running digest.
-EVP_MD_CTX* createContext(ErrorQueueMark& mark, const EVP_MD* md, const char* initFailed) {
+EVP_MD_CTX* createContext(const EVP_MD* md, const char* initFailed) {
     EVP_MD_CTX* const context = EVP_MD_CTX_new();
     if (!context || !EVP_DigestInit(context, md))
-        mark.raise(initFailed);
+        raiseError(initFailed);
     return context;
 }
 
@@ -45,10 +45,10 @@ EVP_PKEY* readPublicKey(const char* pem) {
     return PEM_read_bio_PUBKEY(openText(pem).get(), nullptr, nullptr, const_cast<char*>(""));
 }
 
-void checkKey(ErrorQueueMark& mark, const EVP_PKEY* key, EVP_MD_CTX* context) {
+void checkKey(const EVP_PKEY* key, EVP_MD_CTX* context) {
     if (!key) {
         EVP_MD_CTX_reset(context);
-        mark.raise(keyCorrupted);
+        raiseError(keyCorrupted);
     }
 }
 
@@ -62,10 +62,10 @@ void updateDigest(EVP_MD_CTX* context, const void* data, int size, const char* w
 } // namespace
 
 COpenSSLSignatureAlgo::CSigner::CSigner(const EVP_MD* md, const char* privateKeyPem, const char* passphrase) {
-    ErrorQueueMark mark;
-    m_ctx = createContext(mark, md, "OpenSSL sign init error.");
+    const ErrorQueueMark mark;
+    m_ctx = createContext(md, "OpenSSL sign init error.");
     KeyPtr key(readPrivateKey(privateKeyPem, passphrase));
-    checkKey(mark, key.get(), m_ctx);
+    checkKey(key.get(), m_ctx);
     limitAttempts(key.get());
     m_key = key.release();
 }
@@ -88,22 +88,22 @@ void COpenSSLSignatureAlgo::CSigner::update(const void* data, int size) {
 }
 
 void COpenSSLSignatureAlgo::CSigner::finish(void* signature, int& size) {
-    ErrorQueueMark mark;
-    unsigned length = 0;
     const auto largest = static_cast<unsigned>(getMaxSignatureSize());
+    unsigned length = 0;
+    const ErrorQueueMark mark;
     // libcrypto 3.0 reports success for a key of size 0. It also reports success, with a negative length, if it has no
     // memory to encode a DSA signature.
     if (largest == 0 || EVP_SignFinal(m_ctx, static_cast<unsigned char*>(signature), &length, m_key) <= 0 ||
         length > largest)
-        mark.raise(signFailed);
+        raiseError(signFailed);
     size = static_cast<int>(length);
 }
 
 COpenSSLSignatureAlgo::CVerifier::CVerifier(const EVP_MD* md, const char* publicKeyPem) {
-    ErrorQueueMark mark;
-    m_ctx = createContext(mark, md, "OpenSSL verify init error.");
+    const ErrorQueueMark mark;
+    m_ctx = createContext(md, "OpenSSL verify init error.");
     m_key = readPublicKey(publicKeyPem);
-    checkKey(mark, m_key, m_ctx);
+    checkKey(m_key, m_ctx);
 }
 
 COpenSSLSignatureAlgo::CVerifier::CVerifier(const CVerifier&) = default;
@@ -118,15 +118,13 @@ void COpenSSLSignatureAlgo::CVerifier::update(const void* data, int size) {
 }
 
 bool COpenSSLSignatureAlgo::CVerifier::finish(const void* signature, int size) {
-    ErrorQueueMark mark;
     // No signature has a negative size; libcrypto says so without reading the bytes.
     const void* const bytes = size > 0 ? signature : "";
+    const ErrorQueueMark mark;
     const int result =
         EVP_VerifyFinal(m_ctx, static_cast<const unsigned char*>(bytes), static_cast<unsigned>(size), m_key);
     if (result == -1)
-        mark.raise("OpenSSL verify error.");
-    // libcrypto queues an error for a mismatch too.
-    mark.drop();
+        raiseError("OpenSSL verify error.");
     return result == 1;
 }
 
