@@ -22,8 +22,9 @@ void readBase64File(const ul::CWindowsPath& path, ul::TBuffer<unsigned char>& co
     const std::int64_t length = stream.getLength();
     if (length > INT_MAX)
         throw ul::CFileError("read file", path.getString(), "it is too large to be held in memory", -1);
-    content.setUsed(static_cast<int>(length));
-    stream.read(content.getData(), content.getUsed());
+    const auto size = static_cast<int>(length);
+    content.setUsed(size);
+    stream.read(content.getData(), size);
 }
 
 void decodeContent(const ul::CWindowsPath& path, ul::TBuffer<unsigned char>& content) {
