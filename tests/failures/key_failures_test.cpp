@@ -8,6 +8,7 @@
 
 #include <openssl/dsa.h>
 #include <openssl/err.h>
+#include <openssl/evp.h>
 #include <openssl/opensslv.h>
 
 #include <cstring>
@@ -172,7 +173,23 @@ TEST_F(SignatureFailures, SignatureThatIsLongerThanItsRoom_IsAnError) {
     expectError("OpenSSL sign error.", [&] { signer->finish(signature); });
 }
 
+TEST_F(SignatureFailures, KeysWithoutAPassphrase_AreReadWithAnEmptyOne) {
+    const CallWatch watch;
+    sarn::COpenSSLSignatureAlgo::CSigner(EVP_sha1(), m_privateKey.toLatin1().c_str(), nullptr);
+    sarn::createRSA_SHA1()->beginVerify(m_publicKey);
+    EXPECT_STREQ(watch.getCalls("PEM_read_bio_PrivateKey").at(0).getPointer<char>(3), "");
+    EXPECT_STREQ(watch.getCalls("PEM_read_bio_PUBKEY").at(0).getPointer<char>(3), "");
+}
+
 #if OPENSSL_VERSION_NUMBER < 0x30000000L
+TEST_F(SignatureFailures, DSAKeyThatHasNoSignatures_IsTried64Times) {
+    const ul::P<sarn::ISigner> signer = sarn::createDSS_SHA1()->beginSign(readHostileKey("dsa_g_is_p"), "");
+    const CallWatch watch;
+    Buffer signature;
+    EXPECT_THROW(signer->finish(signature), ul::CError);
+    EXPECT_EQ(watch.count("BN_mod_exp_mont"), 64);
+}
+
 TEST_F(SignatureFailures, DSAMethodOfAHost_SignsInsteadOfOurs) {
     static int calls;
     calls = 0;
