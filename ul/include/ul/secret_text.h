@@ -5,10 +5,9 @@
 
 #include "ul/bytes.h"
 #include "ul/error.h"
-#include "ul/file.h"
+#include "ul/ini.h"
 #include "ul/text.h"
 
-#include <climits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -61,17 +60,10 @@ private:
 };
 
 /// Reads a whole file, for example a binary key.
-/// \throws CFileError, also if the file is larger than 2^31 - 4097 bytes.
+/// \throws CFileError, also if the file is larger than 2^31 - 65537 bytes.
 inline TCryptBuffer<unsigned char> readSecretFile(const CWindowsPath& path) {
-    constexpr int pieceSize = 4096;
-    CWindowsFileInStream file(path);
     TCryptBuffer<unsigned char> content;
-    while (!file.isEndOfStream()) {
-        if (content.getUsed() > INT_MAX - pieceSize)
-            throw CFileError("read file", path.getString(), "it is too large to be held in memory", -1);
-        content.ensureAllocated(content.getUsed() + pieceSize);
-        content.addUsed(file.readLax(content.getData() + content.getUsed(), pieceSize));
-    }
+    CINIContent::readFile(path, content); // reads any file, and grows the buffer without leaving copies
     return content;
 }
 
