@@ -11,7 +11,7 @@ import sys
 # The checks by their names, and the names of those that also run on Windows.
 CASES, ON_WINDOWS = {}, []
 LETTER = b"Dear Ada,\nthis letter has no other copy.\n"
-PASSWORD = "pässword of the tests"
+PASSWORD = "pässwörd öf thé tésts"
 CIPHERS = {"aes256cbc": ("aes-256-cbc", 32, 16), "aes128cbc": ("aes-128-cbc", 16, 16), "bfcbc": ("bf-cbc", 16, 8),
            "cast128cbc": ("cast5-cbc", 16, 8)}
 # Around the sizes of blocks and of the pieces in which the command reads.

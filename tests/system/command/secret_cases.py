@@ -5,7 +5,7 @@ import hashlib
 import os
 import re
 
-from case import PASSWORD, case, expect, make_bytes
+from case import LETTER, PASSWORD, case, expect, make_bytes
 from terminal_cases import Terminal
 
 PASSPHRASE = "for tests only"
@@ -22,8 +22,13 @@ def read_memory(process):
                     yield memory.read(int(end, 16) - int(start, 16))
 
 
-def find(process, secret):
-    return any(secret in piece for piece in read_memory(process))
+def count(process, secret):
+    return sum(piece.count(secret) for piece in read_memory(process))
+
+
+def encode_wide(text):
+    """The text as characters of both sizes that systems have."""
+    return text.encode("utf-16-le"), text.encode("utf-32-le")
 
 
 def check(at, words, typed, absent, present):
@@ -36,9 +41,9 @@ def check(at, words, typed, absent, present):
         terminal.type((PASSPHRASE if "passphrase" in prompt else PASSWORD) + "\n")
     # More than fits into the pipe, so that it has read some when all is written.
     os.write(writer, make_bytes(1 << 19))
-    expect(find(terminal.process, present), f"{words}: the search does not find what is in use")
-    for secret in [*absent, *(text.decode().encode("utf-16-le") for text in absent)]:
-        expect(not find(terminal.process, secret), f"{words}: {secret!r} is in memory")
+    expect(count(terminal.process, present) > 0, f"{words}: the search does not find what is in use")
+    for secret in [*absent, *(wide for text in absent for wide in encode_wide(text.decode()))]:
+        expect(count(terminal.process, secret) == 0, f"{words}: {secret!r} is in memory")
     terminal.process.kill()
     os.close(writer)
     terminal.end()
@@ -55,6 +60,19 @@ def check_passwords(at):
         check(at, (*words, "--password-file", "password"), (), [PASSWORD.encode()], derive(password))
     if not at.is_windows:  # where Wine makes no console of a terminal if the input is a pipe
         check(at, words, ("The password: ", "The password again: "), [PASSWORD.encode()], derive(PASSWORD))
+
+
+@case("TypedPassword_IsInMemoryOnceWhileItIsAskedForAgain", windows=True)
+def check_typed_password(at):
+    at.write("letter", LETTER)
+    terminal = Terminal(at, "encrypt", "--salt", "00ff", "letter", "message")
+    terminal.expect("The password: ")
+    terminal.type(PASSWORD + "\n")
+    terminal.expect("The password again: ")
+    counts = [count(terminal.process, text) for text in (PASSWORD.encode(), *encode_wide(PASSWORD))]
+    terminal.process.kill()
+    terminal.end()
+    expect(counts == [1, 0, 0], f"its copies as bytes and as wide characters: {counts}")
 
 
 @case("PassphraseAndKey_AreNotInMemoryWhileTheInputIsRead")

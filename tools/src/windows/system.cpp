@@ -132,11 +132,11 @@ ul::TCryptBuffer<char> readHiddenLine(const std::string& prompt) {
     DWORD size = console.read(characters.data(), characters.size());
     while (size > 0 && (characters[size - 1] == L'\n' || characters[size - 1] == L'\r'))
         --size;
-    std::string utf8 = ul::String(characters.data(), size).toUTF8();
+    // Into memory that is wiped. No character of 16 bits takes more than three bytes.
+    ul::TCryptBuffer<char> line(3 * static_cast<int>(size), -1);
+    line.setUsed(::WideCharToMultiByte(CP_UTF8, 0, characters.data(), static_cast<int>(size), line.getData(),
+                                       line.getUsed(), nullptr, nullptr));
     ul::wipe(characters.data(), sizeof characters);
-    ul::TCryptBuffer<char> line;
-    line.init(utf8.data(), static_cast<int>(utf8.size()));
-    ul::wipeAndClear(utf8);
     console.write("\n");
     throwIfInterrupted();
     return line;
