@@ -8,10 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <fstream>
 #include <memory>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace sarn_test {
 
@@ -21,7 +19,8 @@ using Key = ul::TCryptBuffer<unsigned char>;
 
 constexpr int textSize = 64;
 
-/// A secret text in a file. The object contains it only masked.
+/// A secret text in a file, between other bytes, because the next owner of a freed block overwrites its ends first. The
+/// object contains it only masked.
 class SecretText {
 public:
     SecretText() {
@@ -33,22 +32,17 @@ public:
             wide.insert(wide.getUsed(), &character, sizeof character);
         }
         m_wide = std::make_unique<Canary>(Canary::of(wide.getData()));
-        const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
-        EXPECT_EQ(::write(file, text.getData(), textSize), textSize);
-        ::close(file);
+        const std::string filler(5000, 'f');
+        std::ofstream file(path);
+        // Without a buffer, in which the secret would stay.
+        file.rdbuf()->pubsetbuf(nullptr, 0);
+        file << filler << ul::CBytes(text).asText() << filler;
+        EXPECT_TRUE(file.flush());
     }
 
     ul::CWindowsPath getPath() const { return ul::path(path); }
 
-    /// The secret between other bytes, because the next owner of a freed block overwrites its ends first.
-    Key makePlaintext() const {
-        const std::string filler(20000, 'f');
-        Key plaintext = ul::toCryptBuffer(filler);
-        const Key text = ul::readSecretFile(getPath());
-        plaintext.insert(plaintext.getUsed(), text.getData(), text.getUsed());
-        plaintext.insert(plaintext.getUsed(), filler.data(), static_cast<int>(filler.size()));
-        return plaintext;
-    }
+    Key makePlaintext() const { return ul::readSecretFile(getPath()); }
 
     void expectThere() const { EXPECT_FALSE(findInMemory({*m_narrow}).empty() && findInMemory({*m_wide}).empty()); }
 
