@@ -32,7 +32,7 @@ public:
             wide.insert(wide.getUsed(), &character, sizeof character);
         }
         m_wide = std::make_unique<Canary>(Canary::of(wide.getData()));
-        const std::string filler(5000, 'f');
+        const std::string filler(20000, 'f');
         std::ofstream file(path);
         // Without a buffer, in which the secret would stay.
         file.rdbuf()->pubsetbuf(nullptr, 0);
@@ -76,6 +76,18 @@ TEST(SecretsOfHosts, ReadAsTextAndUsed_AreGoneAfterwards) {
         sarn::deriveKey(text.toUTF8(), "salt", 2, 32);
         sarn::checkPassPhrase(line);
         secret.expectThere();
+    }
+    secret.expectGone();
+}
+
+TEST(SecretsOfHosts, EncodedText_IsGoneWithItsText) {
+    const SecretText secret;
+    // Its block follows the others, so that the heap keeps them when they are freed.
+    std::string last;
+    {
+        const ul::CSecretText text = ul::readSecretTextFile(secret.getPath());
+        const ul::TCryptBuffer<char> utf8 = text.toUTF8();
+        last.assign(100000, 'l');
     }
     secret.expectGone();
 }
