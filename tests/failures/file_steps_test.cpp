@@ -59,8 +59,22 @@ TEST_F(FileStepsTest, NewContent_IsSyncedBeforeItGetsTheName_AndThenTheNameIs) {
                 testing::ContainsRegex("openat .*fsync close renameat fsync of a folder"));
     constexpr int exclusively = O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     EXPECT_EQ(watch.getCalls("openat").at(0).arguments[2] & exclusively, exclusively);
+    EXPECT_EQ(watch.count("unlinkat"), 0) << "nobody else's file of that name is removed";
     constexpr int onlyFolder = O_DIRECTORY | O_CLOEXEC;
     EXPECT_EQ(watch.getCalls("open").at(0).arguments[1] & onlyFolder, onlyFolder);
+}
+
+TEST_F(FileStepsTest, FileThatAlreadyHasTheTemporaryName_StaysAndNothingIsReplaced) {
+    CallWatch watch;
+    std::string name;
+    watch.before("openat", [&](const Call& call) {
+        name = call.getPointer<char>(1);
+        m_folder.write(name, "taken");
+    });
+    EXPECT_THROW(ul::writeUTF8TextFile(m_file, "new"), ul::CFileError);
+    EXPECT_THAT(m_folder.list(), testing::UnorderedElementsAre("file", name));
+    EXPECT_EQ(m_folder.read(name), "taken");
+    EXPECT_EQ(m_folder.read("file"), "old");
 }
 
 TEST_F(FileStepsTest, FileThatIsRead_IsOpenedWithoutWaitingOrTakingATerminal) {

@@ -205,6 +205,8 @@ TEST(Wipe, ZeroesExactlyTheGivenBytes) {
     char bytes[] = "abcdef";
     ul::wipe(bytes + 1, 3);
     EXPECT_EQ(std::string(bytes, 6), std::string("a\0\0\0ef", 6));
+    ul::wipe(bytes + 5, 1);
+    EXPECT_EQ(std::string(bytes, 6), std::string("a\0\0\0e\0", 6));
     ul::wipe(nullptr, 0);
 }
 

@@ -144,6 +144,8 @@ TEST_F(CWindowsFileInStream, ClosedAndFailedStreams_LeaveNoDescriptorOpen) {
 TEST_F(CWindowsFileInStream, NameThatIsNotUnicode_IsAFileError) {
     expectErrorOf<ul::CFileError>("Cannot open file 'Z:\\a?': its name is no valid Unicode text.",
                                   [] { ul::CWindowsFileInStream stream(ul::CWindowsPath(L"/a\xD800")); });
+    expectErrorOf<ul::CFileError>("Cannot write file 'Z:\\a?': its name is no valid Unicode text.",
+                                  [] { ul::writeUTF8TextFile(ul::CWindowsPath(L"/a\xD800"), "x"); });
 }
 
 TEST_F(CWindowsFileInStream, VerbatimPath_ReachesNamesThatEndInDotsAndSpaces) {
