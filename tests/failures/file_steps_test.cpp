@@ -77,6 +77,18 @@ TEST_F(FileStepsTest, FileThatAlreadyHasTheTemporaryName_StaysAndNothingIsReplac
     EXPECT_EQ(m_folder.read("file"), "old");
 }
 
+TEST_F(FileStepsTest, NewFileWithDescriptor0_IsWritten) {
+    const int standardInput = ::dup(STDIN_FILENO);
+    ASSERT_GE(standardInput, 0);
+    CallWatch watch;
+    watch.before("openat", [](const Call&) { ::close(STDIN_FILENO); });
+    ul::writeUTF8TextFile(m_file, "new");
+    EXPECT_EQ(watch.getCalls("openat").at(0).result, 0);
+    ::dup2(standardInput, STDIN_FILENO);
+    ::close(standardInput);
+    EXPECT_EQ(m_folder.read("file"), "new");
+}
+
 TEST_F(FileStepsTest, FileThatIsRead_IsOpenedWithoutWaitingOrTakingATerminal) {
     const CallWatch watch;
     EXPECT_EQ(ul::readUTF8TextFile(m_file), "old");
