@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -25,7 +26,7 @@ public:
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
     ~Replacement() {
-        if (m_isLeftOver)
+        if (!m_temporaryName.empty())
             ::unlinkat(getFolder(), m_temporaryName.c_str(), 0);
     }
 
@@ -43,14 +44,13 @@ private:
     void takeRights(const struct stat& old);
 
     std::string m_name;
+    // Empty unless the new file is there.
     std::string m_temporaryName;
     FileHandle m_folder;
     FileHandle m_file;
-    bool m_isLeftOver = false;
 };
 
-Replacement::Replacement(const CWindowsPath& target)
-    : m_temporaryName(makeTemporaryName().toLatin1()), m_folder(target), m_file(target) {
+Replacement::Replacement(const CWindowsPath& target) : m_folder(target), m_file(target) {
     const std::string native = toNativePath("write file", target);
     const std::size_t nameStart = native.rfind('/') + 1;
     m_name = native.substr(nameStart);
@@ -102,11 +102,12 @@ void Replacement::create() {
     const bool isOwn = isOld && old.st_uid == ::geteuid();
     const mode_t mode = isOwn ? old.st_mode & 0666 : 0666;
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    const int file = retryInterrupted([&] { return ::openat(getFolder(), m_temporaryName.c_str(), flags, mode); });
+    std::string name = makeTemporaryName().toLatin1();
+    const int file = retryInterrupted([&] { return ::openat(getFolder(), name.c_str(), flags, mode); });
     if (file < 0)
         raise(errno);
-    m_isLeftOver = true;
     m_file.adopt(file);
+    m_temporaryName = std::move(name);
     if (isOwn)
         takeRights(old);
 }
@@ -128,7 +129,7 @@ void Replacement::write(const std::string& bytes) {
     m_file.close();
     if (::renameat(getFolder(), m_temporaryName.c_str(), getFolder(), m_name.c_str()) != 0)
         raise(errno);
-    m_isLeftOver = false;
+    m_temporaryName.clear();
     // The new name is on the disk once its folder is flushed. If that fails the file still exists, so it is not an
     // error.
     retryInterrupted([&] { return ::fsync(getFolder()); });

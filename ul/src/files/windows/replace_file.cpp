@@ -3,6 +3,8 @@
 #include "files/file_handle.h"
 #include "files/windows/native_path.h"
 
+#include <utility>
+
 #include <windows.h>
 
 namespace ul {
@@ -12,15 +14,12 @@ namespace {
 /// A new file in the folder of the one that it is to replace. The destructor removes it unless it has done so.
 class Replacement {
 public:
-    explicit Replacement(const CWindowsPath& target)
-        : m_target(toNativePath(target)),
-          m_temporary(m_target.substr(0, m_target.rfind(L'\\') + 1) + makeTemporaryName().toStdWString()),
-          m_file(target) {}
+    explicit Replacement(const CWindowsPath& target) : m_target(toNativePath(target)), m_file(target) {}
     Replacement(const Replacement&) = delete;
     Replacement& operator=(const Replacement&) = delete;
     ~Replacement() {
         m_file.close();
-        if (m_isLeftOver)
+        if (!m_temporary.empty())
             ::DeleteFileW(m_temporary.c_str());
     }
 
@@ -32,7 +31,7 @@ public:
         m_file.close();
         if (!::MoveFileExW(m_temporary.c_str(), m_target.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
             raise(::GetLastError());
-        m_isLeftOver = false;
+        m_temporary.clear();
     }
 
 private:
@@ -51,20 +50,21 @@ private:
     }
 
     void create() {
+        std::wstring name = m_target.substr(0, m_target.rfind(L'\\') + 1) + makeTemporaryName().toStdWString();
         // The folder determines the permissions.
         constexpr DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-        const HANDLE file = ::CreateFileW(m_temporary.c_str(), GENERIC_WRITE, sharing, nullptr, CREATE_NEW,
-                                          FILE_ATTRIBUTE_NORMAL, nullptr);
+        const HANDLE file =
+            ::CreateFileW(name.c_str(), GENERIC_WRITE, sharing, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
         if (file == INVALID_HANDLE_VALUE)
             raise(::GetLastError());
-        m_isLeftOver = true;
         m_file.adopt(reinterpret_cast<std::intptr_t>(file));
+        m_temporary = std::move(name);
     }
 
     std::wstring m_target;
+    // Empty unless the new file is there.
     std::wstring m_temporary;
     FileHandle m_file;
-    bool m_isLeftOver = false;
 };
 
 } // namespace
