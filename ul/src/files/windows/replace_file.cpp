@@ -51,10 +51,9 @@ private:
 
     void create() {
         std::wstring name = m_target.substr(0, m_target.rfind(L'\\') + 1) + makeTemporaryName().toStdWString();
-        // The folder determines the permissions.
-        constexpr DWORD sharing = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+        // The folder determines the permissions. Nobody else opens the unfinished file.
         const HANDLE file =
-            ::CreateFileW(name.c_str(), GENERIC_WRITE, sharing, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
+            ::CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
         if (file == INVALID_HANDLE_VALUE)
             raise(::GetLastError());
         m_file.adopt(reinterpret_cast<std::intptr_t>(file));
