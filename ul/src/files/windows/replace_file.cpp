@@ -41,11 +41,10 @@ private:
 
     void checkReplaceable() const {
         const DWORD attributes = ::GetFileAttributesW(m_target.c_str());
-        // A link is replaced whatever its attributes. Any obstacle that cannot be determined here shows up when
-        // replacing.
+        // A link is replaced whatever its attributes. Any other obstacle, such as a folder, shows up when replacing.
         if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
             return;
-        if ((attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_DIRECTORY | FILE_ATTRIBUTE_DEVICE)) != 0)
+        if ((attributes & FILE_ATTRIBUTE_READONLY) != 0)
             raise(ERROR_ACCESS_DENIED);
     }
 
