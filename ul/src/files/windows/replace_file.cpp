@@ -40,11 +40,10 @@ private:
     }
 
     void checkReplaceable() const {
+        // A link is replaced whatever its attributes. If there is no file, all bits are set. Any other obstacle, such
+        // as a folder, shows up when replacing.
         const DWORD attributes = ::GetFileAttributesW(m_target.c_str());
-        // A link is replaced whatever its attributes. Any other obstacle, such as a folder, shows up when replacing.
-        if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
-            return;
-        if ((attributes & FILE_ATTRIBUTE_READONLY) != 0)
+        if ((attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_REPARSE_POINT)) == FILE_ATTRIBUTE_READONLY)
             raise(ERROR_ACCESS_DENIED);
     }
 
