@@ -131,10 +131,11 @@ TEST(CipherLimits, OverlappingInput_IsRefusedByEveryOperation_AndNothingIsWritte
         expectRefused(operation, "input overlaps output", buffer.getData() + position, size, buffer, append, givenIV);
         EXPECT_EQ(toBytes(buffer), makePattern(80));
     };
-    // One byte before or after the result; at the place of a random IV; within the appended result.
+    // One byte before or after the result; at the place of a random IV; partly and wholly in the appended result.
     expectOverlap(encrypting, 1, 48, false, iv);
     expectOverlap(encrypting, 0, 48, false, nullptr);
     expectOverlap(encrypting, 70, 20, true, iv);
+    expectOverlap(encrypting, 90, 20, true, iv);
     expectOverlap(decrypting, 16, 48, false, iv);
     expectOverlap(decrypting, 0, 48, false, nullptr);
     expectOverlap(encryptingUnpadded, 1, 48, false, iv);

@@ -40,6 +40,7 @@ void expectRefused(std::initializer_list<ul::String> texts) {
 
 std::string encodeWithCRLF(const Bytes& bytes) {
     Buffer buffer = makeBuffer(bytes);
+    buffer.ensureAllocated(buffer.getUsed() + 10);
     sarn::base64EncodeBufferWithCRLF(buffer);
     return toText(toBytes(buffer));
 }
