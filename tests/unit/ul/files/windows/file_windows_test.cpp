@@ -26,6 +26,18 @@ TEST_F(WriteUTF8TextFile, ReadOnlyFile_IsRefused) {
     ::SetFileAttributesW(native.c_str(), FILE_ATTRIBUTE_NORMAL);
 }
 
+TEST_F(WriteUTF8TextFile, FileOnAnotherVolumeThanTheFolderAbove_IsReplaced) {
+    // Only Wine has such a folder. A new file that is made elsewhere cannot take the name there.
+    const std::filesystem::path mounted = L"Z:\\dev\\shm";
+    const std::filesystem::path file =
+        (std::filesystem::exists(mounted) ? mounted : folder.getNative()) / folder.getNative().filename();
+    for (const char* const content : {"old", "new"}) {
+        ul::writeUTF8TextFile(TempFolder::toPath(file), content);
+        EXPECT_EQ(ul::readUTF8TextFile(TempFolder::toPath(file)).toUTF8(), content);
+    }
+    std::filesystem::remove(file);
+}
+
 TEST_F(WriteUTF8TextFile, FileThatCannotBeCreated_IsNamedInTheError) {
     expectWriteError(folder.getPath("none\\f"));
 }
