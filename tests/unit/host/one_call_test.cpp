@@ -71,6 +71,7 @@ TEST(Base64, OfBytes_IsTheTextOfTheDocumentedOperation) {
 TEST(DeriveKey, FromAPassword_IsTheKeyOfTheDocumentedOperation) {
     // RFC 6070.
     EXPECT_EQ(ul::toHex(sarn::deriveKey("password", "salt", 2, 20)), "ea6c014dc72d6f8ccd1ed92ace1d41f0d8de8957");
+    EXPECT_EQ(ul::toHex(sarn::deriveKey("password", "salt", 2, 1)), "ea");
     unsigned char key[16];
     sarn::deriveKey_PKCS5_PBKDF2_HMAC_SHA1("", 0, "", 0, 3, 16, key);
     EXPECT_EQ(toBytes(sarn::deriveKey({}, {}, 3, 16)), Bytes(key, key + 16));
