@@ -32,6 +32,7 @@ TEST(Digest, OfBytes_IsTheResultOfTheDocumentedOperation) {
     for (const char* const id : digestIDs)
         for (const int size : {0, 1, 100})
             EXPECT_EQ(toBytes(sarn::digest(id, makePattern(size))), getDigest(id, makePattern(size))) << id;
+    EXPECT_EQ(ul::toHex(sarn::digest("md5", "a")), "0cc175b9c0f1b6a831c399e269772661"); // RFC 1321
     expectError("Unknown digest type id 'sha0'.", [] { sarn::digest("sha0", "data"); });
 }
 
