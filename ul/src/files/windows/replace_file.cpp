@@ -40,8 +40,8 @@ private:
     }
 
     void checkReplaceable() const {
-        // A link is replaced whatever its attributes. If there is no file, all bits are set. Any other obstacle, such
-        // as a folder, shows up when replacing.
+        // A link is replaced whatever its attributes are. For a missing file, every bit is set. Any other obstacle,
+        // such as a folder, makes the replacement itself fail.
         const DWORD attributes = ::GetFileAttributesW(m_target.c_str());
         if ((attributes & (FILE_ATTRIBUTE_READONLY | FILE_ATTRIBUTE_REPARSE_POINT)) == FILE_ATTRIBUTE_READONLY)
             raise(ERROR_ACCESS_DENIED);
@@ -49,7 +49,7 @@ private:
 
     void create() {
         std::wstring name = m_target.substr(0, m_target.rfind(L'\\') + 1) + makeTemporaryName().toStdWString();
-        // The folder determines the permissions. Nobody else opens the unfinished file.
+        // The folder determines the permissions. Nobody else may open the unfinished file.
         const HANDLE file =
             ::CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
         if (file == INVALID_HANDLE_VALUE)
