@@ -37,8 +37,7 @@ def check(at, words, typed, absent, present):
     terminal = Terminal(at, *words, stdin=reader)
     os.close(reader)
     for prompt in typed:
-        terminal.expect(prompt)
-        terminal.type((PASSPHRASE if "passphrase" in prompt else PASSWORD) + "\n")
+        terminal.answer(prompt, (PASSPHRASE if "passphrase" in prompt else PASSWORD) + "\n")
     # More than fits into the pipe, so that it has read some when all is written.
     os.write(writer, make_bytes(1 << 19))
     expect(count(terminal.process, present) > 0, f"{words}: the search does not find what is in use")
@@ -66,8 +65,7 @@ def check_passwords(at):
 def check_typed_password(at):
     at.write("letter", LETTER)
     terminal = Terminal(at, "encrypt", "--salt", "00ff", "letter", "message")
-    terminal.expect("The password: ")
-    terminal.type(PASSWORD + "\n")
+    terminal.answer("The password: ", PASSWORD + "\n")
     terminal.expect("The password again: ")
     counts = [count(terminal.process, text) for text in (PASSWORD.encode(), *encode_wide(PASSWORD))]
     terminal.process.kill()

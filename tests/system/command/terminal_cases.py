@@ -59,6 +59,10 @@ class Terminal:
         expect(not self.has_echo(), "it shows what is typed")
         os.write(self.master, (text.replace("\n", "\r") if self.is_windows else text).encode())
 
+    def answer(self, prompt, text):
+        self.expect(prompt)
+        self.type(text)
+
     def end(self):
         """Returns the status and the rest of the output."""
         while self.read():
@@ -70,26 +74,21 @@ class Terminal:
 def check_password(at):
     at.write("letter", LETTER)
     terminal = Terminal(at, "encrypt", "--salt", "00ff", "letter", "message")
-    terminal.expect("The password: ")
-    terminal.type(PASSWORD + "\n")
-    terminal.expect("The password again: ")
-    terminal.type(PASSWORD + "\n")
+    terminal.answer("The password: ", PASSWORD + "\n")
+    terminal.answer("The password again: ", PASSWORD + "\n")
     expect(terminal.end() == (0, "\n"), terminal.shown)
     plain = at.run("decrypt", "--salt", "00ff", "--password-fd", "0", "message", "-", stdin=PASSWORD.encode())
     expect(plain == LETTER.decode(), plain)
     terminal = Terminal(at, "decrypt", "--salt", "00ff", "message", "-")
-    terminal.expect("The password: ")
-    terminal.type(PASSWORD + "\n")
+    terminal.answer("The password: ", PASSWORD + "\n")
     expect(terminal.end() == (0, "\n" + LETTER.decode()), terminal.shown)
 
 
 @case("TypedPasswords_ThatDiffer_AreRefused")
 def check_difference(at):
     terminal = Terminal(at, "key", "--salt", "00", "key")
-    terminal.expect("The password: ")
-    terminal.type("one\n")
-    terminal.expect("The password again: ")
-    terminal.type("two\n")
+    terminal.answer("The password: ", "one\n")
+    terminal.answer("The password again: ", "two\n")
     status, shown = terminal.end()
     expect(status == 2 and shown.endswith("\nsarn key: the two are different\n") and at.list() == [], shown)
 
@@ -98,8 +97,7 @@ def check_difference(at):
 def check_passphrase(at):
     key = str(at.keys / "rsa2048_encrypted_pkcs8_for_tests_only.pem")
     terminal = Terminal(at, "sign", "--key", key, at.write("letter", LETTER))
-    terminal.expect("The passphrase: ")
-    terminal.type("for tests only\n")
+    terminal.answer("The passphrase: ", "for tests only\n")
     expect(terminal.end() == (0, "\n") and b"letter.sig" in at.list(), terminal.shown)
 
 
@@ -119,8 +117,7 @@ def check_interrupted_prompt(at):
 @case("CtrlC_AtAPrompt_EndsTheProcessAndLeavesNoFile", windows=True)
 def check_control_c(at):
     terminal = Terminal(at, "key", "--salt", "00", "key")
-    terminal.expect("The password: ")
-    terminal.type("a password\x03\n")  # Wine waits for the end of the line
+    terminal.answer("The password: ", "a password\x03\n")  # Wine waits for the end of the line
     status, shown = terminal.end()
     # Of STATUS_CONTROL_C_EXIT only the last byte passes Wine.
     expect(status == (0x3A if at.is_windows else -signal.SIGINT) and at.list() == [], (status, shown, at.list()))
@@ -134,8 +131,7 @@ def check_stopped(at):
         time.sleep(0.1)
         terminal.process.send_signal(number)
     terminal.type("a password\n")
-    terminal.expect("The password again: ")
-    terminal.type("a password\n")
+    terminal.answer("The password again: ", "a password\n")
     expect(terminal.end()[0] == 0 and at.list() == [b"key"], terminal.shown)
 
 
