@@ -5,7 +5,12 @@
 #include "support/cipher_test_data.h"
 #include "support/digest_test_data.h"
 
+#include "sarn/stream_decryptor.h"
+
+#include <cstring>
 #include <memory>
+
+#include <malloc.h>
 
 namespace sarn_test {
 
@@ -94,6 +99,25 @@ TEST_F(CipherFailures, OfLibcrypto_AreReachedByTheLargestInput) {
                   INT_MAX);
     expectFailure("EVP_EncryptInit", "OpenSSL encrypt init error.", encrypting, 0, INT_MAX - 16);
     expectFailure("EVP_DecryptInit", "OpenSSL encrypt init error.", decrypting, 0, INT_MAX - 16);
+}
+
+TEST_F(CipherFailures, ResultOfAStreamThatGrows_IsNotCopiedWithThePlaintext) {
+    const TestKey key(16);
+    const std::string text(600000, 'p');
+    Buffer encrypted;
+    getAnyCipher("bfcbc")->encrypt(key, text.data(), static_cast<int>(text.size()), encrypted, false, nullptr);
+    int copied = 0;
+    m_watch.before("realloc", [&](const Call& call) {
+        void* const block = call.getPointer<void>(0);
+        if (block && ::memmem(block, ::malloc_usable_size(block), "pppppppp", 8))
+            ++copied;
+    });
+    sarn::CStreamDecryptor decryptor("bfcbc", key);
+    constexpr int first = 40000;
+    // These bytes wait. The next call decrypts them before the rest.
+    EXPECT_TRUE(decryptor.update({encrypted.getData(), first}).empty());
+    EXPECT_GT(decryptor.update({encrypted.getData() + first, encrypted.getUsed() - first}).size(), 500000U);
+    EXPECT_EQ(copied, 0);
 }
 
 using CipherResult = CipherFailures;
