@@ -99,9 +99,7 @@ def read_statement(lines, number):
         end += 1
         if lines[end - 1].endswith("{") or get_indent(lines[end]) <= get_indent(lines[number]):
             return []
-    # Room that is reserved only saves time.
-    is_kept = lines[end].endswith(("= delete;", "= default;")) or ".reserve(" in lines[number]
-    return [] if is_kept else lines[number:end + 1]
+    return [] if lines[end].endswith(("= delete;", "= default;")) else lines[number:end + 1]
 
 
 def read_block(lines, number):

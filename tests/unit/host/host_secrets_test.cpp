@@ -19,11 +19,11 @@ using Key = ul::TCryptBuffer<unsigned char>;
 
 constexpr int textSize = 64;
 
-/// A secret text in a file, between other bytes, because the next owner of a freed block overwrites its ends first. The
-/// object contains it only masked.
+/// A secret text in a file, between other letters, because the next owner of a freed block overwrites its ends first.
+/// The object contains it only masked.
 class SecretText {
 public:
-    SecretText() {
+    explicit SecretText(std::string_view letter = "f") {
         Key text = makeText();
         m_narrow = std::make_unique<Canary>(Canary::of(text.getData()));
         Key wide(Canary::size, 0);
@@ -32,7 +32,9 @@ public:
             wide.insert(wide.getUsed(), &character, sizeof character);
         }
         m_wide = std::make_unique<Canary>(Canary::of(wide.getData()));
-        const std::string filler(20000, 'f');
+        std::string filler;
+        for (int i = 0; i < 20000; ++i)
+            filler += letter;
         std::ofstream file(path);
         // Without a buffer, in which the secret would stay.
         file.rdbuf()->pubsetbuf(nullptr, 0);
@@ -81,15 +83,19 @@ TEST(SecretsOfHosts, ReadAsTextAndUsed_AreGoneAfterwards) {
 }
 
 TEST(SecretsOfHosts, EncodedText_IsGoneWithItsText) {
-    const SecretText secret;
-    // Its block follows the others, so that the heap keeps them when they are freed.
-    std::string last;
-    {
-        const ul::CSecretText text = ul::readSecretTextFile(secret.getPath());
-        const ul::TCryptBuffer<char> utf8 = text.toUTF8();
-        last.assign(100000, 'l');
+    // Letters of one, two and four bytes.
+    for (const char* const letter : {"f", "\xC3\xA4", "\xF0\x9F\x94\x91"}) {
+        SCOPED_TRACE(letter);
+        const SecretText secret(letter);
+        // Its block follows the others, so that the heap keeps them when they are freed.
+        std::string last;
+        {
+            const ul::CSecretText text = ul::readSecretTextFile(secret.getPath());
+            const ul::TCryptBuffer<char> utf8 = text.toUTF8();
+            last.assign(200000, 'l');
+        }
+        secret.expectGone();
     }
-    secret.expectGone();
 }
 
 TEST(SecretsOfHosts, ReadAsBytes_AreGoneAfterwards) {

@@ -13,11 +13,11 @@ namespace ul {
 /// Two lower-case digits for each byte, as common commands print a digest.
 inline std::string toHex(CBytes bytes) {
     constexpr char digits[] = "0123456789abcdef";
-    std::string text;
-    text.reserve(2 * bytes.size());
+    std::string text(2 * bytes.size(), '0');
+    auto digit = text.begin();
     for (const unsigned char byte : bytes) {
-        text += digits[byte >> 4];
-        text += digits[byte & 15];
+        *digit++ = digits[byte >> 4];
+        *digit++ = digits[byte & 15];
     }
     return text;
 }

@@ -46,6 +46,16 @@ void appendScalar(std::wstring& text, std::uint32_t scalar) {
     }
 }
 
+/// Number of bytes of a text as UTF-8, or a few more.
+std::size_t countBytes(const std::wstring& text) {
+    std::size_t count = text.size();
+    for (const wchar_t character : text) {
+        const std::uint32_t unit = toCodeUnit(character);
+        count += static_cast<std::size_t>(unit > 0x7F) + (unit > 0x7FF) + (unit > 0xFFFF);
+    }
+    return count;
+}
+
 } // namespace
 
 String decodeUTF8(const char* data, std::size_t size) {
@@ -54,6 +64,7 @@ String decodeUTF8(const char* data, std::size_t size) {
     if (invalid != end)
         raiseError("Invalid UTF-8 text.", CProps().add("position", toString(invalid - data)));
     std::wstring text;
+    // All at once, as in encodeUTF8().
     text.reserve(size);
     for (const char* next = data; next != end;)
         appendScalar(text, utf8::unchecked::next(next));
@@ -67,7 +78,8 @@ String decodeUTF8OrLatin1(const std::string& text) {
 
 std::string encodeUTF8(const std::wstring& text) {
     std::string result;
-    result.reserve(text.size());
+    // All at once: growth would leave a copy of a secret in freed memory.
+    result.reserve(countBytes(text));
     for (std::size_t position = 0; position < text.size();) {
         const std::size_t start = position;
         const std::uint32_t scalar = nextScalar(text, position);
@@ -81,7 +93,6 @@ std::string encodeUTF8(const std::wstring& text) {
 
 std::string encodeUTF8Lossy(const std::wstring& text) {
     std::string result;
-    result.reserve(text.size());
     for (std::size_t position = 0; position < text.size();) {
         const std::uint32_t scalar = nextScalar(text, position);
         utf8::unchecked::append(scalar == noScalar ? U'?' : scalar, std::back_inserter(result));
