@@ -11,6 +11,7 @@
 #include <climits>
 #include <cstddef>
 #include <cstring>
+#include <numeric>
 #include <utility>
 
 namespace sarn {
@@ -28,8 +29,8 @@ public:
 protected:
     /// Requires a cipher whose calls can be chained: the last block of one ciphertext is the IV of the next.
     /// \throws ul::CInvalidArgError "cipher cannot be NULL"; "cipher cannot work in pieces" if chained calls give
-    ///         different bytes than one call, as in every mode but CBC; any error of the cipher, for example "invalid
-    ///         key size".
+    ///         different bytes than one call, as in counter mode; any error of the cipher, for example "invalid key
+    ///         size".
     CCipherStream(const char* where, ul::P<ICipher> cipher, const ul::TCryptBuffer<unsigned char>& key)
         : m_cipher(checkCipher(where, std::move(cipher))),
           m_key(key),
@@ -140,17 +141,18 @@ private:
 
     bool givesTheSameInPieces() {
         const int half = 16 * m_blockSize; // long enough that no key stream repeats by chance
-        ul::TBuffer<unsigned char> zeros(2 * half, -1);
-        std::fill_n(zeros.getData(), 2 * half, static_cast<unsigned char>(0));
+        ul::TBuffer<unsigned char> plain(2 * half, -1);
+        // Not zeros, which output feedback turns into its key stream and so into its next IV.
+        std::iota(plain.getData(), plain.getData() + 2 * half, static_cast<unsigned char>(1));
         ul::TBuffer<unsigned char> atOnce;
         ul::TBuffer<unsigned char> inPieces;
-        m_cipher->encryptWithoutPadding(m_key, zeros.getData(), 2 * half, atOnce, false, zeros.getData());
-        m_cipher->encryptWithoutPadding(m_key, zeros.getData(), half, inPieces, false, zeros.getData());
+        m_cipher->encryptWithoutPadding(m_key, plain.getData(), 2 * half, atOnce, false, plain.getData());
+        m_cipher->encryptWithoutPadding(m_key, plain.getData(), half, inPieces, false, plain.getData());
         if (inPieces.getUsed() != half)
             return false;
         const ul::TBuffer<unsigned char> first(inPieces);
         const unsigned char* const nextIV = first.getData() + half - m_ivSize;
-        m_cipher->encryptWithoutPadding(m_key, zeros.getData(), half, inPieces, true, nextIV);
+        m_cipher->encryptWithoutPadding(m_key, plain.getData() + half, half, inPieces, true, nextIV);
         return ul::CBytes(atOnce) == inPieces;
     }
 

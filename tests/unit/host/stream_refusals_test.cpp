@@ -33,6 +33,25 @@ private:
     const Fault m_fault;
 };
 
+/// Output feedback of a host: the last block of the key stream, not of the ciphertext, would be the next IV.
+class OutputFeedback : public sarn::CCipher_Null {
+public:
+    int getIVSize() const override { return 16; }
+    int getBlockSize() const override { return 16; }
+
+    void encryptWithoutPadding(const ul::TCryptBuffer<unsigned char>&, const void* data, int size,
+                               ul::TBuffer<unsigned char>& out, bool append, const unsigned char* iv) override {
+        Bytes keyStream(iv, iv + 16);
+        const int start = append ? out.getUsed() : 0;
+        out.setUsed(start + size);
+        for (int i = 0; i < size; ++i) {
+            unsigned char& key = keyStream[static_cast<std::size_t>(i % 16)];
+            key = static_cast<unsigned char>(5 * key + 1);
+            out.getData()[start + i] = static_cast<unsigned char>(static_cast<const unsigned char*>(data)[i] ^ key);
+        }
+    }
+};
+
 } // namespace
 
 TEST(CStreamEncryptor, OfACipherThatCannotBeChained_IsRefused) {
@@ -48,8 +67,11 @@ TEST(CStreamEncryptor, OfACipherThatCannotBeChained_IsRefused) {
     };
     constexpr char message[] = "cipher cannot work in pieces";
     const ul::P<sarn::ICipher> ciphers[] = {ul::make<OwnCipher>(OwnCipher::Fault::KeyStream),
-                                            ul::make<OwnCipher>(OwnCipher::Fault::Loses), ul::make<OddSizes>(0, 0),
-                                            ul::make<OddSizes>(12, 16), ul::make<OddSizes>(8, 8)};
+                                            ul::make<OwnCipher>(OwnCipher::Fault::Loses),
+                                            ul::make<OddSizes>(0, 0),
+                                            ul::make<OddSizes>(12, 16),
+                                            ul::make<OddSizes>(8, 8),
+                                            ul::make<OutputFeedback>()};
     for (const ul::P<sarn::ICipher>& cipher : ciphers) {
         expectInvalidArg("CStreamEncryptor", message, [&] { sarn::CStreamEncryptor(cipher, TestKey(0)); });
         expectInvalidArg("CStreamDecryptor", message, [&] { sarn::CStreamDecryptor(cipher, TestKey(0)); });
