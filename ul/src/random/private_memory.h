@@ -10,7 +10,7 @@ namespace ul {
 /// the system does not support this.
 void* allocatePrivateMemory(std::size_t size) noexcept;
 
-/// Frees the result of allocatePrivateMemory(), which may be null.
+/// Frees the result of allocatePrivateMemory(), which must not be null.
 void freePrivateMemory(void* memory, std::size_t size) noexcept;
 
 } // namespace ul

@@ -45,8 +45,9 @@ RandomReserve::RandomReserve() noexcept : m_block(static_cast<Block*>(allocatePr
 }
 
 RandomReserve::~RandomReserve() {
-    if (m_block)
-        wipe(m_block->bytes, sizeof m_block->bytes);
+    if (!m_block)
+        return;
+    wipe(m_block->bytes, sizeof m_block->bytes);
     freePrivateMemory(m_block, sizeof(Block));
 }
 

@@ -3,7 +3,9 @@
 
 #include "errors/raise.h"
 
-#include <filesystem>
+#include <array>
+
+#include <windows.h>
 
 namespace ul {
 
@@ -17,11 +19,11 @@ std::wstring toNativePath(const CWindowsPath& path) {
 }
 
 String getCurrentWorkDirectoryAsString() {
-    std::error_code error;
-    const std::filesystem::path directory = std::filesystem::current_path(error);
-    if (error)
-        raiseFileError("name the working directory", ".", error.value());
-    return directory.native();
+    std::array<wchar_t, 32768> directory; // no path is longer
+    const DWORD length = ::GetCurrentDirectoryW(static_cast<DWORD>(directory.size()), directory.data());
+    if (length == 0)
+        raiseFileError("name the working directory", ".", static_cast<int>(::GetLastError()));
+    return String(directory.data(), length);
 }
 
 } // namespace ul

@@ -25,8 +25,7 @@ void* allocatePrivateMemory(std::size_t size) noexcept {
 }
 
 void freePrivateMemory(void* memory, std::size_t size) noexcept {
-    if (memory)
-        ::munmap(memory, size);
+    ::munmap(memory, size);
 }
 
 } // namespace ul

@@ -11,8 +11,7 @@ void* allocatePrivateMemory(std::size_t size) noexcept {
 }
 
 void freePrivateMemory(void* memory, std::size_t) noexcept {
-    if (memory)
-        ::VirtualFree(memory, 0, MEM_RELEASE);
+    ::VirtualFree(memory, 0, MEM_RELEASE);
 }
 
 } // namespace ul
