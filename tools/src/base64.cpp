@@ -7,7 +7,6 @@
 
 #include <sarn/host.h>
 
-#include <climits>
 #include <memory>
 
 namespace tool {
@@ -36,7 +35,7 @@ struct Options {
 };
 
 void decode(Input& input, Output& output) {
-    const Bytes content = readAll(input, INT_MAX - (1 << 16));
+    const Bytes content = readAll(input, fileLimit);
     const std::string_view text = ul::CBytes(content).asText();
     ul::TBuffer<unsigned char> bytes;
     try {

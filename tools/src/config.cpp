@@ -8,7 +8,6 @@
 
 #include <sarn/host.h>
 
-#include <climits>
 #include <memory>
 
 namespace tool {
@@ -81,7 +80,7 @@ int get(const ReadOptions& options) {
 
 int sign(const SignOptions& options) {
     Input input(options.signing.file);
-    const Bytes content = readAll(input, INT_MAX - (1 << 16));
+    const Bytes content = readAll(input, fileLimit);
     ul::TBuffer<unsigned char> text;
     if (options.isBase64)
         text = sarn::fromBase64(ul::CBytes(content).asText());

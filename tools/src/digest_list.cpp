@@ -8,7 +8,6 @@
 #include <sarn/host.h>
 
 #include <algorithm>
-#include <climits>
 #include <optional>
 
 namespace tool {
@@ -102,7 +101,7 @@ std::string formatDigest(const std::string& digest, const std::string& name) {
 
 int checkList(const std::string& id, const std::string& list, bool isJson) {
     Input input(list);
-    const auto content = readAll(input, INT_MAX - (1 << 16));
+    const auto content = readAll(input, fileLimit);
     std::string_view rest = ul::CBytes(content).asText();
     const auto digestSize = static_cast<std::size_t>(sarn::createDigest(id)->getDigestSize());
     Checker checker(id, isJson);

@@ -8,7 +8,6 @@
 
 #include <sarn/host.h>
 
-#include <climits>
 #include <memory>
 
 namespace tool {
@@ -34,7 +33,7 @@ int run(const Options& options) {
     std::vector<Record> records;
     for (const std::string& name : options.names) {
         Input input(name);
-        const Bytes message = readAll(input, INT_MAX - (1 << 16));
+        const Bytes message = readAll(input, fileLimit);
         Bytes hmac;
         const auto calculate = options.id == "md5" ? sarn::calcHMAC_MD5 : sarn::calcHMAC_SHA1;
         calculate(hmac, message.getData(), message.getUsed(), key.getData(), key.getUsed());

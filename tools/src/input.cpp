@@ -30,8 +30,8 @@ Input::~Input() {
         closeFile(m_descriptor);
 }
 
-std::int64_t Input::getSize() const {
-    return getRegularSize(m_descriptor);
+std::int64_t Input::getLeft() const {
+    return getRegularRest(m_descriptor);
 }
 
 int Input::read(void* data, int size) {
@@ -49,7 +49,7 @@ int Input::read(void* data, int size) {
 }
 
 void Input::skip(std::int64_t size) {
-    const std::int64_t present = m_isOwn ? getSize() : -1;
+    const std::int64_t present = m_isOwn ? getLeft() : -1;
     if (present >= size && seek(m_descriptor, size))
         return;
     ul::TBuffer<unsigned char> piece(1 << 16, -1);
@@ -63,7 +63,7 @@ void Input::skip(std::int64_t size) {
 }
 
 void readPieces(Input& input, int pieceSize, const std::function<void(ul::CBytes)>& use) {
-    Progress progress(input.getName(), input.getSize());
+    Progress progress(input.getName(), input.getLeft());
     ul::TCryptBuffer<unsigned char> piece(pieceSize, -1);
     while (const int size = input.read(piece.getData(), pieceSize)) {
         use({piece.getData(), size});
@@ -79,8 +79,9 @@ ul::TCryptBuffer<unsigned char> readAll(Input& input, int limit) {
             throw Problem(Failed, input.getName() + " is larger than " + std::to_string(limit) +
                                       " bytes, which is the limit here");
     };
-    requireLimit(input.getSize());
-    content.ensureAllocated(static_cast<int>(std::max<std::int64_t>(input.getSize(), 0)));
+    const std::int64_t left = input.getLeft();
+    requireLimit(left);
+    content.ensureAllocated(static_cast<int>(left));
     readPieces(input, 1 << 16, [&](ul::CBytes piece) {
         requireLimit(static_cast<std::int64_t>(content.getUsed()) + static_cast<std::int64_t>(piece.size()));
         content.insert(content.getUsed(), piece.data(), static_cast<int>(piece.size()));

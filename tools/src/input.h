@@ -4,6 +4,7 @@
 
 #include <ul/host.h>
 
+#include <climits>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -25,8 +26,8 @@ public:
     ~Input();
 
     const std::string& getName() const { return m_name; }
-    /// Size in bytes; -1 if that is unknown.
-    std::int64_t getSize() const;
+    /// Number of bytes that are left; -1 if that is unknown.
+    std::int64_t getLeft() const;
 
     /// Reads `size` bytes, or fewer at the end, and returns how many.
     /// \throws Interrupted
@@ -44,6 +45,9 @@ private:
 /// Calls `use` with the rest of the input, in pieces of `pieceSize` bytes except the last, which is never empty. Shows
 /// the progress on a terminal. The pieces are wiped.
 void readPieces(Input& input, int pieceSize, const std::function<void(ul::CBytes)>& use);
+
+/// Size in bytes of the largest file that is read into memory; the limit of the library.
+constexpr int fileLimit = INT_MAX - (1 << 16);
 
 /// The rest of the input, in memory that is wiped.
 /// \throws Problem if it is larger than `limit` bytes.

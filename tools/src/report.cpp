@@ -5,7 +5,6 @@
 #include "system.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace tool {
 
@@ -21,12 +20,12 @@ constexpr std::string_view escapes[] = {"\\\\", "\nn", "\rr"};
 std::string quote(const std::string& text) {
     std::string quoted = "\"";
     for (const char character : toText(text).toUTF8()) {
-        char escaped[8] = {character, '\0'};
-        if (character == '"' || character == '\\')
-            std::snprintf(escaped, sizeof escaped, "\\%c", character);
-        else if (isControl(character))
-            std::snprintf(escaped, sizeof escaped, "\\u%04x", static_cast<unsigned>(character));
-        quoted += escaped;
+        if (isControl(character))
+            quoted += "\\u00" + ul::toHex({&character, 1});
+        else if (character == '"' || character == '\\')
+            quoted += {'\\', character};
+        else
+            quoted += character;
     }
     return quoted + "\"";
 }

@@ -43,9 +43,10 @@ SavedState parseText(const std::string& name, std::string_view line) {
         line.remove_suffix(1);
     state.id = takeWord(line);
     const std::string_view size = takeWord(line);
+    const char* const end = size.data() + size.size();
     std::int64_t number = 0;
-    const std::from_chars_result result = std::from_chars(size.data(), size.data() + size.size(), number);
-    if (result.ec != std::errc() || result.ptr != size.data() + size.size() || number < 0)
+    const std::from_chars_result result = std::from_chars(size.data(), end, number);
+    if (result.ec != std::errc() || result.ptr != end || number < 0)
         refuse(name, "its line is not an identifier, a number of bytes and hexadecimal digits");
     state.size = number;
     try {

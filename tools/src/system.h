@@ -38,8 +38,8 @@ bool isTerminal(int descriptor);
 /// Creates a file, which must not exist, with these permissions as far as the process's mask allows them.
 int createFile(const std::filesystem::path& path, unsigned permissions);
 
-/// Size of a regular file in bytes; -1 for anything else.
-std::int64_t getRegularSize(int descriptor);
+/// Number of bytes of a regular file after its position; -1 for anything else.
+std::int64_t getRegularRest(int descriptor);
 
 /// Moves the position of a regular file.
 bool seek(int descriptor, std::int64_t position);

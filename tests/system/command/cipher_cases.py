@@ -138,6 +138,9 @@ def check_key_size(at):
         at.write("key", bytes(size))
         at.fail(2, f"key has {size} bytes, but a key for aes256cbc has 32", "encrypt", "--key", "key", "file", "message")
     at.write("key", bytes(32))
+    with open("key", "rb") as file:
+        file.seek(1)
+        at.fail(2, "standard input has 31 bytes, but a key", "encrypt", "--key", "-", "file", "message", stdin_file=file)
     at.fail(2, "--iv needs 16 bytes for aes256cbc", "encrypt", "--key", "key", "--iv", "00" * 15, "file", "message")
 
 

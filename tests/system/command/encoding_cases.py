@@ -3,6 +3,7 @@
 import base64
 import hmac
 import json
+import os
 import re
 import resource
 
@@ -66,6 +67,14 @@ def check_limits(at):
     with open("large", "wb") as file:
         file.truncate(1 << 31)
     at.fail(3, "large is larger than 2147418111 bytes, which is the limit here", "hmac", "sha1", "--key", "key", "large")
-    at.fail(3, "large is larger than 2147418111 bytes", "base64", "-d", "large")
+    for words in (("base64", "-d"), ("digest", "sha1", "--check"), ("config", "sign", "--key", "key")):
+        at.fail(3, "large is larger than 2147418111 bytes", *words, "large")
+    with open("large", "r+b") as file:
+        # Only what is left counts.
+        file.seek(-3, os.SEEK_END)
+        theirs = hmac.digest(b"key", bytes(3), "sha1").hex()
+        at.same(at.run("hmac", "sha1", "--key", "key", stdin_file=file), f"{theirs}  -\n", "the last three bytes")
+        file.truncate((1 << 31) - 1)
+    at.fail(3, "large is larger than 65536 bytes", "state", "large")
     most = resource.getrusage(resource.RUSAGE_CHILDREN).ru_maxrss
     expect(most < 1 << 19, f"it has used {most} KiB, so it has read a part of the file")

@@ -3,6 +3,7 @@
 
 #include "status.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <iterator>
@@ -54,20 +55,18 @@ void occupyClosedStreams() {
 /// A terminal without echo.
 class HiddenTerminal {
 public:
-    HiddenTerminal() : m_descriptor(open("/dev/tty", O_RDWR | O_CLOEXEC | O_NOCTTY)) {
-        if (m_descriptor == -1 || tcgetattr(m_descriptor, &m_settings) == -1)
-            return;
+    HiddenTerminal() : m_descriptor(open("/dev/tty", O_RDWR | O_CLOEXEC)) {
+        const bool isTerminal = tcgetattr(m_descriptor, &m_settings) == 0;
         termios hidden = m_settings;
         hidden.c_lflag = (hidden.c_lflag & ~static_cast<tcflag_t>(ECHO)) | ECHONL | ICANON;
-        m_isHidden = tcsetattr(m_descriptor, TCSAFLUSH, &hidden) == 0;
+        m_isHidden = isTerminal && tcsetattr(m_descriptor, TCSAFLUSH, &hidden) == 0;
     }
     HiddenTerminal(const HiddenTerminal&) = delete;
     HiddenTerminal& operator=(const HiddenTerminal&) = delete;
     ~HiddenTerminal() {
         if (m_isHidden)
             tcsetattr(m_descriptor, TCSAFLUSH, &m_settings);
-        if (m_descriptor != -1)
-            close(m_descriptor);
+        close(m_descriptor);
     }
     bool isHidden() const { return m_isHidden; }
     int getDescriptor() const { return m_descriptor; }
@@ -144,9 +143,10 @@ int createFile(const std::filesystem::path& path, unsigned permissions) {
     return open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, static_cast<mode_t>(permissions));
 }
 
-std::int64_t getRegularSize(int descriptor) {
+std::int64_t getRegularRest(int descriptor) {
     struct stat status = {};
-    return fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode) ? status.st_size : -1;
+    const bool isRegular = fstat(descriptor, &status) == 0 && S_ISREG(status.st_mode);
+    return isRegular ? std::max<std::int64_t>(status.st_size - lseek(descriptor, 0, SEEK_CUR), 0) : -1;
 }
 
 bool seek(int descriptor, std::int64_t position) {

@@ -3,6 +3,7 @@
 
 #include "status.h"
 
+#include <algorithm>
 #include <array>
 #include <atomic>
 
@@ -105,9 +106,10 @@ int createFile(const std::filesystem::path& path, unsigned) {
     return _wopen(path.c_str(), _O_WRONLY | _O_CREAT | _O_EXCL | _O_BINARY | _O_NOINHERIT, _S_IREAD | _S_IWRITE);
 }
 
-std::int64_t getRegularSize(int descriptor) {
+std::int64_t getRegularRest(int descriptor) {
     struct _stat64 status = {};
-    return _fstat64(descriptor, &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG ? status.st_size : -1;
+    const bool isRegular = _fstat64(descriptor, &status) == 0 && (status.st_mode & _S_IFMT) == _S_IFREG;
+    return isRegular ? std::max<std::int64_t>(status.st_size - _telli64(descriptor), 0) : -1;
 }
 
 bool seek(int descriptor, std::int64_t position) {
