@@ -1,9 +1,15 @@
 # SPDX-License-Identifier: Apache-2.0
 """Habits of all commands: exit status, files that exist, full disks, closed pipes, interrupts, memory."""
+import ctypes
+import errno
 import os
+import platform
+import re
 import resource
+import select
 import signal
 import stat
+import struct
 import subprocess
 import time
 
@@ -21,6 +27,7 @@ def check_misuse(at):
             (("digest", "sha1", "--rot13"), "not expected: --rot13. Try: sarn digest --help"),
             (("encrypt", "a"), "sarn encrypt: TO is required"),
             (("key", "--iterations", "0", "--show"), "--iterations: Value 0 not in range"),
+            (("config", "check"), "sarn config check: FILE is required"),
             (("config", "get", "--key", "a", "b"), "sarn config get: KEY is required. Try: sarn config get --help"),
             (("encrypt", "--cipher", "rot13", "a", "b"), "--cipher: rot13 not in {aes256cbc,"),
             (("hmac", "sha1", "file"), "sarn hmac: --key is required"),
@@ -96,12 +103,41 @@ def check_full_disk(at):
                   ("key", "--random", "-"), ("--help",), ("digest", "--help"), ("hmac", "sha1", *key, "file")):
         with open("/dev/full", "wb") as full:
             output = at.run(*words, status=3, stdout=full)
-        expect(output.count("\n") == 1 and "file 'standard output': No space left on device." in output, output)
+        expect(re.fullmatch(r"sarn( \w+)?: Cannot write file 'standard output': No space left on device\.\n", output), output)
 
     def limit():
         resource.setrlimit(resource.RLIMIT_FSIZE, (1 << 19, 1 << 19))
     at.fail(3, "Cannot write file 'new': File too large.", "encrypt", *key, "file", "new", preexec_fn=limit)
     at.fail(3, "Cannot write file 'new': File too large.", "base64", "file", "new", preexec_fn=limit)
+
+
+def make_fail(call, descriptor):
+    """A function that makes a system call fail from now on for a descriptor, by a filter that the process keeps."""
+    class Program(ctypes.Structure):
+        _fields_ = [("count", ctypes.c_ushort), ("filter", ctypes.c_char_p)]
+    load, compare, end, fail_with, allow = 0x20, 0x15, 0x06, 0x00050000, 0x7fff0000
+    number_at, argument_at = 0, 16
+    steps = ((load, 0, 0, number_at), (compare, 0, 3, call), (load, 0, 0, argument_at), (compare, 0, 1, descriptor),
+             (end, 0, 0, fail_with | errno.EIO), (end, 0, 0, allow))
+    program = Program(len(steps), b"".join(struct.pack("HBBI", *step) for step in steps))
+
+    def fail():
+        libc = ctypes.CDLL(None)
+        no_new_privileges, set_filter, from_program = 38, 22, 2
+        libc.prctl(no_new_privileges, 1, 0, 0, 0)
+        libc.prctl(set_filter, from_program, ctypes.byref(program))
+    return fail
+
+
+@case("FailingDisk_IsReportedAndLeavesNoFile")
+def check_failing_disk(at):
+    if platform.machine() != "x86_64" or len(at.program) > 1:
+        return  # the numbers of the calls are others, or an emulator makes them
+    close, fsync, of_new_file = 3, 74, 6
+    at.write("file", LETTER)
+    for call in (close, fsync):
+        at.fail(3, "sarn base64: Cannot write file 'new': Input/output error.", "base64", "file", "new",
+                preexec_fn=make_fail(call, of_new_file))
 
 
 @case("ClosedPipe_IsReportedAndLeavesNoFile")
@@ -141,6 +177,18 @@ def wait_for(condition):
             return
         time.sleep(0.01)
     raise AssertionError("nothing happened for half a minute")
+
+
+@case("Input_ThatPauses_IsProcessedAsFarAsItGoes")
+def check_pause(at):
+    with start(at, "base64") as process:
+        process.stdin.write(make_bytes(48 * 4096))
+        process.stdin.flush()
+        left = 65 * 4096
+        while left > 0:
+            expect(select.select([process.stdout], [], [], 30)[0], f"{left} characters are missing while the input is open")
+            left -= len(os.read(process.stdout.fileno(), left))
+        process.communicate()
 
 
 @case("Interrupt_RemovesTheUnfinishedFileAndEndsTheProcess")

@@ -1,11 +1,14 @@
 # SPDX-License-Identifier: Apache-2.0
 """Secrets in the memory of the command after they were used."""
 import contextlib
+import fcntl
 import hashlib
 import os
 import re
+import termios
 
 from case import LETTER, PASSWORD, case, expect, make_bytes
+from habit_cases import start, wait_for
 from terminal_cases import Terminal
 
 PASSPHRASE = "for tests only"
@@ -41,6 +44,9 @@ def check(at, words, typed, absent, present):
     # More than fits into the pipe, so that it has read some when all is written.
     os.write(writer, make_bytes(1 << 19))
     expect(count(terminal.process, present) > 0, f"{words}: the search does not find what is in use")
+    if typed and not at.is_windows:
+        files = f"/proc/{terminal.process.pid}/fd"
+        expect("/dev/tty" not in [os.readlink(f"{files}/{name}") for name in os.listdir(files)], "the terminal is open")
     for secret in [*absent, *(wide for text in absent for wide in encode_wide(text.decode()))]:
         expect(count(terminal.process, secret) == 0, f"{words}: {secret!r} is in memory")
     terminal.process.kill()
@@ -81,3 +87,14 @@ def check_passphrases(at):
     content = make_bytes(100)
     for source, prompts in ((("--passphrase-file", "passphrase"), ()), ((), ("The passphrase: ",))):
         check(at, ("sign", "--key", key, *source, "--to", "signature", "-"), prompts, [PASSPHRASE.encode(), pem], content)
+
+
+@case("HmacKey_IsInMemoryOnceWhileTheInputIsRead")
+def check_hmac_key(at):
+    key = at.read(at.write("key", os.urandom(3000)))
+    with start(at, "hmac", "sha1", "--key", "key") as process:
+        process.stdin.write(LETTER)
+        process.stdin.flush()
+        wait_for(lambda: fcntl.ioctl(process.stdin, termios.FIONREAD, bytes(4)) == bytes(4))  # it has read the letter
+        expect(count(process, key[1500:1532]) == 1, "the key is in memory more than once")
+        process.kill()

@@ -101,6 +101,14 @@ def check_passphrase(at):
     expect(terminal.end() == (0, "\n") and b"letter.sig" in at.list(), terminal.shown)
 
 
+@case("Progress_OfAFileOfUnknownSize_IsTheAmount")
+def check_unknown_size(at):
+    terminal = Terminal(at, "digest", "crc32", "/proc/self/pagemap")  # says that it is empty, and has no end
+    terminal.expect(" MiB  /proc/self/pagemap")
+    terminal.process.send_signal(signal.SIGINT)
+    expect(terminal.end()[0] == -signal.SIGINT, terminal.shown)
+
+
 @case("Prompt_ThatIsInterrupted_RestoresTheTerminal")
 def check_interrupted_prompt(at):
     for _ in range(20):  # also an interrupt between the prompt and the wait for input
