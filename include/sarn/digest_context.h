@@ -25,7 +25,7 @@ constexpr auto getContextBlock(CTX& context, long) -> decltype((context.u)) {
 /// Whether the fill count of a hash context is within its data block.
 template <class CTX>
 constexpr auto isContextFillInBlock(const CTX& context, int)
-    -> decltype(context.num < sizeof getContextBlock(context, 0)) {
+    -> decltype(context.num, void(getContextBlock(context, 0)), bool()) {
     return context.num < sizeof getContextBlock(context, 0);
 }
 /// A context without a fill count or a data block: nothing is known, so the answer is true.

@@ -115,7 +115,7 @@ ul::String base64Encode(const void* data, int size, bool keepPadding, bool lineB
     BIO* const sink = BIO_new(BIO_s_mem());
     const BioPtr chain = createFilter(BioPtr(sink), lineBreaks);
     // No write has a negative length, so a negative size fails here too.
-    if (!chain || BIO_write(chain.get(), size > 0 ? data : "", size) != size || BIO_flush(chain.get()) <= 0)
+    if (!chain || BIO_write(chain.get(), data, size) != size || BIO_flush(chain.get()) <= 0)
         raiseError(encodeError);
     char* text = nullptr;
     long length = BIO_get_mem_data(sink, &text);

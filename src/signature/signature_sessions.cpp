@@ -55,7 +55,7 @@ void checkKey(const EVP_PKEY* key, EVP_MD_CTX* context) {
 void updateDigest(EVP_MD_CTX* context, const void* data, int size, const char* where, const char* failed) {
     if (size < 0)
         raiseInvalidArg(where, "invalid data size");
-    if (!EVP_DigestUpdate(context, size > 0 ? data : "", static_cast<std::size_t>(size)))
+    if (!EVP_DigestUpdate(context, data, static_cast<std::size_t>(size)))
         raiseError(failed);
 }
 
@@ -118,7 +118,7 @@ void COpenSSLSignatureAlgo::CVerifier::update(const void* data, int size) {
 }
 
 bool COpenSSLSignatureAlgo::CVerifier::finish(const void* signature, int size) {
-    // No signature has a negative size; libcrypto says so without reading the bytes.
+    // No signature has a negative size: libcrypto says so, but may read the first byte.
     const void* const bytes = size > 0 ? signature : "";
     const ErrorQueueMark mark;
     const int result =

@@ -121,7 +121,7 @@ void CSignedConfig::setValueNonPersistent(const ul::String& key, const ul::Strin
 
 void CSignedConfig::splitKey(const ul::String& key, ul::String& section, ul::String& name) {
     ul::String separator;
-    ul::partition(key.StartsWith(L"/") ? key.Mid(1, -1) : key, "/", section, separator, name);
+    ul::partition(key.StartsWith(L"/") ? key.Mid(1) : key, "/", section, separator, name);
     if (separator.isEmpty()) {
         // Without a separator, partition() has put the whole key into the section.
         name = section;

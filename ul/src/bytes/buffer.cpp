@@ -20,17 +20,6 @@ void checkSize(const char* where, long long size) {
         raiseInvalidArg(where, "invalid size");
 }
 
-// Passes a TCryptBuffer as its base, to which it does not convert implicitly.
-template <class T>
-const TBuffer<T>& asBase(const TCryptBuffer<T>& buffer) noexcept {
-    return buffer;
-}
-
-template <class T>
-TBuffer<T>&& moveAsBase(TCryptBuffer<T>& buffer) noexcept {
-    return static_cast<TBuffer<T>&&>(buffer);
-}
-
 } // namespace
 
 void wipe(void* data, std::size_t size) noexcept {
@@ -87,14 +76,11 @@ TBuffer<T>::~TBuffer() {
 template <class T>
 void TBuffer<T>::init(const T* data, int size) {
     checkSize("TBuffer::init", size);
-    if (size > m_allocated) {
-        // The new content may be part of the old block, so free that last.
-        T* const block = allocate(size);
-        std::memcpy(block, data, static_cast<std::size_t>(size));
-        replaceBlock(block, size);
-    } else if (size > 0) {
+    // More bytes than the old block holds are not part of it, so it can go first.
+    if (size > m_allocated)
+        replaceBlock(allocate(size), size);
+    if (size > 0)
         std::memmove(m_data, data, static_cast<std::size_t>(size));
-    }
     setUsed(size);
 }
 
@@ -212,21 +198,22 @@ void TBuffer<T>::takeBlock(TBuffer& other) noexcept {
 template <class T>
 TCryptBuffer<T>::TCryptBuffer(int size, int used) : TBuffer<T>(size, used) {}
 
+// The casts are to a base, to which a secret does not convert implicitly.
 template <class T>
-TCryptBuffer<T>::TCryptBuffer(const TCryptBuffer& other) : TBuffer<T>(asBase(other)) {}
+TCryptBuffer<T>::TCryptBuffer(const TCryptBuffer& other) : TBuffer<T>(static_cast<const TBuffer<T>&>(other)) {}
 
 template <class T>
-TCryptBuffer<T>::TCryptBuffer(TCryptBuffer&& other) noexcept : TBuffer<T>(moveAsBase(other)) {}
+TCryptBuffer<T>::TCryptBuffer(TCryptBuffer&& other) noexcept : TBuffer<T>(static_cast<TBuffer<T>&&>(other)) {}
 
 template <class T>
 TCryptBuffer<T>& TCryptBuffer<T>::operator=(const TCryptBuffer& other) {
-    TBuffer<T>::operator=(asBase(other));
+    TBuffer<T>::operator=(static_cast<const TBuffer<T>&>(other));
     return *this;
 }
 
 template <class T>
 TCryptBuffer<T>& TCryptBuffer<T>::operator=(TCryptBuffer&& other) noexcept {
-    TBuffer<T>::operator=(moveAsBase(other));
+    TBuffer<T>::operator=(static_cast<TBuffer<T>&&>(other));
     return *this;
 }
 

@@ -18,7 +18,7 @@ CDataOutStream& CDataOutStream::writeInt32(int value) {
 CDataOutStream& CDataOutStream::writeUInt32(unsigned value) {
     std::array<unsigned char, 4> bytes;
     storeLittleEndian(bytes.data(), value);
-    return write(bytes.data(), 4);
+    return write(bytes.data(), static_cast<int>(bytes.size()));
 }
 
 CDataOutStream& CDataOutStream::writeBool(bool value) {
@@ -37,7 +37,7 @@ int CDataInStream::readInt32() {
 
 unsigned CDataInStream::readUInt32() {
     std::array<unsigned char, 4> bytes;
-    m_stream.read(bytes.data(), 4);
+    m_stream.read(bytes.data(), static_cast<int>(bytes.size()));
     return loadLittleEndian<unsigned>(bytes.data());
 }
 

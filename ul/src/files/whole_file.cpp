@@ -9,7 +9,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cstring>
+#include <string_view>
 
 namespace ul {
 
@@ -43,13 +43,12 @@ void readWholeFile(const CWindowsPath& path, TBuffer<unsigned char>& content, in
 }
 
 String decodeUTF8File(const TBuffer<unsigned char>& content) {
-    const char* data = reinterpret_cast<const char*>(content.getData());
-    std::size_t size = static_cast<std::size_t>(content.getUsed());
-    if (size >= 3 && std::memcmp(data, "\xEF\xBB\xBF", 3) == 0) {
-        data += 3;
-        size -= 3;
-    }
-    return String::fromUTF8(data, size);
+    std::string_view utf8(reinterpret_cast<const char*>(content.getData()),
+                          static_cast<std::size_t>(content.getUsed()));
+    constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+    if (utf8.substr(0, byteOrderMark.size()) == byteOrderMark)
+        utf8.remove_prefix(byteOrderMark.size());
+    return String::fromUTF8(utf8.data(), utf8.size());
 }
 
 String readUTF8TextFile(const TPathImpl<CWindowsPathTraits>& path) {

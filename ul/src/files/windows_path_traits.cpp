@@ -22,8 +22,9 @@ wchar_t toUpper(wchar_t character) {
     return character >= L'a' && character <= L'z' ? static_cast<wchar_t>(character - L'a' + L'A') : character;
 }
 
+/// Requires: `position` is not beyond the end, where a null character is.
 bool startsWithDrive(const std::wstring& text, std::size_t position) {
-    return position + 1 < text.size() && isLetter(text[position]) && text[position + 1] == L':';
+    return isLetter(text[position]) && text[position + 1] == L':';
 }
 
 bool isVerbatim(const std::wstring& text) {
@@ -50,7 +51,7 @@ RootForm getRootForm(const std::wstring& text) {
     if (text.compare(0, 2, L"\\\\") == 0)
         return {2, 2};
     if (startsWithDrive(text, 0))
-        return {text.size() > 2 && text[2] == sep ? std::size_t{3} : std::size_t{2}, 0};
+        return {text[2] == sep ? std::size_t{3} : std::size_t{2}, 0};
     return {text.compare(0, 1, L"\\") == 0 ? std::size_t{1} : std::size_t{0}, 0};
 }
 
@@ -82,9 +83,8 @@ int CWindowsPathTraits::getRootLength(const String& text) {
 String CWindowsPathTraits::normalizeSeparators(const String& text) {
     const std::wstring& given = text;
     std::wstring result;
-    result.reserve(given.size());
     // Three separators at the start remain three: "\\" and an empty name, which no root may have.
-    const std::size_t shareStart = given.size() > 1 && isSeparator(given[0]) && isSeparator(given[1]) ? 2 : 0;
+    const std::size_t shareStart = isSeparator(given[0]) && isSeparator(given[1]) ? 2 : 0;
     for (const wchar_t character : given) {
         const bool isRepeated = result.size() > shareStart && result.back() == sep;
         if (!isSeparator(character))
@@ -100,8 +100,9 @@ String CWindowsPathTraits::normalizeRoot(const String& root) {
     const RootForm form = getRootForm(result);
     std::size_t position = form.prefix;
     for (int i = 0; i < form.names; ++i) {
-        const std::size_t end = getNameEnd(result, std::min(position, result.size()));
-        if (position >= result.size() || !isName(result.substr(position, end - position)))
+        const std::size_t start = std::min(position, result.size());
+        const std::size_t end = getNameEnd(result, start);
+        if (!isName(result.substr(start, end - start)))
             return String();
         position = end + 1;
     }

@@ -59,9 +59,7 @@ String::String(const char* text) : String(text, text ? std::strlen(text) : 0) {}
 
 String::String(const char* text, std::size_t length) : m_text(widen(text, length)) {}
 
-String::String(const std::wstring& text) : m_text(text) {
-    checkLength(whereConstructed, m_text.size());
-}
+String::String(const std::wstring& text) : String(text.data(), text.size()) {}
 
 String::String(std::wstring&& text) : m_text(std::move(text)) {
     checkLength(whereConstructed, m_text.size());
