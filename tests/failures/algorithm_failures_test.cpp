@@ -7,8 +7,11 @@
 
 #include "sarn/stream_decryptor.h"
 
+#include <openssl/err.h>
+
 #include <cstring>
 #include <memory>
+#include <thread>
 
 #include <malloc.h>
 
@@ -74,6 +77,28 @@ TEST_F(CipherFailures, WithoutPadding_OfTooLittleOutput_RaiseAnErrorWithBothSize
                 {"outSize", "0", "expectedOutSize", "16"},
                 [&] { m_cipher.decryptWithoutPadding(key32, iv16.data(), 16, m_out, false, iv16.data()); });
     EXPECT_EQ(m_watch.count("EVP_CIPHER_CTX_free"), 2);
+}
+
+TEST_F(CipherFailures, LastCallsWithoutPadding_GetThePlaceAfterTheResult) {
+    m_cipher.encryptWithoutPadding(key32, iv16.data(), 16, m_out, false, iv16.data());
+    m_cipher.decryptWithoutPadding(key32, iv16.data(), 16, m_out, false, iv16.data());
+    for (const char* call : {"EVP_EncryptFinal", "EVP_DecryptFinal"})
+        EXPECT_EQ(m_watch.getCalls(call).at(0).getPointer<unsigned char>(1), m_out.getData() + 16) << call;
+}
+
+TEST_F(CipherFailures, InANewThreadWithoutMemory_LeaveItsErrorQueueEmpty) {
+    const auto decryptWithDamagedPadding = [&] { m_cipher.decrypt(key32, iv16.data(), 16, m_out, false, iv16.data()); };
+    // libcrypto never recovers from a first use without memory.
+    EXPECT_THROW(decryptWithDamagedPadding(), ul::CError);
+    bool hasFailed = true;
+    for (int index = 0; hasFailed; ++index) {
+        std::thread([&] {
+            const AllocationFailure failure(index);
+            EXPECT_THROW(decryptWithDamagedPadding(), std::exception);
+            EXPECT_EQ(ERR_peek_error(), 0U);
+            hasFailed = failure.hasHappened();
+        }).join();
+    }
 }
 
 TEST_F(CipherFailures, OfDecryptingNoBytes_FollowAnUpdateWithoutANullPointer) {

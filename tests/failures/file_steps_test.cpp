@@ -62,6 +62,21 @@ TEST_F(FileStepsTest, NewContent_IsSyncedBeforeItGetsTheName_AndThenTheNameIs) {
     EXPECT_EQ(watch.count("unlinkat"), 0) << "nobody else's file of that name is removed";
     constexpr int onlyFolder = O_DIRECTORY | O_CLOEXEC;
     EXPECT_EQ(watch.getCalls("open").at(0).arguments[1] & onlyFolder, onlyFolder);
+    EXPECT_EQ(watch.getCalls("getrandom").at(0).arguments[1], 8) << "for a name of 16 hexadecimal digits";
+}
+
+TEST_F(FileStepsTest, WriteThatTakesNothing_IsRepeated) {
+    CallWatch watch;
+    watch.failWith(0, "write");
+    ul::writeUTF8TextFile(m_file, "new");
+    EXPECT_EQ(m_folder.read("file"), "new");
+}
+
+TEST_F(FileStepsTest, LargeFile_IsReadInLargePieces) {
+    m_folder.write("file", std::string(1000000, 'x'));
+    const CallWatch watch;
+    EXPECT_EQ(ul::readUTF8TextFile(m_file).getLength(), 1000000);
+    EXPECT_LE(watch.count("read"), 20);
 }
 
 TEST_F(FileStepsTest, FileThatAlreadyHasTheTemporaryName_StaysAndNothingIsReplaced) {

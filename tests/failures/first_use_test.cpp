@@ -69,6 +69,7 @@ const FirstUse firstUses[] = {
     {"EnsureInitialized", COpenSSLInit::ensureInitialized, companions},
     {"Get", [] { COpenSSLInit::get(); }, "thread stuff, cleaner, anchor, "},
     {"Cipher", [] { ul::make<sarn::CCipher_AES256CBC>(); }, companions},
+    {"CipherThatIsRefused", [] { EXPECT_THROW(sarn::COpenSSLCipher(nullptr, "x"), ul::CError); }, companions},
     {"MD4", [] { sarn::CDigestType_MD4().createDigest(); }, companions},
     {"MD5", [] { sarn::CDigestType_MD5().createDigest(); }, companions},
     {"SHA1", [] { sarn::CDigestType_SHA1().createDigest(); }, companions},

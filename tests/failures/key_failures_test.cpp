@@ -73,24 +73,6 @@ TEST_F(KeyFailures, OfADerivation_LeaveLibcryptosErrorQueueAsItWas) {
     EXPECT_EQ(ERR_peek_error(), 0U);
 }
 
-TEST_F(KeyFailures, InANewThreadWithoutMemory_LeaveItsErrorQueueEmpty) {
-    // libcrypto never recovers from a first use without memory.
-    EXPECT_TRUE(sarn::base64Encode("x", 1, true, false) == "eA==");
-    bool hasFailed = true;
-    for (int index = 0; hasFailed; ++index) {
-        std::thread([&] {
-            const AllocationFailure failure(index);
-            try {
-                sarn::base64Encode("x", 1, true, false);
-            } catch (const std::exception&) {
-                // Another test looks at the error.
-            }
-            EXPECT_EQ(ERR_peek_error(), 0U);
-            hasFailed = failure.hasHappened();
-        }).join();
-    }
-}
-
 TEST_F(KeyFailures, OfAllocationsForANewKey_AreTriedAgain) {
     // The first use of libcrypto is not part of this: libcrypto 3.5 would wait for itself for ever.
     deriveKey("password", "salt", 1, 20);

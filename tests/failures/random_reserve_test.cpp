@@ -207,6 +207,14 @@ TEST_F(RandomReserve, LargeRequests_GoToTheSystemDirectly) {
 TEST_F(RandomReserve, SystemThatFails_RaisesAndIsAskedAgainNextTime) {
     m_watch.fail("getrandom");
     EXPECT_THROW(take(), ul::CError);
+    m_generator->randData(nullptr, 0);
+    EXPECT_EQ(countSystemCalls(), 1) << "for no bytes it is not asked";
+    EXPECT_NE(take(), zero);
+    EXPECT_EQ(countSystemCalls(), 2);
+}
+
+TEST_F(RandomReserve, SystemThatGivesNothing_IsAskedAgain) {
+    m_watch.failWith(0, "getrandom");
     EXPECT_NE(take(), zero);
     EXPECT_EQ(countSystemCalls(), 2);
 }

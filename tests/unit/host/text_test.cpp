@@ -159,6 +159,14 @@ TEST_F(ConfigValues, ThatAreNotNumbersOrDoNotFit_AreRefusedByName) {
     EXPECT_EQ(sarn::valueOr(config, "/a/v2", 1u), 2147483648u);
 }
 
+TEST_F(ConfigValues, ThatCannotBeEncoded_AreNotNumbers) {
+    sarn::CSignedConfig config = makeConfig("");
+    config.setValueNonPersistent("/a/b", L"1\xDC00");
+    const ul::P<ul::CError> error = catchError<ul::CError>([&] { sarn::valueOr(config, "/a/b", 1); });
+    ASSERT_TRUE(error);
+    EXPECT_STREQ(error->what(), "Config value '/a/b' is not a number that fits.");
+}
+
 TEST_F(ConfigValues, Keys_InARangeBasedLoop_AreTheKeysOfTheDocumentedOperation) {
     const sarn::CSignedConfig config = makeConfig("top=1\n[a]\nb=2\nc=3\n[d]\ne=4\n");
     std::string all;

@@ -41,6 +41,17 @@ TEST(TBuffer, Init_TakesTheBytes_AlsoItsOwn) {
     EXPECT_EQ(buffer.getUsed(), 0);
 }
 
+TEST(TBuffer, Init_OfAsManyBytesAsThereIsRoomFor_KeepsTheBlock) {
+    Buffer buffer;
+    buffer.init(nullptr, 0);
+    EXPECT_EQ(buffer.getData(), nullptr);
+    buffer = makeBuffer("abc");
+    const unsigned char* const block = buffer.getData();
+    buffer.init(reinterpret_cast<const unsigned char*>("xyz"), 3);
+    EXPECT_EQ(buffer.getData(), block);
+    EXPECT_EQ(toText(buffer), "xyz");
+}
+
 TEST(TBuffer, Insert_AtEveryPlace_MovesTheRest) {
     Buffer buffer(100, 0);
     const unsigned char* const block = buffer.getData();
@@ -162,6 +173,15 @@ TEST(TBuffer, ClassThatOverridesDeleteDataAlone_SeesEveryBlockThatIsFreed) {
     EXPECT_EQ(buffer.spoiltBlocks, 4);
     buffer = SpoilingBuffer();
     EXPECT_EQ(buffer.spoiltBlocks, 0) << "the count was assigned too";
+}
+
+TEST(TBuffer, ThatGaveItsBlockUp_CanBeFilledAgain) {
+    SpoilingBuffer buffer;
+    buffer.insert(0, "abc", 3);
+    buffer.freeBlock();
+    EXPECT_TRUE(buffer.getData() == nullptr && buffer.getUsed() == 0 && buffer.getAllocated() == 0);
+    buffer.insert(0, "x", 1);
+    EXPECT_EQ(toText(buffer), "x");
 }
 
 TEST(TBuffer, IsAnObjectThatAPointerOwns) {

@@ -20,6 +20,8 @@ class SpoilingBuffer : public Buffer {
 public:
     ~SpoilingBuffer() override { freeBlock(); }
 
+    using Buffer::freeBlock;
+
     int spoiltBlocks = 0;
 
 protected:
