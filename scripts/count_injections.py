@@ -14,5 +14,5 @@ found = re.findall(r'name="Each(Allocation|Call)[^"]*"[^>]*>\s*<properties>\s*<p
 allocations = [int(count) for kind, count in found if kind == "Allocation"]
 calls = [int(count) for kind, count in found if kind == "Call"]
 print(f"{sum(allocations)} failed allocations and {sum(calls)} failed calls of dependencies in {len(allocations)} "
-      "scenarios: no crash, no false success (goals: 10000 in 60)")
-sys.exit(0 if sum(allocations) >= 10000 and len(allocations) >= 60 else 1)
+      "scenarios: no crash, no false success (goals: 10000 and 1500 in 60)")
+sys.exit(0 if sum(allocations) >= 10000 and sum(calls) >= 1500 and len(allocations) >= 60 else 1)

@@ -34,7 +34,7 @@ int computePower(DSA*, BIGNUM* result, const BIGNUM* base, const BIGNUM* exponen
 DSA_SIG* sign(const unsigned char* digest, int size, DSA* key) {
     const BIGNUM* order = nullptr;
     DSA_get0_pqg(key, nullptr, &order, nullptr);
-    if (!order || BN_num_bits(order) < minOrderBits)
+    if (BN_num_bits(order) < minOrderBits)
         return nullptr;
     attemptsLeft = maxAttempts;
     return DSA_meth_get_sign(DSA_OpenSSL())(digest, size, key);

@@ -133,4 +133,12 @@ TEST_F(FileStepsTest, FileOfAnotherUser_GivesTheNewOneNoRights) {
     ::umask(mask);
 }
 
+TEST_F(FileStepsTest, NewFileThatBelongsToAnother_GetsNoRightsOfTheOld) {
+    ASSERT_EQ(::chmod(m_folder.getNative("file").c_str(), 0777), 0);
+    CallWatch watch;
+    watch.after("fstat", [](const Call& call) { ++call.getPointer<struct stat>(1)->st_uid; });
+    ul::writeUTF8TextFile(m_file, "new");
+    EXPECT_EQ(watch.count("fchmod"), 0);
+}
+
 } // namespace sarn_test

@@ -173,6 +173,16 @@ TEST(FirstUsesDeathTest, OfADSAKeyWithoutMemory_FreeTheKeyAndAreTriedAgain) {
 }
 #endif
 
+#if OPENSSL_VERSION_NUMBER < 0x30000000L
+TEST(FirstUsesDeathTest, OfIDEAThatLibcryptoLacks_IsAnError) {
+    expectInNewProcess([] {
+        CallWatch watch;
+        watch.fail("EVP_idea_cbc");
+        expectError("IDEA is not available in this OpenSSL.", [] { ul::make<sarn::CCipher_IDEACBC>(); });
+    });
+}
+#endif
+
 TEST(CThreadStuffWithoutMemory, DoLock_LocksAndUnlocks) {
     ThreadAccess threads;
     const LogCapture log;

@@ -60,6 +60,8 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::ERR_set_mark>(libcrypto, "ERR_set_mark", 0, 0, ignored),
         // Without a mark it drops all errors.
         describe<&::ERR_pop_to_mark>(libcrypto, "ERR_pop_to_mark", 0, 0, ignored | done),
+        // What follows fails too, for lack of memory.
+        describe<&::OPENSSL_init_crypto>(libcrypto, "OPENSSL_init_crypto", 0, 0, ignored),
         describe<&::EVP_CIPHER_CTX_new>(libcrypto, "EVP_CIPHER_CTX_new", 0),
         // A new context needs no reset.
         describe<&::EVP_CIPHER_CTX_reset>(libcrypto, "EVP_CIPHER_CTX_reset", 0, 0, ignored),
@@ -107,6 +109,9 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::HMAC_Final>(libcrypto, "HMAC_Final", 0),
         describe<&::HMAC_CTX_free>(libcrypto, "HMAC_CTX_free", 0, 0, cannot),
 #else
+        // Then the queue is emptied in the end.
+        describe<&::ERR_get_state>(libcrypto, "ERR_get_state", 0, 0, ignored),
+        describe<&::EVP_idea_cbc>(libcrypto, "EVP_idea_cbc", 0),
         describe<&::HMAC>(libcrypto, "HMAC", 0),
         // The library then does not know that the key is one for DSA.
         describe<&::EVP_PKEY_base_id>(libcrypto, "EVP_PKEY_base_id", 0, 0, ignored),
@@ -131,9 +136,10 @@ const std::vector<ImportedCall>& getImportedCalls() {
         describe<&::close>(file, "close", -1, EIO, done | ignored),
         // The library reports the error that led to the removal.
         describe<&::unlinkat>(file, "unlinkat", -1, EACCES, ignored),
-        // Without this page no random bytes are drawn in advance.
+        // Without this page no random bytes are drawn in advance. The last advice keeps them out of core files.
         describe<&::mmap>(file, "mmap", -1, ENOMEM, ignored),
         describe<&::madvise>(file, "madvise", -1, EINVAL, ignored),
+        // The page is wiped before.
         describe<&::munmap>(file, "munmap", -1, EINVAL, ignored),
         describe<&std::malloc>(allocation, "malloc", 0),
         describe<&std::calloc>(allocation, "calloc", 0),
@@ -198,12 +204,12 @@ std::vector<std::string> replaceAll() {
 // result. The last ones belong to the runtime. Spaces separate the names.
 constexpr std::string_view alwaysSucceeding =
     " BIO_f_base64 BIO_s_mem BIO_push BIO_set_flags EVP_aes_128_cbc EVP_aes_256_cbc EVP_bf_cbc EVP_cast5_cbc "
-    "EVP_idea_cbc EVP_md5 EVP_sha1 EVP_CIPHER_flags EVP_CIPHER_get_flags EVP_CIPHER_get_mode EVP_CIPHER_block_size "
+    "EVP_md5 EVP_sha1 EVP_CIPHER_flags EVP_CIPHER_get_flags EVP_CIPHER_get_mode EVP_CIPHER_block_size "
     "EVP_CIPHER_iv_length EVP_CIPHER_key_length EVP_CIPHER_get_block_size EVP_CIPHER_get_iv_length "
     "EVP_CIPHER_get_key_length EVP_PKEY_size EVP_PKEY_get_size BN_num_bits DSA_OpenSSL DSA_get0_pqg DSA_get_method "
-    "DSA_set_method DSA_meth_get_sign DSA_meth_set_sign DSA_meth_set_bn_mod_exp EVP_PKEY_get0_DSA ERR_get_state "
-    "ERR_peek_error ERR_clear_error OPENSSL_init_crypto OpenSSL_version OpenSSL_version_num adler32 crc32 geteuid "
-    "memmove memset memcmp memchr strcmp strlen wcslen wmemcmp wmemcpy wmemset wmemchr fprintf nanosleep "
+    "DSA_set_method DSA_meth_get_sign DSA_meth_set_sign DSA_meth_set_bn_mod_exp EVP_PKEY_get0_DSA "
+    "ERR_peek_error ERR_clear_error OpenSSL_version OpenSSL_version_num adler32 crc32 geteuid "
+    "memmove memset memcmp memchr strcmp strlen wcslen wmemcmp wmemcpy wmemset wmemchr fprintf "
     "pthread_mutex_lock pthread_mutex_trylock pthread_mutex_unlock pthread_self "
     "__tls_get_addr __assert_fail __errno_location __getauxval __dynamic_cast __gmon_start__ ";
 

@@ -64,6 +64,14 @@ TEST_F(KeyFailures, OfADerivation_AreNotCached) {
     EXPECT_EQ(m_watch.count("PKCS5_PBKDF2_HMAC_SHA1"), 2) << "the cached key needed no third";
 }
 
+TEST_F(KeyFailures, ReadOfMoreBytesThanWereAskedFor_IsRefused) {
+    Buffer out;
+    out.setUsed(1);
+    m_watch.failWith(4, "BIO_read");
+    expectInvalidArg("base64Decode", "invalid base64 data", [&] { sarn::base64Decode("QUJD", out); });
+    EXPECT_EQ(out.getUsed(), 1);
+}
+
 TEST_F(KeyFailures, OfADerivation_LeaveLibcryptosErrorQueueAsItWas) {
     m_watch.before("PKCS5_PBKDF2_HMAC_SHA1", [](Call& call) {
         ERR_put_error(ERR_LIB_USER, 0, 100, "libcrypto.c", 1);

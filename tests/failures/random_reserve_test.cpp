@@ -7,6 +7,7 @@
 
 #include <cstring>
 
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -193,6 +194,19 @@ TEST_F(RandomReserve, SystemThatCannotWipeOnFork_IsAskedEachTime) {
         m_generator->randData(&byte, 1);
     EXPECT_FALSE(isZero(bytes.data(), bytes.size())) << "single bytes are random too";
     EXPECT_EQ(countSystemCalls(), 3 + 64);
+}
+
+TEST_F(RandomReserve, Block_IsKeptOutOfCoreFiles_AndIsUsedIfThatFails) {
+    take();
+    const std::vector<Call> advice = m_watch.getCalls("madvise");
+    ASSERT_EQ(advice.size(), 3U);
+    EXPECT_EQ(advice[2].arguments[0], advice[1].arguments[0]);
+    EXPECT_EQ(advice[2].arguments[2], MADV_DONTDUMP);
+    m_generator = nullptr;
+    m_watch.fail("madvise", 2);
+    take();
+    take();
+    EXPECT_EQ(countSystemCalls(), 2) << "one for each block";
 }
 
 TEST_F(RandomReserve, LargeRequests_GoToTheSystemDirectly) {

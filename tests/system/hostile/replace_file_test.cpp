@@ -115,6 +115,19 @@ TEST_F(ReplacedFile, InAFolderThatMayOnlyBeWritten_IsReplacedWithoutAnError) {
     }
 }
 
+TEST_F(ReplacedFile, InAFolderThatMayOnlyBeWritten_IsReplacedByThisProcessToo) {
+    const uid_t user = ::geteuid();
+    openFolder();
+    write("old");
+    ASSERT_EQ(user == 0, setOwner("", nobody, nobody) && setOwner("f", nobody, nobody));
+    setMode("", 0300);
+    ASSERT_TRUE(user != 0 || ::seteuid(nobody) == 0);
+    EXPECT_NO_THROW(ul::writeUTF8TextFile(path, "new"));
+    EXPECT_EQ(::seteuid(user), 0);
+    setMode("", 0755);
+    expectOnly("new");
+}
+
 TEST_F(ReplacedFile, InAMissingFolder_IsNamedInTheError) {
     write("old");
     expectWriteError(folder.getPath("none/f"), ENOENT);

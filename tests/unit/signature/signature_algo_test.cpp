@@ -126,6 +126,29 @@ TEST(SignatureAlgo, DataInPieces_GivesTheSignatureOfTheWhole) {
     EXPECT_EQ(signature, sign("rsa1024", data));
 }
 
+TEST(SignatureAlgo, CopiesOfSessions_GoOnWithTheSameOne) {
+    // A copy frees what the original frees. So these are not destroyed.
+    const auto copyAndAssign = [](void* place, const auto& session) {
+        using Session = std::decay_t<decltype(session)>;
+        auto* const copy = ::new (place) Session(session);
+        *copy = session;
+        return copy;
+    };
+    alignas(Algo::CSigner) unsigned char signersPlace[sizeof(Algo::CSigner)];
+    alignas(Algo::CVerifier) unsigned char verifiersPlace[sizeof(Algo::CVerifier)];
+    const Algo::CSigner signer(EVP_sha1(), readKey("rsa1024").toLatin1().c_str(), nullptr);
+    Algo::CSigner* const signersCopy = copyAndAssign(signersPlace, signer);
+    signersCopy->update("abc", 3);
+    Bytes signature(128);
+    int size = 0;
+    signersCopy->finish(signature.data(), size);
+    EXPECT_EQ(signature, sign("rsa1024", toBytes("abc")));
+    const Algo::CVerifier verifier(EVP_sha1(), readPublicKey("rsa1024").toLatin1().c_str());
+    Algo::CVerifier* const verifiersCopy = copyAndAssign(verifiersPlace, verifier);
+    verifiersCopy->update("abc", 3);
+    EXPECT_TRUE(verifiersCopy->finish(signature.data(), size));
+}
+
 TEST(SignatureAlgo, DamagedSignatures_AreRefusedAndLeaveLibcryptosErrorQueueEmpty) {
     const Bytes data = makePattern(100);
     for (const char* const name : {"rsa1024", "dsa1024"}) {

@@ -28,13 +28,9 @@ void* createLogState() {
     return new LogState;
 }
 
-void destroyLogState(void* state) {
-    delete static_cast<LogState*>(state);
-}
-
 LogState& getLogState() {
     static CSafeGlobalSlot slot;
-    return *static_cast<LogState*>(slot.use(&createLogState, &destroyLogState));
+    return *static_cast<LogState*>(slot.use(&createLogState, nullptr));
 }
 
 /// Whether a reader of the log could take the character for a line end, or a terminal for a command.

@@ -16,13 +16,8 @@ void* createHolder() {
 }
 
 template <class T>
-void destroyHolder(void* holder) {
-    delete static_cast<P<T>*>(holder);
-}
-
-template <class T>
 const P<T>& getInstance(CSafeGlobalSlot& slot) {
-    return *static_cast<const P<T>*>(slot.use(&createHolder<T>, &destroyHolder<T>));
+    return *static_cast<const P<T>*>(slot.use(&createHolder<T>, nullptr));
 }
 
 } // namespace
