@@ -24,10 +24,12 @@ public:
     /// \param cause   the error that led to this one, which is copied; may be null
     CError(const String& message, const String& text, std::int64_t code, const CProps& props, const CError* cause);
     CError(const CError&) = default;
-    CError& operator=(const CError&) = default;
+    /// Copies the other error, which may be a cause of this one.
+    CError& operator=(const CError& other);
     ~CError() override;
 
-    /// The message as UTF-8, with '?' for what UTF-8 cannot express. Valid as long as this error.
+    /// The message as UTF-8, with '?' for what UTF-8 cannot express, up to its first null character. Valid as long as
+    /// this error.
     const char* what() const noexcept override { return m_what.c_str(); }
 
     /// What failed.
@@ -62,7 +64,7 @@ public:
     /// \param message what is wrong, in lower case without a full stop
     CInvalidArgError(const String& where, const String& message, const CProps& props);
     CInvalidArgError(const CInvalidArgError&) = default;
-    CInvalidArgError& operator=(const CInvalidArgError&) = default;
+    CInvalidArgError& operator=(const CInvalidArgError& other);
     ~CInvalidArgError() override;
 
     /// Qualified name of the operation that refused the argument.

@@ -24,6 +24,18 @@ CError::CError(const String& message, const String& text, std::int64_t code, con
       m_cause(cloneCause(cause)),
       m_what(encodeUTF8Lossy(message)) {}
 
+CError& CError::operator=(const CError& other) {
+    // They last until the other error, which may be one of them, has been copied.
+    const P<CError> causes = m_cause;
+    m_message = other.m_message;
+    m_text = other.m_text;
+    m_code = other.m_code;
+    m_props = other.m_props;
+    m_cause = other.m_cause;
+    m_what = other.m_what;
+    return *this;
+}
+
 CError::~CError() {
     // Released one by one: recursive destructors of a long chain would exhaust the stack.
     P<CError> cause = std::move(m_cause);
@@ -43,6 +55,12 @@ void CError::throwClone() const {
 
 CInvalidArgError::CInvalidArgError(const String& where, const String& message, const CProps& props)
     : CError(message, "", -1, props, nullptr), m_where(where) {}
+
+CInvalidArgError& CInvalidArgError::operator=(const CInvalidArgError& other) {
+    m_where = other.m_where; // first, because the other error may be a cause of this one
+    CError::operator=(other);
+    return *this;
+}
 
 CInvalidArgError::~CInvalidArgError() = default;
 

@@ -192,4 +192,20 @@ TEST(LogError, FromManyThreadsWhileTheHandlerChanges_LosesNoLine) {
     EXPECT_EQ(lines, 2000);
 }
 
+TEST(CError, AssignedFromItsOwnCause_IsACopyOfIt) {
+    ul::CError error("the last one of a chain, with a text of its own", "", 7, ul::CProps().add("a", "b"), nullptr);
+    for (const char* const message : {"second", "first"})
+        error = ul::CError(message, "", -1, ul::CProps(), &error);
+    while (error.getCause())
+        error = *error.getCause();
+    EXPECT_STREQ(error.what(), "the last one of a chain, with a text of its own");
+    EXPECT_EQ(error.getCode(), 7);
+    EXPECT_EQ(getProp(error, "a"), "b");
+    ul::CInvalidArgError refusal("where a long name of an operation stands", "invalid size", ul::CProps());
+    static_cast<ul::CError&>(refusal) = ul::CError("outer", "", -1, ul::CProps(), &refusal);
+    refusal = dynamic_cast<const ul::CInvalidArgError&>(*refusal.getCause());
+    EXPECT_STREQ(refusal.what(), "invalid size");
+    EXPECT_EQ(refusal.getWhere().toUTF8(), "where a long name of an operation stands");
+}
+
 } // namespace sarn_test
