@@ -42,6 +42,8 @@ void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* dat
         raiseInvalidArg("calcHMAC", "invalid data size");
     if (out.getAllocated() < EVP_MAX_MD_SIZE && (overlaps(data, dataSize, out) || overlaps(key, keySize, out)))
         raiseInvalidArg("calcHMAC", "input overlaps output");
+    // See COpenSSLInit::CThreadStuff: otherwise the error queue, as libcrypto's first use, makes it clean up at exit.
+    [[maybe_unused]] static const int isSetUp = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr);
     const ErrorQueueMark mark;
     out.ensureAllocated(EVP_MAX_MD_SIZE);
     unsigned length = EVP_MAX_MD_SIZE;

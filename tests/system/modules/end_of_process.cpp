@@ -4,6 +4,7 @@
 #include "support/key_files.h"
 #include "system/modules/module.h"
 
+#include "sarn/hmac.h"
 #include "sarn/signature.h"
 
 #include "ul/log.h"
@@ -65,7 +66,12 @@ LateUser g_lateUser;
 
 } // namespace
 
-int main() {
+/// With an argument, an HMAC is the first use of libcrypto. It alone does without the process-wide objects.
+int main(int count, char**) {
+    if (count > 1) {
+        ul::TBuffer<unsigned char> out;
+        sarn::calcHMAC_SHA1(out, "data", 4, "key", 3);
+    }
     ul::setLogHandler([](const ul::String&) { ++g_lines; });
     check(getModule()->useEveryFamily(), "a result is wrong");
     logALine();
