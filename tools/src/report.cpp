@@ -10,17 +10,13 @@ namespace tool {
 
 namespace {
 
-bool isControl(char character) {
-    return static_cast<unsigned char>(character) < 0x20 || character == 0x7F;
-}
-
 /// Pairs of a character and its letter after a backslash.
 constexpr std::string_view escapes[] = {"\\\\", "\nn", "\rr"};
 
 std::string quote(const std::string& text) {
     std::string quoted = "\"";
     for (const char character : toText(text).toUTF8()) {
-        if (isControl(character))
+        if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F)
             quoted += "\\u00" + ul::toHex({&character, 1});
         else if (character == '"' || character == '\\')
             quoted += {'\\', character};
@@ -50,9 +46,9 @@ ul::String toText(const std::string& text) {
 }
 
 std::string toShownText(const std::string& text) {
-    std::string shown = toText(text).toUTF8();
-    std::replace_if(shown.begin(), shown.end(), isControl, '?');
-    return shown;
+    std::wstring shown = toText(text);
+    std::replace_if(shown.begin(), shown.end(), ul::isControl, L'?');
+    return ul::String(std::move(shown)).toUTF8();
 }
 
 std::string escapeName(const std::string& name, bool& isChanged) {

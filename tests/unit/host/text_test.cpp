@@ -120,6 +120,19 @@ TEST(FormatError, OfAnyText_IsOneLineOfUTF8) {
     EXPECT_EQ(ul::formatError(ul::CError(text, "", -1, ul::CProps().add("path", text), nullptr)),
               "\xC3\xA4?ERROR: forged?[31m?? [path=\xC3\xA4?ERROR: forged?[31m??]");
     EXPECT_EQ(ul::formatError(std::runtime_error("a\r\nb")), "a??b");
+    const ul::String ends = ul::String(L"a\0b", 3) + L"\x85\x9B\xA0\x2028\x2029";
+    EXPECT_EQ(ul::formatError(ul::CError(ends, "", -1, ul::CProps(), nullptr)), "a?b?"
+                                                                                "?\xC2\xA0?"
+                                                                                "?");
+    EXPECT_EQ(ul::formatError(std::runtime_error("\xC3\xA4\xC2\x9B")), "\xC3\xA4?");
+    EXPECT_EQ(ul::formatError(std::runtime_error("\xE4")), "\xC3\xA4") << "Latin-1";
+}
+
+TEST(FormatError, OfManyCauses_NeedsNoStackForEach) {
+    ul::P<ul::CError> error = ul::make<ul::CError>("a", "", -1, ul::CProps(), nullptr);
+    for (int i = 1; i < 50000; ++i)
+        error = ul::make<ul::CError>("a", "", -1, ul::CProps(), error.get());
+    EXPECT_EQ(ul::formatError(*error).size(), 50000 + 49999 * std::strlen(" Caused by: "));
 }
 
 TEST_F(ConfigValues, OfAKey_AreTheValuesOfTheDocumentedOperation) {

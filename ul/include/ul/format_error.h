@@ -6,6 +6,9 @@
 #include "ul/error.h"
 #include "ul/props.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <exception>
 #include <string>
 #include <utility>
@@ -43,20 +46,37 @@ inline CPropIterator end(const CProps& props) noexcept {
     return {props, props.getCount()};
 }
 
+/// Whether a reader of a log could take the character for a line end, or a terminal for a command.
+inline bool isControl(wchar_t character) noexcept {
+    const auto unit = static_cast<std::uint32_t>(character);
+    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x2028 || unit == 0x2029;
+}
+
 /// Implementation of formatError().
 namespace detail {
 
-/// Encodes as UTF-8, with '?' for what UTF-8 cannot express: an error must be shown whatever text it carries.
-inline std::string toShownText(const String& text) {
+/// Encodes as UTF-8, with '?' for control characters and for what UTF-8 cannot express: an error must be shown whatever
+/// text it carries.
+inline std::string toShownText(std::wstring text) {
+    std::replace_if(text.begin(), text.end(), isControl, L'?');
     return CError(text, "", -1, CProps(), nullptr).what();
 }
 
-/// The line for an error of the libraries, with those of its causes.
+/// The text of an error of another library, as UTF-8 or else Latin-1.
+inline String decodeText(const char* what) {
+    try {
+        return String::fromUTF8(what, std::strlen(what));
+    } catch (const CError&) {
+        return what;
+    }
+}
+
+/// The part of a line for an error of the libraries without its causes.
 inline std::string formatOwnError(const CError& error) {
     std::string line;
     if (const auto* const refusal = dynamic_cast<const CInvalidArgError*>(&error))
         line = toShownText(refusal->getWhere()) + ": ";
-    line += error.what();
+    line += toShownText(error.getMessage());
     const char* separator = " [";
     for (const auto& [name, value] : error.getProps()) {
         line += separator + toShownText(name) + "=" + toShownText(value);
@@ -68,8 +88,6 @@ inline std::string formatOwnError(const CError& error) {
         line += " (" + toShownText(error.getText()) + ")";
     if (error.getCode() != -1)
         line += " Code " + std::to_string(error.getCode()) + ".";
-    if (error.getCause())
-        line += " Caused by: " + formatOwnError(*error.getCause());
     return line;
 }
 
@@ -82,10 +100,11 @@ inline std::string formatOwnError(const CError& error) {
 /// To show an error to a user, what() is enough.
 inline std::string formatError(const std::exception& error) {
     const auto* const own = dynamic_cast<const CError*>(&error);
-    std::string line = own ? detail::formatOwnError(*own) : error.what();
-    for (char& character : line)
-        if (static_cast<unsigned char>(character) < 0x20 || character == 0x7F)
-            character = '?';
+    if (!own)
+        return detail::toShownText(detail::decodeText(error.what()));
+    std::string line = detail::formatOwnError(*own);
+    for (const CError* cause = own->getCause(); cause; cause = cause->getCause())
+        line += " Caused by: " + detail::formatOwnError(*cause);
     return line;
 }
 

@@ -4,6 +4,7 @@
 #include "text/utf8_text.h"
 
 #include "ul/error.h"
+#include "ul/format_error.h"
 #include "ul/global_slot.h"
 
 #include <algorithm>
@@ -31,12 +32,6 @@ void* createLogState() {
 LogState& getLogState() {
     static CSafeGlobalSlot slot;
     return *static_cast<LogState*>(slot.use(&createLogState, nullptr));
-}
-
-/// Whether a reader of the log could take the character for a line end, or a terminal for a command.
-bool isControl(wchar_t character) {
-    const std::uint32_t unit = toCodeUnit(character);
-    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x2028 || unit == 0x2029;
 }
 
 /// Puts the text on one line: file names and property values are untrusted.
