@@ -64,7 +64,7 @@ TEST_F(ReplacedFile, OfAnotherUser_GivesThatUserNoRightsOfTheCaller) {
         ul::writeUTF8TextFile(path, "new");
         EXPECT_EQ(folder.read("f"), "new");
         EXPECT_EQ(getStatus("f").st_uid, ::geteuid());
-        EXPECT_EQ(getMode("f"), isForeign ? 0644U : mode & 0777);
+        EXPECT_EQ(getMode("f"), mode & (isForeign ? 0644U : 0777U));
     }
 }
 

@@ -37,7 +37,7 @@ public:
     int readLax(void* data, int size) override;
     /// Whether everything has been read. While fewer bytes have been read than the file had when it was opened, the
     /// answer is false without asking the system; after that, this looks for more bytes. If the file is cut short in
-    /// the meantime, readLax() returns 0 and from then on the answer is true.
+    /// the meantime, readLax() returns 0 and from then on the answer is true, until the file grows again.
     /// \throws CFileError if reading fails.
     bool isEndOfStream() override;
 
@@ -68,9 +68,9 @@ UL_EXPORT String readUTF8TextFile(const TPathImpl<CWindowsPathTraits>& path, int
 /// content or the new. A process that is killed in between may leave the new file under a name like `~1F80C4.tmp`.
 ///
 /// A symbolic link is replaced, not followed. Outside Windows the new file belongs to the caller. If the old file has
-/// the same owner and group, the new one gets its read, write and execute bits; otherwise it gets those bits only as
-/// far as any new file would. It never gets other bits. If the text starts with U+FEFF, reading it back drops that
-/// character as a byte order mark.
+/// the same owner and group, the new one gets its read, write and execute bits; otherwise it gets its read and write
+/// bits as far as any new file would. It never gets other bits. If the text starts with U+FEFF, reading it back drops
+/// that character as a byte order mark.
 /// \throws CFileError if a step fails, if the old file is not writable, or if the name belongs to something other than
 ///         a regular file or a link; the old file is unchanged then. CError "Text cannot be encoded as UTF-8." before
 ///         anything is written.

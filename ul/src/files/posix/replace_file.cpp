@@ -97,10 +97,7 @@ void Replacement::create() {
     const bool isOld = tryGetOld(old) && !S_ISLNK(old.st_mode);
     if (isOld)
         checkReplaceable(old);
-    // With permission bits that another owner set, that owner could do to the caller's file what he could do to his
-    // own.
-    const bool isOwn = isOld && old.st_uid == ::geteuid();
-    const mode_t mode = isOwn ? old.st_mode & 0666 : 0666;
+    const mode_t mode = isOld ? old.st_mode & 0666 : 0666;
     constexpr int flags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
     std::string name = makeTemporaryName().toLatin1();
     const int file = retryInterrupted([&] { return ::openat(getFolder(), name.c_str(), flags, mode); });
@@ -108,7 +105,9 @@ void Replacement::create() {
         raise(errno);
     m_file.adopt(file);
     m_temporaryName = std::move(name);
-    if (isOwn)
+    // With all permission bits that another owner set, that owner could do to the caller's file what he could do to his
+    // own.
+    if (isOld && old.st_uid == ::geteuid())
         takeRights(old);
 }
 
