@@ -9,6 +9,7 @@
 #include <sarn/host.h>
 
 #include <memory>
+#include <set>
 
 namespace tool {
 
@@ -45,9 +46,24 @@ struct SignOptions {
     bool isBase64 = false;
 };
 
+[[noreturn]] void refuse(const std::string& name, const ul::CError& error) {
+    throw Problem(Failed, describeInput(name) + " is not a configuration (" + error.what() + ")");
+}
+
+/// The library's errors for a key and a signature do not name their files, so these are tried first.
 sarn::CSignedConfig open(const ReadOptions& options) {
     const ul::CSecretText key = readPem(options.key);
-    return {ul::path(getPath(options.file)), key, options.isBase64};
+    beginVerify(options.key, key);
+    readSignature(options.file + ".sig");
+    try {
+        return {ul::path(getPath(options.file)), key, options.isBase64};
+    } catch (const ul::CFileError&) {
+        throw;
+    } catch (const sarn::CSignedConfigSignatureError& error) {
+        throw Problem(NotVerified, options.file + ": " + error.what());
+    } catch (const ul::CError& error) {
+        refuse(options.file, error);
+    }
 }
 
 int check(const ReadOptions& options) {
@@ -62,8 +78,14 @@ int list(const ReadOptions& options) {
     const sarn::CSignedConfig config = open(options);
     Record values;
     std::string lines;
+    std::set<std::string> names;
     for (const ul::String& key : sarn::getKeys(config, options.name.empty() ? "/" : options.name)) {
-        const std::string name = key.toUTF8(), value = sarn::valueOr(config, key, "").toUTF8();
+        const std::string name = key.toUTF8();
+        const auto found = sarn::findValue(config, key);
+        if (!found || !names.insert(name).second)
+            throw Problem(Failed, options.file + ": the key " + name +
+                                      " does not lead to each of its values: the name of a section contains a slash");
+        const std::string value = found->toUTF8();
         values.add(name, value);
         lines += toShownText(name) + "=" + toShownText(value) + "\n";
     }
@@ -72,8 +94,11 @@ int list(const ReadOptions& options) {
 }
 
 int get(const ReadOptions& options) {
-    sarn::CSignedConfig config = open(options);
-    const std::string value = config.getValue(ul::text(options.name)).toUTF8();
+    const sarn::CSignedConfig config = open(options);
+    const auto found = sarn::findValue(config, options.name);
+    if (!found)
+        throw Problem(Failed, options.file + " has no value for " + options.name);
+    const std::string value = found->toUTF8();
     print(options.isJson ? Record().add(options.name, value).toJson() + "\n" : value + "\n");
     return Done;
 }
@@ -81,12 +106,16 @@ int get(const ReadOptions& options) {
 int sign(const SignOptions& options) {
     Input input(options.signing.file);
     const Bytes content = readAll(input, fileLimit);
-    ul::TBuffer<unsigned char> text;
-    if (options.isBase64)
-        text = sarn::fromBase64(ul::CBytes(content).asText());
-    else
-        text.init(content.getData(), content.getUsed());
-    ul::CINIContent::parseData(text);
+    try {
+        ul::TBuffer<unsigned char> text;
+        if (options.isBase64)
+            text = sarn::fromBase64(ul::CBytes(content).asText());
+        else
+            text.init(content.getData(), content.getUsed());
+        ul::CINIContent::parseData(text);
+    } catch (const ul::CError& error) {
+        refuse(options.signing.file, error);
+    }
     tool::sign(options.signing, &content);
     return Done;
 }

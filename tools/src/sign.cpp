@@ -62,25 +62,6 @@ ul::P<sarn::ISigner> beginSign(const SigningOptions& options) {
     }
 }
 
-ul::P<sarn::IVerifier> beginVerify(const std::string& name) {
-    const ul::CSecretText key = readPem(name);
-    try {
-        return sarn::createRSA_SHA1()->beginVerify(key);
-    } catch (const ul::CError& error) {
-        throw Problem(Failed, describeInput(name) + " is not a public key in PEM form (" + error.what() + ")");
-    }
-}
-
-ul::TBuffer<unsigned char> readSignature(const std::string& name) {
-    Input input(name);
-    const Bytes content = readAll(input, signatureFileLimit);
-    try {
-        return sarn::fromBase64(ul::CBytes(content).asText());
-    } catch (const ul::CError& error) {
-        throw Problem(NotVerified, input.getName() + " is not a signature in Base64 (" + error.what() + ")");
-    }
-}
-
 bool isSignature(sarn::IVerifier& verifier, const ul::TBuffer<unsigned char>& signature) {
     try {
         return verifier.finish(signature);
@@ -92,7 +73,7 @@ bool isSignature(sarn::IVerifier& verifier, const ul::TBuffer<unsigned char>& si
 int verify(const VerifyOptions& options) {
     const ul::TBuffer<unsigned char> signature =
         readSignature(options.signature.empty() ? options.file + ".sig" : options.signature);
-    const ul::P<sarn::IVerifier> verifier = beginVerify(options.key);
+    const ul::P<sarn::IVerifier> verifier = beginVerify(options.key, readPem(options.key));
     Input input(options.file);
     readPieces(input, pieceSize, [&](ul::CBytes piece) { verifier->update(piece.data(), piece.getIntSize("verify")); });
     const bool isRight = isSignature(*verifier, signature);
@@ -109,6 +90,24 @@ int signFile(const SigningOptions& options) {
 }
 
 } // namespace
+
+ul::P<sarn::IVerifier> beginVerify(const std::string& name, const ul::String& key) {
+    try {
+        return sarn::createRSA_SHA1()->beginVerify(key);
+    } catch (const ul::CError& error) {
+        throw Problem(Failed, describeInput(name) + " is not a public key in PEM form (" + error.what() + ")");
+    }
+}
+
+ul::TBuffer<unsigned char> readSignature(const std::string& name) {
+    Input input(name);
+    const Bytes content = readAll(input, signatureFileLimit);
+    try {
+        return sarn::fromBase64(ul::CBytes(content).asText());
+    } catch (const ul::CError& error) {
+        throw Problem(NotVerified, input.getName() + " is not a signature in Base64 (" + error.what() + ")");
+    }
+}
 
 void addSigning(CLI::App& command, SigningOptions& options) {
     addText(command, "FILE", "", options.file, "file to sign, or -").required();

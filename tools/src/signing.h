@@ -4,6 +4,8 @@
 
 #include "secrets.h"
 
+#include <sarn/host.h>
+
 #include <string>
 
 namespace tool {
@@ -18,6 +20,14 @@ struct SigningOptions {
 
 /// Adds the options of signing.
 void addSigning(CLI::App& command, SigningOptions& options);
+
+/// Begins to verify with the key of a file.
+/// \throws Problem if it is no public key.
+ul::P<sarn::IVerifier> beginVerify(const std::string& name, const ul::String& key);
+
+/// Reads a signature file.
+/// \throws Problem NotVerified if it is not Base64.
+ul::TBuffer<unsigned char> readSignature(const std::string& name);
 
 /// Signs a file and writes the signature as Base64 text.
 /// \param checked the bytes of the file if they were read already

@@ -3,6 +3,7 @@
 import ctypes
 import errno
 import os
+import pathlib
 import platform
 import re
 import resource
@@ -47,6 +48,8 @@ def check_help(at):
 def check_messages(at):
     output = at.run("digest", "sha1", "gone\x1b[31m\nTry: rm", status=3)
     expect(output == "sarn digest: Cannot open file 'gone?[31m?Try: rm': No such file or directory.\n", ascii(output))
+    output = at.run("digest", "sha1", "gone\u009b31m\u0085\u2028", status=3)
+    expect(output == "sarn digest: Cannot open file 'gone?31m??': No such file or directory.\n", ascii(output))
     at.fail(3, "Cannot read file '.': Is a directory.", "digest", "sha1", ".")
 
 
@@ -206,6 +209,18 @@ def check_interrupt(at):
             process.wait()
         expect(process.returncode == -number, f"status {process.returncode} after {number}")
         expect(at.list() == before, f"it has left {at.list()}")
+
+
+@case("Interrupt_WhileAFIFOIsOpened_EndsTheProcess")
+def check_interrupted_opening(at):
+    os.mkfifo("fifo")
+    with start(at, "digest", "sha1", "fifo") as process:
+        status = pathlib.Path(f"/proc/{process.pid}/status")
+        # It waits, and handles the signal.
+        wait_for(lambda: re.search(r"^State:\tS.*^SigCgt:\t\w+[2367abef]$", status.read_text(encoding="utf-8"), re.M | re.S))
+        process.send_signal(signal.SIGINT)
+        _, messages = process.communicate()
+    expect(process.returncode == -signal.SIGINT and messages == b"", messages)
 
 
 @case("Interrupt_ThatTheShellIgnores_IsIgnored")
