@@ -36,7 +36,7 @@ protected:
           m_key(key),
           m_ivSize(m_cipher->getIVSize()),
           m_blockSize(m_cipher->getBlockSize()),
-          m_batchSize(m_cipher->getID() == "bfcbc" ? 1 << 19 : m_blockSize) {
+          m_batchSize(m_cipher->getID() == "bfcbc" && m_blockSize == 8 ? 1 << 19 : m_blockSize) {
         m_tail.ensureAllocated(1); // an empty IV must not be null, which has another meaning
         if (m_blockSize < 1 || (m_ivSize != 0 && m_ivSize != m_blockSize) || !givesTheSameInPieces())
             throw ul::CInvalidArgError(where, "cipher cannot work in pieces", ul::CProps());

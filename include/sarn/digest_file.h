@@ -57,9 +57,9 @@ inline ul::TBuffer<unsigned char> saveState(const IDigest& digest) {
 /// Loads a state that occupies all of `state`: IDigest::loadState(). After an error the digest is as after reset().
 /// \throws ul::CError "Bytes follow the digest state."; as IDigest::loadState() does.
 inline void loadState(IDigest& digest, ul::CBytes state) {
-    ul::CBufferInStream stream(state.data(), state.getIntSize("loadState"));
-    ul::CDataInStream in(stream);
     try {
+        ul::CBufferInStream stream(state.data(), state.getIntSize("loadState"));
+        ul::CDataInStream in(stream);
         digest.loadState(in);
         if (!stream.isEndOfStream())
             throw ul::CError("Bytes follow the digest state.", "", -1, ul::CProps(), nullptr);

@@ -16,7 +16,7 @@ namespace sarn {
 ///
 /// \param md libcrypto's description of the digest
 /// \throws ul::CInvalidArgError "invalid data size" if `dataSize` is negative, "input overlaps output" if the message
-///         is inside `out`, or if the key is and `out` has room for less than 64 bytes; ul::CError "Error computing
+///         or the key is inside `out` and `out` has room for less than 64 bytes; ul::CError "Error computing
 ///         HMAC digest." if libcrypto fails. The used size of `out` is unchanged then.
 SARN_EXPORT void calcHMAC(ul::TBuffer<unsigned char>& out, const EVP_MD* md, const void* data, int dataSize,
                           const void* key, int keySize);

@@ -99,6 +99,7 @@ bool CSignedConfig::getValue(const ul::String& key, ul::String& value) const {
 }
 
 void CSignedConfig::getValueNamesWithPrefix(ul::TArray<ul::String>& names, const ul::String& prefix) const {
+    const ul::String start = prefix; // it may be one of the names, which move
     ul::TArray<ul::String> sections;
     m_ini->getSectionNames(sections);
     for (const ul::String& section : sections) {
@@ -106,7 +107,7 @@ void CSignedConfig::getValueNamesWithPrefix(ul::TArray<ul::String>& names, const
         m_ini->getSectionValueNames(section, valueNames);
         for (const ul::String& name : valueNames) {
             const ul::String key = "/" + section + "/" + name;
-            if (key.StartsWith(prefix))
+            if (key.StartsWith(start))
                 names.append(key);
         }
     }

@@ -192,6 +192,19 @@ TEST(CStreamEncryptor, OfABatch_ReturnsItAtOnce_AndHoldsAnythingLess) {
     }
 }
 
+TEST(CStreamEncryptor, OfAHostsCipherUnderTheNameOfBlowfish_HasBatchesOfItsOwnBlocks) {
+    class BlocksOfThree : public sarn::CCipher_Null {
+    public:
+        ul::String getID() override { return "bfcbc"; }
+        int getBlockSize() const override { return 3; }
+    };
+    sarn::CStreamEncryptor encryptor(ul::make<BlocksOfThree>(), TestKey(0));
+    std::string result;
+    for (int i = 0; i < 600; ++i)
+        result += encryptor.update(std::string(1000, 'x')).asText();
+    EXPECT_EQ(result, std::string(600000, 'x'));
+}
+
 TEST(CStreamEncryptor, LongStream_NeedsTheMemoryOfOnePiece) {
     const Bytes piece = makePattern(1000);
     sarn::CStreamEncryptor encryptor("aes256cbc", key32);

@@ -185,6 +185,9 @@ TEST(LoadState, OfBytesThatAreNotOneState_RaisesAnErrorAndResetsTheDigest) {
             digest->reset();
         }
         expectError("Bytes follow the digest state.", [&] { sarn::loadState(*digest, longer); });
+        sarn::feed(*digest, "abc");
+        expectInvalidArg("loadState", "data is too large", [&] { sarn::loadState(*digest, {"", INT_MAX + 1LL}); });
+        EXPECT_EQ(toBytes(sarn::finish(*digest)), getDigest(id, Bytes()));
     }
 }
 

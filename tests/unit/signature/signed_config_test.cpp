@@ -110,6 +110,10 @@ TEST_F(SignedConfig, GetValueNamesWithPrefix_AppendsFullKeysInTheOrderOfTheFile)
     ul::TArray<ul::String> twice;
     config->getValueNamesWithPrefix(twice, "");
     config->getValueNamesWithPrefix(twice, "");
+    ul::TArray<ul::String> own;
+    own.append("/");
+    config->getValueNamesWithPrefix(own, own[0]);
+    EXPECT_EQ(2 * (own.getSize() - 1), twice.getSize());
     EXPECT_EQ(twice.getSize(), 14) << "the array is not cleared";
 }
 

@@ -12,8 +12,8 @@ namespace ul {
 class UL_EXPORT CBufferStream : public CBase, public virtual IOutStream {
 public:
     /// \param buffer       receives the bytes, after its present content
-    /// \param growthFactor when the block must grow, its new size as a multiple of the used size; at 1 or less the
-    ///                     buffer's own growth applies, as it does when bytes of the buffer itself are written
+    /// \param growthFactor when the block must grow, the least new size as a multiple of the used size; at 1 or less
+    ///                     only the buffer's own growth applies, as it does when bytes of the buffer itself are written
     CBufferStream(TBuffer<unsigned char>* buffer, double growthFactor);
     ~CBufferStream() override;
 

@@ -31,13 +31,17 @@ public:
     /// No bytes.
     CBytes() noexcept = default;
     /// The `size` bytes at `data`, which may be null if `size` is 0. `size` may be of any integer type.
-    /// \throws CInvalidArgError "invalid size" if `size` is negative.
+    /// \throws CInvalidArgError "invalid size" if `size` is negative; "data is too large" if no memory can be so large.
     template <class Size, class = std::enable_if_t<std::is_integral_v<Size> && !std::is_same_v<Size, bool>>>
     CBytes(const void* data, Size size)
         : m_data(static_cast<const unsigned char*>(data)), m_size(static_cast<std::size_t>(size)) {
         if constexpr (std::is_signed_v<Size>) {
             if (size < 0)
                 throw CInvalidArgError("CBytes", "invalid size", CProps());
+        }
+        if constexpr (sizeof(Size) > sizeof(std::size_t)) {
+            if (static_cast<Size>(m_size) != size)
+                throw CInvalidArgError("CBytes", "data is too large", CProps());
         }
     }
     /// The bytes of a text up to its null character; no bytes if it is null.

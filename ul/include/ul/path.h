@@ -51,8 +51,8 @@ public:
     /// Unifies separators, drops "." and empty components, lets ".." remove the component before it, and resolves a
     /// relative text against getCurrentWorkDirectoryAsString().
     /// \throws CBadPathError with the text as given if it is empty, contains a null character, climbs above its root,
-    ///         has an incomplete root, or has a component of dots and spaces other than "." and ".."; CFileError if the
-    ///         working directory is needed and not available.
+    ///         has an incomplete root, or has a component of dots and spaces other than "." and ".." without
+    ///         being verbatim; CFileError if the working directory is needed and not available.
     explicit TPathImpl(const String& text);
 
     /// The text of the path.
