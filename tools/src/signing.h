@@ -22,7 +22,7 @@ struct SigningOptions {
 void addSigning(CLI::App& command, SigningOptions& options);
 
 /// Begins to verify with the key of a file.
-/// \throws Problem if it is no public key.
+/// \throws Problem if it is not a public key.
 ul::P<sarn::IVerifier> beginVerify(const std::string& name, const ul::String& key);
 
 /// Reads a signature file.
