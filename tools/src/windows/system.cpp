@@ -131,11 +131,11 @@ ul::TCryptBuffer<char> readHiddenLine(const std::string& prompt) {
         throw Problem(Misuse, "there is no terminal to ask for a secret: name its file or descriptor");
     console.write(ul::text(prompt));
     std::array<wchar_t, 1024> characters;
+    // Made before there is a secret. No character of 16 bits takes more than three bytes.
+    ul::TCryptBuffer<char> line(3 * static_cast<int>(characters.size()), -1);
     DWORD size = console.read(characters.data(), characters.size());
     while (size > 0 && (characters[size - 1] == L'\n' || characters[size - 1] == L'\r'))
         --size;
-    // Into memory that is wiped. No character of 16 bits takes more than three bytes.
-    ul::TCryptBuffer<char> line(3 * static_cast<int>(size), -1);
     line.setUsed(::WideCharToMultiByte(CP_UTF8, 0, characters.data(), static_cast<int>(size), line.getData(),
                                        line.getUsed(), nullptr, nullptr));
     ul::wipe(characters.data(), sizeof characters);
