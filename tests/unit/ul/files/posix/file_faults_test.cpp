@@ -178,6 +178,7 @@ TEST(GetCurrentWorkDirectoryAsString, OfANameThatHasNoPath_IsAFileError) {
         const ul::P<ul::CError> error = catchError<ul::CFileError>([] { ul::getCurrentWorkDirectoryAsString(); });
         ASSERT_TRUE(error);
         EXPECT_EQ(getProp(*error, "reason"), reason);
+        EXPECT_EQ(error->getCode(), -1);
         EXPECT_THROW(ul::CWindowsPath("a"), ul::CFileError);
     }
 }
