@@ -20,6 +20,10 @@ void raiseFileError(const String& operation, const String& path, int code) {
     throw CFileError(operation, path, describeSystemError(code), code);
 }
 
+void raiseFileError(const String& operation, const String& path, const String& reason) {
+    throw CFileError(operation, path, reason, -1);
+}
+
 String describeSystemError(int code) {
     // The text is in the language and encoding of the host's locale.
     std::string text = std::system_category().message(code);

@@ -15,6 +15,9 @@ namespace ul {
 /// Raises a CFileError with the operating system's reason for `code`.
 [[noreturn]] void raiseFileError(const String& operation, const String& path, int code);
 
+/// Raises a CFileError with a reason of the library, which has no number.
+[[noreturn]] void raiseFileError(const String& operation, const String& path, const String& reason);
+
 /// The operating system's text for an error number, without a full stop.
 String describeSystemError(int code);
 

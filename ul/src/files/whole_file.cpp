@@ -22,7 +22,7 @@ void checkSize(const CWindowsPath& path, std::int64_t size, int maxSize) {
         return;
     const String reason = maxSize < largestFile ? "it is larger than " + toString(maxSize) + " bytes"
                                                 : String("it is too large to be held in memory");
-    throw CFileError("read file", path.getString(), reason, -1);
+    raiseFileError("read file", path.getString(), reason);
 }
 
 } // namespace

@@ -20,10 +20,6 @@ int toDescriptor(std::intptr_t handle) {
     return static_cast<int>(handle);
 }
 
-[[noreturn]] void raiseNotRegular(const char* operation, const CWindowsPath& path) {
-    throw CFileError(operation, path.getString(), notRegular, -1);
-}
-
 } // namespace
 
 std::unique_ptr<FileHandle> FileHandle::openForReading(const CWindowsPath& path) {
@@ -35,7 +31,7 @@ std::unique_ptr<FileHandle> FileHandle::openForReading(const CWindowsPath& path)
     const int descriptor = retryInterrupted([&] { return ::open(native.c_str(), flags); });
     // Sockets cannot be opened; the system reports ENXIO for them.
     if (descriptor < 0 && errno == ENXIO)
-        raiseNotRegular(operation, path);
+        raiseFileError(operation, path.getString(), notRegular);
     if (descriptor < 0)
         raiseFileError(operation, path.getString(), errno);
     file->adopt(descriptor);
@@ -45,7 +41,7 @@ std::unique_ptr<FileHandle> FileHandle::openForReading(const CWindowsPath& path)
     if (S_ISDIR(status.st_mode))
         raiseFileError(operation, path.getString(), EISDIR);
     if (!S_ISREG(status.st_mode))
-        raiseNotRegular(operation, path);
+        raiseFileError(operation, path.getString(), notRegular);
     if (::fcntl(descriptor, F_SETFL, 0) != 0)
         raiseFileError(operation, path.getString(), errno);
     return file;

@@ -33,13 +33,13 @@ std::string toNativePath(const String& operation, const CWindowsPath& path) {
     if (text.StartsWith(verbatimPrefix))
         text = text.Mid(4);
     if (!text.StartsWith(L"Z:\\"))
-        throw CFileError(operation, path.getString(), "only drive Z: exists on this system, it stands for /", -1);
+        raiseFileError(operation, path.getString(), "only drive Z: exists on this system, it stands for /");
     std::wstring native = text.Mid(2);
     std::replace(native.begin(), native.end(), L'\\', L'/');
     try {
         return encodeUTF8(native);
     } catch (const CError&) {
-        throw CFileError(operation, path.getString(), "its name is no valid Unicode text", -1);
+        raiseFileError(operation, path.getString(), "its name is no valid Unicode text");
     }
 }
 
@@ -50,13 +50,13 @@ String getCurrentWorkDirectoryAsString() {
     if (error)
         raiseFileError(operation, ".", error.value());
     if (native.find('\\') != std::string::npos)
-        throw CFileError(operation, decodeUTF8OrLatin1(native), "a name contains a backslash", -1);
+        raiseFileError(operation, decodeUTF8OrLatin1(native), "a name contains a backslash");
     std::replace(native.begin(), native.end(), '/', '\\');
     String text;
     try {
         text = rootDrive + decodeUTF8(native.data(), native.size());
     } catch (const CError&) {
-        throw CFileError(operation, decodeUTF8OrLatin1(native), "its name is no valid UTF-8", -1);
+        raiseFileError(operation, decodeUTF8OrLatin1(native), "its name is no valid UTF-8");
     }
     return changesWhenNormalized(text) ? verbatimPrefix + text : text;
 }

@@ -85,7 +85,7 @@ void Replacement::checkReplaceable(const struct stat& old) const {
     if (S_ISDIR(old.st_mode))
         raise(EISDIR);
     if (!S_ISREG(old.st_mode))
-        throw CFileError("write file", m_file.getPath(), notRegular, -1);
+        raiseFileError("write file", m_file.getPath(), notRegular);
     // Renaming checks only the folder's permissions.
     if (::faccessat(getFolder(), m_name.c_str(), W_OK, AT_EACCESS) != 0)
         raise(errno);

@@ -36,7 +36,7 @@ std::unique_ptr<FileHandle> FileHandle::openForReading(const CWindowsPath& path)
         raiseLastError(operation, path.getString());
     file->adopt(reinterpret_cast<std::intptr_t>(handle));
     if (::GetFileType(handle) != FILE_TYPE_DISK)
-        throw CFileError(operation, path.getString(), notRegular, -1);
+        raiseFileError(operation, path.getString(), notRegular);
     return file;
 }
 

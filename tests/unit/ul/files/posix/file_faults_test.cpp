@@ -157,8 +157,11 @@ TEST_F(CWindowsFileInStream, VerbatimPath_ReachesNamesThatEndInDotsAndSpaces) {
 }
 
 TEST(GetCurrentWorkDirectoryAsString, InAFolderWhoseNameEndsInADot_IsVerbatim) {
+    for (const char* const name : {" ", "work."}) {
+        const WorkFolder folder(name);
+        EXPECT_TRUE(ul::getCurrentWorkDirectoryAsString().StartsWith(L"\\\\?\\Z:\\")) << name;
+    }
     const WorkFolder folder("work.");
-    EXPECT_TRUE(ul::getCurrentWorkDirectoryAsString().StartsWith(L"\\\\?\\Z:\\"));
     for (const char* const name : {"a", "z:b"})
         ul::writeUTF8TextFile(ul::CWindowsPath(name), "here");
     EXPECT_TRUE(fs::exists("a") && fs::exists("b"));
