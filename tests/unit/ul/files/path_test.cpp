@@ -117,6 +117,14 @@ TEST(CWindowsPath, UnpairedSurrogate_IsPartOfTheName) {
     EXPECT_EQ(ul::CWindowsPath(text).getString(), text);
 }
 
+TEST(CWindowsPath, NamesThatEndInAnyOtherCharacterThanADotOrASpace_AreKept) {
+    for (char last = '!'; last <= '~'; ++last)
+        if (std::string("./\\").find(last) == std::string::npos) {
+            const std::string text = std::string("C:\\a") + last;
+            EXPECT_EQ(ul::CWindowsPath(text.c_str()).getString().toUTF8(), text);
+        }
+}
+
 TEST(CWindowsPath, Comparison_ComparesTheTexts) {
     const ul::CWindowsPath path("C:\\a");
     const ul::CWindowsPath copy(path);
