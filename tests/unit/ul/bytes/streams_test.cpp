@@ -51,6 +51,14 @@ std::string withZeros(std::string start) {
 
 } // namespace
 
+TEST(CBufferInStream, OfABufferWithRoom_EndsAfterTheUsedBytes) {
+    Buffer buffer(100, 3);
+    ul::CBufferInStream stream(buffer);
+    unsigned char bytes[100];
+    EXPECT_EQ(stream.readLax(bytes, 100), 3);
+    EXPECT_TRUE(stream.isEndOfStream());
+}
+
 TEST(CDataOutStream, Integers_AreLittleEndian32Bits_BooleansOneByte_AndRawBytesAsTheyAre) {
     using Out = ul::CDataOutStream;
     EXPECT_EQ(getWritten([](Out& out) { out.writeInt32(0x12345678).writeUInt32(0xFEDCBA98U); }),
