@@ -115,12 +115,12 @@ def check_full_disk(at):
 
 
 def make_fail(call, descriptor):
-    """A function that makes a system call fail from now on for a descriptor, by a filter that the process keeps."""
+    """A function that makes a system call fail from now on for a descriptor and larger ones, by a filter of the process."""
     class Program(ctypes.Structure):
         _fields_ = [("count", ctypes.c_ushort), ("filter", ctypes.c_char_p)]
-    load, compare, end, fail_with, allow = 0x20, 0x15, 0x06, 0x00050000, 0x7fff0000
+    load, equals, at_least, end, fail_with, allow = 0x20, 0x15, 0x35, 0x06, 0x00050000, 0x7fff0000
     number_at, argument_at = 0, 16
-    steps = ((load, 0, 0, number_at), (compare, 0, 3, call), (load, 0, 0, argument_at), (compare, 0, 1, descriptor),
+    steps = ((load, 0, 0, number_at), (equals, 0, 3, call), (load, 0, 0, argument_at), (at_least, 0, 1, descriptor),
              (end, 0, 0, fail_with | errno.EIO), (end, 0, 0, allow))
     program = Program(len(steps), b"".join(struct.pack("HBBI", *step) for step in steps))
 
@@ -138,11 +138,11 @@ def check_failing_disk(at):
         return  # the numbers of the calls are others, or an emulator makes them
     of_32_bits = at.read(at.program[0])[4] == 1
     close, fsync = (6, 118) if of_32_bits else (3, 74)
-    of_new_file = 6
+    of_files = 5  # the first after the standard streams and the pipe of interrupts
     at.write("file", LETTER)
     for call in (close, fsync):
         at.fail(3, "sarn base64: Cannot write file 'new': Input/output error.", "base64", "file", "new",
-                preexec_fn=make_fail(call, of_new_file))
+                preexec_fn=make_fail(call, of_files))
 
 
 @case("ClosedPipe_IsReportedAndLeavesNoFile")
