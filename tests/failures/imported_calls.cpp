@@ -208,7 +208,7 @@ constexpr std::string_view alwaysSucceeding =
     "EVP_CIPHER_iv_length EVP_CIPHER_key_length EVP_CIPHER_get_block_size EVP_CIPHER_get_iv_length "
     "EVP_CIPHER_get_key_length EVP_PKEY_size EVP_PKEY_get_size BN_num_bits DSA_OpenSSL DSA_get0_pqg DSA_get_method "
     "DSA_set_method DSA_meth_get_sign DSA_meth_set_sign DSA_meth_set_bn_mod_exp EVP_PKEY_get0_DSA "
-    "ERR_peek_error ERR_clear_error OpenSSL_version OpenSSL_version_num adler32 crc32 geteuid "
+    "ERR_peek_error ERR_clear_error OpenSSL_version OpenSSL_version_num adler32 crc32 "
     "memmove memset memcmp memchr strcmp strlen wcslen wmemcmp wmemcpy wmemset wmemchr fprintf "
     "pthread_mutex_lock pthread_mutex_trylock pthread_mutex_unlock pthread_self "
     "__tls_get_addr __assert_fail __errno_location __getauxval __dynamic_cast __gmon_start__ ";

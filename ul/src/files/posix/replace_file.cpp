@@ -105,13 +105,12 @@ void Replacement::create() {
         raise(errno);
     m_file.adopt(file);
     m_temporaryName = std::move(name);
-    // With all permission bits that another owner set, that owner could do to the caller's file what he could do to his
-    // own.
-    if (isOld && old.st_uid == ::geteuid())
+    if (isOld)
         takeRights(old);
 }
 
-/// Copies the old file's permission bits to the new one, unless they would apply to another group.
+/// Copies the old file's permission bits to the new one, unless they would apply to another owner or group: with all
+/// bits that another owner set, that owner could do to the caller's file what he could do to his own.
 void Replacement::takeRights(const struct stat& old) {
     struct stat status;
     if (::fstat(getFile(), &status) != 0)
