@@ -99,7 +99,8 @@ bool CSignedConfig::getValue(const ul::String& key, ul::String& value) const {
 }
 
 void CSignedConfig::getValueNamesWithPrefix(ul::TArray<ul::String>& names, const ul::String& prefix) const {
-    const ul::String start = prefix; // it may be one of the names, which move
+    // Not at once to `names`, of which the prefix may be one: they move.
+    ul::TArray<ul::String> found;
     ul::TArray<ul::String> sections;
     m_ini->getSectionNames(sections);
     for (const ul::String& section : sections) {
@@ -107,10 +108,12 @@ void CSignedConfig::getValueNamesWithPrefix(ul::TArray<ul::String>& names, const
         m_ini->getSectionValueNames(section, valueNames);
         for (const ul::String& name : valueNames) {
             const ul::String key = "/" + section + "/" + name;
-            if (key.StartsWith(start))
-                names.append(key);
+            if (key.StartsWith(prefix))
+                found.append(key);
         }
     }
+    for (const ul::String& key : found)
+        names.append(key);
 }
 
 void CSignedConfig::setValueNonPersistent(const ul::String& key, const ul::String& value) {
