@@ -7,11 +7,9 @@
 #include "ul/props.h"
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
 #include <exception>
 #include <string>
-#include <type_traits>
 #include <utility>
 
 namespace ul {
@@ -49,8 +47,7 @@ inline CPropIterator end(const CProps& props) noexcept {
 
 /// Whether a reader of a log could take the character for a line end, or a terminal for a command.
 inline bool isControl(wchar_t character) noexcept {
-    const std::uint32_t unit = static_cast<std::make_unsigned_t<wchar_t>>(character);
-    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x2028 || unit == 0x2029;
+    return character < 0x20 || (character >= 0x7F && character < 0xA0) || character == 0x2028 || character == 0x2029;
 }
 
 /// Implementation of formatError().
