@@ -19,7 +19,7 @@ constexpr char about[] =
     "The services of the library sarn for operators: digests, encryption, signatures and signed configurations.";
 constexpr char rules[] =
     R"(A file named - is standard input or standard output. A result is written to a temporary file, which
-gets its name when it is complete. Nothing is overwritten without --force. After -- each other word is a name.
+gets its name when it is complete. Nothing is overwritten without --force. After -- every word except - is a name.
 
 Exit status: 0 done, 1 not verified, 2 wrong use, 3 failed.)";
 

@@ -18,11 +18,9 @@ std::string describeInput(const std::string& name) {
 
 Input::Input(const std::string& name)
     : m_name(describeInput(name)), m_isOwn(name != "-"), m_descriptor(m_isOwn ? openToRead(getPath(name)) : 0) {
-    if (m_descriptor == -1) {
-        const auto error = makeFileError("open file", m_name);
-        throwIfInterrupted();
-        throw error;
-    }
+    throwIfInterrupted();
+    if (m_descriptor == -1)
+        throw makeFileError("open file", m_name);
 }
 
 Input::Input(int descriptor)
