@@ -20,8 +20,8 @@ SARN_EXPORT ul::String base64Encode(const void* data, int size, bool keepPadding
 /// Spaces, tabs, line feeds and carriage returns are ignored; missing padding is added. Invalid text is detected only
 /// by the length of the result, with a tolerance of 3 bytes: docs/base64.md says which damage passes.
 /// \throws ul::CInvalidArgError "invalid base64 data"; ul::CError "Internal error: error during base64 decode." if
-///         libcrypto fails. After "invalid base64 data" the used size of `out` is unchanged, but its bytes may
-///         be overwritten.
+///         libcrypto fails. After "invalid base64 data" the used size of `out` is unchanged, but its bytes may be
+///         overwritten.
 SARN_EXPORT void base64Decode(const ul::String& text, ul::TBuffer<unsigned char>& out);
 
 /// Replaces the bytes in `buffer` by their Base64 text, in lines of at most 64 characters that each end in "\r\n".

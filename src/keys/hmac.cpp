@@ -9,6 +9,7 @@
 #include "frame/overlap.h"
 #include "frame/raise.h"
 
+#include <openssl/crypto.h>
 #include <openssl/evp.h>
 #include <openssl/hmac.h>
 

@@ -62,6 +62,14 @@ TEST(CBytes, OfANegativeSize_AreRefused) {
     expectInvalidArg("CBytes", "invalid size", [] { ul::CBytes("abc", static_cast<signed char>(-128)); });
 }
 
+TEST(CBytes, OfASizeBeyondAllMemory_AreRefused) {
+    constexpr long long size = (1LL << 32) + 1;
+    if constexpr (sizeof(std::size_t) < sizeof size)
+        expectInvalidArg("CBytes", "data is too large", [] { ul::CBytes("a", size); });
+    else
+        expectInvalidArg("feed", "data is too large", [] { sarn::feed(*sarn::createDigest("md5"), {"a", size}); });
+}
+
 TEST(CBytes, Comparison_LooksAtEachByteAndTheSize) {
     EXPECT_TRUE(ul::CBytes("abc") == "abc");
     EXPECT_TRUE(ul::CBytes() == "");

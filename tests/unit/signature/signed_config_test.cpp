@@ -110,11 +110,11 @@ TEST_F(SignedConfig, GetValueNamesWithPrefix_AppendsFullKeysInTheOrderOfTheFile)
     ul::TArray<ul::String> twice;
     config->getValueNamesWithPrefix(twice, "");
     config->getValueNamesWithPrefix(twice, "");
+    EXPECT_EQ(twice.getSize(), 14) << "the array is not cleared";
     ul::TArray<ul::String> own;
     own.append("/");
     config->getValueNamesWithPrefix(own, own[0]);
-    EXPECT_EQ(2 * (own.getSize() - 1), twice.getSize());
-    EXPECT_EQ(twice.getSize(), 14) << "the array is not cleared";
+    EXPECT_EQ(own.getSize(), 8) << "the prefix may be one of the names";
 }
 
 TEST_F(SignedConfig, SetValueNonPersistent_ChangesMemoryOnly_WhichCopiesShare) {

@@ -91,9 +91,8 @@ inline String toPathText(const std::filesystem::path& native) {
 /// link, because in a CWindowsPath ".." removes the component before it. A relative path is resolved against the
 /// working directory.
 /// \throws CBadPathError if no CWindowsPath can name the file: outside Windows a name with a backslash, and a path with
-///         ".." above the root; CError "Invalid
-///         UTF-8 text." for a name that is not UTF-8; std::filesystem::filesystem_error if there is no working
-///         directory.
+///         ".." above the root; CError "Invalid UTF-8 text." for a name that is not UTF-8;
+///         std::filesystem::filesystem_error if there is no working directory.
 template <class Native, class = std::enable_if_t<std::is_same_v<Native, std::filesystem::path>>>
 CWindowsPath path(const Native& native) {
     if (native.empty())
