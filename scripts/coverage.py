@@ -2,10 +2,11 @@
 # SPDX-License-Identifier: Apache-2.0
 """Reports lines that no test ran, sides of branches that no test took, and conditions that never decided alone.
 
-usage: coverage.py COVERAGE.json
+usage: coverage.py COVERAGE.json...
        coverage.py --check    only checks that each entry of tests/data/uncovered.txt names one line
 
-tests/data/uncovered.txt lists exceptions. Fails if one is missing there, and if an entry names a place that was covered
+Each file is about one binary, because llvm-cov mixes them up: a function that a binary contains, but does not use, may
+hide the counts of the others. tests/data/uncovered.txt lists exceptions. Fails if one is missing there, and if an entry names a place that was covered
 or does not exist.
 """
 import json
@@ -22,13 +23,16 @@ PART = re.compile(r': "(?:(?!: ").)*" (?:is never (?:true|false)|never decides)$
 
 
 def list_lines(file):
-    """Numbers of the lines, from 1, with code that never ran."""
-    never = set()
+    """Numbers of the lines, from 1, with code, and of those of which a part never ran."""
+    code, never = set(), set()
     # Segments: line, column, count, whether there is a count, whether a region starts, whether it is a gap.
     for segment, following in zip(file["segments"], file["segments"][1:]):
-        if segment[3] and segment[2] == 0 and not segment[5]:
-            never.update(range(segment[0], following[0] + (following[1] > 1)))
-    return never
+        if segment[3] and not segment[5]:
+            lines = range(segment[0], following[0] + (following[1] > 1))
+            code.update(lines)
+            if segment[2] == 0:
+                never.update(lines)
+    return code, never
 
 
 def add_up(regions, get_counts):
@@ -85,13 +89,16 @@ def check(listed):
     return 1 if stale else 0
 
 
-def list_uncovered(name, file, counted):
-    """The places of a file that the tests do not cover. Adds the numbers of its parts to `counted`."""
+def list_uncovered(name, reports, counted):
+    """The places of a file that the tests do not cover, by the reports of all binaries. Adds the numbers of its parts to
+    `counted`."""
     text = (ROOT / name).read_text().splitlines()
     places = name_lines(name, text)
-    branches = add_up(file["branches"], lambda branch: branch[4:6])
-    decisions = add_up(file["mcdc_records"], lambda decision: decision[-1])
-    for kind, count in (("lines", file["summary"]["lines"]["count"]), ("sides of branches", 2 * len(branches)),
+    lines = [list_lines(report) for report in reports]
+    code, ran = (set().union(*sets) for sets in zip(*((code, code - never) for code, never in lines)))
+    branches = add_up((branch for report in reports for branch in report["branches"]), lambda branch: branch[4:6])
+    decisions = add_up((record for report in reports for record in report["mcdc_records"]), lambda record: record[-1])
+    for kind, count in (("lines", len(code)), ("sides of branches", 2 * len(branches)),
                         ("conditions", sum(map(len, decisions.values())))):
         counted[kind] = counted.get(kind, 0) + count
 
@@ -100,16 +107,19 @@ def list_uncovered(name, file, counted):
         code = text[line - 1][column - 1:last_column - 1 if line == last_line else None]
         return f'{places[line - 1]}: "{code}" {fault}'
 
-    yield from (places[number - 1] for number in sorted(list_lines(file))
+    yield from (places[number - 1] for number in sorted(code - ran)
                 if text[number - 1].strip() not in ("", "}", "{"))
     yield from (name_part(region, f"is never {side}") for region, side in list_one_way(branches).items())
     yield from (name_part(region, "never decides") for region in list_undecided(decisions, branches))
 
 
-def report(data, listed):
-    counted, uncovered = {}, []
-    for file in json.loads(data.read_text())["data"][0]["files"]:
-        uncovered += list_uncovered(str(pathlib.Path(file["filename"]).relative_to(ROOT)), file, counted)
+def report(paths, listed):
+    counted, uncovered, reports = {}, [], {}
+    for path in paths:
+        for file in json.loads(path.read_text())["data"][0]["files"]:
+            reports.setdefault(str(pathlib.Path(file["filename"]).relative_to(ROOT)), []).append(file)
+    for name, about_file in sorted(reports.items()):
+        uncovered += list_uncovered(name, about_file, counted)
     missed = [place for place in uncovered if place not in listed]
     stale = list(source_places.find_stale(listed, uncovered))
     for prefix, places in (("not covered", missed), ("listed, but covered or gone", stale)):
@@ -120,9 +130,9 @@ def report(data, listed):
     return 0 if counted.get("lines") and not missed and not stale else 1
 
 
-def main(argument):
+def main(*arguments):
     listed = source_places.read_entries(LISTED)
-    return check(listed) if argument == "--check" else report(pathlib.Path(argument), listed)
+    return check(listed) if arguments == ("--check",) else report(map(pathlib.Path, arguments), listed)
 
 
 if __name__ == "__main__":

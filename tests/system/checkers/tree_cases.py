@@ -97,13 +97,16 @@ add("Prose", ["sh", "-c", "git add --all && scripts/check-prose"], make_prose, [
 ])
 
 
-# The output of llvm-cov for a source of two lines. One line has a count, an assertion, and a condition that contains
-# another branch.
-REPORT = """{"data": [{"files": [{"filename": "{root}/src/a.cpp", "summary": {"lines": {"count": 2}},
+# The output of llvm-cov for a binary and a source of two lines. One line has a count, an assertion, and a condition that
+# contains another branch.
+REPORT = """{"data": [{"files": [{"filename": "{root}/src/a.cpp",
 "segments": [[1, 1, 5, true, true, false], [2, 1, COUNT, true, true, false], [2, 22, 0, false, false, false]],
 "branches": [[1, 1, 1, 5, 1, 1, 0, 0, 4], [2, 1, 2, 6, SIDES, 0, 0, 4], [2, 5, 2, 6, 1, 1, 0, 0, 4],
 [2, 9, 2, 9, 5, 0, 0, 0, 4]],
 "mcdc_records": [[2, 1, 2, 8, 0, 5, [true]], [2, 9, 2, 9, 0, 5, [false]]]}]}]}"""
+# The same for a binary that does not use the function in the second line.
+UNUSED = """{"data": [{"files": [{"filename": "{root}/src/a.cpp",
+"segments": [[2, 1, 0, true, true, false], [2, 22, 0, false, false, false]], "branches": [], "mcdc_records": []}]}]}"""
 
 
 def make_report(at):
@@ -111,13 +114,14 @@ def make_report(at):
     at.write("src/a.cpp", LICENCE + CODE)
     at.write("tests/data/uncovered.txt", "")
     at.write("report", REPORT.replace("{root}", str(at.folder)).replace("COUNT", "7").replace("SIDES", "3, 4"))
+    at.write("unused", UNUSED.replace("{root}", str(at.folder)))
 
 
 def list_as(fault):
     return append("tests/data/uncovered.txt", f'src/a.cpp: a: int a() {{ return 1; }}: "int a" {fault}  # why not\n')
 
 
-add("Coverage", ["scripts/coverage.py", "report"], make_report, [
+add("Coverage", ["scripts/coverage.py", "report", "unused"], make_report, [
     ("LineThatNeverRan", lambda at: at.replace("report", "2, 1, 7, true", "2, 1, 0, true"),
      r"not covered: src/a\.cpp: a: int a\(\)"),
     ("ListedLineThatRan", append("tests/data/uncovered.txt", "src/a.cpp: a: int a() { return 1; }  # why not\n"),
@@ -127,5 +131,6 @@ add("Coverage", ["scripts/coverage.py", "report"], make_report, [
     ("ConditionThatNeverDecided", lambda at: at.replace("report", "true]", "false]"), '"int a" never decides'),
     ("ListedConditionThatDecided", list_as("never decides"), "listed, but covered or gone"),
     ("ListedBranchThatWentBothWays", list_as("is never true"), "listed, but covered or gone"),
-    ("ReportWithoutFiles", lambda at: at.write("report", '{"data": [{"files": []}]}'), "0 not covered"),
+    ("ReportsWithoutFiles", lambda at: [at.write(name, '{"data": [{"files": []}]}') for name in ("report", "unused")],
+     "0 not covered"),
 ])
