@@ -237,6 +237,17 @@ TEST_P(UTF8, EncodesAndDecodes) {
 
 INSTANTIATE_TEST_SUITE_P(Edges, UTF8, testing::ValuesIn(edges), getRowName<Pair>);
 
+// Growth would leave a copy of a secret in freed memory.
+TEST(UTF8, ResultsDoNotGrow) {
+    std::wstring text = std::wstring(40, L'\x7F') + std::wstring(37, L'\xE4') + std::wstring(41, L'\x20AC');
+    if (sizeof(wchar_t) == 4)
+        text += std::wstring(43, static_cast<wchar_t>(0x1F511));
+    const std::string bytes = ul::String(text).toUTF8();
+    constexpr std::size_t rounding = 16;
+    EXPECT_LT(bytes.capacity() - bytes.size(), rounding);
+    EXPECT_LT(decode(bytes).toStdWString().capacity() - bytes.size(), rounding);
+}
+
 TEST_P(InvalidUTF8, IsRefusedWithThePosition) {
     expectError("Invalid UTF-8 text.", {"position", GetParam().position}, [] { decode(GetParam().bytes); });
 }
