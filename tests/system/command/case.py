@@ -8,8 +8,9 @@ import shutil
 import subprocess
 import sys
 
-# The checks by their names, and the names of those that also run on Windows.
-CASES, ON_WINDOWS = {}, []
+# The checks by their names, and the names of those that Windows or Wine cannot run. tests/data/lane_exceptions.txt has
+# the reasons.
+CASES, POSIX_ONLY = {}, []
 LETTER = b"Dear Ada,\nthis letter has no other copy.\n"
 PASSWORD = "pässwörd öf thé tésts"
 CIPHERS = {"aes256cbc": ("aes-256-cbc", 32, 16), "aes128cbc": ("aes-128-cbc", 16, 16), "bfcbc": ("bf-cbc", 16, 8),
@@ -18,12 +19,12 @@ CIPHERS = {"aes256cbc": ("aes-256-cbc", 32, 16), "aes128cbc": ("aes-128-cbc", 16
 SIZES = (0, 1, 15, 16, 17, 55, 56, 63, 64, 65, (1 << 17) - 1, 1 << 17, (1 << 17) + 1, (1 << 18) + 16, 1000003)
 
 
-def case(name, windows=False):
+def case(name, is_posix=False):
     """Makes a case of a function."""
     def add(function):
         CASES[name] = function
-        if windows:
-            ON_WINDOWS.append(name)
+        if is_posix:
+            POSIX_ONLY.append(name)
         return function
     return add
 

@@ -24,7 +24,7 @@ def check_ciphers(at):
     for cipher, (_, key_size, iv_size) in CIPHERS.items():
         key, iv = bytes(range(key_size)), bytes(range(100, 100 + iv_size))
         at.write("key", key)
-        for size in SIZES:
+        for size in SIZES[-1:] if at.is_windows else SIZES:
             content = make_bytes(size)
             at.write("file", content)
             at.run("encrypt", "--cipher", cipher, "--key", "key", "--force", "file", "message")
@@ -41,7 +41,7 @@ def check_ciphers(at):
             expect(plain == content, "not what was encrypted with a given IV")
 
 
-@case("Encrypt_WithAPassword_IsReadByOpensslAndDecrypted", windows=True)
+@case("Encrypt_WithAPassword_IsReadByOpensslAndDecrypted")
 def check_password(at):
     at.write("password", PASSWORD + "\nnot this line\n")
     options = ("--salt", SALT, "--iterations", str(ITERATIONS), "--password-file", "password")
@@ -70,7 +70,7 @@ def check_null(at):
         expect(at.run("decrypt", "--cipher", "null", "-", "-", stdin=copy, binary=True) == content, "not a copy")
 
 
-@case("Password_FromEachSource_GivesTheSameKey", windows=True)
+@case("Password_FromEachSource_GivesTheSameKey")
 def check_sources(at):
     options = ("key", "--show", "--json", "--salt", SALT, "--iterations", str(ITERATIONS))
     expected = derive(32).hex()
@@ -85,7 +85,7 @@ def check_sources(at):
         at.same(json.loads(output)["key"], expected, "from another descriptor")
 
 
-@case("Password_WithoutATerminalOrSource_IsMisuse", windows=True)
+@case("Password_WithoutATerminalOrSource_IsMisuse")
 def check_no_source(at):
     at.write("file", LETTER)
     at.fail(2, "there is no terminal to ask for a secret", "encrypt", "--salt", SALT, "file", "message")
@@ -111,7 +111,7 @@ def check_key(at):
     at.fail(2, "null has no key", *options, "--cipher", "null", "key2")
 
 
-@case("Key_InAFile_IsReadableByItsOwnerOnly")
+@case("Key_InAFile_IsReadableByItsOwnerOnly", is_posix=True)
 def check_permissions(at):
     for before in (None, 0o666, 0o400):
         if before is not None:
@@ -121,7 +121,7 @@ def check_permissions(at):
         expect(mode == 0o600, f"a key over a file of {before} has the permissions {mode:o}")
 
 
-@case("Key_ThatIsDrawn_IsAnotherEachTime", windows=True)
+@case("Key_ThatIsDrawn_IsAnotherEachTime")
 def check_random(at):
     keys = {at.run("key", "--random", "--size", "24", "-", binary=True) for _ in range(4)}
     expect(len(keys) == 4 and all(len(key) == 24 for key in keys), keys)
@@ -131,7 +131,7 @@ def check_random(at):
     expect(len(salts) == 2, "a salt was drawn twice")
 
 
-@case("Key_OfAnotherSize_IsRefused", windows=True)
+@case("Key_OfAnotherSize_IsRefused")
 def check_key_size(at):
     at.write("file", LETTER)
     for size in (0, 31, 33):
@@ -144,7 +144,7 @@ def check_key_size(at):
     at.fail(2, "--iv needs 16 bytes for aes256cbc", "encrypt", "--key", "key", "--iv", "00" * 15, "file", "message")
 
 
-@case("Decrypt_OfACutMessageOrWithAWrongKey_WritesNoFile", windows=True)
+@case("Decrypt_OfACutMessageOrWithAWrongKey_WritesNoFile")
 def check_damaged(at):
     at.write("key", bytes(32))
     at.write("message", openssl(at, "aes256cbc", bytes(32), bytes(16), LETTER))

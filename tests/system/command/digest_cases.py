@@ -12,7 +12,7 @@ ODD_NAMES = (b"two  spaces", b" ", b"[a,b]", b"{}", b"%%", b"++", b"config", b"a
              b"not UTF-8 \xff", "Größe 😀".encode(), b"dot.", b"ends with \\")
 
 
-@case("Digest_OfEachHash_IsThatOfOpenssl", windows=True)
+@case("Digest_OfEachHash_IsThatOfOpenssl")
 def check_hashes(at):
     for size in SIZES[-3:] if at.is_windows else SIZES:
         name = at.write(f"file{size}", make_bytes(size))
@@ -40,7 +40,7 @@ def check_combinations(at):
     at.same(at.run("digest", "md4-sha1-adler32", "file").split()[0], "".join(parts.values()), "md4-sha1-adler32")
 
 
-@case("Digest_OfOddNames_IsListedAndCheckedAsBySha256sum")
+@case("Digest_OfOddNames_IsListedAndCheckedAsBySha256sum", is_posix=True)
 def check_odd_names(at):
     for name in ODD_NAMES:
         at.write(os.fsdecode(name), name)
@@ -60,14 +60,14 @@ def check_odd_names(at):
     at.run("digest", "sha256", "--check", "LIST")
 
 
-@case("Digest_OfStandardInput_IsThatOfSha256sum", windows=True)
+@case("Digest_OfStandardInput_IsThatOfSha256sum")
 def check_standard_input(at):
     content = make_bytes(300001) + bytes(range(256))  # with line feeds and Ctrl-Z, which Windows may change
     at.same(at.run("digest", "sha256", stdin=content, binary=True), at.ask("sha256sum", stdin=content), "of nothing")
     at.same(at.run("digest", "sha256", "-", stdin=content, binary=True), at.ask("sha256sum", stdin=content), "of -")
 
 
-@case("Digest_OfUTF8Names_ReadsTheFileOfThisName", windows=True)
+@case("Digest_OfUTF8Names_ReadsTheFileOfThisName")
 def check_names(at):
     for name in ("Größe 😀", "two  spaces"):
         content = at.read(at.write(name, name))
@@ -76,7 +76,7 @@ def check_names(at):
         expect(f"{name}: OK\n" == at.run("digest", "sha256", "--check", "LIST"), f"{content} is not the listed file")
 
 
-@case("Check_OfADifferentFile_SaysWhichAndHasStatus1", windows=True)
+@case("Check_OfADifferentFile_SaysWhichAndHasStatus1")
 def check_different(at):
     at.write("LIST", at.ask("sha256sum", at.write("good", "a"), at.write("bad", "b")))
     at.write("bad", "c")
@@ -98,7 +98,7 @@ def check_malformed(at):
         at.fail(1, "has no line of a digest of sha256", "digest", "sha256", "--check", "-", stdin=content)
 
 
-@case("Digest_AsJson_HasNamesAndDigests")
+@case("Digest_AsJson_HasNamesAndDigests", is_posix=True)
 def check_json(at):
     name = 'quote " backslash \\ feed \n Größe'
     digest = re.escape(at.ask("sha256sum", at.write("other", "a")).split()[0].decode())

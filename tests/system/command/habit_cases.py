@@ -17,7 +17,7 @@ import time
 from case import LETTER, case, expect, make_bytes
 
 
-@case("Misuse_HasStatus2AndNamesTheHelp", windows=True)
+@case("Misuse_HasStatus2AndNamesTheHelp")
 def check_misuse(at):
     for words, message in (
             ((), "sarn: a command is missing. Try: sarn --help"),
@@ -37,14 +37,14 @@ def check_misuse(at):
     expect(at.run("--version").startswith("sarn 1."), "no version")
 
 
-@case("Help_SaysWhatTheCommandIsFor_AndTheRulesOfAllCommands", windows=True)
+@case("Help_SaysWhatTheCommandIsFor_AndTheRulesOfAllCommands")
 def check_help(at):
     output = " ".join(at.run("--help").split())
     expect("The services of the library sarn for operators: digests, encryption, signatures and" in output, output)
     expect(output.endswith("Exit status: 0 done, 1 not verified, 2 wrong use, 3 failed."), output)
 
 
-@case("Failure_NamesFileAndReasonOnOneCleanLine")
+@case("Failure_NamesFileAndReasonOnOneCleanLine", is_posix=True)
 def check_messages(at):
     output = at.run("digest", "sha1", "gone\x1b[31m\nTry: rm", status=3)
     expect(output == "sarn digest: Cannot open file 'gone?[31m?Try: rm': No such file or directory.\n", ascii(output))
@@ -53,7 +53,7 @@ def check_messages(at):
     at.fail(3, "Cannot read file '.': Is a directory.", "digest", "sha1", ".")
 
 
-@case("ExistingFile_IsReplacedOnlyByForce", windows=True)
+@case("ExistingFile_IsReplacedOnlyByForce")
 def check_force(at):
     at.write("key", bytes(32))
     for words in (("encrypt", "--key", "key", "key", "old"), ("base64", "key", "old"), ("key", "--random", "old"),
@@ -79,7 +79,7 @@ def check_race(at):
     expect(at.list() == [b"new"] and at.read("new") == b"of somebody else", at.list())
 
 
-@case("ReplacedFile_GivesNoRightsAway")
+@case("ReplacedFile_GivesNoRightsAway", is_posix=True)
 def check_rights(at):
     at.write("letter", LETTER)
     os.umask(0o022)
@@ -96,7 +96,7 @@ def check_rights(at):
         at.fail(2, f"{name} is not a regular file", "base64", "--force", "letter", name)
 
 
-@case("FullDisk_IsReportedAndLeavesNoFile")
+@case("FullDisk_IsReportedAndLeavesNoFile", is_posix=True)
 def check_full_disk(at):
     at.write("file", make_bytes(1 << 20))
     at.write("key", bytes(32))
@@ -132,7 +132,7 @@ def make_fail(call, descriptor):
     return fail
 
 
-@case("FailingDisk_IsReportedAndLeavesNoFile")
+@case("FailingDisk_IsReportedAndLeavesNoFile", is_posix=True)
 def check_failing_disk(at):
     if platform.machine() != "x86_64" or len(at.program) > 1:
         return  # the numbers of the calls are others, or an emulator makes them
@@ -145,7 +145,7 @@ def check_failing_disk(at):
                 preexec_fn=make_fail(call, of_files))
 
 
-@case("ClosedPipe_IsReportedAndLeavesNoFile")
+@case("ClosedPipe_IsReportedAndLeavesNoFile", is_posix=True)
 def check_closed_pipe(at):
     at.write("file", make_bytes(1 << 20))
     for words in (("base64", "file"), ("digest", "sha1", "file"), ("algorithms", "--json")):
@@ -158,7 +158,7 @@ def check_closed_pipe(at):
     expect(len(output) == 10, output)
 
 
-@case("ClosedStreams_DoNotBecomeFiles")
+@case("ClosedStreams_DoNotBecomeFiles", is_posix=True)
 def check_closed_streams(at):
     at.write("file", LETTER)
     program = at.shell_words
@@ -184,7 +184,7 @@ def wait_for(condition):
     raise AssertionError("nothing happened for half a minute")
 
 
-@case("Input_ThatPauses_IsProcessedAsFarAsItGoes")
+@case("Input_ThatPauses_IsProcessedAsFarAsItGoes", is_posix=True)
 def check_pause(at):
     with start(at, "base64") as process:
         process.stdin.write(make_bytes(48 * 4096))
@@ -196,7 +196,7 @@ def check_pause(at):
         process.communicate()
 
 
-@case("Interrupt_RemovesTheUnfinishedFileAndEndsTheProcess")
+@case("Interrupt_RemovesTheUnfinishedFileAndEndsTheProcess", is_posix=True)
 def check_interrupt(at):
     at.write("key", bytes(32))
     before = at.list()
@@ -211,7 +211,7 @@ def check_interrupt(at):
         expect(at.list() == before, f"it has left {at.list()}")
 
 
-@case("Interrupt_WhileAFIFOIsOpened_EndsTheProcess")
+@case("Interrupt_WhileAFIFOIsOpened_EndsTheProcess", is_posix=True)
 def check_interrupted_opening(at):
     os.mkfifo("fifo")
     with start(at, "digest", "sha1", "fifo") as process:
@@ -223,7 +223,7 @@ def check_interrupted_opening(at):
     expect(process.returncode == -signal.SIGINT and messages == b"", messages)
 
 
-@case("Interrupt_ThatTheShellIgnores_IsIgnored")
+@case("Interrupt_ThatTheShellIgnores_IsIgnored", is_posix=True)
 def check_ignored(at):
     def ignore():
         signal.signal(signal.SIGHUP, signal.SIG_IGN)

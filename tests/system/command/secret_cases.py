@@ -54,7 +54,7 @@ def check(at, words, typed, absent, present):
     terminal.end()
 
 
-@case("Password_OfAnySource_IsNotInMemoryWhileTheInputIsRead", windows=True)
+@case("Password_OfAnySource_IsNotInMemoryWhileTheInputIsRead")
 def check_passwords(at):
     def derive(password):
         return hashlib.pbkdf2_hmac("sha1", password.encode(), bytes.fromhex("00ff"), 1, 32)
@@ -67,7 +67,7 @@ def check_passwords(at):
         check(at, words, ("The password: ", "The password again: "), [PASSWORD.encode()], derive(PASSWORD))
 
 
-@case("TypedPassword_IsInMemoryOnceWhileItIsAskedForAgain", windows=True)
+@case("TypedPassword_IsInMemoryOnceWhileItIsAskedForAgain")
 def check_typed_password(at):
     at.write("letter", LETTER)
     terminal = Terminal(at, "encrypt", "--salt", "00ff", "letter", "message")
@@ -79,7 +79,7 @@ def check_typed_password(at):
     expect(counts == [1, 0, 0], f"its copies as bytes and as wide characters: {counts}")
 
 
-@case("PassphraseAndKey_AreNotInMemoryWhileTheInputIsRead")
+@case("PassphraseAndKey_AreNotInMemoryWhileTheInputIsRead", is_posix=True)
 def check_passphrases(at):
     at.write("passphrase", PASSPHRASE)
     key = str(at.keys / "rsa2048_encrypted_pkcs8_for_tests_only.pem")
@@ -89,7 +89,7 @@ def check_passphrases(at):
         check(at, ("sign", "--key", key, *source, "--to", "signature", "-"), prompts, [PASSPHRASE.encode(), pem], content)
 
 
-@case("HmacKey_IsInMemoryOnceWhileTheInputIsRead")
+@case("HmacKey_IsInMemoryOnceWhileTheInputIsRead", is_posix=True)
 def check_hmac_key(at):
     key = at.read(at.write("key", os.urandom(3000)))
     with start(at, "hmac", "sha1", "--key", "key") as process:

@@ -28,7 +28,7 @@ def sign_by_openssl(at, private, name):
     at.write(name + ".sig", base64.encodebytes(signature))
 
 
-@case("Sign_WithEachKey_IsVerifiedByOpensslAndVerifiesItsSignatures", windows=True)
+@case("Sign_WithEachKey_IsVerifiedByOpensslAndVerifiesItsSignatures")
 def check_pairs(at):
     for pair in ("rsa2048", "dsa2048") if at.is_windows else PAIRS:
         private, public = get_pair(at, pair)
@@ -65,7 +65,7 @@ def check_streams(at):
     at.fail(2, "standard input has no name", "sign", "--key", private, "-", stdin=LETTER)
 
 
-@case("Sign_WithAnEncryptedKey_TakesThePassphraseFromAFileOrDescriptor", windows=True)
+@case("Sign_WithAnEncryptedKey_TakesThePassphraseFromAFileOrDescriptor")
 def check_passphrase(at):
     public = get_pair(at, "rsa2048")[1]
     at.write("passphrase", PASSPHRASE + "\n")
@@ -89,7 +89,7 @@ def check_latin1(at):
     at.fail(3, "outside Latin-1", "sign", "--key", private, "--passphrase-fd", "0", "--force", "letter", stdin="€".encode())
 
 
-@case("Verify_OfAChangedFileOrSignature_HasStatus1", windows=True)
+@case("Verify_OfAChangedFileOrSignature_HasStatus1")
 def check_changed(at):
     for pair in ("rsa2048",) if at.is_windows else ("rsa2048", "dsa2048"):
         private, public = get_pair(at, pair)
@@ -107,7 +107,7 @@ def check_changed(at):
         expect(output == {"name": "letter", "verified": False}, output)
 
 
-@case("Config_ThatIsSigned_IsCheckedListedAndAsked", windows=True)
+@case("Config_ThatIsSigned_IsCheckedListedAndAsked")
 def check_config(at):
     private, public = get_pair(at, "rsa2048")
     name = "Größe 1.ini"

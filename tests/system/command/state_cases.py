@@ -19,7 +19,7 @@ def read_examples(at):
         yield name, state, {row[1].replace("context: ", ""): row[2] for row in rows}
 
 
-@case("State_OfEachDigest_HasTheFieldsOfThePage", windows=True)
+@case("State_OfEachDigest_HasTheFieldsOfThePage")
 def check_fields(at):
     examples = list(read_examples(at))
     expect([name for name, _, _ in examples] == list(DIGESTS), "the page has other digests")
@@ -70,7 +70,7 @@ def check_damaged(at):
         at.fail(1, message, "state", "state")
 
 
-@case("Resume_OfAFileThatGrew_GivesTheDigestOfTheWhole", windows=True)
+@case("Resume_OfAFileThatGrew_GivesTheDigestOfTheWhole")
 def check_resume(at):
     sizes = (0, 1, 64, 100, 131073, 200001)
     for name in ("sha256", "crc32") if at.is_windows else DIGESTS:
@@ -94,7 +94,7 @@ def check_library_state(at):
     at.fail(2, "does not say how many bytes", "digest", "crc32", "--resume", "state")
 
 
-@case("Resume_OfAnotherFileOrDigest_IsRefused", windows=True)
+@case("Resume_OfAnotherFileOrDigest_IsRefused")
 def check_wrong_resume(at):
     at.run("digest", "sha1", "--save", "state", at.write("log", "123456"))
     at.write("log", "12345")

@@ -70,7 +70,7 @@ class Terminal:
         return self.process.wait(), self.shown.decode().replace("\r\n", "\n")
 
 
-@case("TypedPassword_IsTakenTwiceWithoutEcho", windows=True)
+@case("TypedPassword_IsTakenTwiceWithoutEcho")
 def check_password(at):
     at.write("letter", LETTER)
     terminal = Terminal(at, "encrypt", "--salt", "00ff", "letter", "message")
@@ -101,7 +101,7 @@ def check_passphrase(at):
     expect(terminal.end() == (0, "\n") and b"letter.sig" in at.list(), terminal.shown)
 
 
-@case("Progress_OfAFileOfUnknownSize_IsTheAmount")
+@case("Progress_OfAFileOfUnknownSize_IsTheAmount", is_posix=True)
 def check_unknown_size(at):
     endless = "/proc/self/pagemap"  # says that it is empty
     if not os.path.exists(endless):
@@ -112,7 +112,7 @@ def check_unknown_size(at):
     expect(terminal.end()[0] == -signal.SIGINT, terminal.shown)
 
 
-@case("Prompt_ThatIsInterrupted_RestoresTheTerminal")
+@case("Prompt_ThatIsInterrupted_RestoresTheTerminal", is_posix=True)
 def check_interrupted_prompt(at):
     for _ in range(20):  # also an interrupt between the prompt and the wait for input
         terminal = Terminal(at, "key", "--salt", "00", "key")
@@ -125,7 +125,7 @@ def check_interrupted_prompt(at):
         os.close(keeper)
 
 
-@case("CtrlC_AtAPrompt_EndsTheProcessAndLeavesNoFile", windows=True)
+@case("CtrlC_AtAPrompt_EndsTheProcessAndLeavesNoFile")
 def check_control_c(at):
     terminal = Terminal(at, "key", "--salt", "00", "key")
     terminal.answer("The password: ", "a password\x03\n")  # Wine waits for the end of the line
@@ -134,7 +134,7 @@ def check_control_c(at):
     expect(status == (0x3A if at.is_windows else -signal.SIGINT) and at.list() == [], (status, shown, at.list()))
 
 
-@case("Process_ThatWasStopped_ContinuesToRead")
+@case("Process_ThatWasStopped_ContinuesToRead", is_posix=True)
 def check_stopped(at):
     terminal = Terminal(at, "key", "--salt", "00", "key")
     terminal.expect("The password: ")
@@ -146,7 +146,7 @@ def check_stopped(at):
     expect(terminal.end()[0] == 0 and at.list() == [b"key"], terminal.shown)
 
 
-@case("Progress_OfWorkOverASecond_IsShownAtATerminalOnly")
+@case("Progress_OfWorkOverASecond_IsShownAtATerminalOnly", is_posix=True)
 def check_progress(at):
     for is_slow in (False, True):
         reader, writer = os.pipe()
@@ -178,7 +178,7 @@ def stop_while_it_reads(process, name):
     raise AssertionError("it did not read for some seconds")
 
 
-@case("Progress_OfAFile_IsABarOfItsPart")
+@case("Progress_OfAFile_IsABarOfItsPart", is_posix=True)
 def check_bar(at):
     size = 1 << 31
     for name in ("a name of more than thirty-six characters", "this name has just 36 characters ...", "a short name"):
@@ -201,7 +201,7 @@ def check_bar(at):
         terminal.end()
 
 
-@case("Input_FromATerminal_DoesNotBecomeTheControllingTerminal")
+@case("Input_FromATerminal_DoesNotBecomeTheControllingTerminal", is_posix=True)
 def check_controlling(at):
     master, slave = pty.openpty()
     with subprocess.Popen([*at.program, "digest", "sha1", os.ttyname(slave)], start_new_session=True,

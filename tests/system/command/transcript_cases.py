@@ -15,12 +15,12 @@ def run_transcript(at, name):
     expect(not problems, "\n".join(problems))
 
 
-@case("Outputs_AreThoseOfTheTranscript")
+@case("Outputs_AreThoseOfTheTranscript", is_posix=True)
 def check_outputs(at):
     run_transcript(at, "outputs")
 
 
-@case("Messages_AreThoseOfTheTranscript")
+@case("Messages_AreThoseOfTheTranscript", is_posix=True)
 def check_messages(at):
     run_transcript(at, "messages")
 
