@@ -37,6 +37,7 @@ CONDITION = re.compile(r"^( +(?:} else )?if \()([^;]*)(\)(?: \{)?)$")
 # Functions of the command that describe it. Their sentences are for people only.
 HELP = re.compile(r"(?:add|describe)[A-Z]|describe$")
 GUARD = re.compile(r"^ +(?:const )?(?:\w+::)*(?:CMutexLock|lock_guard<.*>|unique_lock<.*>|ErrorQueueMark) \w+.*;$")
+END = re.compile(r"; *(?://.*)?$")
 ONE_LINE_BODY = re.compile(r"^(.*\).*)\{ (?!return\b)[^{}]*; \}$")
 
 
@@ -95,7 +96,7 @@ def read_statement(lines, number):
     if not STATEMENT.match(lines[number]) or DECLARATION.match(lines[number]):
         return []
     end = number
-    while not lines[end].endswith(";"):
+    while not END.search(lines[end]):
         end += 1
         if lines[end - 1].endswith("{") or get_indent(lines[end]) <= get_indent(lines[number]):
             return []

@@ -196,23 +196,4 @@ TEST(SecretsOfHosts, PlaintextInAResultThatGrows_DoesNotStayInTheOldBlock) {
     secret.expectGone();
 }
 
-TEST(SecretsOfHosts, PlaintextOfTwoCallsOfTheCipher_DoesNotStayInASmallerBlock) {
-    const SecretText secret;
-    const Key key = ul::makeRandomBytes(16);
-    Key plaintext = secret.makePlaintext();
-    const std::string filler(600000, 'f');
-    plaintext.insert(plaintext.getUsed(), filler.data(), static_cast<int>(filler.size()));
-    const ul::TBuffer<unsigned char> encrypted = sarn::encrypt("bfcbc", key, plaintext);
-    ul::wipe(plaintext.getData(), static_cast<std::size_t>(plaintext.getUsed()));
-    {
-        sarn::CStreamDecryptor decryptor("bfcbc", key);
-        // These bytes wait, and are decrypted before the rest.
-        constexpr int first = 40000;
-        decryptor.update({encrypted.getData(), first});
-        decryptor.update({encrypted.getData() + first, encrypted.getUsed() - first});
-        secret.expectThere();
-    }
-    secret.expectGone();
-}
-
 } // namespace sarn_test

@@ -201,8 +201,9 @@ TEST(CError, AssignedFromItsOwnCause_IsACopyOfIt) {
     EXPECT_STREQ(error.what(), "the last one of a chain, with a text of its own");
     EXPECT_EQ(error.getCode(), 7);
     EXPECT_EQ(getProp(error, "a"), "b");
-    ul::CInvalidArgError refusal("where a long name of an operation stands", "invalid size", ul::CProps());
-    static_cast<ul::CError&>(refusal) = ul::CError("outer", "", -1, ul::CProps(), &refusal);
+    const ul::CInvalidArgError inner("where a long name of an operation stands", "invalid size", ul::CProps());
+    ul::CInvalidArgError refusal("outer", "", ul::CProps());
+    static_cast<ul::CError&>(refusal) = ul::CError("", "", -1, ul::CProps(), &inner);
     refusal = dynamic_cast<const ul::CInvalidArgError&>(*refusal.getCause());
     EXPECT_STREQ(refusal.what(), "invalid size");
     EXPECT_EQ(refusal.getWhere().toUTF8(), "where a long name of an operation stands");
