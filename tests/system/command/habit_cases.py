@@ -14,7 +14,7 @@ import struct
 import subprocess
 import time
 
-from case import LETTER, case, expect, make_bytes
+from case import LETTER, PASSWORD, case, expect, make_bytes
 
 
 @case("Misuse_HasStatus2AndNamesTheHelp")
@@ -221,6 +221,22 @@ def check_interrupted_opening(at):
         process.send_signal(signal.SIGINT)
         _, messages = process.communicate()
     expect(process.returncode == -signal.SIGINT and messages == b"", messages)
+
+
+@case("Interrupt_ASecondTime_EndsTheProcessAtOnce", is_posix=True)
+def check_second_interrupt(at):
+    at.write("password", PASSWORD)
+    words = ("key", "--salt", "00", "--iterations", "2000000000", "--password-file", "password", "key")
+    with start(at, *words) as process:
+        stat_file = pathlib.Path(f"/proc/{process.pid}/stat")
+        # A second of work is within the derivation, which no interrupt stops.
+        wait_for(lambda: int(stat_file.read_text(encoding="utf-8").split()[13]) >= os.sysconf("SC_CLK_TCK"))
+        process.send_signal(signal.SIGINT)
+        time.sleep(0.2)
+        expect(process.poll() is None, "the first interrupt has ended it")
+        process.send_signal(signal.SIGINT)
+        process.wait(timeout=30)
+    expect(process.returncode == -signal.SIGINT and b"key" not in at.list(), (process.returncode, at.list()))
 
 
 @case("Interrupt_ThatTheShellIgnores_IsIgnored", is_posix=True)

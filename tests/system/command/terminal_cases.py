@@ -84,6 +84,16 @@ def check_password(at):
     expect(terminal.end() == (0, "\n" + LETTER.decode()), terminal.shown)
 
 
+@case("TypedPassword_OfAThousandLetters_IsTakenWhole")
+def check_long_password(at):
+    at.write("letter", LETTER)
+    password = 1000 * "€"
+    at.run("encrypt", "--salt", "00ff", "--password-fd", "0", "letter", "message", stdin=password.encode())
+    terminal = Terminal(at, "decrypt", "--salt", "00ff", "message", "-")
+    terminal.answer("The password: ", password + "\n")
+    expect(terminal.end() == (0, "\n" + LETTER.decode()), terminal.shown)
+
+
 @case("TypedPasswords_ThatDiffer_AreRefused")
 def check_difference(at):
     terminal = Terminal(at, "key", "--salt", "00", "key")
@@ -192,7 +202,7 @@ def check_bar(at):
         while part < 5:
             terminal.expect("\r\x1b[K[")
             terminal.expect(name[-9:])
-            bar = re.search(r"(#*\.*)\] (\d+) %  (.*)$", terminal.last.decode())
+            bar = re.match(r"(#*\.*)\] (\d+) %  (.*)$", terminal.last.decode())
             expect(part <= int(bar[2]) <= most, f"{bar[2]} % after {part} %")
             part, most = int(bar[2]), 100
             expect(len(bar[1]) == 30 and part * 30 // 100 <= bar[1].count("#") <= (part + 1) * 30 // 100, bar[0])
