@@ -10,7 +10,7 @@ import sys
 
 import case
 import transcript_cases  # first, as these soon show most mistakes
-import cipher_cases, digest_cases, encoding_cases, habit_cases, page_cases, secret_cases, signature_cases
+import cipher_cases, digest_cases, encoding_cases, habit_cases, interrupt_cases, page_cases, secret_cases, signature_cases
 import state_cases, terminal_cases
 
 
