@@ -2,12 +2,16 @@
 #include "failures/memory_search.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
+#include <cstdlib>
 #include <fstream>
+#include <new>
 #include <sstream>
 #include <stdexcept>
 
 #include <fcntl.h>
+#include <malloc.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -89,6 +93,26 @@ bool holds(const Pieces& pieces, const unsigned char* data, std::size_t size) {
     return false;
 }
 
+/// The first and the last piece of each canary.
+Pieces listPieces(const std::vector<Canary>& canaries) {
+    Pieces pieces;
+    for (const Canary& canary : canaries)
+        for (const std::size_t start : {std::size_t{0}, Canary::pieceSize})
+            pieces[canary.getMasked()[start]].push_back(canary.getMasked() + start);
+    return pieces;
+}
+
+/// What FreedSecrets looks for, and the number of blocks that it has found.
+std::vector<Canary> watchedCanaries;
+Pieces watchedPieces;
+std::atomic<bool> isWatching{false};
+std::atomic<int> freedSecrets{0};
+
+void noteFreed(void* block) noexcept {
+    if (block && isWatching && holds(watchedPieces, static_cast<unsigned char*>(block), ::malloc_usable_size(block)))
+        ++freedSecrets;
+}
+
 } // namespace
 
 Canary::Canary(unsigned char kind) {
@@ -113,10 +137,7 @@ void Canary::write(unsigned char* out) const {
 }
 
 std::vector<std::string> findInMemory(const std::vector<Canary>& canaries) {
-    Pieces pieces;
-    for (const Canary& canary : canaries)
-        for (const std::size_t start : {std::size_t{0}, Canary::pieceSize})
-            pieces[canary.getMasked()[start]].push_back(canary.getMasked() + start);
+    const Pieces pieces = listPieces(canaries);
     std::vector<std::string> places;
     Window window;
     for (const Region& region : listRegions()) {
@@ -132,4 +153,36 @@ std::vector<std::string> findInMemory(const std::vector<Canary>& canaries) {
     return places;
 }
 
+FreedSecrets::FreedSecrets(const std::vector<Canary>& canaries) {
+    watchedCanaries = canaries;
+    watchedPieces = listPieces(watchedCanaries);
+    freedSecrets = 0;
+    isWatching = true;
+}
+
+FreedSecrets::~FreedSecrets() {
+    isWatching = false;
+}
+
+int FreedSecrets::take() {
+    return freedSecrets.exchange(0);
+}
+
 } // namespace sarn_test
+
+// The libraries use these too.
+
+void* operator new(std::size_t size) {
+    if (void* const block = std::malloc(std::max<std::size_t>(size, 1)))
+        return block;
+    throw std::bad_alloc();
+}
+
+void operator delete(void* block) noexcept {
+    sarn_test::noteFreed(block);
+    std::free(block);
+}
+
+void operator delete(void* block, std::size_t) noexcept {
+    operator delete(block);
+}

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// Searches the whole memory of the process for secrets.
+// Searches the whole memory of the process, and the blocks that it frees, for secrets.
 #pragma once
 
 #include <array>
@@ -31,5 +31,17 @@ private:
 
 /// The names of the regions that contain a piece of one of the canaries, one for each place.
 std::vector<std::string> findInMemory(const std::vector<Canary>& canaries);
+
+/// Counts the blocks that contain a secret when `operator delete` frees them. A search afterwards would miss those that
+/// were overwritten since. One exists at a time.
+class FreedSecrets {
+public:
+    explicit FreedSecrets(const std::vector<Canary>& canaries);
+    FreedSecrets(const FreedSecrets&) = delete;
+    FreedSecrets& operator=(const FreedSecrets&) = delete;
+    ~FreedSecrets();
+    /// The number of such blocks since the last call.
+    int take();
+};
 
 } // namespace sarn_test

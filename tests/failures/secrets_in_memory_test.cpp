@@ -193,11 +193,14 @@ struct SecretUses : testing::TestWithParam<SecretUse> {
     void SetUp() override { runAnyway(GetParam()); }
 
     void expectGone(const std::string& when, const std::string& except = "") {
+        EXPECT_EQ(freed.take(), 0) << "freed blocks contained the secret " << when;
         for (const std::string& place : findInMemory(getCanaries(GetParam().isKeyFile))) {
             if (place != except)
                 ADD_FAILURE() << "the secret is in " << place << " " << when;
         }
     }
+
+    FreedSecrets freed{getCanaries(GetParam().isKeyFile)};
 };
 
 } // namespace
