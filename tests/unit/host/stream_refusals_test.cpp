@@ -114,6 +114,14 @@ TEST(CStreamEncryptor, OfAnUnknownCipherOrABadKeyOrIV_IsRefusedAtOnce) {
                      [&] { sarn::CStreamDecryptor(aes, key32, makePattern(17)); });
 }
 
+TEST(CStreamDecryptor, OfAPieceThatIsTooLarge_RefusesIt) {
+    sarn::CStreamDecryptor decryptor(getAES256(), key32, iv16);
+    for (const std::size_t size : {std::size_t{INT_MAX} + 1, std::size_t{INT_MAX}})
+        expectInvalidArg("CStreamDecryptor::update", "data is too large", [&] {
+            decryptor.update({key32.getData(), size});
+        });
+}
+
 TEST(CStreamEncryptor, AfterItsEnd_RefusesEveryCall) {
     sarn::CStreamEncryptor encryptor("aes256cbc", key32);
     sarn::CStreamDecryptor decryptor("aes256cbc", key32);

@@ -116,6 +116,24 @@ TEST(GetCurrentWorkDirectoryAsString, ThatWindowsCannotName_IsAFileError) {
     EXPECT_EQ(error->what(), "Cannot name the working directory '.': " + getProp(*error, "reason") + ".");
 }
 
+TEST_F(CWindowsFileInStream, CallThatFails_IsAFileErrorWithItsNumber) {
+    write("content");
+    ul::CWindowsFileInStream stream(path);
+    const ReplacedImport read(
+        "ReadFile", +[](HANDLE, void*, DWORD, DWORD*, OVERLAPPED*) -> BOOL {
+            ::SetLastError(ERROR_CRC);
+            return FALSE;
+        });
+    char byte = 0;
+    expectFileError("read file", path, ERROR_CRC, "", [&] { stream.readLax(&byte, 1); });
+    const ReplacedImport getSize(
+        "GetFileSizeEx", +[](HANDLE, LARGE_INTEGER*) -> BOOL {
+            ::SetLastError(ERROR_CRC);
+            return FALSE;
+        });
+    expectFileError("get size of file", path, ERROR_CRC, "", [&] { stream.getLength(); });
+}
+
 TEST_F(CWindowsFileInStream, NamedPipe_IsRefused) {
     const HANDLE pipe =
         ::CreateNamedPipeW(L"\\\\.\\pipe\\sarn-test", PIPE_ACCESS_OUTBOUND, PIPE_TYPE_BYTE, 1, 4096, 4096, 0, nullptr);
