@@ -123,6 +123,15 @@ TEST(CBufferInStream, ReadLax_GivesTheRemainingBytes) {
     EXPECT_EQ(stream.readLax(data, 8), 0);
 }
 
+TEST(CBufferInStream, NoBytes_AreReadFromANullPointerAndToOne) {
+    ul::CBufferInStream none(nullptr, 0);
+    char data[1];
+    EXPECT_EQ(none.readLax(data, 1), 0);
+    ul::CBufferInStream stream("abc", 3);
+    EXPECT_EQ(stream.readLax(nullptr, 0), 0);
+    EXPECT_EQ(stream.getRemaining(), 3);
+}
+
 TEST(CBufferInStream, NegativeSizes_AreRefused) {
     ul::CBufferInStream stream("abc", 3);
     char data[1];
