@@ -182,14 +182,14 @@ TEST(LogError, FromManyThreadsWhileTheHandlerChanges_LosesNoLine) {
     const LogCapture restoresTheHandler;
     ul::setLogHandler(count);
     runOnThreads(5, [&](int number) {
-        for (int i = 0; i < 500; ++i) {
+        for (int i = 0; i < 5000; ++i) {
             if (number < 4)
                 ul::logError("x");
             else
                 EXPECT_TRUE(ul::setLogHandler(count));
         }
     });
-    EXPECT_EQ(lines, 2000);
+    EXPECT_EQ(lines, 20000);
 }
 
 TEST(CError, AssignedFromItsOwnCause_IsACopyOfIt) {
