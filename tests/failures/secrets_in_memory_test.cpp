@@ -236,6 +236,19 @@ TEST(SecretsSearch, LineOfAKeyInMemory_IsFound) {
     EXPECT_EQ(findInMemory(getCanaries(true)), std::vector<std::string>());
 }
 
+TEST(SecretsSearch, SecretInABlockThatIsFreed_IsCounted) {
+    const Canary another(4);
+    FreedSecrets watched({another});
+    for (const bool isWiped : {false, true}) {
+        void* const block = ::operator new(100);
+        another.write(static_cast<unsigned char*>(block) + 50);
+        if (isWiped)
+            ul::wipe(block, 100);
+        ::operator delete(block);
+        EXPECT_EQ(watched.take(), isWiped ? 0 : 1);
+    }
+}
+
 TEST(SecretsSearch, SecretInMemory_IsFound) {
     // Another secret, so that the other tests do not find copies that this one leaves.
     const Canary another(3);
