@@ -6,8 +6,8 @@ usage: coverage.py COVERAGE.json...
        coverage.py --check    only checks that each entry of tests/data/uncovered.txt names one line
 
 Each file is about one binary, because llvm-cov mixes them up: a function that a binary contains, but does not use, may
-hide the counts of the others. tests/data/uncovered.txt lists exceptions. Fails if one is missing there, and if an entry names a place that was covered
-or does not exist.
+hide the counts of the others. tests/data/uncovered.txt lists exceptions. Fails if one is missing there, and if an entry
+names a place that was covered or does not exist.
 """
 import json
 import pathlib
