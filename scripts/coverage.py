@@ -3,7 +3,8 @@
 """Reports lines that no test ran, sides of branches that no test took, and conditions that never decided alone.
 
 usage: coverage.py COVERAGE.json...
-       coverage.py --check    only checks that each entry of tests/data/uncovered.txt names one line
+       coverage.py --shares COVERAGE.json...    only prints how much is covered
+       coverage.py --check                      only checks that each entry of tests/data/uncovered.txt names one line
 
 Each file is about one binary, because llvm-cov mixes them up: a function that a binary contains, but does not use, may
 hide the counts of the others. tests/data/uncovered.txt lists exceptions. Fails if one is missing there, and if an entry
@@ -90,17 +91,18 @@ def check(listed):
 
 
 def list_uncovered(name, reports, counted):
-    """The places of a file that the tests do not cover, by the reports of all binaries. Adds the numbers of its parts to
-    `counted`."""
+    """The places of a file that the tests do not cover, by the reports of all binaries. Adds the numbers of its covered
+    parts and of all parts to `counted`, by their kind."""
     text = (ROOT / name).read_text().splitlines()
     places = name_lines(name, text)
     lines = [list_lines(report) for report in reports]
     code, ran = (set().union(*sets) for sets in zip(*((code, code - never) for code, never in lines)))
     branches = add_up((branch for report in reports for branch in report["branches"]), lambda branch: branch[4:6])
     decisions = add_up((record for report in reports for record in report["mcdc_records"]), lambda record: record[-1])
-    for kind, count in (("lines", len(code)), ("sides of branches", 2 * len(branches)),
-                        ("conditions", sum(map(len, decisions.values())))):
-        counted[kind] = counted.get(kind, 0) + count
+    for kind, parts in (("lines", [number in ran for number in code]), ("sides of branches", sum(branches.values(), [])),
+                        ("conditions", sum(decisions.values(), []))):
+        covered, count = counted.get(kind, (0, 0))
+        counted[kind] = covered + sum(map(bool, parts)), count + len(parts)
 
     def name_part(region, fault):
         line, column, last_line, last_column = region
@@ -113,26 +115,42 @@ def list_uncovered(name, reports, counted):
     yield from (name_part(region, "never decides") for region in list_undecided(decisions, branches))
 
 
-def report(paths, listed):
+def read(paths):
+    """The numbers of covered parts and of all parts, by their kind, and the places that are not covered."""
     counted, uncovered, reports = {}, [], {}
     for path in paths:
-        for file in json.loads(path.read_text())["data"][0]["files"]:
+        for file in json.loads(pathlib.Path(path).read_text())["data"][0]["files"]:
             reports.setdefault(str(pathlib.Path(file["filename"]).relative_to(ROOT)), []).append(file)
     for name, about_file in sorted(reports.items()):
         uncovered += list_uncovered(name, about_file, counted)
+    if not counted:
+        raise SystemExit("the reports contain no code")
+    return counted, uncovered
+
+
+def print_shares(paths):
+    counted, _ = read(paths)
+    print(", ".join(f"{covered / count:.1%} of {kind}" for kind, (covered, count) in counted.items()))
+    return 0
+
+
+def report(paths, listed):
+    counted, uncovered = read(paths)
     missed = [place for place in uncovered if place not in listed]
     stale = list(source_places.find_stale(listed, uncovered))
     for prefix, places in (("not covered", missed), ("listed, but covered or gone", stale)):
         for place in places:
             print(f"    {prefix}: {place}")
-    parts = ", ".join(f"{count} {kind}" for kind, count in counted.items()) or "nothing"
+    parts = ", ".join(f"{count} {kind}" for kind, (_, count) in counted.items())
     print(f"{parts}; {len(uncovered) - len(missed)} not covered for listed reasons, {len(missed)} for none (goal: 0)")
-    return 0 if counted.get("lines") and not missed and not stale else 1
+    return 0 if not missed and not stale else 1
 
 
 def main(*arguments):
+    if arguments[:1] == ("--shares",):
+        return print_shares(arguments[1:])
     listed = source_places.read_entries(LISTED)
-    return check(listed) if arguments == ("--check",) else report(map(pathlib.Path, arguments), listed)
+    return check(listed) if arguments == ("--check",) else report(arguments, listed)
 
 
 if __name__ == "__main__":

@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 """Commands that build the whole project. Here they build a small one."""
 from case import add
+from tree_cases import make_report
 
 COMMANDS = ("abi", "memcheck", "reproduce", "test")
 PROGRAMS = "ul_tests sarn_tests host_tests sarn_module_tests sarn_injection_tests sarn_soak sarn_fuzz_replay"
@@ -126,14 +127,15 @@ RESULT = '<testcase name="EachAllocation/0" a="b"> <properties> <property name="
 
 def make_scripts(at):
     make_project(at)
+    make_report(at)
     at.copy("scripts/count_injections.py", *(f"scripts/commands/{name}" for name in ("faults", "fuzz", "secrets", "soak")))
     at.write("CMakeLists.txt", SCRIPTS)
     at.write("program", PROGRAM, 0o755)
     at.write("results.xml", RESULT * 60 + '<testcase name="AreGone/0"\n')
     at.write("fuzz/corpus/target.vec", "")
     at.write("fuzz/dictionary.txt", "")
-    at.write("llvm-profdata", "#!/bin/sh\n", 0o755)
-    at.write("llvm-cov", "#!/bin/sh\necho TOTAL 2 3 4 5 6 7 8 9 80.0% 11 12 70.0%\n", 0o755)
+    at.write("llvm-profdata-19", "#!/bin/sh\n", 0o755)
+    at.write("llvm-cov-19", "#!/bin/sh\ncat report\n", 0o755)
 
 
 def fail_on(word):
@@ -167,7 +169,8 @@ add("Soak", run("soak"), make_scripts, [
     (name, fail_on(word), "FAILED") for name, word in
     (("WrongResult", "threads"), ("ForkThatHangs", "forks"), ("WrongFirstUse", "first-use"), ("AbnormalEnd", "ends"))])
 add("Fuzz", ["sh", "-c", "PATH=.:$PATH scripts/commands/fuzz 1"], make_scripts, [
-    ("ReachThatIsNotMeasured", append("llvm-cov", "exit 1\n"), "FAILED"),
+    ("ReachThatIsNotMeasured", append("llvm-cov-19", "exit 1\n"), "FAILED"),
+    ("ReachOfNoCode", lambda at: at.write("report", '{"data": [{"files": []}]}'), "reports contain no code .*FAILED"),
     ("TargetThatFails", replace("program", "echo .Done.*;;", "exit 1 ;;"), "target: stopped.* FAILED"),
     ("NoTarget", lambda at: at.remove("fuzz/corpus/target.vec"), "FAILED .*: there are no targets"),
 ])

@@ -132,5 +132,5 @@ add("Coverage", ["scripts/coverage.py", "report", "unused"], make_report, [
     ("ListedConditionThatDecided", list_as("never decides"), "listed, but covered or gone"),
     ("ListedBranchThatWentBothWays", list_as("is never true"), "listed, but covered or gone"),
     ("ReportsWithoutFiles", lambda at: [at.write(name, '{"data": [{"files": []}]}') for name in ("report", "unused")],
-     "0 not covered"),
+     "the reports contain no code"),
 ])
